@@ -26,15 +26,18 @@ enum class ErrorCode : std::int32_t {
     NotAvailable = -4221, // on this platform, or in this build
     LicenceExpired = -4222,
     NumberOutOfRange = -4241,
-    DialogNotAllowed = -4251, // no user interface on a server host
-    SeveralLines = -4254,     // several paths where one is expected
-    HostFailure = -4298,      // the host reported a failure other than a lack of memory
-    ErrorAsPath = -4299,      // the result of a failed call, given as a path
+    DialogNotAllowed = -4251,      // no user interface on a server host
+    SeveralLines = -4254,          // several paths where one is expected
+    CompressedDataDamaged = -4296, // a compressed stream that does not expand
+    HostFailure = -4298,           // the host reported a failure other than a lack of memory
+    ErrorAsPath = -4299,           // the result of a failed call, given as a path
     // A parameter whose text cannot be represented in the requested encoding; reported as a text of
     // its own instead of a number.
     ParameterUnreadable = -4297,
 };
 
-constexpr std::int32_t number(ErrorCode code) { return static_cast<std::int32_t>(code); }
+constexpr std::int32_t number(ErrorCode code) {
+    return static_cast<std::int32_t>(code);
+}
 
 } // namespace vell

@@ -6,6 +6,7 @@
 
 #include "src/base/error_code.h"
 
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -25,10 +26,9 @@ class [[nodiscard]] Result {
     using value_type = T;
 
     template <typename U = T>
-        requires(std::is_constructible_v<T, U&&> &&
-                 !std::is_same_v<std::remove_cvref_t<U>, Result> &&
-                 !std::is_same_v<std::remove_cvref_t<U>, Failure<E>>)
-    Result(U&& value) : state_(std::in_place_index<0>, std::forward<U>(value)) {}
+    requires(std::is_constructible_v<T, U&&> && !std::is_same_v<std::remove_cvref_t<U>, Result> &&
+             !std::is_same_v<std::remove_cvref_t<U>, Failure<E>>) Result(U&& value)
+        : state_(std::in_place_index<0>, std::forward<U>(value)) {}
     Result(Failure<E> failure) : state_(std::in_place_index<1>, std::move(failure)) {}
 
     explicit operator bool() const { return state_.index() == 0; }
@@ -55,15 +55,15 @@ class [[nodiscard]] Result<void, E> {
     using value_type = void;
 
     Result() = default;
-    Result(Failure<E> failure) : state_(std::in_place_index<1>, std::move(failure)) {}
+    Result(Failure<E> failure) : error_(std::move(failure.error)) {}
 
-    explicit operator bool() const { return state_.index() == 0; }
-    bool has_value() const { return state_.index() == 0; }
-    void value() const { (void)std::get<0>(state_); }
-    const E& error() const { return std::get<1>(state_).error; }
+    explicit operator bool() const { return !error_; }
+    bool has_value() const { return !error_; }
+    void value() const {}
+    const E& error() const { return *error_; }
 
   private:
-    std::variant<std::monostate, Failure<E>> state_;
+    std::optional<E> error_;
 };
 
 } // namespace vell

@@ -82,25 +82,28 @@ FM_CALL vell::fm::Errcode FM_ExprEnv_RegisterExternalFunction(
     const vell::fm::QuadChar* plugin_id, std::int16_t function_id, const vell::fm::Text* name,
     const vell::fm::Text* prototype, std::int16_t min_args, std::int16_t max_args,
     std::uint32_t flags, vell::fm::ExternalBody body, vell::fm::Status* status);
-FM_CALL vell::fm::Errcode FM_ExprEnv_UnRegisterExternalFunction(
-    const vell::fm::QuadChar* plugin_id, std::int16_t function_id, vell::fm::Status* status);
+FM_CALL vell::fm::Errcode FM_ExprEnv_UnRegisterExternalFunction(const vell::fm::QuadChar* plugin_id,
+                                                                std::int16_t function_id,
+                                                                vell::fm::Status* status);
 
 // API 56 and later: looked up by name.
-FM_CALL vell::fm::Errcode FM_ExprEnv_RegisterExternalFunctionEx(
-    const vell::fm::QuadChar* plugin_id, std::int16_t function_id, const vell::fm::Text* name,
-    const vell::fm::Text* prototype, const vell::fm::Text* description, std::int16_t min_args,
-    std::int16_t max_args, std::uint32_t flags, vell::fm::ExternalBody body,
-    vell::fm::Status* status);
+FM_CALL vell::fm::Errcode
+FM_ExprEnv_RegisterExternalFunctionEx(const vell::fm::QuadChar* plugin_id, std::int16_t function_id,
+                                      const vell::fm::Text* name, const vell::fm::Text* prototype,
+                                      const vell::fm::Text* description, std::int16_t min_args,
+                                      std::int16_t max_args, std::uint32_t flags,
+                                      vell::fm::ExternalBody body, vell::fm::Status* status);
 FM_CALL vell::fm::PtrType FM_ExprEnv_SessionID(const vell::fm::ExprEnv* self,
                                                vell::fm::Status* status);
 FM_CALL vell::fm::PtrType FM_ExprEnv_FileID(const vell::fm::ExprEnv* self,
                                             vell::fm::Status* status);
 
 // API 57 and later: looked up by name.
-FM_CALL vell::fm::Errcode FM_ExprEnv_RegisterScriptStep(
-    const vell::fm::QuadChar* plugin_id, std::int16_t step_id, const vell::fm::Text* name,
-    const vell::fm::Text* definition, const vell::fm::Text* description, std::uint32_t flags,
-    vell::fm::ExternalBody body, vell::fm::Status* status);
+FM_CALL vell::fm::Errcode
+FM_ExprEnv_RegisterScriptStep(const vell::fm::QuadChar* plugin_id, std::int16_t step_id,
+                              const vell::fm::Text* name, const vell::fm::Text* definition,
+                              const vell::fm::Text* description, std::uint32_t flags,
+                              vell::fm::ExternalBody body, vell::fm::Status* status);
 FM_CALL vell::fm::Errcode FM_ExprEnv_UnRegisterScriptStep(const vell::fm::QuadChar* plugin_id,
                                                           std::int16_t step_id,
                                                           vell::fm::Status* status);

@@ -1,0 +1,19 @@
+// Functions that read and write the contents of files.
+#pragma once
+
+#include "src/files/file_access.h"
+#include "src/params/call.h"
+
+namespace vell::files {
+
+// VlFile_GetContents( switches ; filePath { ; start ; { size } } ): bytes `start` (from 0) to
+// `start` + `size` of the file, decoded with the encoding of the switches, native when they name
+// none. `size` 0 means up to the end. EndOfFile when a file with contents has no byte `start`.
+//
+// Bytes that are not UTF-8 though "-Encoding=UTF8" says so are decoded as native text, behind a
+// note that says so; a character that the range cuts at either end is replaced by a note of its
+// own.
+Result<void> get_contents(params::Call& call, FileSystem& files);
+Result<void> get_contents(params::Call& call);
+
+} // namespace vell::files

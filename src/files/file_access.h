@@ -1,0 +1,61 @@
+// The file access layer: what every function that touches a file's bytes goes through.
+//
+// The engines know only these interfaces; tests and fuzzers run them over memory, the plug-in over
+// the system's files.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/params/paths.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vell::files {
+
+using params::NativePath;
+
+enum class Permission : std::int32_t { Read = 1, Write = 3 };
+enum class SeekFrom : std::int32_t { Start = 1, End = 2, Current = 3 };
+
+// An open file. Closed by close, whose error counts after writing, or by the destructor.
+class File {
+  public:
+    File() = default;
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    virtual ~File() = default;
+
+    // Length in bytes; 0 for a device that has none.
+    virtual Result<std::uint64_t> size() = 0;
+    // BeforeStart for a position below 0. Positions beyond the end are allowed.
+    virtual Result<void> seek(SeekFrom from, std::int64_t offset) = 0;
+    // Bytes read; fewer than asked for at the end of a file or as they come from a device, 0 at the
+    // end.
+    virtual Result<std::size_t> read(std::span<char> buffer) = 0;
+    virtual Result<void> write(std::string_view bytes) = 0;
+    // Cuts or extends the file at the current position.
+    virtual Result<void> set_end_of_file() = 0;
+    virtual Result<void> close() = 0;
+};
+
+class FileSystem {
+  public:
+    virtual ~FileSystem() = default;
+
+    // Opens an existing file without sharing: Busy while anything else has it open. Never creates.
+    virtual Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) = 0;
+    // Makes an empty file; AlreadyExists when there is anything of that name.
+    virtual Result<void> create_new(const NativePath& path) = 0;
+};
+
+// The files of the operating system.
+FileSystem& system_files();
+
+// A file that lives in memory, for reading and writing; it may be opened over given contents.
+// Positions are 32-bit: a seek beyond 4 GiB - 1 fails with MemoryFileTooLarge.
+std::unique_ptr<File> memory_file(std::string contents = {});
+
+} // namespace vell::files

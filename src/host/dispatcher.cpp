@@ -1,0 +1,109 @@
+#include "src/host/dispatcher.h"
+
+#include "src/base/number_text.h"
+#include "src/host/guarded_call.h"
+#include "src/host/host_call_object.h"
+#include "src/host/licence.h"
+#include "src/host/log_file.h"
+#include "src/host/plugin_state.h"
+#include "src/host/registry.h"
+
+#include <optional>
+
+namespace vell::host {
+namespace {
+
+// A function's or step's row, as far as a call needs it.
+struct Entry {
+    params::Body body;
+    Served served;
+    bool is_step;
+};
+
+std::optional<Entry> find_entry(std::int16_t id) {
+    if (const FunctionRow* function = find_function(id))
+        return Entry{function->body, function->served, false};
+    if (const StepRow* step = find_step(id))
+        return Entry{step->body, step->served, true};
+    return std::nullopt;
+}
+
+// What keeps a call from its body; Ok when nothing does.
+ErrorCode refusal() {
+    const LicenceChecks& licence = licence_checks();
+    if (!licence.within_time())
+        return ErrorCode::LicenceExpired;
+    if (const ErrorCode state = licence.state(); state != ErrorCode::Ok)
+        return state;
+    return disabled_state().is_set() ? ErrorCode::FunctionsDisabled : ErrorCode::Ok;
+}
+
+// Runs the body; what it throws becomes its code.
+ErrorCode run(const Entry& entry, const fm::DataVect* parameters, fm::Data* result) {
+    try {
+        HostCallObject call(parameters, result, entry.is_step);
+        const Result<void> outcome = entry.body(call);
+        return outcome ? ErrorCode::Ok : outcome.error();
+    } catch (const std::bad_alloc&) {
+        return ErrorCode::OutOfMemory;
+    } catch (...) {
+        return ErrorCode::HostFailure;
+    }
+}
+
+void log_call(std::string_view event, std::int16_t id) {
+    if (plugin_state().logs_calls())
+        log_line(std::string(event) + to_text(std::int64_t{id}));
+}
+
+fm::Errcode report(fm::Data* result, ErrorCode code) {
+    if (code == ErrorCode::Ok)
+        return 0;
+    try {
+        store_code(result, code);
+        return 0;
+    } catch (...) {
+        return static_cast<fm::Errcode>(number(code));
+    }
+}
+
+fm::Errcode serve(std::int16_t id, const fm::DataVect* parameters, fm::Data* result) {
+    log_call("External function called. functionID: ", id);
+    const std::optional<Entry> entry = find_entry(id);
+    if (!entry || entry->served != Served::Always) {
+        if (const ErrorCode code = refusal(); code != ErrorCode::Ok)
+            return report(result, code);
+    }
+    if (!entry)
+        return 0;
+    const fm::Errcode errcode = report(result, run(*entry, parameters, result));
+    log_call("External function end. functionID: ", id);
+    return errcode;
+}
+
+struct GuardedArguments {
+    std::int16_t id;
+    const fm::DataVect* parameters;
+    fm::Data* result;
+    fm::Errcode errcode = 0;
+};
+
+void serve_guarded(void* arguments) {
+    auto& call = *static_cast<GuardedArguments*>(arguments);
+    try {
+        call.errcode = serve(call.id, call.parameters, call.result);
+    } catch (...) { // the log's own allocations
+        call.errcode = static_cast<fm::Errcode>(number(ErrorCode::OutOfMemory));
+    }
+}
+
+} // namespace
+
+fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv*, const fm::DataVect* parameters,
+                     fm::Data* result) {
+    GuardedArguments arguments{id, parameters, result};
+    guarded_call(serve_guarded, &arguments);
+    return arguments.errcode;
+}
+
+} // namespace vell::host

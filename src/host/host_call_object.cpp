@@ -1,0 +1,132 @@
+#include "src/host/host_call_object.h"
+
+#include "src/base/number_text.h"
+#include "src/base/utf8.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace vell::host {
+namespace {
+
+using params::EncodedText;
+using params::LineEndings;
+using params::TextEncoding;
+
+constexpr std::string_view unreadable_parameter = "VellParamErr: XP7_GetBytesImproved failed";
+
+void append_bytes_as_characters(Text& text, std::string_view bytes) {
+    constexpr std::size_t bytes_at_once = 64 * 1024;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), bytes_at_once))) {
+        std::u16string units;
+        for (const char c : bytes.substr(0, bytes_at_once))
+            units += static_cast<unsigned char>(c);
+        text.append(Text(units));
+    }
+}
+
+void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
+    if (piece.encoding == TextEncoding::BytesOnly) {
+        append_bytes_as_characters(text, piece.bytes);
+    } else if (is_first) {
+        text.assign_bytes(piece.bytes, piece.encoding); // the common case: no second copy
+    } else {
+        Text decoded;
+        decoded.assign_bytes(piece.bytes, piece.encoding);
+        text.append(decoded);
+    }
+}
+
+} // namespace
+
+HostCallObject::HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step)
+    : parameters_(parameters), result_(result), count_(host_call(FM_DataVect_Size, parameters)),
+      is_step_(is_step) {}
+
+const fm::Text* HostCallObject::host_text(std::size_t index) const {
+    if (index >= count_)
+        return nullptr;
+    return host_call(FM_DataVect_AtAsText, parameters_, static_cast<std::uint32_t>(index));
+}
+
+params::SwitchSet HostCallObject::switches() {
+    const fm::Text* text = host_text(0);
+    if (!text)
+        return {};
+    return params::SwitchSet(to_bytes(text, TextEncoding::AsciiMac, params::SwitchSet::max_length));
+}
+
+std::u16string HostCallObject::text(std::size_t index) {
+    const fm::Text* text = host_text(index);
+    return text ? to_utf16(text) : std::u16string();
+}
+
+Result<std::string> HostCallObject::encoded_text(std::size_t index, TextEncoding encoding) {
+    const fm::Text* text = host_text(index);
+    if (!text)
+        return std::string();
+    if (encoding == TextEncoding::Utf8)
+        return utf8_from_utf16(to_utf16(text));
+    if (encoding != TextEncoding::BytesOnly) {
+        try {
+            return to_bytes(text, encoding);
+        } catch (const HostFailure&) {
+            return Failure{ErrorCode::ParameterUnreadable};
+        }
+    }
+    const std::u16string units = to_utf16(text);
+    if (std::ranges::any_of(units, [](char16_t unit) { return unit > 0xFF; }))
+        return Failure{ErrorCode::ParameterUnreadable};
+    return std::string(units.begin(), units.end());
+}
+
+std::int64_t HostCallObject::number(std::size_t index) {
+    if (index >= count_)
+        return 0;
+    return to_integer(
+        host_call(FM_DataVect_AtAsNumber, parameters_, static_cast<std::uint32_t>(index)));
+}
+
+std::int32_t HostCallObject::step_option(std::size_t index) {
+    if (!is_step_ || index >= count_)
+        return not_given;
+    const fm::Data* data =
+        host_call(FM_DataVect_At, parameters_, static_cast<std::uint32_t>(index));
+    if (host_call(FM_Data_IsEmpty, data))
+        return not_given;
+    return static_cast<std::int32_t>(number(index));
+}
+
+void HostCallObject::set_text(std::u16string_view text) {
+    store_text(result_, Text(text));
+}
+
+void HostCallObject::set_number(std::int64_t value) {
+    Number number;
+    number.assign(value);
+    store_number(result_, number);
+}
+
+void HostCallObject::set_decoded_text(std::span<const EncodedText> pieces,
+                                      LineEndings line_endings) {
+    Text text;
+    for (const EncodedText& piece : pieces)
+        append_decoded(text, piece, &piece == pieces.data());
+    if (line_endings != LineEndings::Keep) {
+        std::u16string units = text.to_utf16();
+        convert_line_endings(units, line_endings);
+        text.assign(units);
+    }
+    store_text(result_, text);
+}
+
+void store_code(fm::Data* result, ErrorCode code) {
+    std::string text = "0";
+    if (code == ErrorCode::ParameterUnreadable)
+        text = unreadable_parameter;
+    else if (code != ErrorCode::Ok)
+        text = "$$" + to_text(std::int64_t{number(code)});
+    store_text(result, Text(std::string_view(text)));
+}
+
+} // namespace vell::host

@@ -1,0 +1,39 @@
+// A call of the host, as a function's body sees it.
+#pragma once
+
+#include "src/host/host_values.h"
+#include "src/params/call.h"
+
+namespace vell::host {
+
+class HostCallObject : public params::Call {
+  public:
+    // The host owns both objects; they outlive the call.
+    HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step);
+
+    bool is_step() const override { return is_step_; }
+    std::size_t parameter_count() const override { return count_; }
+    params::SwitchSet switches() override;
+    std::u16string text(std::size_t index) override;
+    Result<std::string> encoded_text(std::size_t index, params::TextEncoding encoding) override;
+    std::int64_t number(std::size_t index) override;
+    std::int32_t step_option(std::size_t index) override;
+
+    void set_text(std::u16string_view text) override;
+    void set_number(std::int64_t value) override;
+    void set_decoded_text(std::span<const params::EncodedText> pieces,
+                          params::LineEndings line_endings) override;
+
+  private:
+    const fm::Text* host_text(std::size_t index) const;
+
+    const fm::DataVect* parameters_;
+    fm::Data* result_;
+    std::uint32_t count_;
+    bool is_step_;
+};
+
+// Stores what a call reports: "0" for Ok, otherwise "$$" and the number.
+void store_code(fm::Data* result, ErrorCode code);
+
+} // namespace vell::host

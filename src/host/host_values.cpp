@@ -1,0 +1,203 @@
+#include "src/host/host_values.h"
+
+#include "src/host/late_entry_points.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace vell::host {
+namespace {
+
+std::uint32_t length32(std::size_t length) {
+    if (length >= fm::to_end)
+        throw std::bad_alloc();
+    return static_cast<std::uint32_t>(length);
+}
+
+constexpr std::int32_t native(fm::NativeType type) {
+    return static_cast<std::int32_t>(type);
+}
+
+} // namespace
+
+Text::Text() : HostObject(host_call(FM_Text_Constructor1)) {}
+Text::Text(std::u16string_view units) : Text() {
+    assign(units);
+}
+Text::Text(std::string_view literal) : Text() {
+    assign_bytes(literal, params::TextEncoding::AsciiMac);
+}
+
+void Text::assign_bytes(std::string_view bytes, params::TextEncoding encoding) {
+    host_call(FM_Text_AssignWithLength, get(), bytes.data(), length32(bytes.size()),
+              static_cast<std::int32_t>(encoding));
+}
+
+void Text::assign(std::u16string_view units) {
+    host_call(FM_Text_AssignUnicodeWithLength, get(), units.data(), length32(units.size()));
+}
+
+void Text::append(const Text& other) {
+    host_call(FM_Text_AppendText, get(), other.get(), 0u, fm::to_end);
+}
+
+void Text::insert(std::uint32_t position, const Text& other) {
+    host_call(FM_Text_InsertText, get(), other.get(), position);
+}
+
+void Text::erase(std::uint32_t position, std::uint32_t count) {
+    host_call(FM_Text_DeleteText, get(), position, count);
+}
+
+std::size_t Text::find_ignoring_case(const Text& wanted, std::uint32_t from) const {
+    const std::uint32_t found = host_call(FM_Text_FindIgnoringCase, get(), wanted.get(), from);
+    return found == fm::not_found ? std::u16string::npos : found;
+}
+
+std::u16string Text::to_utf16() const {
+    return host::to_utf16(get());
+}
+
+std::u16string to_utf16(const fm::Text* text) {
+    const std::uint32_t size = host_call(FM_Text_GetSize, text);
+    std::u16string units(size, u'\0');
+    if (size > 0)
+        host_call(FM_Text_GetUnicode, text, units.data(), 0u, size);
+    return units;
+}
+
+namespace {
+
+bool is_high_surrogate(char16_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+// Bytes that the host wrote before its terminating zero. A zero character encodes as one zero byte
+// in every encoding, and nothing else does, so the terminator is the one after all of those.
+std::size_t length_with_zeros(const char* bytes, std::size_t zeros) {
+    const char* end = bytes;
+    for (; zeros > 0; --zeros)
+        end += std::strlen(end) + 1;
+    return static_cast<std::size_t>(end - bytes) + std::strlen(end);
+}
+
+} // namespace
+
+std::string to_bytes(const fm::Text* text, params::TextEncoding encoding, std::size_t max_units) {
+    constexpr std::uint32_t units_at_once = 16 * 1024;
+    constexpr std::uint32_t most_bytes_of_a_unit = 4;
+    const auto size = static_cast<std::uint32_t>(
+        std::min<std::size_t>(host_call(FM_Text_GetSize, text), max_units));
+    std::string bytes;
+    std::vector<char16_t> units(std::min(size, units_at_once));
+    std::vector<char> encoded(units.size() * most_bytes_of_a_unit + 1);
+    for (std::uint32_t position = 0; position < size;) {
+        std::uint32_t count = std::min(size - position, units_at_once);
+        host_call(FM_Text_GetUnicode, text, units.data(), position, count);
+        // A surrogate pair is encoded whole: its second half waits for the next round otherwise.
+        if (count > 1 && position + count < size && is_high_surrogate(units[count - 1]))
+            --count;
+        host_call(FM_Text_GetBytes, text, encoded.data(),
+                  static_cast<std::uint32_t>(encoded.size()), position, count,
+                  static_cast<std::int32_t>(encoding));
+        encoded.back() = '\0';
+        const auto zeros = std::count(units.begin(), units.begin() + count, u'\0');
+        bytes.append(encoded.data(),
+                     length_with_zeros(encoded.data(), static_cast<std::size_t>(zeros)));
+        position += count;
+    }
+    return bytes;
+}
+
+Number::Number(std::int32_t value) : HostObject(host_call(FM_FixPt_Constructor1, value, 16)) {}
+
+void Number::assign(std::int64_t value) {
+    if (value >= std::numeric_limits<std::int32_t>::min() &&
+        value <= std::numeric_limits<std::int32_t>::max()) {
+        host_call(FM_FixPt_AssignInt, get(), static_cast<std::int32_t>(value));
+        return;
+    }
+    if (const auto assign_int64 = late_entry_points().assign_int64) {
+        host_call(assign_int64, get(), value);
+        return;
+    }
+    // Older hosts: three digits to the base of 2^24, each within 32 bits with its sign.
+    constexpr std::int64_t base = 1 << 24;
+    const Number factor(base);
+    Number product;
+    host_call(FM_FixPt_AssignInt, get(), static_cast<std::int32_t>(value / base / base));
+    for (const std::int64_t digit : {value / base % base, value % base}) {
+        host_call(FM_FixPt_Multiply, get(), factor.get(), product.get());
+        const Number addend(static_cast<std::int32_t>(digit));
+        host_call(FM_FixPt_Add, product.get(), addend.get(), get());
+    }
+}
+
+std::int64_t to_integer(const fm::FixPt* number) {
+    constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+    Number bound(highest);
+    if (host_call(FM_FixPt_operatorGT, number, bound.get()))
+        return std::int64_t{highest} + 1;
+    host_call(FM_FixPt_AssignInt, bound.get(), lowest);
+    if (host_call(FM_FixPt_operatorLT, number, bound.get()))
+        return std::int64_t{lowest} - 1;
+    return host_call(FM_FixPt_AsLong, number);
+}
+
+QuadChar::QuadChar() : HostObject(host_call(FM_QuadChar_Constructor1)) {}
+QuadChar::QuadChar(const char (&code)[5]) : QuadChar(host::mac_type(code)) {}
+QuadChar::QuadChar(std::uint32_t mac_type) : QuadChar() {
+    host_call(FM_QuadChar_SetMacType, get(), mac_type);
+}
+std::uint32_t QuadChar::mac_type() const {
+    return host_call(FM_QuadChar_GetMacType, get());
+}
+
+DateTime::DateTime() : HostObject(host_call(FM_DateTime_Constructor1)) {}
+
+void DateTime::set_date(std::int64_t day_number) {
+    host_call(FM_DateTime_SetDaysSinceEpoch, get(), day_number);
+}
+
+void DateTime::set_seconds_of_day(std::int64_t seconds) {
+    Number number;
+    number.assign(seconds);
+    host_call(FM_DateTime_SetSecsSinceMidnight, get(), number.get());
+}
+
+CalendarTime to_calendar_time(const fm::DateTime* date_time) {
+    return {
+        .year = host_call(FM_DateTime_GetYear, date_time),
+        .month = host_call(FM_DateTime_GetMonth, date_time),
+        .day = host_call(FM_DateTime_GetDay, date_time),
+        .hour = host_call(FM_DateTime_GetHour, date_time),
+        .minute = host_call(FM_DateTime_GetMinute, date_time),
+        .second = host_call(FM_DateTime_GetSec, date_time),
+    };
+}
+
+void store_text(fm::Data* target, const Text& text) {
+    host_call_or_throw(FM_Data_SetAsText, target, text.get(), host_call(FM_Data_GetLocale, target),
+                       native(fm::NativeType::Text));
+}
+
+void store_number(fm::Data* target, const Number& number) {
+    host_call(FM_Data_SetAsNumber, target, number.get(), native(fm::NativeType::Number));
+}
+
+void store_date(fm::Data* target, const DateTime& date) {
+    host_call(FM_Data_SetAsDate, target, date.get(), native(fm::NativeType::Date));
+}
+
+void store_time(fm::Data* target, const DateTime& time) {
+    host_call(FM_Data_SetAsTime, target, time.get(), native(fm::NativeType::Time));
+}
+
+void store_time_stamp(fm::Data* target, const DateTime& time_stamp) {
+    host_call(FM_Data_SetAsTimeStamp, target, time_stamp.get(), native(fm::NativeType::TimeStamp));
+}
+
+} // namespace vell::host

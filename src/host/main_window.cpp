@@ -1,0 +1,59 @@
+#include "src/host/main_window.h"
+
+#include "src/base/ascii.h"
+#include "src/host/plugin_state.h"
+
+#include <algorithm>
+#include <array>
+
+namespace vell::host {
+namespace {
+
+struct Search {
+    std::wstring_view wanted;
+    HWND found = nullptr;
+};
+
+BOOL CALLBACK check_window(HWND window, LPARAM argument) {
+    auto& search = *reinterpret_cast<Search*>(argument);
+    std::array<wchar_t, 1000> name;
+    const int length = GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    if (!is_main_window_class({name.data(), static_cast<std::size_t>(length)}, search.wanted))
+        return TRUE;
+    search.found = window;
+    return FALSE;
+}
+
+} // namespace
+
+std::wstring_view main_window_class(std::int16_t api_version) {
+    if (api_version < 57)
+        return {};
+    switch (api_version) {
+    case 57:
+        return L"FMPRO16.0APP";
+    case 59:
+        return L"FMPRO17.0APP";
+    case 60:
+        return L"FMPRO18.0APP";
+    case 62:
+        return L"FMPRO19.0APP";
+    default:
+        return L"FMPROxx.0APP";
+    }
+}
+
+bool is_main_window_class(std::wstring_view class_name, std::wstring_view wanted) {
+    return class_name.size() >= wanted.size() &&
+           std::ranges::equal(class_name.substr(0, wanted.size()), wanted, {}, fold_ascii<wchar_t>,
+                              fold_ascii<wchar_t>);
+}
+
+HWND main_window() {
+    Search search{main_window_class(plugin_state().api_version)};
+    if (!search.wanted.empty())
+        EnumWindows(check_window, reinterpret_cast<LPARAM>(&search));
+    return search.found ? search.found : GetForegroundWindow();
+}
+
+} // namespace vell::host

@@ -1,0 +1,29 @@
+// Functions about the plug-in itself.
+#pragma once
+
+#include "src/params/call.h"
+
+#include <cstdint>
+
+namespace vell::host {
+
+// Values of the "Action" list of the step that mirrors VlFile_Control.
+inline constexpr std::int32_t control_disable_all = 1;
+inline constexpr std::int32_t control_enable_all = 2;
+inline constexpr std::int32_t control_current_status = 3;
+
+// VlFile_Version, VlFile_Version( switches ): "Vell File Plug-In 14.0"; with "-getversionnumber"
+// the number 14, with "-getversionstring" the text "14.0".
+Result<void> version(params::Call& call);
+
+// VlFile_VersionAutoUpdate: "14000000".
+Result<void> version_auto_update(params::Call& call);
+
+// VlFile_Control( switches ; password ): exactly one of "DisableAllFunctions",
+// "EnableAllFunctions" (which needs the password of the disabling) and "CurrentEnabledStatus" (1
+// when enabled, else 0); or the debug log's "-AddToDebugLog=true", "-AddToDebugLog=false" and
+// "-GetAndClearDebugLog". ControlRefused for anything else and for a wrong password,
+// AlreadyDisabled, BadParameter for an empty password to disable with.
+Result<void> control(params::Call& call);
+
+} // namespace vell::host

@@ -1,0 +1,22 @@
+#include "src/params/call.h"
+
+#include <limits>
+
+namespace vell::params {
+
+Result<std::uint32_t> Call::byte_count(std::size_t index) {
+    const std::int64_t value = number(index);
+    if (value < 0 || value > std::numeric_limits<std::int32_t>::max())
+        return Failure{ErrorCode::NumberOutOfRange};
+    return static_cast<std::uint32_t>(value);
+}
+
+Result<NativePath> Call::path(std::size_t index, const PathUse& use) {
+    return resolve(Accept::Paths, text(index), use);
+}
+
+Result<void> not_available(Call&) {
+    return Failure{ErrorCode::NotAvailable};
+}
+
+} // namespace vell::params

@@ -1,0 +1,68 @@
+// What a function's body sees of the call that it serves. The host side implements it over the
+// host's values; a body knows neither the host nor its objects.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/params/encodings.h"
+#include "src/params/line_endings.h"
+#include "src/params/paths.h"
+#include "src/params/switches.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vell::params {
+
+// Bytes of text and the encoding to read them in.
+struct EncodedText {
+    std::string_view bytes;
+    TextEncoding encoding;
+};
+
+class Call {
+  public:
+    // The value of a step option that is not given, and of every option of a function: the
+    // switches decide then.
+    static constexpr std::int32_t not_given = -101;
+
+    Call() = default;
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+    virtual ~Call() = default;
+
+    virtual bool is_step() const = 0;
+
+    // Parameters, counted from 0; index 0 holds the switches (empty in a step). An absent one reads
+    // as empty text, 0 and not_given.
+    virtual std::size_t parameter_count() const = 0;
+    virtual SwitchSet switches() = 0;
+    virtual std::u16string text(std::size_t index) = 0;
+    // The text in an encoding; ParameterUnreadable when it has no such form.
+    virtual Result<std::string> encoded_text(std::size_t index, TextEncoding encoding) = 0;
+    // The integer part; values outside the signed 32-bit range come as the first number beyond it.
+    virtual std::int64_t number(std::size_t index) = 0;
+    virtual std::int32_t step_option(std::size_t index) = 0;
+
+    // A number of bytes, 0 when absent; NumberOutOfRange below 0 and above 2,147,483,647.
+    Result<std::uint32_t> byte_count(std::size_t index);
+    Result<NativePath> path(std::size_t index, const PathUse& use = {});
+
+    // Results: each sets the call's one result, the last one counts. A body that fails returns its
+    // code instead and sets nothing; one that succeeds without data calls set_done.
+    virtual void set_text(std::u16string_view text) = 0;
+    virtual void set_number(std::int64_t value) = 0;
+    // The pieces one after the other, decoded, with line ends converted.
+    virtual void set_decoded_text(std::span<const EncodedText> pieces,
+                                  LineEndings line_endings) = 0;
+    void set_done() { set_text(u"0"); }
+};
+
+// A body returns nothing, having set the result, or the code to report.
+using Body = Result<void> (*)(Call& call);
+
+// The body of a function that this build lacks: NotAvailable.
+Result<void> not_available(Call& call);
+
+} // namespace vell::params
