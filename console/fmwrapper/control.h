@@ -79,8 +79,10 @@ FM_CALL std::int64_t StandIn_TotalLiveObjects();
 FM_CALL void StandIn_FailCall(std::uint64_t n, vell::console::StandInFailure failure);
 // FM_ calls since the process began or since the last reset.
 FM_CALL std::uint64_t StandIn_CallCount();
-// The failure set by StandIn_FailCall has been delivered (false again after the next FailCall).
+// The failure set by StandIn_FailCall has been delivered (false again after the next FailCall), and
+// the name of the FM_ function that it struck; null before that.
 FM_CALL bool StandIn_FailureDelivered();
+FM_CALL const char* StandIn_FailedCallName();
 
 // Environments report these identifiers.
 FM_CALL void StandIn_SetIdentifiers(std::uint64_t session_id, std::uint64_t file_id);

@@ -53,7 +53,14 @@ params::SwitchSet HostCallObject::switches() {
     const fm::Text* text = host_text(0);
     if (!text)
         return {};
-    return params::SwitchSet(to_bytes(text, TextEncoding::AsciiMac, params::SwitchSet::max_length));
+    return params::SwitchSet::filled_by([&](std::span<char> buffer) {
+        const std::uint32_t size = std::min(host_call(FM_Text_GetSize, text),
+                                            std::uint32_t{params::SwitchSet::max_length});
+        host_call(FM_Text_GetBytes, text, buffer.data(), static_cast<std::uint32_t>(buffer.size()),
+                  0u, size, static_cast<std::int32_t>(TextEncoding::AsciiMac));
+        buffer.back() = '\0';
+        return static_cast<std::size_t>(std::ranges::find(buffer, '\0') - buffer.begin());
+    });
 }
 
 std::u16string HostCallObject::text(std::size_t index) {
@@ -99,6 +106,10 @@ std::int32_t HostCallObject::step_option(std::size_t index) {
 
 void HostCallObject::set_text(std::u16string_view text) {
     store_text(result_, Text(text));
+}
+
+void HostCallObject::set_literal(std::string_view ascii) {
+    store_text(result_, Text(ascii));
 }
 
 void HostCallObject::set_number(std::int64_t value) {

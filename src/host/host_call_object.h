@@ -20,6 +20,7 @@ class HostCallObject : public params::Call {
     std::int32_t step_option(std::size_t index) override;
 
     void set_text(std::u16string_view text) override;
+    void set_literal(std::string_view ascii) override;
     void set_number(std::int64_t value) override;
     void set_decoded_text(std::span<const params::EncodedText> pieces,
                           params::LineEndings line_endings) override;

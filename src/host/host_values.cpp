@@ -85,11 +85,10 @@ std::size_t length_with_zeros(const char* bytes, std::size_t zeros) {
 
 } // namespace
 
-std::string to_bytes(const fm::Text* text, params::TextEncoding encoding, std::size_t max_units) {
+std::string to_bytes(const fm::Text* text, params::TextEncoding encoding) {
     constexpr std::uint32_t units_at_once = 16 * 1024;
     constexpr std::uint32_t most_bytes_of_a_unit = 4;
-    const auto size = static_cast<std::uint32_t>(
-        std::min<std::size_t>(host_call(FM_Text_GetSize, text), max_units));
+    const std::uint32_t size = host_call(FM_Text_GetSize, text);
     std::string bytes;
     std::vector<char16_t> units(std::min(size, units_at_once));
     std::vector<char> encoded(units.size() * most_bytes_of_a_unit + 1);

@@ -128,11 +128,10 @@ class Text : public HostObject<fm::Text> {
     std::u16string to_utf16() const;
 };
 
-// A text that the host owns, as this side's strings. `to_bytes` takes at most `max_units` UTF-16
-// units; characters that the encoding lacks become what the host puts in their place.
+// A text that the host owns, as this side's strings. Characters that the encoding lacks become what
+// the host puts in their place.
 std::u16string to_utf16(const fm::Text* text);
-std::string to_bytes(const fm::Text* text, params::TextEncoding encoding,
-                     std::size_t max_units = std::u16string::npos);
+std::string to_bytes(const fm::Text* text, params::TextEncoding encoding);
 
 // A number of the host: decimal, with the host's precision.
 class Number : public HostObject<fm::FixPt> {

@@ -31,8 +31,8 @@ bool on_server_host() {
 void log_start_banner() {
     const PluginState& state = plugin_state();
     log_line(std::string(41, '*'));
-    log_line(std::string(plugin_name) + " " + std::string(plugin_version) +
-             " started running under " + application_type_name(state.application_type) + ".");
+    log_line(std::string(plugin_name_and_version) + " started running under " +
+             application_type_name(state.application_type) + ".");
     log_line("Running as a 64 bit Plug-in.");
     log_line("Internal FM App version: " + to_text(std::int64_t{state.api_version}));
     if (build_number != 0)
@@ -40,7 +40,7 @@ void log_start_banner() {
 }
 
 std::string description() {
-    return std::string(plugin_name) + " " + std::string(plugin_version) + ". " +
+    return std::string(plugin_name_and_version) + ". " +
            "This plug-in (for FileMaker 16 to 19.5) adds steps and functions for file and folder "
            "manipulation. \rSee the plug-in documentation or visit our site: \r" +
            std::string(web_address);

@@ -10,10 +10,6 @@ namespace {
 using params::Call;
 using params::SwitchSet;
 
-std::u16string literal(std::string_view ascii) {
-    return {ascii.begin(), ascii.end()};
-}
-
 enum class ControlAction : std::int32_t {
     None = 0,
     DisableAll = control_disable_all,
@@ -56,14 +52,14 @@ Result<void> version(Call& call) {
     if (switches.has("-getversionnumber"))
         call.set_number(plugin_version_number);
     else if (switches.has("-getversionstring"))
-        call.set_text(literal(plugin_version));
+        call.set_literal(plugin_version);
     else
-        call.set_text(literal(plugin_name) + u' ' + literal(plugin_version));
+        call.set_literal(plugin_name_and_version);
     return {};
 }
 
 Result<void> version_auto_update(Call& call) {
-    call.set_text(literal(auto_update_version));
+    call.set_literal(auto_update_version);
     return {};
 }
 

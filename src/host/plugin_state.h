@@ -15,6 +15,7 @@ namespace vell::host {
 
 inline constexpr std::string_view plugin_name = "Vell File Plug-In";
 inline constexpr std::string_view plugin_version = "14.0";
+inline constexpr std::string_view plugin_name_and_version = "Vell File Plug-In 14.0";
 inline constexpr std::int32_t plugin_version_number = 14;
 inline constexpr std::string_view auto_update_version = "14000000";
 inline constexpr std::int32_t build_number = 508;

@@ -52,11 +52,12 @@ class Call {
     // Results: each sets the call's one result, the last one counts. A body that fails returns its
     // code instead and sets nothing; one that succeeds without data calls set_done.
     virtual void set_text(std::u16string_view text) = 0;
+    virtual void set_literal(std::string_view ascii) = 0;
     virtual void set_number(std::int64_t value) = 0;
     // The pieces one after the other, decoded, with line ends converted.
     virtual void set_decoded_text(std::span<const EncodedText> pieces,
                                   LineEndings line_endings) = 0;
-    void set_done() { set_text(u"0"); }
+    void set_done() { set_literal("0"); }
 };
 
 // A body returns nothing, having set the result, or the code to report.

@@ -4,7 +4,10 @@
 // to Z compare without case. Where one switch's name contains another's, test the longer one first.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -16,7 +19,17 @@ class SwitchSet {
     static constexpr std::size_t max_length = 2000;
 
     SwitchSet() = default;
-    explicit SwitchSet(std::string text) : text_(std::move(text)) {}
+    explicit SwitchSet(std::string_view text) : length_(std::min(text.size(), max_length)) {
+        std::copy_n(text.begin(), length_, text_.begin());
+    }
+    // Lets `fill` write the text to a buffer with room for max_length bytes and a terminating zero;
+    // it gives back the text's length.
+    template <typename Fill>
+    static SwitchSet filled_by(Fill fill) {
+        SwitchSet switches;
+        switches.length_ = fill(std::span(switches.text_));
+        return switches;
+    }
 
     bool has(std::string_view name) const;
 
@@ -26,7 +39,11 @@ class SwitchSet {
     std::string value(std::string_view name, std::size_t capacity) const;
 
   private:
-    std::string text_;
+    std::string_view text() const { return {text_.data(), length_}; }
+
+    // Held in place, since every call reads its switches and most of them are short.
+    std::array<char, max_length + 1> text_;
+    std::size_t length_ = 0;
 };
 
 } // namespace vell::params

@@ -1,0 +1,106 @@
+// VlFile_GetContents against one read and one host conversion of the same bytes.
+#include "bench/harness.h"
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "src/host/dispatcher.h"
+#include "src/host/host_values.h"
+
+#include <psapi.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace vell::bench {
+namespace {
+
+using host::host_call;
+
+constexpr std::size_t file_size = 256u * 1024 * 1024;
+
+// UTF-8 text of several scripts, cut to the file's size at a character.
+void write_sample(const std::wstring& path) {
+    std::string block;
+    while (block.size() < 1024 * 1024)
+        block += "Invoice 4711 for M\xC3\xBCller & S\xC3\xB8n, paid in full on 2020-12-31. "
+                 "\xE6\x97\xA5\xE6\x9C\xAC \xF0\x9F\x98\x80 The quick brown fox jumps over it.\r\n";
+    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    for (std::size_t written = 0; written < file_size;) {
+        const std::size_t rest = file_size - written;
+        std::string piece = rest < block.size() ? std::string(rest, 'x') : block;
+        DWORD done = 0;
+        if (!WriteFile(file.get(), piece.data(), static_cast<DWORD>(piece.size()), &done, nullptr))
+            std::exit(2);
+        written += done;
+    }
+}
+
+void push_text(fm::DataVect* vector, std::u16string_view value) {
+    fm::Status status;
+    fm::Data* data = host_call(FM_Data_Constructor1);
+    host::store_text(data, host::Text(value));
+    host_call(FM_DataVect_PushBack, vector, static_cast<const fm::Data*>(data));
+    FM_Data_Delete(data, &status);
+}
+
+void read_and_convert(const std::wstring& path) {
+    const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    const std::unique_ptr<char[]> buffer(new char[file_size]);
+    DWORD done = 0;
+    if (!ReadFile(file.get(), buffer.get(), file_size, &done, nullptr) || done != file_size)
+        std::exit(2);
+    fm::Status status;
+    fm::Text* text = FM_Text_Constructor1(&status);
+    FM_Text_AssignWithLength(text, buffer.get(), done, 1, &status);
+    FM_Text_Delete(text, &status);
+}
+
+std::size_t peak_bytes() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PeakWorkingSetSize;
+}
+
+} // namespace
+
+std::vector<Row> contents_rows() {
+    wchar_t folder[MAX_PATH + 1];
+    GetTempPathW(MAX_PATH + 1, folder);
+    const std::wstring path = std::wstring(folder) + L"vell_bench_contents.txt";
+    write_sample(path);
+
+    fm::Status status;
+    fm::DataVect* parameters = host_call(FM_DataVect_Constructor1);
+    push_text(parameters, u"-Encoding=UTF8");
+    push_text(parameters, to_utf16(path));
+    fm::Data* result = host_call(FM_Data_Constructor1);
+    constexpr std::int16_t get_contents_id = 4223;
+
+    const std::size_t before = peak_bytes();
+    host::dispatch(get_contents_id, nullptr, parameters, result);
+    const std::size_t ours_peak = peak_bytes() - before;
+    const std::uint32_t units = host_call(FM_Text_GetSize, FM_Data_GetAsText(result, &status));
+    host_call(FM_Data_Clear, result, std::int32_t{1});
+
+    const auto ours = [&] {
+        if (host::dispatch(get_contents_id, nullptr, parameters, result) != 0)
+            std::exit(2);
+        host_call(FM_Data_Clear, result, std::int32_t{1});
+    };
+    const Timing timing = compare(
+        ours, [&] { read_and_convert(path); }, 5);
+    FM_Data_Delete(result, &status);
+    FM_DataVect_Delete(parameters, &status);
+    DeleteFileW(path.c_str());
+
+    const double mib = 1024.0 * 1024.0;
+    char note[160];
+    std::snprintf(note, sizeof note, "peak memory %.0f MiB; bytes and text are %.0f MiB",
+                  static_cast<double>(ours_peak) / mib,
+                  (static_cast<double>(file_size) + 2.0 * units) / mib);
+    return {{"VlFile_GetContents, 256 MiB of UTF-8", timing.ours_ns, timing.peer_ns, 1.1, note}};
+}
+
+} // namespace vell::bench

@@ -1,0 +1,63 @@
+#include "bench/harness.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <limits>
+
+namespace vell::bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double seconds_of(const std::function<void()>& work, long calls) {
+    const auto start = Clock::now();
+    for (long i = 0; i < calls; ++i)
+        work();
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Calls that fill a round of about 50 ms.
+long calls_in_a_round(const std::function<void()>& work) {
+    constexpr double round_seconds = 0.05;
+    long calls = 1;
+    for (;;) {
+        const double seconds = seconds_of(work, calls);
+        if (seconds >= round_seconds)
+            return calls;
+        calls =
+            std::max(calls + 1, seconds > 1e-4 ? static_cast<long>(static_cast<double>(calls) *
+                                                                   round_seconds / seconds * 1.1)
+                                               : calls * 10);
+    }
+}
+
+} // namespace
+
+Timing compare(const std::function<void()>& ours, const std::function<void()>& peer, int rounds) {
+    const long our_calls = calls_in_a_round(ours);
+    const long peer_calls = calls_in_a_round(peer);
+    Timing best{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
+    for (int round = 0; round < rounds; ++round) {
+        best.ours_ns = std::min(best.ours_ns,
+                                seconds_of(ours, our_calls) / static_cast<double>(our_calls) * 1e9);
+        best.peer_ns = std::min(best.peer_ns, seconds_of(peer, peer_calls) /
+                                                  static_cast<double>(peer_calls) * 1e9);
+    }
+    return best;
+}
+
+bool print_table(const std::vector<Row>& rows) {
+    bool within = true;
+    std::printf("| work | ours | peer | ratio | goal | note |\n|---|---|---|---|---|---|\n");
+    for (const Row& row : rows) {
+        const double ratio = row.ours_ns / row.peer_ns;
+        within = within && ratio <= row.goal;
+        std::printf("| %s | %.3f us | %.3f us | %.2f | %.2f%s | %s |\n", row.work.c_str(),
+                    row.ours_ns / 1e3, row.peer_ns / 1e3, ratio, row.goal,
+                    ratio <= row.goal ? "" : " MISSED", row.note.c_str());
+    }
+    return within;
+}
+
+} // namespace vell::bench

@@ -1,0 +1,33 @@
+// Times two pieces of work against each other and prints their ratio.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vell::bench {
+
+struct Row {
+    std::string work;
+    double ours_ns; // per call
+    double peer_ns;
+    double goal; // highest ratio that we want
+    std::string note;
+};
+
+// Nanoseconds per call: the best of several rounds, ours and the peer's taken in turns so that both
+// meet the same conditions. Rounds are long enough for the clock; calls are made at least once.
+struct Timing {
+    double ours_ns;
+    double peer_ns;
+};
+Timing compare(const std::function<void()>& ours, const std::function<void()>& peer,
+               int rounds = 15);
+
+// Prints the rows as a Markdown table; true when every row is within its goal.
+bool print_table(const std::vector<Row>& rows);
+
+std::vector<Row> dispatch_rows();
+std::vector<Row> contents_rows();
+
+} // namespace vell::bench

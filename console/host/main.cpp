@@ -1,0 +1,268 @@
+// vellhost: loads the plug-in as the host does and runs calculations and script steps on it.
+#include "console/calc/unicode.h"
+#include "console/host/command_line.h"
+#include "console/host/container_file.h"
+#include "console/host/help_page.h"
+#include "console/host/interactive.h"
+#include "console/host/report.h"
+#include "console/host/session.h"
+#include "console/host/terminal.h"
+#include "console/host/wide_text.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+namespace vell::console {
+
+namespace {
+
+enum ExitCode { exit_fine = 0, exit_error_result = 1, exit_error = 2, exit_leaks = 3 };
+
+// One run of the program on a plug-in that has been started.
+class Run {
+  public:
+    Run(const CommandLine& command_line, PluginHost& host)
+        : command_line_(command_line), host_(host), session_(host) {}
+
+    ExitCode perform();
+
+  private:
+    void statements(std::istream& stream, const std::string& name);
+    void statement(std::u16string_view text);
+    void one_calculation();
+    void one_step();
+    void describe();
+    void show(const CalcResult<Value>& result, std::u16string_view source);
+    void show_error(const CalcError& error, std::u16string_view source);
+    void save(const Value& value);
+    void after_statement();
+    void worsen(ExitCode code) { exit_code_ = std::max(exit_code_, code); }
+
+    const CommandLine& command_line_;
+    PluginHost& host_;
+    Session session_;
+    std::string source_name_; // of statements, for errors
+    std::size_t line_ = 1;
+    ExitCode exit_code_ = exit_fine;
+};
+
+void pump_window_messages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+void send_idle_messages(const CommandLine& command_line, PluginHost& host) {
+    if (!host.identity().wants_idle())
+        return;
+    for (std::uint32_t i = 0; i < command_line.idle_count; ++i) {
+        pump_window_messages();
+        host.idle(command_line.idle_level);
+    }
+}
+
+ExitCode Run::perform() {
+    send_idle_messages(command_line_, host_);
+    host_.fail_calls(command_line_.fail_call, command_line_.failure);
+    switch (command_line_.action) {
+    case Action::Evaluate:
+        one_calculation();
+        break;
+    case Action::Step:
+        one_step();
+        break;
+    case Action::File: {
+        const std::string name = to_utf8(command_line_.subject);
+        std::ifstream file(std::filesystem::path(command_line_.subject), std::ios::binary);
+        if (file) {
+            statements(file, name);
+        } else {
+            write_error("vellhost: there is no readable file " + name + "\n");
+            worsen(exit_error);
+        }
+        break;
+    }
+    case Action::List:
+        write_output(registration_list(host_));
+        break;
+    case Action::Describe:
+        describe();
+        break;
+    case Action::Statements:
+    case Action::Help:
+        if (input_is_console())
+            run_prompt(host_, session_, [this](std::u16string_view text) { statement(text); });
+        else
+            statements(standard_input(), "standard input");
+        break;
+    }
+    return exit_code_;
+}
+
+void Run::statements(std::istream& stream, const std::string& name) {
+    source_name_ = name;
+    for (line_ = 1; const auto text = read_line(stream); ++line_)
+        statement(*text);
+}
+
+void Run::statement(std::u16string_view text) {
+    const CalcResult<StatementOutcome> outcome = session_.run(text);
+    if (!outcome) {
+        show_error(outcome.error(), text);
+    } else if (outcome->kind == StatementKind::Assign) {
+        if (command_line_.json)
+            write_output(json_result(line_, outcome->value));
+    } else if (outcome->kind != StatementKind::Empty) {
+        show(outcome->value, text);
+    }
+    after_statement();
+}
+
+void Run::one_calculation() {
+    show(session_.evaluate(command_line_.subject), command_line_.subject);
+    after_statement();
+}
+
+void Run::one_step() {
+    std::vector<StepArgument> arguments;
+    for (const std::u16string& calculation : command_line_.step_arguments) {
+        arguments.push_back({});
+        if (calculation.find_first_not_of(u' ') == calculation.npos)
+            continue;
+        CalcResult<Value> value = session_.evaluate(calculation);
+        if (!value)
+            return show_error(value.error(), calculation);
+        arguments.back().value = std::move(value).value();
+    }
+    show(session_.run_step(command_line_.subject, arguments), {});
+    after_statement();
+}
+
+void Run::describe() {
+    const std::string text = description(host_, command_line_.subject);
+    if (text.empty()) {
+        write_error("vellhost: there is no function or script step " +
+                    to_utf8(command_line_.subject) + "; --list shows them all\n");
+        worsen(exit_error);
+    }
+    write_output(text);
+}
+
+void Run::show(const CalcResult<Value>& result, std::u16string_view source) {
+    if (!result)
+        return show_error(result.error(), source);
+    const Value& value = *result;
+    if (is_error_result(value))
+        worsen(exit_error_result);
+    write_output(command_line_.json ? json_result(line_, value)
+                                    : plain_result(value, command_line_.raw));
+    if (command_line_.save)
+        save(value);
+}
+
+void Run::show_error(const CalcError& error, std::u16string_view source) {
+    if (command_line_.json)
+        write_output(json_error(line_, source, error));
+    else
+        write_error(plain_error(source_name_, line_, source, error));
+    worsen(exit_error);
+}
+
+void Run::save(const Value& value) {
+    const auto container = std::dynamic_pointer_cast<const HostContainer>(value.container());
+    if (!container) {
+        write_error("vellhost: --save needs a container, and the result is a " +
+                    std::string(type_name(value.type())) + "\n");
+        return worsen(exit_error);
+    }
+    const auto saved = save_main_stream(container->get(), *command_line_.save);
+    if (!saved) {
+        write_error("vellhost: " + saved.error() + "\n");
+        worsen(exit_error);
+    }
+}
+
+void Run::after_statement() {
+    send_idle_messages(command_line_, host_);
+    if (host_.failure_delivered()) {
+        write_error("vellhost: the failure struck " + host_.failed_call() + "\n");
+        host_.fail_calls(command_line_.fail_call, command_line_.failure);
+    }
+    for (const ScriptRequest& request : host_.take_script_requests())
+        write_error(script_request_text(request));
+}
+
+std::wstring default_plugin() {
+    wchar_t path[MAX_PATH * 4];
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH * 4);
+    return std::filesystem::path(std::wstring(path, length)).replace_filename(L"VellFile.fmx64");
+}
+
+ExitCode failed(const std::string& message) {
+    write_error("vellhost: " + message + "\n");
+    return exit_error;
+}
+
+ExitCode run_started(const CommandLine& command_line, PluginHost& host) {
+    if (!host.definition_errors().empty()) {
+        for (const std::string& error : host.definition_errors())
+            write_error("vellhost: the host does not accept the definition of " + error);
+        return exit_error;
+    }
+    return Run(command_line, host).perform();
+}
+
+ExitCode run(const CommandLine& command_line) {
+    PluginHost host(command_line.host);
+    if (const auto loaded = host.load(command_line.plugin.value_or(default_plugin())); !loaded)
+        return failed(loaded.error());
+    ExitCode code = exit_fine;
+    if (host.identity().wants_start_and_shutdown()) {
+        const std::int64_t answer = host.start_up();
+        if (answer == host::startup_bad_version)
+            return failed("the plug-in does not run on API version " +
+                          std::to_string(command_line.host.api_version));
+        if (answer == startup_do_not_enable)
+            return failed("the plug-in does not want to be enabled");
+        code = run_started(command_line, host);
+        if (host.identity().wants_session_shutdown()) {
+            host.file_shutdown(command_line.host.session_id, command_line.host.file_id);
+            host.session_shutdown(command_line.host.session_id);
+        }
+        host.shut_down();
+    }
+    // Looked at before the plug-in is unloaded: what it frees later, the host would not see.
+    if (const std::string leaks = leak_list(); command_line.check_leaks && !leaks.empty()) {
+        write_error("vellhost: host objects are left over\n" + leaks);
+        code = exit_leaks;
+    }
+    return code;
+}
+
+} // namespace
+
+} // namespace vell::console
+
+int wmain(int count, wchar_t** arguments) {
+    using namespace vell::console;
+    std::vector<std::u16string> texts;
+    for (int i = 1; i < count; ++i)
+        texts.push_back(to_units(arguments[i]));
+    const auto command_line = parse_command_line(texts);
+    if (!command_line)
+        return failed(command_line.error() + "\nvellhost --help tells how it is used");
+    if (command_line->action == Action::Help) {
+        write_output(help_page);
+        return exit_fine;
+    }
+    try {
+        return run(*command_line);
+    } catch (const std::exception& error) {
+        return failed(error.what());
+    }
+}

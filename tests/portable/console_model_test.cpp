@@ -1,0 +1,295 @@
+// Decimal numbers, the calendar and the UTF-8 conversion of the console host.
+#include "console/model/calendar.h"
+#include "console/model/decimal.h"
+#include "console/model/utf8.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace vell::console {
+namespace {
+
+Decimal decimal(const std::string& text) {
+    const auto value = Decimal::parse(text);
+    EXPECT_TRUE(value.has_value()) << text;
+    return value.value_or(Decimal());
+}
+
+std::string quotient(const std::string& a, const std::string& b, int precision = 16) {
+    return Decimal::divide(decimal(a), decimal(b), precision).value().to_text();
+}
+
+TEST(Decimal, PrintsTheHostsForm) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"0", "0"},
+        {"-0", "0"},
+        {"0.50", ".5"},
+        {"-0.05", "-.05"},
+        {"007", "7"},
+        {"1.500", "1.5"},
+        {"12e3", "12000"},
+        {"1.25e-3", ".00125"},
+        {"-1200", "-1200"},
+        {"5.", "5"},
+        {"1e400", nullptr},
+        {"1.50e401", "1.5e401"},
+        {"-2e-450", "-2e-450"},
+        {".0e9", "0"},
+        {"9223372036854775807", "9223372036854775807"},
+        {"-9223372036854775808", "-9223372036854775808"},
+        {"123456789012345678901234567890.125", "123456789012345678901234567890.125"},
+    };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(decimal(text).to_text(), expected ? expected : "1" + std::string(400, '0'));
+}
+
+TEST(Decimal, RefusesWhatIsNoPlainNumber) {
+    for (const char* text : {"", "-", ".", "1.2.3", "e5", "1e", "1e+", " 1", "1 ", "0x10", "--1"})
+        EXPECT_FALSE(Decimal::parse(text).has_value()) << text;
+}
+
+TEST(Decimal, ReadsAnyTextAsTheHostDoes) {
+    const std::pair<const char16_t*, const char*> cases[] = {
+        {u"", "0"},         {u"abc", "0"},          {u"abc1.5x2", "1.52"}, {u"$1,234.50", "1234.5"},
+        {u"1.2.3", "1.23"}, {u"x-5", "-5"},         {u"5-3", "53"},        {u"-.5", "-.5"},
+        {u"2e3", "2000"},   {u"2E-3", ".002"},      {u"3 euro 4", "34"},   {u"e5", "5"},
+        {u"1e x2", "12"},   {u"\u00bd 7\r8", "78"},
+    };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(Decimal::from_any_text(text).to_text(), expected);
+    // A text of any length: digits that no number holds keep their weight.
+    EXPECT_EQ(Decimal::from_any_text(std::u16string(1000, u'7')).to_text(),
+              "7." + std::string(398, '7') + "8e999");
+    EXPECT_EQ(Decimal::from_any_text(u"." + std::u16string(100'000, u'0') + u"1").to_text(), "0");
+}
+
+TEST(Decimal, ArithmeticIsExactAcrossTheSmallAndLargeForms) {
+    EXPECT_EQ((decimal("0.1") + decimal("0.2")).to_text(), ".3");
+    EXPECT_EQ((decimal("9223372036854775807") + Decimal(1)).to_text(), "9223372036854775808");
+    EXPECT_EQ((decimal("9223372036854775808") - Decimal(1)).to_int64(),
+              std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ((-Decimal(std::numeric_limits<std::int64_t>::min())).to_text(),
+              "9223372036854775808");
+    EXPECT_EQ((decimal("1e30") - decimal("1e30") + decimal("1e-30")).to_text(),
+              "." + std::string(29, '0') + "1");
+    EXPECT_EQ((decimal("99999999999999999999") * decimal("-99999999999999999999")).to_text(),
+              "-9999999999999999999800000000000000000001");
+    EXPECT_EQ((decimal("1.5e20") * decimal("4e-21")).to_text(), ".6");
+    // Far apart: the result has 400 digits, and what lies behind them is rounded away.
+    EXPECT_EQ(decimal("1e4000") + decimal("1e-4000"), decimal("1e4000"));
+    EXPECT_EQ(decimal("1e399") + decimal(".5"), decimal("1e399") + Decimal(1));
+    EXPECT_EQ(decimal("1e399") + decimal(".4999"), decimal("1e399"));
+    EXPECT_EQ(decimal("1e400") - Decimal(1), decimal(std::string(400, '9')));
+    EXPECT_EQ(decimal("1e402") - Decimal(1), decimal("1e402"));
+    // The ends of the range.
+    EXPECT_EQ(decimal("9e9999") * Decimal(10), decimal(std::string(400, '9') + "e9600"));
+    EXPECT_TRUE((decimal("1e-9999") * decimal("0.1")).is_zero());
+}
+
+TEST(Decimal, DivisionRoundsToItsPrecision) {
+    EXPECT_EQ(quotient("2", "3"), ".6666666666666667");
+    EXPECT_EQ(quotient("-10", "3"), "-3.3333333333333333");
+    EXPECT_EQ(quotient("1", "8"), ".125");
+    EXPECT_EQ(quotient("1", "8", 2), ".13");
+    EXPECT_EQ(quotient("1e-40", "3"), "." + std::string(40, '0') + "3333333333333333");
+    EXPECT_EQ(quotient("1e300", "1e-300"), "1e600");
+    EXPECT_FALSE(Decimal::divide(Decimal(1), Decimal()).has_value());
+    // The first estimate of a quotient limb is one too high here, unseen by its check.
+    const Decimal divisor = decimal("500000000000000000000000001");
+    EXPECT_EQ(Decimal::divide(divisor * Decimal(999'999'999) - Decimal(1), divisor, 36),
+              decimal("999999998.999999999999999999999999998"));
+
+    // Long division against its inverse: (a * b + r) / b is a, rounded by r.
+    std::mt19937_64 random(20200131);
+    for (int round = 0; round < 300; ++round) {
+        const auto digits = [&random](int count) {
+            std::string text = "1";
+            while (count-- > 1)
+                text += random() % 3 == 0 ? '9' : static_cast<char>('0' + random() % 10);
+            return text;
+        };
+        const Decimal a = decimal(digits(1 + static_cast<int>(random() % 180)));
+        const Decimal b = decimal(digits(2 + static_cast<int>(random() % 180)));
+        EXPECT_EQ(Decimal::divide(a * b, b, 0), a);
+        EXPECT_EQ(Decimal::divide(a * b + b - Decimal(1), b, 0), a + Decimal(1));
+        EXPECT_EQ(Decimal::divide(a * b + Decimal(1), b, 0), b == Decimal(2) ? a + Decimal(1) : a);
+        EXPECT_EQ((a + b) - b, a);
+        EXPECT_EQ((a - b) + b, a);
+    }
+}
+
+TEST(Decimal, OrdersByValue) {
+    const char* ascending[] = {"-1e500",
+                               "-12345678901234567890",
+                               "-12",
+                               "-1.2",
+                               "-1e-500",
+                               "0",
+                               "1e-9000",
+                               ".0012",
+                               "1.19",
+                               "1.2",
+                               "9223372036854775807",
+                               "9223372036854775808",
+                               "1e20",
+                               "1e9000"};
+    for (std::size_t i = 0; i < std::size(ascending); ++i) {
+        for (std::size_t j = 0; j < std::size(ascending); ++j)
+            EXPECT_EQ(decimal(ascending[i]) <=> decimal(ascending[j]), i <=> j)
+                << ascending[i] << " and " << ascending[j];
+    }
+    EXPECT_EQ(decimal("1e30"), decimal("1000000000000000000000000000000.0"));
+}
+
+TEST(Decimal, ConvertsToMachineNumbers) {
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    constexpr auto least = std::numeric_limits<std::int64_t>::min();
+    EXPECT_EQ(decimal("-1.99").to_int64(), -1);
+    EXPECT_EQ(decimal("1e18").to_int64(), 1'000'000'000'000'000'000);
+    EXPECT_EQ(decimal("9223372036854775807.9").to_int64(), most);
+    EXPECT_EQ(decimal("1e19").to_int64(), most);
+    EXPECT_EQ(decimal("-1e700").to_int64(), least);
+    EXPECT_EQ(decimal("-9223372036854775808").to_int64(), least);
+    EXPECT_EQ(decimal("1e-30").to_int64(), 0);
+
+    for (const double value : {0.1, -2.5, 1e300, 5e-324, 123456789.125, 1.7976931348623157e308})
+        EXPECT_EQ(Decimal::from_double(value).to_double(), value);
+    EXPECT_EQ(Decimal::from_double(0.1).to_text(), ".1");
+    EXPECT_TRUE(Decimal::from_double(std::nan("")).is_zero());
+    EXPECT_EQ(decimal("1e400").to_double(), std::numeric_limits<double>::infinity());
+    EXPECT_EQ(decimal("-1e-400").to_double(), 0.0);
+}
+
+TEST(Decimal, RoundsAndTruncates) {
+    EXPECT_EQ(Decimal::truncate(decimal("-1.9")).to_text(), "-1");
+    EXPECT_EQ(Decimal::floor(decimal("-1.1")).to_text(), "-2");
+    EXPECT_EQ(Decimal::floor(decimal("12345678901234567890.5")).to_text(), "12345678901234567890");
+    EXPECT_EQ(Decimal::round(decimal("2.345"), 2).to_text(), "2.35");
+    EXPECT_EQ(Decimal::round(decimal("-2.5"), 0).to_text(), "-3");
+    EXPECT_EQ(Decimal::round(decimal("1250"), -2).to_text(), "1300");
+    EXPECT_EQ(Decimal::round(decimal("49"), -2).to_text(), "0");
+}
+
+TEST(Calendar, CountsDaysFromYearOne) {
+    EXPECT_EQ(day_number(1, 1, 1), first_day);
+    EXPECT_EQ(day_number(1970, 1, 1), 719'163);
+    EXPECT_EQ(day_number(4000, 12, 31), last_day);
+    EXPECT_EQ(day_number(2020, 14, 1), day_number(2021, 2, 1));
+    EXPECT_EQ(day_number(2020, 3, 0), day_number(2020, 2, 29));
+    EXPECT_EQ(day_number(2020, -11, 31), day_number(2019, 1, 31));
+    EXPECT_EQ(day_of_week(day_number(2000, 1, 1)), 7);
+    EXPECT_EQ(day_of_year(day_number(2020, 12, 31)), 366);
+    EXPECT_EQ(week_of_year(day_number(2022, 1, 1)), 1);
+    EXPECT_EQ(week_of_year(day_number(2022, 1, 2)), 2);
+
+    // Every day of two eras, and some before year 1, follows the one before it.
+    CivilDate date{-3, 1, 1};
+    for (std::int64_t day = day_number(-3, 1, 1); day < 300'000; ++day) {
+        ASSERT_EQ(civil_date(day), date);
+        ASSERT_EQ(day_number(date.year, date.month, date.day), day);
+        if (++date.day > days_in_month(date.year, date.month))
+            date = date.month == 12 ? CivilDate{date.year + 1, 1, 1}
+                                    : CivilDate{date.year, date.month + 1, 1};
+    }
+}
+
+TEST(Calendar, WritesTheHostsTextForms) {
+    EXPECT_EQ(date_text(day_number(2020, 12, 31)), "12/31/2020");
+    EXPECT_EQ(date_text(day_number(50, 1, 2)), "1/2/0050");
+    EXPECT_EQ(time_text(Decimal(13 * 3600 + 4 * 60 + 5)), "13:04:05");
+    EXPECT_EQ(time_text(decimal("-90061.25")), "-25:01:01.25");
+    EXPECT_EQ(time_text(decimal(".5")), "0:00:00.5");
+    const std::int64_t day = day_number(2020, 12, 31);
+    EXPECT_EQ(time_stamp_text(join_time_stamp(day, Decimal(0))), "12/31/2020 12:00:00 AM");
+    EXPECT_EQ(time_stamp_text(join_time_stamp(day, Decimal(47045))), "12/31/2020 1:04:05 PM");
+    EXPECT_EQ(time_stamp_text(join_time_stamp(day + 1, decimal("-.5"))),
+              "12/31/2020 11:59:59.5 PM");
+}
+
+TEST(Calendar, ReadsTheHostsTextForms) {
+    EXPECT_EQ(parse_date(u" 2/29/2020 "), day_number(2020, 2, 29));
+    EXPECT_EQ(parse_date(u"1-2-0007"), day_number(7, 1, 2));
+    EXPECT_EQ(civil_date(parse_date(u"1/1/20").value()).year % 100, 20);
+    for (const char16_t* text : {u"", u"2/29/2021", u"13/1/2020", u"0/1/2020", u"1/1/4001",
+                                 u"1/1/0000", u"1/1", u"1/1/2020x", u"1/1/12345678901"})
+        EXPECT_FALSE(parse_date(text).has_value());
+
+    EXPECT_EQ(parse_time(u"13:04:05"), Decimal(47045));
+    EXPECT_EQ(parse_time(u"1:04:05.250 pm"), decimal("47045.25"));
+    EXPECT_EQ(parse_time(u"12:00 AM"), Decimal(0));
+    EXPECT_EQ(parse_time(u"-25:00:01"), Decimal(-90001));
+    EXPECT_EQ(parse_time(u"1:90"), Decimal(9000));
+    for (const char16_t* text :
+         {u"", u"1:", u"13:00 PM", u"0:00 AM", u"-1:00 AM", u"1:00:00:00", u"1:00 M"})
+        EXPECT_FALSE(parse_time(text).has_value());
+
+    for (const char16_t* text : {u"12/31/2020 1:04:05 PM", u"12/31/2020  13:04:05"})
+        EXPECT_EQ(time_stamp_text(parse_time_stamp(text).value()), "12/31/2020 1:04:05 PM");
+    EXPECT_EQ(parse_time_stamp(u"1/1/0001"), Decimal(0));
+    EXPECT_FALSE(parse_time_stamp(u"12/31/20201:00").has_value());
+}
+
+TEST(Utf8, ReplacesWhatIsInvalid) {
+    const std::pair<std::string, std::u16string> cases[] = {
+        {"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", u"\u00E4\u20AC\U0001F600"},
+        {"\xF4\x8F\xBF\xBF\xEF\xBF\xBF\xED\x9F\xBF", u"\U0010FFFF\uFFFF\uD7FF"},
+        {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
+        {"\x80z\xBF", u"\uFFFDz\uFFFD"},                   // continuation bytes alone
+        {"\xC0\xAF\xC1\x81", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // overlong
+        {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},           // a surrogate
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // beyond U+10FFFF
+        {"\xF5\xFF", u"\uFFFD\uFFFD"},
+        {"\xE2\x82z", u"\uFFFDz"}, // cut short: one for what was begun
+        {"\xF0\x9F\x98", u"\uFFFD"},
+        {"\xE2\x82\xE2\x82\xAC", u"\uFFFD\u20AC"},
+    };
+    for (const auto& [bytes, units] : cases) {
+        EXPECT_EQ(to_utf16(bytes), units);
+        // The same at every position of a block of ASCII.
+        for (std::size_t before = 1; before < 36; ++before) {
+            const std::string filler(before, 'x');
+            EXPECT_EQ(to_utf16(filler + bytes + filler),
+                      std::u16string(before, u'x') + units + std::u16string(before, u'x'));
+        }
+    }
+    EXPECT_EQ(to_utf8(u"\xD83D"), "\xEF\xBF\xBD");
+    EXPECT_EQ(to_utf8(u"\xDE00\xD83Dz"), "\xEF\xBF\xBD\xEF\xBF\xBDz");
+}
+
+TEST(Utf8, EveryCharacterComesBack) {
+    std::u16string all;
+    for (char32_t code = 0; code < 0x110000; code += code < 0x10000 ? 1 : 0xF1) {
+        if (code >= 0xD800 && code <= 0xDFFF)
+            continue;
+        if (code >= 0x10000) {
+            all += static_cast<char16_t>(0xD7C0 + (code >> 10));
+            all += static_cast<char16_t>(0xDC00 + (code & 0x3FF));
+        } else {
+            all += static_cast<char16_t>(code);
+        }
+    }
+    EXPECT_EQ(to_utf16(to_utf8(all)), all);
+}
+
+TEST(Utf8, StopsAtTheLastWholeCharacter) {
+    const std::u16string text = u"0123456789abcdef\u20AC\U0001F600";
+    const std::string whole = to_utf8(text);
+    const std::size_t ends[] = {16, 19, 23};
+    for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
+        std::size_t expected = capacity < 16 ? capacity : 0;
+        for (const std::size_t end : ends)
+            expected = capacity >= end ? end : expected;
+        std::string bytes(capacity + 1, '#');
+        ASSERT_EQ(encode_utf8(text, bytes.data(), capacity), expected);
+        EXPECT_EQ(bytes.substr(0, expected), whole.substr(0, expected));
+        EXPECT_EQ(bytes.back(), '#');
+    }
+}
+
+} // namespace
+} // namespace vell::console
