@@ -11,7 +11,7 @@ struct Row {
     std::string work;
     double ours_ns; // per call
     double peer_ns;
-    double goal; // highest ratio that we want
+    double goal; // highest ratio that we want; 0 where the row is for information
     std::string note;
 };
 

@@ -49,7 +49,7 @@ std::string caret_display(std::u16string_view source, const CalcError& error) {
     const std::size_t caret = std::min(place.offset_in_line - start, shown.size());
 
     const std::string lead = start > 0 ? "…" : "";
-    std::string text = "    " + lead + to_utf8(shown);
+    std::string text = "    " + lead + utf8_from_utf16(shown);
     text += start + shown.size() < place.line_text.size() ? "…\n    " : "\n    ";
     text += start > 0 ? " " : "";
     for (char16_t unit : shown.substr(0, caret))

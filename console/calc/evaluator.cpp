@@ -245,8 +245,8 @@ CalcResult<Value> Evaluator::evaluate_node(const Node& node, const ExternalNode&
     const std::vector<Value> arguments = VELL_TRY(values(call.arguments));
     auto result = context_.functions.call(call.function, arguments);
     if (!result)
-        return Failure{CalcError{to_utf8(call.function.name) + ": " + result.error(), node.position,
-                                 node.length}};
+        return Failure{CalcError{utf8_from_utf16(call.function.name) + ": " + result.error(),
+                                 node.position, node.length}};
     return std::move(result).value();
 }
 

@@ -194,7 +194,7 @@ CalcError Lexer::unknown_character() const {
     if (unit == u'\'' || (unit >= u'\u2018' && unit <= u'\u201F'))
         return {"texts are written in straight double quotes: \"…\"", position_};
     const std::size_t length = is_high_surrogate(unit) && is_low_surrogate(at(1)) ? 2 : 1;
-    return {"unexpected character " + to_utf8(source_.substr(position_, length)), position_,
+    return {"unexpected character " + utf8_from_utf16(source_.substr(position_, length)), position_,
             length};
 }
 

@@ -133,7 +133,7 @@ class Parser {
 CalcError Parser::unexpected(const std::string& wanted) const {
     if (at(TokenKind::End))
         return {wanted + " is missing at the end", current().position};
-    return {wanted + " is expected here, not " + to_utf8(text_of(current()).substr(0, 40)),
+    return {wanted + " is expected here, not " + utf8_from_utf16(text_of(current()).substr(0, 40)),
             current().position, current().length};
 }
 
@@ -230,7 +230,7 @@ CalcResult<NodePtr> Parser::parenthesized() {
 
 CalcResult<NodePtr> Parser::number() {
     const Token token = take();
-    const std::string digits = to_utf8(text_of(token));
+    const std::string digits = utf8_from_utf16(text_of(token));
     const auto value = Decimal::parse(digits);
     if (!value)
         return Failure{CalcError{digits + " is not a number", token.position, token.length}};
@@ -257,7 +257,7 @@ CalcResult<NodePtr> Parser::get_call(const Token& name) {
     if (!item) {
         std::string known;
         for (const GetItemName& entry : get_items())
-            known += (known.empty() ? "" : ", ") + to_utf8(entry.name);
+            known += (known.empty() ? "" : ", ") + utf8_from_utf16(entry.name);
         return Failure{CalcError{"Get( … ) knows " + known, item_name.position, item_name.length}};
     }
     if (!at(TokenKind::RightParenthesis))
@@ -304,7 +304,7 @@ CalcResult<NodePtr> Parser::external_call(const Token& name) {
         counts += (first ? " or " : "") + counts_text(entry->min_arguments, entry->max_arguments);
         first = entry; // the last prototype is the one with most arguments
     }
-    return Failure{wrong_count(name, to_utf8(first->prototype), counts, given.size())};
+    return Failure{wrong_count(name, utf8_from_utf16(first->prototype), counts, given.size())};
 }
 
 // ( a ; b ; … ), or nothing at all for a function without arguments.
@@ -356,9 +356,9 @@ CalcError Parser::unknown_name(const Token& name) const {
         known.push_back(function.name);
     for (const ExternalFunction& function : functions_.all())
         known.push_back(function.name);
-    std::string message = "there is no function " + to_utf8(text);
+    std::string message = "there is no function " + utf8_from_utf16(text);
     if (const auto suggestion = closest_name(text, known))
-        message += "; is " + to_utf8(*suggestion) + " meant?";
+        message += "; is " + utf8_from_utf16(*suggestion) + " meant?";
     return {message, name.position, name.length};
 }
 

@@ -46,8 +46,9 @@ class DefinitionReader {
 
 void DefinitionReader::ignore(const XmlElement& element, const std::string& reason) {
     const std::u16string* label = element.attribute(u"Label");
-    definition_.ignored.push_back("<" + to_utf8(element.name) + ">" +
-                                  (label ? " \"" + to_utf8(*label) + "\"" : "") + ": " + reason);
+    definition_.ignored.push_back("<" + utf8_from_utf16(element.name) + ">" +
+                                  (label ? " \"" + utf8_from_utf16(*label) + "\"" : "") + ": " +
+                                  reason);
 }
 
 ValueType DefinitionReader::data_type(const XmlElement& element) {
@@ -57,10 +58,10 @@ ValueType DefinitionReader::data_type(const XmlElement& element) {
     constexpr ValueType types[] = {ValueType::Text, ValueType::Number,    ValueType::Date,
                                    ValueType::Time, ValueType::Timestamp, ValueType::Container};
     for (ValueType type : types) {
-        if (equal_ignoring_case(*text, to_utf16(type_name(type))))
+        if (equal_ignoring_case(*text, utf16_from_utf8(type_name(type))))
             return type;
     }
-    ignore(element, "unknown DataType " + to_utf8(*text));
+    ignore(element, "unknown DataType " + utf8_from_utf16(*text));
     return ValueType::Text;
 }
 
@@ -91,7 +92,7 @@ void DefinitionReader::list_values(const XmlElement& element, StepParameter& lis
             if (id)
                 next_id = *id;
             else
-                ignore(child, "the ID " + to_utf8(*text) + " is not a whole number");
+                ignore(child, "the ID " + utf8_from_utf16(*text) + " is not a whole number");
         }
         list.values.push_back({next_id++, child.text});
     }
@@ -108,7 +109,7 @@ void DefinitionReader::default_of(const XmlElement& element, StepParameter& para
     const auto index = text ? whole_number(*text) : 0;
     const bool exists = index && *index >= 0 && std::cmp_less(*index, parameter.values.size());
     if (!exists)
-        ignore(element, "the Default " + to_utf8(*text) + " is not the index of a value");
+        ignore(element, "the Default " + utf8_from_utf16(*text) + " is not the index of a value");
     parameter.default_value = parameter.values[exists ? static_cast<std::size_t>(*index) : 0].id;
 }
 
@@ -124,17 +125,18 @@ void DefinitionReader::parameter(const XmlElement& element) {
     else if (type && equal_ignoring_case(*type, u"list"))
         result.type = StepParameterType::List;
     else
-        return ignore(element, type ? "unknown Type " + to_utf8(*type) : "it has no Type");
+        return ignore(element, type ? "unknown Type " + utf8_from_utf16(*type) : "it has no Type");
 
     const std::u16string* id_text = element.attribute(u"ID");
     const auto id = id_text ? whole_number(*id_text) : std::nullopt;
     if (!id || *id < 0 || *id > max_step_parameter_id)
-        return ignore(element, id_text ? "the ID " + to_utf8(*id_text) + " is not one of 0 to 9"
-                                       : "it has no ID");
+        return ignore(element, id_text
+                                   ? "the ID " + utf8_from_utf16(*id_text) + " is not one of 0 to 9"
+                                   : "it has no ID");
     result.id = static_cast<int>(*id);
     if (std::any_of(definition_.parameters.begin(), definition_.parameters.end(),
                     [&](const StepParameter& other) { return other.id == result.id; }))
-        return ignore(element, "the ID " + to_utf8(*id_text) + " is taken");
+        return ignore(element, "the ID " + utf8_from_utf16(*id_text) + " is taken");
 
     result.label = label_of(element);
     result.show_inline = show_inline(element);
@@ -151,7 +153,7 @@ void DefinitionReader::parameter(const XmlElement& element) {
 CalcResult<StepDefinition> DefinitionReader::read(const XmlElement& root) {
     if (root.name != u"PluginStep")
         return Failure{CalcError{"the definition of a step is a <PluginStep>, not a <" +
-                                     to_utf8(root.name) + ">",
+                                     utf8_from_utf16(root.name) + ">",
                                  root.position, root.name.size() + 1}};
     for (const XmlElement& child : root.children) {
         if (child.name == u"Parameter")
@@ -174,10 +176,10 @@ CalcResult<Value> list_choice(const StepParameter& parameter, const StepArgument
         if (has_digit(text) && value.as_number() == Decimal(choice.id))
             return Value(Decimal(choice.id));
         known += (known.empty() ? "" : ", ") + std::to_string(choice.id) + " \"" +
-                 to_utf8(choice.label) + "\"";
+                 utf8_from_utf16(choice.label) + "\"";
     }
-    return Failure{CalcError{"the list \"" + to_utf8(parameter.label) + "\" has no value " +
-                                 to_utf8(text) + "; it has " + known,
+    return Failure{CalcError{"the list \"" + utf8_from_utf16(parameter.label) + "\" has no value " +
+                                 utf8_from_utf16(text) + "; it has " + known,
                              argument.position}};
 }
 

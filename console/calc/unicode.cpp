@@ -42,7 +42,7 @@ std::string json_string(std::u16string_view text) {
     std::string out = "\"";
     std::size_t copied = 0; // units before this one are in the result
     auto flush = [&](std::size_t end) {
-        out += to_utf8(text.substr(copied, end - copied));
+        out += utf8_from_utf16(text.substr(copied, end - copied));
         copied = end + 1;
     };
     auto escape = [&](char16_t unit) {
@@ -72,7 +72,7 @@ std::string json_string(std::u16string_view text) {
 }
 
 std::string json_string(std::string_view utf8) {
-    return json_string(to_utf16(utf8));
+    return json_string(utf16_from_utf8(utf8));
 }
 
 char16_t lower_case(char16_t unit) {

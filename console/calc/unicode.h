@@ -2,7 +2,7 @@
 // JSON strings.
 #pragma once
 
-#include "console/model/utf8.h"
+#include "src/base/utf8.h"
 
 #include <compare>
 #include <string>

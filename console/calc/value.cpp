@@ -83,13 +83,13 @@ std::u16string Value::as_text() const& {
     case ValueType::Text:
         return *text();
     case ValueType::Number:
-        return to_utf16(number()->to_text());
+        return utf16_from_utf8(number()->to_text());
     case ValueType::Date:
-        return to_utf16(date_text(date()->day));
+        return utf16_from_utf8(date_text(date()->day));
     case ValueType::Time:
-        return to_utf16(time_text(time()->seconds));
+        return utf16_from_utf8(time_text(time()->seconds));
     case ValueType::Timestamp:
-        return to_utf16(time_stamp_text(timestamp()->seconds));
+        return utf16_from_utf8(time_stamp_text(timestamp()->seconds));
     case ValueType::Container:
         break;
     }

@@ -165,8 +165,9 @@ CalcResult<void> XmlReader::attribute(XmlElement& element) {
     }
     ++position_;
     if (element.attribute(result.name))
-        return Failure{CalcError{"the attribute " + to_utf8(result.name) + " stands here twice",
-                                 start, result.name.size()}};
+        return Failure{
+            CalcError{"the attribute " + utf8_from_utf16(result.name) + " stands here twice", start,
+                      result.name.size()}};
     element.attributes.push_back(std::move(result));
     return {};
 }
@@ -199,9 +200,9 @@ CalcResult<void> XmlReader::close_tag(const XmlElement& element) {
     const std::u16string closed = VELL_TRY(name());
     skip_blanks();
     if (closed != element.name)
-        return Failure{
-            CalcError{"</" + to_utf8(closed) + "> closes <" + to_utf8(element.name) + ">", start,
-                      closed.size() + 3}};
+        return Failure{CalcError{"</" + utf8_from_utf16(closed) + "> closes <" +
+                                     utf8_from_utf16(element.name) + ">",
+                                 start, closed.size() + 3}};
     if (current() != u'>')
         return error("a > is expected here");
     ++position_;
@@ -224,7 +225,7 @@ CalcResult<void> XmlReader::content(XmlElement& root) {
     for (;;) {
         XmlElement& element = open.back();
         if (at_end())
-            return Failure{CalcError{"<" + to_utf8(element.name) + "> is not closed",
+            return Failure{CalcError{"<" + utf8_from_utf16(element.name) + "> is not closed",
                                      element.position, element.name.size() + 1}};
         if (starts_with(u"</")) {
             VELL_TRY(close_tag(element));
@@ -266,7 +267,7 @@ CalcResult<XmlElement> XmlReader::document() {
         VELL_TRY(content(root));
     VELL_TRY(skip_outside());
     if (!at_end())
-        return error("nothing may follow the end of <" + to_utf8(root.name) + ">");
+        return error("nothing may follow the end of <" + utf8_from_utf16(root.name) + ">");
     return root;
 }
 

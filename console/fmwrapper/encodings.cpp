@@ -1,7 +1,7 @@
 #include "console/fmwrapper/encodings.h"
 
 #include "console/fmwrapper/guard.h"
-#include "console/model/utf8.h"
+#include "src/base/utf8.h"
 
 #include <windows.h>
 
@@ -101,10 +101,11 @@ std::string_view CodePage::next_piece(std::string_view bytes) const {
 std::u16string CodePage::decode(std::string_view bytes) const {
     std::u16string result;
     if (single_) {
-        result.resize_and_overwrite(bytes.size(), [&](char16_t* to, std::size_t size) {
-            for (std::size_t i = 0; i < size; ++i)
+        // GCC 12 may announce more room than was asked for: its number does not count.
+        result.resize_and_overwrite(bytes.size(), [&](char16_t* to, std::size_t) {
+            for (std::size_t i = 0; i < bytes.size(); ++i)
                 to[i] = units_[static_cast<unsigned char>(bytes[i])];
-            return size;
+            return bytes.size();
         });
     } else {
         std::size_t size = 0;
@@ -203,7 +204,8 @@ std::u16string decode(std::string_view bytes, std::int32_t encoding) {
     if (const CodePage* page = code_page(encoding))
         return page->decode(bytes);
     std::u16string result;
-    result.resize_and_overwrite(utf16_size(bytes), [bytes](char16_t* to, std::size_t size) {
+    const std::size_t size = utf16_size(bytes);
+    result.resize_and_overwrite(size, [&](char16_t* to, std::size_t) {
         decode_utf8(bytes, to);
         return size;
     });

@@ -23,7 +23,7 @@ bool is_option(std::u16string_view text) {
 template <typename Number>
 Result<Number, std::string> whole_number(std::u16string_view text, std::string_view option,
                                          std::int64_t smallest, std::int64_t largest) {
-    const std::string digits = to_utf8(text);
+    const std::string digits = utf8_from_utf16(text);
     std::int64_t value = 0;
     const char* end = digits.data() + digits.size();
     const auto read = std::from_chars(digits.data(), end, value);
@@ -140,14 +140,14 @@ Result<void, std::string> CommandLineReader::option(std::u16string text) {
         known.push_back(entry.name);
         if (entry.name != text)
             continue;
-        VELL_TRY((this->*entry.read)(to_utf8(text)));
+        VELL_TRY((this->*entry.read)(utf8_from_utf16(text)));
         if (attached_value_)
-            return Failure{to_utf8(text) + " takes no value"};
+            return Failure{utf8_from_utf16(text) + " takes no value"};
         return {};
     }
-    std::string message = "there is no option " + to_utf8(text);
+    std::string message = "there is no option " + utf8_from_utf16(text);
     if (const auto suggestion = closest_name(text, known))
-        message += "; is " + to_utf8(*suggestion) + " meant?";
+        message += "; is " + utf8_from_utf16(*suggestion) + " meant?";
     return Failure{message};
 }
 
@@ -155,7 +155,7 @@ Result<void, std::string> CommandLineReader::choose(Action action, std::u16strin
     if (result_.action == Action::Help)
         return {};
     if (result_.action == Action::Evaluate && action == Action::Evaluate)
-        return Failure{"one calculation at a time; \"" + to_utf8(subject) +
+        return Failure{"one calculation at a time; \"" + utf8_from_utf16(subject) +
                        "\" is a second one (a calculation with blanks needs quotes in the shell)"};
     if (result_.action != Action::Statements)
         return Failure{std::string("a calculation, --file, --step, --list and --describe exclude "

@@ -17,7 +17,7 @@ std::u16string folder_path(std::wstring path) {
         unit = unit == L'\\' ? L'/' : unit;
     if (!path.ends_with(L'/'))
         path += L'/';
-    return u"/" + to_units(path);
+    return u"/" + to_utf16(path);
 }
 
 std::u16string known_folder(int identifier) {
@@ -44,7 +44,7 @@ std::u16string system_drive() {
 std::u16string user_name() {
     wchar_t name[257];
     DWORD length = 257;
-    return GetUserNameW(name, &length) ? to_units(name) : std::u16string();
+    return GetUserNameW(name, &length) ? to_utf16(name) : std::u16string();
 }
 
 std::int64_t today(const SYSTEMTIME& now) {
@@ -57,7 +57,7 @@ std::int64_t second_of_day(const SYSTEMTIME& now) {
 
 std::u16string installed_plugins(const PluginHost& host) {
     const PluginIdentity& identity = host.identity();
-    return identity.name + u";" + to_utf16(identity.file_version) + u";Enabled";
+    return identity.name + u";" + utf16_from_utf8(identity.file_version) + u";Enabled";
 }
 
 } // namespace

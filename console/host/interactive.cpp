@@ -24,7 +24,7 @@ std::string short_form(const Value& value) {
     text.resize(std::min(text.size(), width));
     for (char16_t& unit : text)
         unit = unit == u'\r' || unit == u'\n' ? u'\u00B6' : unit;
-    return std::string(type_name(value.type())) + " " + to_utf8(text) + (cut ? "…" : "");
+    return std::string(type_name(value.type())) + " " + utf8_from_utf16(text) + (cut ? "…" : "");
 }
 
 class Prompt {
@@ -50,7 +50,7 @@ class Prompt {
 };
 
 void Prompt::loop() {
-    write_output(to_utf8(host_.identity().name) + " " + host_.identity().file_version +
+    write_output(utf8_from_utf16(host_.identity().name) + " " + host_.identity().file_version +
                  " is running. Type a calculation, or help.\n");
     while (!done_) {
         const auto entered = read_console_line("> ");
@@ -62,11 +62,11 @@ void Prompt::loop() {
         if (line.starts_with(u"!")) {
             const auto earlier = recalled(line);
             if (!earlier) {
-                write_error("there is no entry " + to_utf8(line) + " in the history\n");
+                write_error("there is no entry " + utf8_from_utf16(line) + " in the history\n");
                 continue;
             }
             line = *earlier;
-            write_output(to_utf8(line) + "\n");
+            write_output(utf8_from_utf16(line) + "\n");
         }
         history_.push_back(line);
         if (!command(line))
@@ -102,18 +102,18 @@ bool Prompt::command(std::u16string_view line) {
 void Prompt::describe(std::u16string_view name) {
     const std::string text = description(host_, name);
     if (text.empty())
-        write_error("there is no function or script step " + to_utf8(name) + "\n");
+        write_error("there is no function or script step " + utf8_from_utf16(name) + "\n");
     write_output(text);
 }
 
 void Prompt::show_history() const {
     for (std::size_t i = 0; i < history_.size(); ++i)
-        write_output(std::to_string(i + 1) + "  " + to_utf8(history_[i]) + "\n");
+        write_output(std::to_string(i + 1) + "  " + utf8_from_utf16(history_[i]) + "\n");
 }
 
 void Prompt::show_variables() {
     for (const auto& [name, value] : session_.variables())
-        write_output(to_utf8(name) + " = " + short_form(value) + "\n");
+        write_output(utf8_from_utf16(name) + " = " + short_form(value) + "\n");
 }
 
 // !N is entry N, !! the last one.

@@ -77,7 +77,7 @@ ExitCode Run::perform() {
         one_step();
         break;
     case Action::File: {
-        const std::string name = to_utf8(command_line_.subject);
+        const std::string name = utf8_from_utf16(command_line_.subject);
         std::ifstream file(std::filesystem::path(command_line_.subject), std::ios::binary);
         if (file) {
             statements(file, name);
@@ -147,7 +147,7 @@ void Run::describe() {
     const std::string text = description(host_, command_line_.subject);
     if (text.empty()) {
         write_error("vellhost: there is no function or script step " +
-                    to_utf8(command_line_.subject) + "; --list shows them all\n");
+                    utf8_from_utf16(command_line_.subject) + "; --list shows them all\n");
         worsen(exit_error);
     }
     write_output(text);
@@ -252,7 +252,7 @@ int wmain(int count, wchar_t** arguments) {
     using namespace vell::console;
     std::vector<std::u16string> texts;
     for (int i = 1; i < count; ++i)
-        texts.push_back(to_units(arguments[i]));
+        texts.push_back(vell::to_utf16(arguments[i]));
     const auto command_line = parse_command_line(texts);
     if (!command_line)
         return failed(command_line.error() + "\nvellhost --help tells how it is used");

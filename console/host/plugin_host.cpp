@@ -11,6 +11,7 @@ namespace vell::console {
 
 namespace {
 
+constexpr fm::Errcode unknown_error = -1;
 constexpr std::uint64_t english_united_states = 1033; // Windows language ID
 
 // The callbacks of the call record carry no context.
@@ -82,7 +83,7 @@ Result<PluginIdentity, std::string> PluginHost::identify() {
     identity_.options = string_query(static_cast<std::uint8_t>(host::PluginString::Options));
     identity_.name = string_query(static_cast<std::uint8_t>(host::PluginString::Name));
     if (identity_.options.size() != options_length || identity_.options[4] != u'1')
-        return Failure{"the plug-in's options string \"" + to_utf8(identity_.options) +
+        return Failure{"the plug-in's options string \"" + utf8_from_utf16(identity_.options) +
                        "\" is not one that the host understands"};
     if (identity_.name.empty())
         return Failure{std::string("the plug-in has no name")};
@@ -162,8 +163,9 @@ void PluginHost::read_registrations() {
             step.definition = std::move(definition).value();
         else
             definition_errors_.push_back("script step " + std::to_string(step.id) + " \"" +
-                                         to_utf8(step.name) + "\": " + definition.error().message +
-                                         "\n" + caret_display(step.xml, definition.error()));
+                                         utf8_from_utf16(step.name) +
+                                         "\": " + definition.error().message + "\n" +
+                                         caret_display(step.xml, definition.error()));
         steps_.push_back(std::move(step));
     }
 }
@@ -246,12 +248,17 @@ std::vector<ScriptRequest> PluginHost::take_script_requests() {
 
 fm::Errcode PluginHost::start_script(const fm::Text* file_name, const fm::Text* script_name,
                                      std::uint8_t control, const fm::Data* parameter) {
-    ScriptRequest request{file_name ? text_of(file_name) : u"",
-                          script_name ? text_of(script_name) : u"", control,
-                          parameter ? to_value(parameter) : Value()};
-    const std::lock_guard lock(current_host->script_mutex_);
-    current_host->script_requests_.push_back(std::move(request));
-    return 0;
+    // An exception must not travel through the plug-in.
+    try {
+        ScriptRequest request{file_name ? text_of(file_name) : u"",
+                              script_name ? text_of(script_name) : u"", control,
+                              parameter ? to_value(parameter) : Value()};
+        const std::lock_guard lock(current_host->script_mutex_);
+        current_host->script_requests_.push_back(std::move(request));
+        return 0;
+    } catch (const std::exception&) {
+        return unknown_error;
+    }
 }
 
 // Every environment of the console is the current one.

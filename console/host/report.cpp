@@ -41,11 +41,11 @@ std::string right_aligned(const std::string& text, std::size_t width) {
 
 std::string container_text(const Value& value) {
     const std::vector<ContainerStream> streams = streams_of(binary_of(value));
-    std::string text = "container \"" + to_utf8(value.as_text()) + "\", " +
+    std::string text = "container \"" + utf8_from_utf16(value.as_text()) + "\", " +
                        std::to_string(streams.size()) +
                        (streams.size() == 1 ? " stream\n" : " streams\n");
     for (const ContainerStream& stream : streams)
-        text += "  " + to_utf8(to_utf16(stream.type)) +
+        text += "  " + utf8_from_utf16(utf16_from_utf8(stream.type)) +
                 right_aligned(std::to_string(stream.size), 12) + " bytes\n";
     return text;
 }
@@ -66,10 +66,10 @@ std::string hexadecimal(std::uint32_t value) {
 
 // As it is written in a statement: step "Copy File" [ Source ; Destination ].
 std::string step_prototype(const RegisteredStep& step) {
-    std::string text = "step \"" + to_utf8(step.name) + "\"";
+    std::string text = "step \"" + utf8_from_utf16(step.name) + "\"";
     std::string separator = " [ ";
     for (const StepParameter& parameter : step.definition.parameters) {
-        text += separator + to_utf8(parameter.label);
+        text += separator + utf8_from_utf16(parameter.label);
         separator = " ; ";
     }
     return text + (step.definition.parameters.empty() ? "" : " ]");
@@ -82,23 +82,24 @@ std::string description_lines(const std::u16string& text) {
     const std::u16string sentence = bar == text.npos ? text : text.substr(bar + 1);
     std::string lines;
     if (!sentence.empty())
-        lines += "  description   " + to_utf8(sentence) + "\n";
+        lines += "  description   " + utf8_from_utf16(sentence) + "\n";
     if (!words.empty())
-        lines += "  type-ahead    " + to_utf8(words) + "\n";
+        lines += "  type-ahead    " + utf8_from_utf16(words) + "\n";
     return lines;
 }
 
 std::string function_text(const RegisteredFunction& function) {
-    return to_utf8(function.prototype) + "\n  function      " + to_utf8(function.name) +
-           "\n  ID            " + std::to_string(function.id) + " of plug-in " +
-           function.plugin_id + "\n  arguments     " +
+    return utf8_from_utf16(function.prototype) + "\n  function      " +
+           utf8_from_utf16(function.name) + "\n  ID            " + std::to_string(function.id) +
+           " of plug-in " + function.plugin_id + "\n  arguments     " +
            counts(function.min_arguments, function.max_arguments) + "\n  flags         " +
            hexadecimal(function.flags) + "\n" + description_lines(function.description);
 }
 
 std::string parameter_text(const StepParameter& parameter) {
     std::string text = "  " + right_aligned(std::to_string(parameter.id), 3) + "  " +
-                       padded(std::string(type_name(parameter.type)), 6) + to_utf8(parameter.label);
+                       padded(std::string(type_name(parameter.type)), 6) +
+                       utf8_from_utf16(parameter.label);
     switch (parameter.type) {
     case StepParameterType::Calculation:
         text += " (" + std::string(type_name(parameter.data_type)) + ")";
@@ -113,19 +114,19 @@ std::string parameter_text(const StepParameter& parameter) {
     text += parameter.show_inline ? "\n" : ", not shown inline\n";
     for (const StepListValue& value : parameter.values)
         text += "             " + right_aligned(std::to_string(value.id), 5) + "  " +
-                to_utf8(value.label) +
+                utf8_from_utf16(value.label) +
                 (value.id == parameter.default_value ? " (default)\n" : "\n");
     return text;
 }
 
 std::string step_text(const RegisteredStep& step) {
     const StepDefinition& definition = step.definition;
-    std::string text = step_prototype(step) + "\n  script step   " + to_utf8(step.name) +
+    std::string text = step_prototype(step) + "\n  script step   " + utf8_from_utf16(step.name) +
                        "\n  ID            " + std::to_string(step.id) + " of plug-in " +
                        step.plugin_id + "\n  flags         " + hexadecimal(step.flags) + "\n" +
                        description_lines(step.description);
     text += "  target        ";
-    text += definition.target ? to_utf8(definition.target->label) + " (" +
+    text += definition.target ? utf8_from_utf16(definition.target->label) + " (" +
                                     std::string(type_name(definition.target->data_type)) + ")\n"
                               : "none, the result is dropped\n";
     if (!definition.parameters.empty())
@@ -146,7 +147,7 @@ bool is_error_result(const Value& value) {
 std::int64_t error_code_of(const Value& value) {
     if (!is_error_result(value))
         return 0;
-    const std::string digits = to_utf8(value.text()->substr(2, 20));
+    const std::string digits = utf8_from_utf16(value.text()->substr(2, 20));
     std::int64_t code = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), code);
     return code;
@@ -155,7 +156,7 @@ std::int64_t error_code_of(const Value& value) {
 std::string plain_result(const Value& value, bool raw) {
     if (value.container())
         return container_text(value);
-    return to_utf8(raw ? value.as_text() : with_line_feeds(value.as_text()));
+    return utf8_from_utf16(raw ? value.as_text() : with_line_feeds(value.as_text()));
 }
 
 std::string json_result(std::size_t line, const Value& value) {
@@ -193,12 +194,13 @@ std::string json_error(std::size_t line, std::u16string_view source, const CalcE
 
 std::string registration_list(const PluginHost& host) {
     const PluginIdentity& identity = host.identity();
-    std::string text = to_utf8(identity.name) + " " + identity.file_version + "\n\nFunctions (" +
-                       std::to_string(host.functions().size()) + "): ID, arguments, prototype\n";
+    std::string text = utf8_from_utf16(identity.name) + " " + identity.file_version +
+                       "\n\nFunctions (" + std::to_string(host.functions().size()) +
+                       "): ID, arguments, prototype\n";
     for (const RegisteredFunction& function : host.functions())
         text += right_aligned(std::to_string(function.id), 6) + "  " +
                 padded(counts(function.min_arguments, function.max_arguments), 4) +
-                to_utf8(function.prototype) + "\n";
+                utf8_from_utf16(function.prototype) + "\n";
     text += "\nScript steps (" + std::to_string(host.steps().size()) +
             "): ID, parameters, as a statement\n";
     for (const RegisteredStep& step : host.steps())
@@ -223,8 +225,8 @@ std::string description(const PluginHost& host, std::u16string_view name) {
 
 std::string script_request_text(const ScriptRequest& request) {
     constexpr const char* controls[] = {"halting", "exiting", "resuming", "pausing"};
-    std::string text = "the plug-in starts script \"" + to_utf8(request.script_name) +
-                       "\" of file \"" + to_utf8(request.file_name) + "\"";
+    std::string text = "the plug-in starts script \"" + utf8_from_utf16(request.script_name) +
+                       "\" of file \"" + utf8_from_utf16(request.file_name) + "\"";
     if (request.control < std::size(controls))
         text += std::string(", ") + controls[request.control] + " the running one";
     return text + ", parameter: " + plain_result(request.parameter, false);

@@ -56,10 +56,11 @@ CalcResult<const RegisteredStep*> Session::find_step(std::u16string_view name) c
     std::vector<std::u16string_view> known;
     for (const RegisteredStep& step : host_.steps())
         known.push_back(step.name);
-    std::string message = known.empty() ? "the plug-in has registered no script steps"
-                                        : "there is no script step \"" + to_utf8(name) + "\"";
+    std::string message = known.empty()
+                              ? "the plug-in has registered no script steps"
+                              : "there is no script step \"" + utf8_from_utf16(name) + "\"";
     if (const auto suggestion = closest_name(name, known))
-        message += "; is \"" + to_utf8(*suggestion) + "\" meant?";
+        message += "; is \"" + utf8_from_utf16(*suggestion) + "\" meant?";
     return Failure{CalcError{message}};
 }
 
@@ -98,11 +99,16 @@ Result<Value, std::string> Session::container_from_file(std::u16string_view path
 
 fm::Errcode Session::evaluate_for_plugin(const fm::ExprEnv*, const fm::Text* expression,
                                          fm::Data* result, void* context) {
-    const auto value = static_cast<Session*>(context)->evaluate(text_of(expression));
-    if (!value)
+    // An exception must not travel through the plug-in.
+    try {
+        const auto value = static_cast<Session*>(context)->evaluate(text_of(expression));
+        if (!value)
+            return calculation_error;
+        assign(result, *value);
+        return 0;
+    } catch (const std::exception&) {
         return calculation_error;
-    assign(result, *value);
-    return 0;
+    }
 }
 
 } // namespace vell::console

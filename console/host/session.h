@@ -14,9 +14,9 @@ struct StatementOutcome {
     Value value; // also of an assignment
 };
 
-// The plug-in must have been started before. Expressions that the plug-in hands to the host are
-// evaluated in the session, too. evaluate() may run on several threads at once as long as no
-// statement is run.
+// The plug-in must have been started before, and the session ends before its host. Expressions that
+// the plug-in hands to the host are evaluated in the session, too. evaluate() may run on several
+// threads at once as long as no statement is run.
 class Session : private ExternalFunctions, private HostServices {
   public:
     explicit Session(PluginHost& host);

@@ -69,7 +69,7 @@ std::optional<std::u16string> read_console_line(std::string_view prompt) {
             return std::nullopt;
     }
     line.erase(line.find_last_not_of(L"\r\n") + 1);
-    return to_units(line);
+    return to_utf16(line);
 }
 
 std::optional<std::u16string> read_line(std::istream& stream) {
@@ -80,7 +80,7 @@ std::optional<std::u16string> read_line(std::istream& stream) {
         line.pop_back();
     if (line.starts_with("\xEF\xBB\xBF"))
         line.erase(0, 3);
-    return to_utf16(line);
+    return utf16_from_utf8(line);
 }
 
 std::istream& standard_input() {

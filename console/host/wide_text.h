@@ -1,24 +1,19 @@
-// wchar_t and char16_t are the same UTF-16 units on Windows.
+// UTF-8, and the wide strings of Windows.
 #pragma once
 
-#include "console/model/utf8.h"
+#include "src/base/utf8.h"
+#include "src/base/win32_text.h"
 
 #include <string>
 #include <string_view>
 
 namespace vell::console {
 
-inline std::u16string to_units(std::wstring_view text) {
-    return {text.begin(), text.end()};
-}
-inline std::wstring to_wide(std::u16string_view text) {
-    return {text.begin(), text.end()};
-}
 inline std::string narrow(std::wstring_view text) {
-    return to_utf8(to_units(text));
+    return utf8_from_utf16(to_utf16(text));
 }
 inline std::wstring widen(std::string_view utf8) {
-    return to_wide(to_utf16(utf8));
+    return to_wide(utf16_from_utf8(utf8));
 }
 
 } // namespace vell::console

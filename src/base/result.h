@@ -69,6 +69,9 @@ class [[nodiscard]] Result<void, E> {
 } // namespace vell
 
 // Evaluates a Result; returns its error from the enclosing function, or is its value.
+//
+// Not for a member of an aggregate in braces behind one that owns something: clang 14 and GCC 12 do
+// not destroy what is initialised already when the return comes in between.
 #define VELL_TRY(expression)                                                                       \
     __extension__({                                                                                \
         auto&& vell_result = (expression);                                                         \

@@ -43,8 +43,9 @@ Result<RangeBytes> read_file_range(File& file, std::uint64_t length, ByteRange r
 
     RangeBytes result;
     Result<std::size_t> done = std::size_t{0};
-    result.bytes.resize_and_overwrite(count, [&](char* buffer, std::size_t size) {
-        done = file.read({buffer, size});
+    // GCC 12 may announce more room than was asked for: its number does not count.
+    result.bytes.resize_and_overwrite(count, [&](char* buffer, std::size_t) {
+        done = file.read({buffer, static_cast<std::size_t>(count)});
         return done ? *done : 0;
     });
     if (!done)
@@ -129,10 +130,6 @@ Result<void> get_contents(Call& call, FileSystem& files) {
     else
         call.set_decoded_text(std::array{EncodedText{read.bytes, encoding}}, line_endings);
     return {};
-}
-
-Result<void> get_contents(Call& call) {
-    return get_contents(call, system_files());
 }
 
 } // namespace vell::files

@@ -14,6 +14,8 @@ namespace vell::files {
 // note that says so; a character that the range cuts at either end is replaced by a note of its
 // own.
 Result<void> get_contents(params::Call& call, FileSystem& files);
-Result<void> get_contents(params::Call& call);
+inline Result<void> get_contents(params::Call& call) {
+    return get_contents(call, system_files());
+}
 
 } // namespace vell::files

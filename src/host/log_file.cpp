@@ -20,10 +20,14 @@ std::wstring executable_path() {
     return length < path.size() ? std::wstring(path.data(), length) : std::wstring();
 }
 
+bool server_or_web() {
+    const ApplicationType type = plugin_state().application_type;
+    return is_server_host(type) || is_web_host(type);
+}
+
 // Empty when the folder neither exists nor can be made.
 std::wstring make_log_folder() {
-    const ApplicationType type = plugin_state().application_type;
-    std::wstring folder = log_folder(executable_path(), is_server_host(type) || is_web_host(type));
+    std::wstring folder = log_folder(executable_path(), server_or_web());
     if (!folder.empty() && !CreateDirectoryW(folder.c_str(), nullptr) &&
         GetLastError() != ERROR_ALREADY_EXISTS)
         return {};
@@ -76,7 +80,7 @@ class LogFiles {
 
   private:
     const std::wstring& path_of(LogChannel channel) {
-        std::wstring& path = paths_[channel];
+        std::wstring& path = paths_[{channel, server_or_web()}];
         if (path.empty()) {
             if (std::wstring folder = make_log_folder(); !folder.empty())
                 path = folder.append(log_file_name(channel));
@@ -91,7 +95,7 @@ class LogFiles {
     }
 
     std::mutex mutex_;
-    std::map<LogChannel, std::wstring> paths_; // kept for the life of the process
+    std::map<std::pair<LogChannel, bool>, std::wstring> paths_; // kept for the life of the process
     bool reported_ = false;
 };
 

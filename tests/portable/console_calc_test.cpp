@@ -32,11 +32,11 @@ class World : public ExternalFunctions, public HostServices {
             return Failure{std::string("it went wrong")};
         if (function.name == u"Same")
             return arguments[0];
-        std::string shown = to_utf8(function.prototype);
+        std::string shown = utf8_from_utf16(function.prototype);
         for (const Value& argument : arguments)
-            shown +=
-                "|" + std::string(type_name(argument.type())) + ":" + to_utf8(argument.as_text());
-        return Value(to_utf16(shown));
+            shown += "|" + std::string(type_name(argument.type())) + ":" +
+                     utf8_from_utf16(argument.as_text());
+        return Value(utf16_from_utf8(shown));
     }
 
     Value get(GetItem item) override {
@@ -72,11 +72,11 @@ CalcResult<Value> evaluate_in(World& world, std::u16string_view source) {
 
 // "number:3", or "error@7: message".
 std::string answer(World& world, std::string_view source) {
-    const auto result = evaluate_in(world, to_utf16(source));
+    const auto result = evaluate_in(world, utf16_from_utf8(source));
     if (!result)
         return "error@" + std::to_string(result.error().position) + ": " + result.error().message;
     return std::string(result->is_invalid() ? "invalid" : type_name(result->type())) + ":" +
-           to_utf8(result->as_text());
+           utf8_from_utf16(result->as_text());
 }
 
 std::string answer(std::string_view source) {
@@ -342,7 +342,7 @@ TEST(Calculation, NestingIsBoundedAndLengthIsNot) {
 }
 
 std::string display(std::string_view source, std::size_t position, std::size_t length) {
-    return caret_display(to_utf16(source), {"", position, length});
+    return caret_display(utf16_from_utf8(source), {"", position, length});
 }
 
 TEST(CalculationError, CaretStandsUnderThePlace) {

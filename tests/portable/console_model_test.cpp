@@ -1,7 +1,7 @@
 // Decimal numbers, the calendar and the UTF-8 conversion of the console host.
 #include "console/model/calendar.h"
 #include "console/model/decimal.h"
-#include "console/model/utf8.h"
+#include "src/base/utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -249,16 +249,16 @@ TEST(Utf8, ReplacesWhatIsInvalid) {
         {"\xE2\x82\xE2\x82\xAC", u"\uFFFD\u20AC"},
     };
     for (const auto& [bytes, units] : cases) {
-        EXPECT_EQ(to_utf16(bytes), units);
+        EXPECT_EQ(utf16_from_utf8(bytes), units);
         // The same at every position of a block of ASCII.
         for (std::size_t before = 1; before < 36; ++before) {
             const std::string filler(before, 'x');
-            EXPECT_EQ(to_utf16(filler + bytes + filler),
+            EXPECT_EQ(utf16_from_utf8(filler + bytes + filler),
                       std::u16string(before, u'x') + units + std::u16string(before, u'x'));
         }
     }
-    EXPECT_EQ(to_utf8(u"\xD83D"), "\xEF\xBF\xBD");
-    EXPECT_EQ(to_utf8(u"\xDE00\xD83Dz"), "\xEF\xBF\xBD\xEF\xBF\xBDz");
+    EXPECT_EQ(utf8_from_utf16(u"\xD83D"), "\xEF\xBF\xBD");
+    EXPECT_EQ(utf8_from_utf16(u"\xDE00\xD83Dz"), "\xEF\xBF\xBD\xEF\xBF\xBDz");
 }
 
 TEST(Utf8, EveryCharacterComesBack) {
@@ -273,12 +273,12 @@ TEST(Utf8, EveryCharacterComesBack) {
             all += static_cast<char16_t>(code);
         }
     }
-    EXPECT_EQ(to_utf16(to_utf8(all)), all);
+    EXPECT_EQ(utf16_from_utf8(utf8_from_utf16(all)), all);
 }
 
 TEST(Utf8, StopsAtTheLastWholeCharacter) {
     const std::u16string text = u"0123456789abcdef\u20AC\U0001F600";
-    const std::string whole = to_utf8(text);
+    const std::string whole = utf8_from_utf16(text);
     const std::size_t ends[] = {16, 19, 23};
     for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
         std::size_t expected = capacity < 16 ? capacity : 0;

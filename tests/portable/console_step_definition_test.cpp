@@ -117,7 +117,7 @@ std::string received(const StepDefinition& step, std::initializer_list<StepArgum
         return "error@" + std::to_string(vector.error().position) + ": " + vector.error().message;
     std::string text;
     for (const Value& value : *vector)
-        text += std::string(type_name(value.type())) + ":" + to_utf8(value.as_text()) + "|";
+        text += std::string(type_name(value.type())) + ":" + utf8_from_utf16(value.as_text()) + "|";
     return text;
 }
 

@@ -262,32 +262,6 @@ TEST_F(StandIn, FailsTheCallThatWasAskedFor) {
     EXPECT_EQ(StandIn_CallCount(), 0u);
 }
 
-// Ends the thread that raised a system exception, with the exception as its exit code.
-LONG CALLBACK end_thread(EXCEPTION_POINTERS* exception) {
-    ExitThread(exception->ExceptionRecord->ExceptionCode);
-}
-
-DWORD WINAPI call_host(void* text) {
-    fm::Status status;
-    FM_Text_GetSize(static_cast<fm::Text*>(text), &status);
-    return 0;
-}
-
-TEST_F(StandIn, RaisesARealAccessViolation) {
-    fm::Text* subject = text(u"");
-    StandIn_FailCall(1, console::StandInFailure::AccessViolation);
-    void* handler = AddVectoredExceptionHandler(1, end_thread);
-    const HANDLE thread = CreateThread(nullptr, 0, call_host, subject, 0, nullptr);
-    WaitForSingleObject(thread, INFINITE);
-    RemoveVectoredExceptionHandler(handler);
-    DWORD code = 0;
-    GetExitCodeThread(thread, &code);
-    CloseHandle(thread);
-    EXPECT_EQ(code, EXCEPTION_ACCESS_VIOLATION);
-    EXPECT_TRUE(StandIn_FailureDelivered());
-    FM_Text_Delete(subject, &status);
-}
-
 TEST_F(StandIn, CountsWhatIsAlive) {
     using console::StandInObject;
     const std::int64_t before = StandIn_TotalLiveObjects();

@@ -1,13 +1,14 @@
-#include "console/model/utf8.h"
+#include "src/base/utf8.h"
+
+#include "src/base/utf8_sequence.h"
 
 #include <cstdint>
 #include <cstring>
 
-namespace vell::console {
+namespace vell {
 
 namespace {
 
-constexpr char32_t replacement = 0xFFFD;
 constexpr std::size_t block = 16;
 
 struct Character {
@@ -29,46 +30,13 @@ bool is_ascii_block(const char16_t* units) {
     return ((quarters[0] | quarters[1] | quarters[2] | quarters[3]) & 0xFF80FF80FF80FF80) == 0;
 }
 
-// The character at `at`, whose first byte is not ASCII.
-Character read_utf8(const unsigned char* at, const unsigned char* end) {
-    const unsigned lead = at[0];
-    unsigned length = 0;
-    unsigned low = 0x80;  // the range of the second byte, which keeps out overlong forms,
-    unsigned high = 0xBF; // surrogates and what lies beyond U+10FFFF
-    char32_t code = 0;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-        code = lead & 0x1F;
-    } else if ((lead & 0xF0) == 0xE0) {
-        length = 3;
-        code = lead & 0x0F;
-        low = lead == 0xE0 ? 0xA0 : 0x80;
-        high = lead == 0xED ? 0x9F : 0xBF;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        code = lead & 0x07;
-        low = lead == 0xF0 ? 0x90 : 0x80;
-        high = lead == 0xF4 ? 0x8F : 0xBF;
-    } else {
-        return {replacement, 1};
-    }
-    for (unsigned i = 1; i < length; ++i) {
-        if (at + i == end || at[i] < low || at[i] > high)
-            return {replacement, i};
-        code = code << 6 | (at[i] & 0x3Fu);
-        low = 0x80;
-        high = 0xBF;
-    }
-    return {code, length};
-}
-
 Character read_utf16(const char16_t* at, const char16_t* end) {
     const char32_t unit = at[0];
     if (unit < 0xD800 || unit > 0xDFFF)
         return {unit, 1};
     if (unit < 0xDC00 && at + 1 != end && at[1] >= 0xDC00 && at[1] <= 0xDFFF)
         return {0x10000 + ((unit - 0xD800) << 10) + (at[1] - 0xDC00u), 2};
-    return {replacement, 1};
+    return {replacement_character, 1};
 }
 
 unsigned encoded_length(char32_t code) {
@@ -94,10 +62,10 @@ void scan_utf8(std::string_view utf8, Ascii&& ascii, Other&& other) {
                 ++at;
                 continue;
             }
-            const Character character = read_utf8(reinterpret_cast<const unsigned char*>(at),
-                                                  reinterpret_cast<const unsigned char*>(end));
-            other(character.code);
-            at += character.length;
+            const Utf8Sequence sequence = read_utf8(reinterpret_cast<const unsigned char*>(at),
+                                                    reinterpret_cast<const unsigned char*>(end));
+            other(sequence.scalar);
+            at += sequence.length;
         }
     }
 }
@@ -184,16 +152,16 @@ std::size_t encode_utf8(std::u16string_view units, char* bytes, std::size_t capa
     return static_cast<std::size_t>(to - bytes);
 }
 
-std::u16string to_utf16(std::string_view utf8) {
+std::u16string utf16_from_utf8(std::string_view utf8) {
     std::u16string units(utf16_size(utf8), u'\0');
     decode_utf8(utf8, units.data());
     return units;
 }
 
-std::string to_utf8(std::u16string_view units) {
+std::string utf8_from_utf16(std::u16string_view units) {
     std::string bytes(utf8_size(units), '\0');
     encode_utf8(units, bytes.data(), bytes.size());
     return bytes;
 }
 
-} // namespace vell::console
+} // namespace vell

@@ -1,0 +1,86 @@
+// A call of a function with parameters and result in memory.
+#pragma once
+
+#include "src/base/utf8.h"
+#include "src/params/call.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vell::testing {
+
+// Bytes that are not to be read as UTF-8 become the characters of their numbers.
+inline std::u16string decoded(std::string_view bytes, params::TextEncoding encoding) {
+    if (encoding == params::TextEncoding::Utf8)
+        return utf16_from_utf8(bytes);
+    std::u16string text;
+    for (const char byte : bytes)
+        text += static_cast<char16_t>(static_cast<unsigned char>(byte));
+    return text;
+}
+
+class FakeCall : public params::Call {
+  public:
+    // The switches stand first.
+    explicit FakeCall(std::vector<std::u16string> parameters)
+        : parameters_(std::move(parameters)) {}
+
+    // What the body has set; nullopt as long as it has set nothing.
+    const std::optional<std::u16string>& result() const { return result_; }
+    // The encodings of the pieces of a decoded result.
+    const std::vector<params::TextEncoding>& encodings() const { return encodings_; }
+
+    bool is_step() const override { return false; }
+    std::size_t parameter_count() const override { return parameters_.size(); }
+    params::SwitchSet switches() override { return params::SwitchSet(utf8_from_utf16(text(0))); }
+    std::u16string text(std::size_t index) override {
+        return index < parameters_.size() ? parameters_[index] : std::u16string();
+    }
+    Result<std::string> encoded_text(std::size_t index, params::TextEncoding encoding) override {
+        if (encoding == params::TextEncoding::Utf8)
+            return utf8_from_utf16(text(index));
+        std::string bytes;
+        for (const char16_t unit : text(index)) {
+            if (unit > 0xFF)
+                return Failure{ErrorCode::ParameterUnreadable};
+            bytes += static_cast<char>(unit);
+        }
+        return bytes;
+    }
+    std::int64_t number(std::size_t index) override {
+        using Limits = std::numeric_limits<std::int32_t>;
+        const std::int64_t value = std::atoll(utf8_from_utf16(text(index)).c_str());
+        return std::clamp<std::int64_t>(value, std::int64_t{Limits::min()} - 1,
+                                        std::int64_t{Limits::max()} + 1);
+    }
+    std::int32_t step_option(std::size_t) override { return not_given; }
+
+    void set_text(std::u16string_view text) override { result_ = std::u16string(text); }
+    void set_literal(std::string_view ascii) override {
+        result_ = std::u16string(ascii.begin(), ascii.end());
+    }
+    void set_number(std::int64_t value) override { set_literal(std::to_string(value)); }
+    void set_decoded_text(std::span<const params::EncodedText> pieces,
+                          params::LineEndings line_endings) override {
+        encodings_.clear();
+        std::u16string text;
+        for (const params::EncodedText& piece : pieces) {
+            encodings_.push_back(piece.encoding);
+            text += decoded(piece.bytes, piece.encoding);
+        }
+        params::convert_line_endings(text, line_endings);
+        result_ = std::move(text);
+    }
+
+  private:
+    std::vector<std::u16string> parameters_;
+    std::optional<std::u16string> result_;
+    std::vector<params::TextEncoding> encodings_;
+};
+
+} // namespace vell::testing

@@ -1,0 +1,228 @@
+// VlFile_GetContents on the system's own files, through the host.
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "src/files/file_access.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <winioctl.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+namespace vell::test {
+namespace {
+
+Value number(std::int64_t value) {
+    return Value(console::Decimal(value));
+}
+
+class Contents : public Plugin {
+  protected:
+    Contents() { start(); }
+
+    std::u16string contents(const char16_t* switches, const std::u16string& path,
+                            std::vector<Value> range = {}) {
+        std::vector<Value> arguments{Value(switches), Value(path)};
+        arguments.insert(arguments.end(), range.begin(), range.end());
+        return call(u"VlFile_GetContents", arguments);
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(Contents, DecodesInTheEncodingAskedFor) {
+    const std::u16string file = folder.file(L"text.txt", "a\x80\x8E\xFF");
+    EXPECT_EQ(contents(u"", file), u"a\u20AC\u017D\u00FF"); // native: 1252
+    EXPECT_EQ(contents(u"-encoding=ascii_mac", file), u"a\u00C4\u00E9\u02C7");
+    EXPECT_EQ(contents(u"-Encoding=ASCII_DOS", file), u"a\u00C7\u00C4\u00A0");
+    EXPECT_EQ(contents(u"-Encoding=BytesOnly", file), u"a\u0080\u008E\u00FF");
+    EXPECT_EQ(contents(u"-Encoding=UTF8", file),
+              u"<INVALID UTF8; trying native encoding>a\u20AC\u017D\u00FF");
+    const std::u16string utf8 = folder.file(L"utf8.txt", "\xEF\xBB\xBF"
+                                                         "caf\xC3\xA9 \xF0\x9F\x98\x80");
+    EXPECT_EQ(contents(u"-Encoding=UTF8", utf8), u"\uFEFFcaf\u00E9 \U0001F600");
+    EXPECT_EQ(contents(u"-Encoding=UTF8", utf8, {number(6), number(1)}), u"<INVALID UTF8>");
+    EXPECT_EQ(contents(u"-Encoding=UTF8", utf8, {number(5), number(2)}), u"f<INVALID UTF8>");
+}
+
+TEST_F(Contents, ConvertsLineEndsAfterDecoding) {
+    const std::u16string file = folder.file(L"lines.txt", "a\r\nb\nc\rd");
+    EXPECT_EQ(contents(u"", file), u"a\r\nb\nc\rd");
+    EXPECT_EQ(contents(u"-ConvertToFMPLinebreaks", file), u"a\rb\r\nc\rd");
+}
+
+TEST_F(Contents, ReportsWhatKeepsItFromReading) {
+    const std::u16string file = folder.file(L"some.txt", "12345");
+    const std::u16string folder_path = to_utf16(folder.path());
+    EXPECT_EQ(contents(u"", folder_path + u"missing.txt"), u"$$-43");
+    EXPECT_EQ(contents(u"", folder_path + u"none\\missing.txt"), u"$$-120");
+    EXPECT_EQ(contents(u"", u""), u"$$-50");
+    EXPECT_EQ(contents(u"", u"$$-43"), u"$$-4299");
+    EXPECT_EQ(contents(u"", file + u"\r" + file), u"$$-37"); // a line end is no part of a name
+    EXPECT_EQ(contents(u"", file, {number(5)}), u"$$-39");
+    EXPECT_EQ(contents(u"", file, {number(-1)}), u"$$-4241");
+    EXPECT_EQ(contents(u"", file, {number(0), number(2147483648)}), u"$$-4241");
+    EXPECT_EQ(contents(u"", file, {number(2), number(2)}), u"34");
+    EXPECT_EQ(contents(u"-ExperimentalPDFToPlainText", file), u"$$-4221");
+
+    const UniqueFile held(CreateFileW(as_wide(file), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    ASSERT_TRUE(held);
+    EXPECT_EQ(contents(u"", file), u"$$-47");
+}
+
+TEST_F(Contents, LeavesTheFileClosed) {
+    const std::u16string file = folder.file(L"closed.txt", "12345");
+    contents(u"", file);
+    contents(u"", file, {number(99)});
+    EXPECT_TRUE(DeleteFileW(as_wide(file)));
+}
+
+TEST_F(Contents, TakesTheHostsFormsOfAPath) {
+    const std::u16string file = folder.file(L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.txt", "found");
+    EXPECT_EQ(contents(u"", u"filewin:/" + file), u"found");
+    EXPECT_EQ(contents(u"", u"/" + file), u"found");
+    EXPECT_EQ(contents(u"", u"imagewin:/" + file), u"found");
+    std::u16string forward = file;
+    std::ranges::replace(forward, u'\\', u'/');
+    EXPECT_EQ(contents(u"", u"filewin:/" + forward), u"found");
+}
+
+TEST_F(Contents, ReachesPathsBeyond260Characters) {
+    std::wstring path = L"\\\\?\\" + folder.path();
+    for (int i = 0; i < 6; ++i) {
+        path += std::wstring(50, static_cast<wchar_t>(L'a' + i)) + L"\\";
+        ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
+    }
+    path += L"deep.txt";
+    {
+        const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD done = 0;
+        ASSERT_TRUE(WriteFile(file.get(), "deep", 4, &done, nullptr));
+    }
+    EXPECT_EQ(contents(u"", to_utf16(path.substr(4))), u"deep");
+}
+
+TEST_F(Contents, SeeksInAFileAbove4GiB) {
+    const std::wstring path = folder.path(L"huge.bin");
+    {
+        const UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD done = 0;
+        DeviceIoControl(file.get(), FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &done, nullptr);
+        LARGE_INTEGER position;
+        for (const auto& [offset, mark] : {std::pair{std::int64_t{2147483640}, "two GiB"},
+                                           std::pair{std::int64_t{5368709120} - 4, "tail"}}) {
+            position.QuadPart = offset;
+            ASSERT_TRUE(SetFilePointerEx(file.get(), position, nullptr, FILE_BEGIN));
+            ASSERT_TRUE(
+                WriteFile(file.get(), mark, static_cast<DWORD>(strlen(mark)), &done, nullptr));
+        }
+    }
+    EXPECT_EQ(contents(u"", to_utf16(path), {number(2147483640), number(7)}), u"two GiB");
+    EXPECT_EQ(contents(u"", to_utf16(path), {number(2147483647), number(1)}),
+              std::u16string(1, u'\0'));
+    // The access layer itself reaches every byte.
+    const auto file = files::system_files().open({to_utf16(path), {}}, files::Permission::Read);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(*(*file)->size(), 5368709120u);
+    std::array<char, 8> buffer{};
+    ASSERT_TRUE((*file)->seek(files::SeekFrom::End, -4));
+    EXPECT_EQ(*(*file)->read(buffer), 4u);
+    EXPECT_STREQ(buffer.data(), "tail");
+    EXPECT_EQ((*file)->seek(files::SeekFrom::Start, -1).error(), ErrorCode::BeforeStart);
+    EXPECT_EQ((*file)->seek(files::SeekFrom::End, -5368709121).error(), ErrorCode::BeforeStart);
+}
+
+// A pipe has no length; its bytes come in pieces of the writer's choosing.
+std::thread serve_pipe(const std::wstring& name, std::string bytes) {
+    const HANDLE pipe = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_OUTBOUND,
+                                         PIPE_TYPE_BYTE | PIPE_WAIT, 1, 4096, 4096, 0, nullptr);
+    EXPECT_NE(pipe, INVALID_HANDLE_VALUE);
+    return std::thread([pipe, bytes = std::move(bytes)] {
+        ConnectNamedPipe(pipe, nullptr);
+        DWORD done = 0;
+        for (std::size_t i = 0; i < bytes.size(); i += 1000)
+            WriteFile(pipe, bytes.data() + i,
+                      static_cast<DWORD>(std::min<std::size_t>(1000, bytes.size() - i)), &done,
+                      nullptr);
+        FlushFileBuffers(pipe);
+        CloseHandle(pipe);
+    });
+}
+
+TEST_F(Contents, ReadsDevicesOfUnknownLength) {
+    const std::wstring name = L"\\\\.\\pipe\\vell_test_" + std::to_wstring(GetCurrentProcessId());
+    std::string bytes;
+    for (int i = 0; i < 40'000; ++i)
+        bytes += std::to_string(i % 10) + "\xC3\xA9";
+    const std::u16string path = to_utf16(name);
+    std::thread writer = serve_pipe(name, bytes);
+    const std::u16string all = contents(u"-Encoding=UTF8", path);
+    writer.join();
+    EXPECT_EQ(all.size(), 80'000u);
+    EXPECT_TRUE(all.ends_with(u"8\u00E99\u00E9"));
+
+    writer = serve_pipe(name, bytes);
+    EXPECT_EQ(contents(u"-Encoding=UTF8", path, {number(3), number(6)}), u"1\u00E92\u00E9");
+    writer.join();
+    writer = serve_pipe(name, bytes);
+    EXPECT_EQ(contents(u"-Encoding=UTF8", path, {number(1'000'000)}), u"");
+    writer.join();
+    EXPECT_EQ(contents(u"", u"NUL"), u"");
+}
+
+TEST_F(Contents, CreateNewNeverReplaces) {
+    files::FileSystem& system = files::system_files();
+    const files::NativePath path{to_utf16(folder.path(L"new.txt")), {}};
+    ASSERT_TRUE(system.create_new(path));
+    const auto file = system.open(path, files::Permission::Write);
+    ASSERT_TRUE(file);
+    ASSERT_TRUE((*file)->write("abcdef"));
+    ASSERT_TRUE((*file)->seek(files::SeekFrom::Start, 2));
+    ASSERT_TRUE((*file)->set_end_of_file());
+    ASSERT_TRUE((*file)->close());
+    EXPECT_EQ(system.create_new(path).error(), ErrorCode::AlreadyExists);
+    EXPECT_EQ(read_file(folder.path(L"new.txt")), "ab");
+    EXPECT_EQ(system.create_new({to_utf16(folder.path()), {}}).error(), ErrorCode::AlreadyExists);
+}
+
+TEST_F(Contents, ServesEightSessionsAtOnce) {
+    start({.application_type = server});
+    std::vector<std::u16string> files;
+    for (int i = 0; i < 8; ++i)
+        files.push_back(folder.file(
+            L"session" + std::to_wstring(i),
+            std::string(1000u * static_cast<unsigned>(i + 1), static_cast<char>('a' + i))));
+    std::atomic<int> wrong = 0;
+    std::atomic<int> calls = 0;
+    std::vector<std::thread> sessions;
+    const ULONGLONG end = GetTickCount64() + 3000;
+    for (std::size_t i = 0; i < files.size(); ++i)
+        sessions.emplace_back([&, i] {
+            const std::u16string expected(1000 * (i + 1), static_cast<char16_t>(u'a' + i));
+            while (GetTickCount64() < end) {
+                wrong += contents(u"-Encoding=UTF8", files[i]) != expected;
+                wrong += call(u"VlFile_Version", {}) != u"Vell File Plug-In 14.0";
+                wrong += contents(u"", files[i] + u"none") != u"$$-43";
+                calls += 3;
+            }
+        });
+    for (std::thread& session : sessions)
+        session.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_GE(calls, 24);
+    // Each call wrote two whole lines, whatever the others did.
+    const std::vector<std::string> lines = new_log_lines();
+    std::size_t call_lines = 0;
+    for (const std::string& line : lines)
+        call_lines += line.starts_with("[Vell File Plug-In] External function ");
+    EXPECT_EQ(call_lines, static_cast<std::size_t>(2 * calls));
+}
+
+} // namespace
+} // namespace vell::test

@@ -1,0 +1,208 @@
+// What stands between the host's call and a function's body, and what happens when the host fails.
+#include "src/host/debug_log.h"
+#include "src/host/dispatcher.h"
+#include "src/host/registry.h"
+#include "src/params/call.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace vell::test {
+namespace {
+
+class Dispatcher : public Plugin {};
+
+bool within_time = true;
+ErrorCode licence_state = ErrorCode::Ok;
+
+constexpr host::LicenceChecks adjustable{
+    .at_startup =
+        [](bool server_host) {
+            return host::LicenceStart{true, server_host};
+        },
+    .within_time = [] { return within_time; },
+    .state = [] { return licence_state; },
+};
+
+TEST_F(Dispatcher, ChecksInTheirOrder) {
+    host::replace_licence_checks(&adjustable);
+    start();
+    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4221"); // reaches its (missing) body
+    EXPECT_EQ(call(u"VlFile_Control", {u"-DisableAllFunctions", u"secret"}), u"0");
+    licence_state = static_cast<ErrorCode>(-4219);
+    within_time = false;
+    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4222");
+    within_time = true;
+    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4219");
+    licence_state = ErrorCode::Ok;
+    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4220");
+    EXPECT_EQ(call_id(7210, {u"", u"a", u"b"}), u"$$-4220");
+
+    within_time = false;
+    licence_state = static_cast<ErrorCode>(-4219);
+    EXPECT_EQ(call(u"VlFile_Version", {}), u"Vell File Plug-In 14.0");
+    EXPECT_EQ(call(u"VlFile_VersionAutoUpdate", {}), u"14000000");
+    EXPECT_EQ(call_id(7203, {u"", Value(console::Decimal(3))}), u"0");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-EnableAllFunctions", u"secret"}), u"0");
+    within_time = true;
+    licence_state = ErrorCode::Ok;
+    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4221");
+}
+
+TEST_F(Dispatcher, UnknownIdsDoNothing) {
+    start();
+    for (const int id : {2, -1, 4200, 4206, 4330, 9000, 9001, 7201, 7300, 32767})
+        EXPECT_EQ(call_id(static_cast<std::int16_t>(id), {u"x"}), u"") << id;
+}
+
+TEST_F(Dispatcher, VersionsAnswer) {
+    start();
+    EXPECT_EQ(call(u"VlFile_Version", {u"anything"}), u"Vell File Plug-In 14.0");
+    EXPECT_EQ(call(u"VlFile_Version", {u"-GetVersionNumber"}), u"14");
+    EXPECT_EQ(call(u"VlFile_Version", {u"-getversionstring"}), u"14.0");
+}
+
+TEST_F(Dispatcher, ControlTakesExactlyOneActionAndTheSamePassword) {
+    start();
+    const auto control = [&](const char16_t* switches, const char16_t* password) {
+        return call(u"VlFile_Control", {switches, password});
+    };
+    EXPECT_EQ(control(u"CurrentEnabledStatus", u""), u"1");
+    EXPECT_EQ(control(u"", u"a"), u"$$-4218");
+    EXPECT_EQ(control(u"DisableAllFunctions EnableAllFunctions", u"a"), u"$$-4218");
+    EXPECT_EQ(control(u"DisableAllFunctions", u""), u"$$-50");
+    EXPECT_EQ(control(u"disableallfunctions", u"pass"), u"0");
+    EXPECT_EQ(control(u"CurrentEnabledStatus", u""), u"0");
+    EXPECT_EQ(control(u"DisableAllFunctions", u"pass"), u"$$-4217");
+    EXPECT_EQ(control(u"EnableAllFunctions", u"Pass"), u"$$-4218");
+    EXPECT_EQ(control(u"EnableAllFunctions", u"pas"), u"$$-4218");
+    EXPECT_EQ(call(u"VlFile_Control", {u"EnableAllFunctions"}), u"$$-4218");
+    EXPECT_EQ(control(u"EnableAllFunctions", u"pass"), u"0");
+
+    const auto number = [](int value) {
+        return Value(console::Decimal(value));
+    };
+    EXPECT_EQ(call_id(7203, {u"", number(1), u"p"}), u"0"); // the step: action, password
+    EXPECT_EQ(call_id(7203, {u"", number(2), u"q"}), u"$$-4218");
+    EXPECT_EQ(call_id(7203, {u"", number(2), u"p"}), u"0");
+    EXPECT_EQ(call_id(7203, {u"", number(9), u"p"}), u"$$-4218");
+    EXPECT_EQ(call_id(7203, {}), u"$$-4218");
+}
+
+TEST_F(Dispatcher, TheDebugLogIsSwitchedReadAndCleared) {
+    start();
+    host::debug_log().take();
+    host::debug_log().add("lost: the log is off");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-AddToDebugLog=true"}), u"0");
+    host::debug_log().add("caf\xC3\xA9");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-AddToDebugLog=false"}), u"0");
+    host::debug_log().add("lost again");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-GetAndClearDebugLog"}), u"Log started.\rcaf\u00E9\r");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-GetAndClearDebugLog"}), u"");
+}
+
+TEST(DebugLog, GrowsBeyondMemoryIntoItsFile) {
+    host::DebugLog log;
+    const std::string line(100'000, 'x');
+    for (int i = 0; i < 50; ++i)
+        log.add_always(std::to_string(i) + line);
+    const std::string taken = log.take();
+    std::size_t position = 0;
+    for (int i = 0; i < 50; ++i) {
+        const std::string expected = std::to_string(i) + line + "\r";
+        ASSERT_EQ(taken.compare(position, expected.size(), expected), 0) << i;
+        position += expected.size();
+    }
+    EXPECT_EQ(position, taken.size());
+    EXPECT_EQ(log.take(), "");
+}
+
+// Every host call of a function fails in turn, in both ways. What must come back is the result, or
+// an error code, or a nonzero code of the body where the host refuses even that text.
+TEST_F(Dispatcher, SurvivesTheFailureOfEveryHostCall) {
+    start();
+    const TemporaryFolder folder;
+    const std::u16string file = folder.file(L"contents.txt", "one\r\ntwo\nthr\xC3\xA9\xC3");
+    struct Case {
+        std::u16string_view function;
+        std::vector<Value> arguments;
+    };
+    const auto number = [](int value) {
+        return Value(console::Decimal(value));
+    };
+    for (const Case& c :
+         {Case{u"VlFile_Version", {}}, Case{u"VlFile_Version", {u"-getversionnumber"}},
+          Case{u"VlFile_Control", {u"CurrentEnabledStatus", u"x"}},
+          Case{u"VlFile_GetContents", {u"-Encoding=UTF8 -ConvertToFMPLinebreaks", file}},
+          Case{u"VlFile_GetContents", {u"-Encoding=BytesOnly", file, number(1), number(3)}},
+          Case{u"VlFile_ListDisks", {u""}}}) {
+        const std::u16string expected = call(c.function, c.arguments);
+        for (const auto failure :
+             {console::StandInFailure::Allocation, console::StandInFailure::Unknown}) {
+            const std::u16string code =
+                failure == console::StandInFailure::Allocation ? u"$$-108" : u"$$-4298";
+            int failures = 0;
+            for (std::uint64_t n = 1; n <= 60; ++n) {
+                SCOPED_TRACE(n);
+                const std::int64_t live = StandIn_TotalLiveObjects();
+                host().fail_calls(n, failure);
+                const std::u16string result = call(c.function, c.arguments);
+                EXPECT_EQ(StandIn_TotalLiveObjects(), live);
+                if (host().failure_delivered()) {
+                    ++failures;
+                    // A report that the host refuses is left to the body's own code.
+                    EXPECT_TRUE(result == code ||
+                                (expected.starts_with(u"$$") && result.starts_with(u"ERRCODE: ")))
+                        << std::string(result.begin(), result.end());
+                } else {
+                    EXPECT_EQ(result, expected);
+                }
+            }
+            EXPECT_GE(failures, 5);
+            host().fail_calls(0);
+        }
+    }
+    EXPECT_EQ(call(u"VlFile_Control", {u"CurrentEnabledStatus"}), u"1");
+}
+
+TEST(Registry, RowsAreConsistent) {
+    std::vector<std::int16_t> ids;
+    for (const host::FunctionRow& row : host::function_rows()) {
+        ids.push_back(row.registered_id());
+        EXPECT_EQ(host::find_function(row.registered_id()), &row);
+        EXPECT_EQ(host::function_prototype(row.id), row.prototype);
+        EXPECT_TRUE(row.name().starts_with("VlFile_")) << row.prototype;
+        EXPECT_LE(row.min_parameters, row.max_parameters) << row.prototype;
+    }
+    for (const host::StepRow& row : host::step_rows()) {
+        ids.push_back(row.id);
+        EXPECT_EQ(host::step_name(row.id), row.name);
+        // A step serves its parameters where its function has them.
+        const auto* function = host::find_function(static_cast<std::int16_t>(row.id - 3000));
+        EXPECT_TRUE(!function || function->body == row.body) << row.name;
+    }
+    std::ranges::sort(ids);
+    EXPECT_EQ(std::ranges::adjacent_find(ids), ids.end());
+    EXPECT_EQ(host::function_prototype(4200), "VlFile__FUNCTION_NAME_NOT_SET");
+    EXPECT_EQ(host::step_name(7200), "VlFile_STEP_NAME_NOT_SET");
+}
+
+// The README's list of what is not built is that of the registry.
+TEST(Registry, ReadmeListsWhatIsNotBuilt) {
+    std::ifstream file(VELL_README);
+    const std::string readme{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t start = readme.find("<!-- not built: begin -->");
+    const std::size_t end = readme.find("<!-- not built: end -->");
+    ASSERT_NE(start, std::string::npos);
+    ASSERT_NE(end, std::string::npos);
+    const std::string list = readme.substr(start, end - start);
+    for (const host::FunctionRow& row : host::function_rows())
+        EXPECT_EQ(list.find("`" + std::string(row.name()) + "`") != std::string::npos,
+                  row.body == params::not_available)
+            << row.name();
+}
+
+} // namespace
+} // namespace vell::test

@@ -1,0 +1,283 @@
+// Values on their way between the host and the plug-in.
+#include "src/host/container.h"
+#include "src/host/host_call_object.h"
+#include "src/host/host_values.h"
+#include "src/host/late_entry_points.h"
+#include "src/host/styled_text.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <zlib.h>
+
+#include <array>
+#include <limits>
+
+namespace vell::test {
+namespace {
+
+using host::Container;
+using host::Number;
+using host::QuadChar;
+using host::Text;
+using params::TextEncoding;
+
+std::u16string text_of(const Number& number) {
+    const console::HostData data = console::make_data();
+    host::store_number(data.get(), number);
+    return console::to_value(data.get()).as_text();
+}
+
+class HostValues : public Plugin {};
+
+TEST_F(HostValues, NumbersAreExactOnEveryHost) {
+    for (const int api_version : {50, 67}) { // without and with 64-bit numbers
+        host::find_late_entry_points(static_cast<std::int16_t>(api_version));
+        EXPECT_EQ(host::late_entry_points().assign_int64 != nullptr, api_version == 67);
+        for (const std::int64_t value :
+             {std::int64_t{0}, std::int64_t{-1}, std::int64_t{2147483647}, std::int64_t{2147483648},
+              std::int64_t{-2147483648}, std::int64_t{-2147483649}, std::int64_t{5368709120},
+              std::int64_t{281474976710656}, std::numeric_limits<std::int64_t>::max(),
+              std::numeric_limits<std::int64_t>::min()}) {
+            Number number;
+            number.assign(value);
+            const std::string expected = std::to_string(value);
+            EXPECT_EQ(text_of(number), std::u16string(expected.begin(), expected.end()));
+        }
+    }
+}
+
+TEST_F(HostValues, IntegersAreCutAtTheirRange) {
+    const auto integer = [](const char16_t* text) {
+        const console::HostData data = console::to_data(Value(text));
+        fm::Status status;
+        return host::to_integer(FM_Data_GetAsNumber(data.get(), &status));
+    };
+    EXPECT_EQ(integer(u"2147483647"), 2147483647);
+    EXPECT_EQ(integer(u"2147483648"), 2147483648);
+    EXPECT_EQ(integer(u"99999999999999999999"), 2147483648);
+    EXPECT_EQ(integer(u"-2147483648"), -2147483648);
+    EXPECT_EQ(integer(u"-2147483649"), -2147483649);
+    EXPECT_EQ(integer(u"-1e30"), -2147483649);
+    EXPECT_EQ(integer(u"12.9"), 12);
+    EXPECT_EQ(integer(u"none"), 0);
+}
+
+// Every encoding of the host, both ways, through texts longer than the pieces they travel in, with
+// zero characters among them.
+TEST_F(HostValues, TextTravelsInEveryEncoding) {
+    struct Sample {
+        TextEncoding encoding;
+        const char16_t* text;
+    };
+    constexpr Sample samples[] = {
+        {TextEncoding::Native, u"Gr\u00FC\u00DFe"},
+        {TextEncoding::Utf8, u"\u65E5\u672C \U0001F600"},
+        {TextEncoding::AsciiDos, u"\u2591\u00E9"},
+        {TextEncoding::AsciiWindows, u"\u20AC\u201C"},
+        {TextEncoding::AsciiMac, u"\u03C0\u00C4"},
+        {TextEncoding::Iso8859_1, u"\u00E6"},
+        {TextEncoding::Iso8859_15, u"\u20AC"},
+        {TextEncoding::ShiftJisMac, u"\u65E5\u672C"},
+        {TextEncoding::ShiftJisWin, u"\u65E5\u672C\uFF71"},
+        {TextEncoding::KoreanMac, u"\uD55C\uAE00"},
+        {TextEncoding::KoreanWin, u"\uD55C\uAE00"},
+        {TextEncoding::KoreanJohab, u"\uD55C\uAE00"},
+        {TextEncoding::ChineseTradMac, u"\u4E2D\u6587"},
+        {TextEncoding::ChineseTradWin, u"\u4E2D\u6587"},
+        {TextEncoding::ChineseSimpMac, u"\u4E2D\u6587"},
+        {TextEncoding::ChineseSimpWin, u"\u4E2D\u6587"},
+        {TextEncoding::CyrillicMac, u"\u041F\u0440"},
+        {TextEncoding::CyrillicWin, u"\u041F\u0440"},
+        {TextEncoding::Iso8859_5, u"\u041F\u0440"},
+        {TextEncoding::CentralEuropeMac, u"\u0141\u017C"},
+        {TextEncoding::EasternEuropeWin, u"\u0141\u017C"},
+        {TextEncoding::Iso8859_2, u"\u0141\u017C"},
+        {TextEncoding::TurkishMac, u"\u011F\u0131"},
+        {TextEncoding::TurkishWin, u"\u011F\u0131"},
+        {TextEncoding::Iso8859_3, u"\u0127"},
+        {TextEncoding::Iso8859_9, u"\u011F\u0131"},
+        {TextEncoding::BalticWin, u"\u0173"},
+        {TextEncoding::Iso8859_4, u"\u0173"},
+        {TextEncoding::ArabicMac, u"\u0633\u0644"},
+        {TextEncoding::ArabicWin, u"\u0633\u0644"},
+        {TextEncoding::Iso8859_6, u"\u0633\u0644"},
+        {TextEncoding::GreekMac, u"\u03B1\u03B2"},
+        {TextEncoding::GreekWin, u"\u03B1\u03B2"},
+        {TextEncoding::Iso8859_7, u"\u03B1\u03B2"},
+        {TextEncoding::HebrewMac, u"\u05D0\u05D1"},
+        {TextEncoding::HebrewWin, u"\u05D0\u05D1"},
+        {TextEncoding::Iso8859_8, u"\u05D0\u05D1"},
+    };
+    EXPECT_EQ(std::size(samples), 37u);
+    for (const Sample& sample : samples) {
+        SCOPED_TRACE(static_cast<int>(sample.encoding));
+        std::u16string expected;
+        while (expected.size() < 40'000)
+            expected.append(u"x").append(sample.text).append(1, u'\0');
+        const Text source(expected);
+        const std::string bytes = host::to_bytes(source.get(), sample.encoding);
+        EXPECT_EQ(bytes.find('?'), std::string::npos);
+        Text back;
+        back.assign_bytes(bytes, sample.encoding);
+        EXPECT_TRUE(back.to_utf16() == expected);
+    }
+    EXPECT_EQ(host::to_bytes(Text(u"\u20AC1").get(), TextEncoding::AsciiWindows), "\x80"
+                                                                                  "1");
+    EXPECT_EQ(host::to_bytes(Text(u"").get(), TextEncoding::Utf8), "");
+}
+
+TEST_F(HostValues, TextsAreEdited) {
+    Text text(u"Hello world");
+    text.insert(5, Text(std::string_view(", big")));
+    EXPECT_EQ(text.to_utf16(), u"Hello, big world");
+    EXPECT_EQ(text.find_ignoring_case(Text(u"WORLD")), 11u);
+    EXPECT_EQ(text.find_ignoring_case(Text(u"moon")), std::u16string::npos);
+    text.erase(5, 5);
+    text.append(Text(u"!"));
+    EXPECT_EQ(text.to_utf16(), u"Hello world!");
+}
+
+TEST_F(HostValues, ParametersThatCannotBeEncodedAreReported) {
+    const console::HostDataVector vector = console::make_data_vector();
+    fm::Status status;
+    for (const char16_t* text : {u"", u"caf\u00E9", u"\u20AC"}) {
+        const console::HostData data = console::to_data(Value(text));
+        FM_DataVect_PushBack(vector.get(), data.get(), &status);
+    }
+    const console::HostData result = console::make_data();
+    host::HostCallObject call(vector.get(), result.get(), false);
+    EXPECT_EQ(*call.encoded_text(1, TextEncoding::BytesOnly), "caf\xE9");
+    EXPECT_EQ(*call.encoded_text(2, TextEncoding::Utf8), "\xE2\x82\xAC");
+    EXPECT_EQ(*call.encoded_text(2, TextEncoding::AsciiWindows), "\x80");
+    EXPECT_EQ(*call.encoded_text(9, TextEncoding::Utf8), "");
+    const auto unreadable = call.encoded_text(2, TextEncoding::BytesOnly);
+    ASSERT_FALSE(unreadable);
+    EXPECT_EQ(call.encoded_text(1, static_cast<TextEncoding>(99)).error(), unreadable.error());
+    host::store_code(result.get(), unreadable.error());
+    EXPECT_EQ(console::to_value(result.get()).as_text(),
+              u"VellParamErr: XP7_GetBytesImproved failed");
+    host::store_code(result.get(), ErrorCode::Ok);
+    EXPECT_EQ(console::to_value(result.get()).as_text(), u"0");
+    host::store_code(result.get(), ErrorCode::NotFound);
+    EXPECT_EQ(console::to_value(result.get()).as_text(), u"$$-43");
+}
+
+TEST_F(HostValues, DatesAndTimesArriveWhole) {
+    host::DateTime when;
+    when.set_date(737791); // 1 January 2021
+    when.set_seconds_of_day(13 * 3600 + 4 * 60 + 5);
+    const host::CalendarTime parts = host::to_calendar_time(when.get());
+    EXPECT_EQ(parts.year, 2021);
+    EXPECT_EQ(parts.month, 1);
+    EXPECT_EQ(parts.day, 1);
+    EXPECT_EQ(parts.hour, 13);
+    EXPECT_EQ(parts.minute, 4);
+    EXPECT_EQ(parts.second, 5);
+    const console::HostData data = console::make_data();
+    host::store_time_stamp(data.get(), when);
+    EXPECT_EQ(console::to_value(data.get()).as_text(), u"1/1/2021 1:04:05 PM");
+    host::store_date(data.get(), when);
+    EXPECT_EQ(console::to_value(data.get()).as_text(), u"1/1/2021");
+    host::store_time(data.get(), when);
+    EXPECT_EQ(console::to_value(data.get()).as_text(), u"13:04:05");
+}
+
+TEST_F(HostValues, StylesStayWithTheirPieces) {
+    const host::TextStyle style = host::text_style("Bold ITALIC green");
+    EXPECT_EQ(style.face, fm::face_bold | fm::face_italic);
+    Text text(u"plain ");
+    host::append_styled(text, u"styled", style);
+    host::append_styled(text, u" plain", host::text_style("bolt"));
+    EXPECT_EQ(text.to_utf16(), u"plain styled plain");
+    fm::Status status;
+    fm::CharacterStyle* seen = FM_CharacterStyle_Constructor1(&status);
+    for (const std::uint32_t position : {0u, 6u, 11u, 12u}) {
+        FM_Text_GetStyle(text.get(), seen, position, &status);
+        const bool styled = position == 6 || position == 11;
+        EXPECT_EQ(FM_CharacterStyle_GetFace(seen, &status),
+                  styled ? fm::face_bold | fm::face_italic : 0);
+        EXPECT_EQ(FM_CharacterStyle_IsColorEnabled(seen, &status), styled);
+        if (styled) {
+            EXPECT_EQ(FM_Color_GetGreen(FM_CharacterStyle_GetColor(seen, &status), &status), 255);
+        }
+    }
+    FM_CharacterStyle_Delete(seen, &status);
+}
+
+std::string gzip(const std::string& bytes) {
+    z_stream stream{};
+    constexpr int gzip_header = 16;
+    deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + gzip_header, 8,
+                 Z_DEFAULT_STRATEGY);
+    std::string out(compressBound(static_cast<uLong>(bytes.size())) + 64, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
+    stream.avail_in = static_cast<uInt>(bytes.size());
+    stream.next_out = reinterpret_cast<Bytef*>(out.data());
+    stream.avail_out = static_cast<uInt>(out.size());
+    deflate(&stream, Z_FINISH);
+    out.resize(stream.total_out);
+    deflateEnd(&stream);
+    return out;
+}
+
+Result<std::string> contents(const Container& container) {
+    std::string bytes;
+    VELL_TRY(host::read_main_stream(container.get(), [&](std::string_view piece) -> Result<void> {
+        bytes += piece;
+        return {};
+    }));
+    return bytes;
+}
+
+TEST_F(HostValues, ContainersGiveTheirMainStream) {
+    host::find_late_entry_points(67);
+    Container container;
+    EXPECT_EQ(contents(container).error(), ErrorCode::NotFound);
+    host::add_file(container, QuadChar("JPEG"), u"photo.jpg", "jpeg bytes", {640, 480});
+    EXPECT_EQ(*contents(container), "jpeg bytes");
+    EXPECT_EQ(host::file_name(container.get()), u"photo.jpg");
+    fm::Status status;
+    std::int16_t width = 0;
+    std::int16_t height = 0;
+    FM_BinaryData_GetSIZEData(container.get(), &width, &height, &status);
+    EXPECT_EQ(width, 640);
+    EXPECT_EQ(height, 480);
+
+    container.add_stream(QuadChar("FILE"), "file bytes");
+    EXPECT_EQ(*contents(container), "file bytes");
+    container.add_stream(QuadChar("MAIN"), "JPEG");
+    EXPECT_EQ(*contents(container), "jpeg bytes");
+    container.add_stream(QuadChar("MAIN"), "none"); // names a stream that is not there
+    EXPECT_EQ(*contents(container), "file bytes");
+
+    const Container copy(container.get());
+    EXPECT_EQ(*contents(copy), "file bytes");
+    Container assigned;
+    assigned.assign(copy.get());
+    EXPECT_EQ(host::file_name(assigned.get()), u"photo.jpg");
+}
+
+TEST_F(HostValues, CompressedContainersExpand) {
+    std::string bytes;
+    for (int i = 0; i < 100'000; ++i)
+        bytes += std::to_string(i * 7919 % 10007);
+    const std::string packed = gzip(bytes);
+    ASSERT_GT(packed.size(), 64u * 1024);
+    Container container;
+    container.add_stream(QuadChar("ZLIB"), packed);
+    const auto expanded = contents(container);
+    ASSERT_TRUE(expanded);
+    EXPECT_TRUE(*expanded == bytes);
+
+    Container torn;
+    torn.add_stream(QuadChar("ZLIB"), std::string_view(packed).substr(0, packed.size() / 2));
+    EXPECT_EQ(contents(torn).error(), ErrorCode::CompressedDataDamaged);
+    Container foreign;
+    foreign.add_stream(QuadChar("ZLIB"), "not compressed at all");
+    EXPECT_EQ(contents(foreign).error(), ErrorCode::CompressedDataDamaged);
+    Container empty;
+    empty.add_stream(QuadChar("ZLIB"), "");
+    EXPECT_EQ(contents(empty).error(), ErrorCode::CompressedDataDamaged);
+}
+
+} // namespace
+} // namespace vell::test
