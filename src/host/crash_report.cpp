@@ -76,18 +76,20 @@ std::wstring crash_dump_name(std::wstring_view folder, const SYSTEMTIME& local_t
 
 extern "C" EXCEPTION_DISPOSITION guarded_call_exception(EXCEPTION_RECORD* record, void*,
                                                         CONTEXT* context, void*) {
-    constexpr DWORD unwinding = 0x2 | 0x4;            // EXCEPTION_UNWINDING, EXCEPTION_EXIT_UNWIND
-    constexpr DWORD compiler_customer_bit = 1u << 29; // set in codes that programs raise themselves
-    if ((record->ExceptionFlags & unwinding) != 0 ||
-        (record->ExceptionCode & compiler_customer_bit) != 0)
+    constexpr DWORD unwinding = 0x2 | 0x4;      // EXCEPTION_UNWINDING, EXCEPTION_EXIT_UNWIND
+    constexpr DWORD customer_bit = 1u << 29;    // set in codes that programs raise themselves
+    constexpr DWORD first_warning = 0x80000000; // below: notes to debuggers
+    if ((record->ExceptionFlags & unwinding) != 0 || (record->ExceptionCode & customer_bit) != 0 ||
+        record->ExceptionCode < first_warning)
         return ExceptionContinueSearch;
 
     // On a thread of its own: the crashed one may have no stack left.
     vell::host::Crash crash{{record, context}, GetCurrentThreadId()};
     const vell::UniqueHandle thread(
         CreateThread(nullptr, 0, vell::host::report, &crash, 0, nullptr));
+    constexpr DWORD longest_report_ms = 60'000; // the crash may have left a lock taken
     if (thread)
-        WaitForSingleObject(thread.get(), INFINITE);
+        WaitForSingleObject(thread.get(), longest_report_ms);
     else
         vell::host::report(&crash);
     TerminateProcess(GetCurrentProcess(), 1);

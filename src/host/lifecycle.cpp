@@ -117,7 +117,7 @@ void shut_down() {
 }
 
 void show_about_box() {
-    if (on_server_host())
+    if (on_server_host() || is_web_host(plugin_state().application_type))
         return;
     const std::wstring text = to_wide(
         u"Vell File Plug-In 14.0 (build 508)\n\nFiles and folders for FileMaker solutions.");

@@ -62,6 +62,11 @@ TEST(GetContents, TheRangeCountsBytesFromZero) {
             << utf8_from_utf16(c.start) << ' ' << utf8_from_utf16(c.size);
     EXPECT_EQ(get("0123456789", {u"", u"file"}), "0123456789");
     EXPECT_EQ(get("0123456789", {u"", u"file", u"8"}), "89");
+    // No buffer is made for what the file does not have.
+    FakeFiles files;
+    files.add(u"file", FakeContents::of("0123456789"));
+    EXPECT_EQ(get(files, {u"", u"file", u"7", u"2147483647"}), "789");
+    EXPECT_EQ(files.longest_request(), 3U);
 }
 
 TEST(GetContents, ParametersAreCheckedBeforeAnyFileIsTouched) {
@@ -182,7 +187,14 @@ TEST(GetContents, ACharacterThatTheRangeCutsIsReplacedByANote) {
     EXPECT_EQ(get_range(u"7", u"0"), note + "z");
     EXPECT_EQ(get_range(u"4", u"5"), note + note);
     EXPECT_EQ(get_range(u"3", u"6"), "\xE2\x82\xAC" + note);
+    // From a device, too, whatever may follow.
+    FakeFiles files;
+    files.add(u"device", FakeContents::device("a\xC3\xA9\xE2\x82\xACz", 2));
+    EXPECT_EQ(get(files, {u"-Encoding=UTF8", u"device", u"2", u"3"}), note + note);
+    EXPECT_EQ(get(files, {u"-Encoding=UTF8", u"device", u"2"}), note + "\xE2\x82\xACz");
     // Within what is no UTF-8 at all, nothing is cut.
+    EXPECT_EQ(get("\xC3\xA9\xFF\xE2\x82\xAC", {u"-Encoding=UTF8", u"file", u"1", u"3"}),
+              "<INVALID UTF8; trying native encoding>\xC2\xA9\xC3\xBF\xC3\xA2");
     EXPECT_EQ(get("\xE9\xE9 \xE9", {u"-Encoding=UTF8", u"file", u"1", u"2"}),
               "<INVALID UTF8; trying native encoding>\xC3\xA9 ");
 }
