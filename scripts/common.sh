@@ -33,8 +33,8 @@ need_packages() {
 }
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
-    wine64 wine)
-test_packages=("${build_packages[@]}" clang libclang-rt-14-dev googletest xvfb xauth)
+    googletest wine64 wine)
+test_packages=("${build_packages[@]}" clang libclang-rt-14-dev xvfb xauth)
 
 # build PRESET TARGET… [-- CMAKE-OPTION…]: configures where that is due and builds. Says so when it
 # takes more than a moment.

@@ -6,7 +6,6 @@
 #include <string>
 
 namespace vell::params {
-
 namespace {
 
 constexpr Accept flags_of(std::uint32_t bits) {
