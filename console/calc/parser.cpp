@@ -375,7 +375,8 @@ CalcResult<Statement> Parser::statement() {
 CalcResult<Statement> Parser::assignment() {
     std::u16string name = lower_case(text_of(take()));
     take();
-    return Statement{AssignStatement{std::move(name), VELL_TRY(whole_calculation())}};
+    NodePtr calculation = VELL_TRY(whole_calculation());
+    return Statement{AssignStatement{std::move(name), std::move(calculation)}};
 }
 
 CalcResult<Statement> Parser::step() {

@@ -1,7 +1,6 @@
 // Decimal numbers, the calendar and the UTF-8 conversion of the console host.
 #include "console/model/calendar.h"
 #include "console/model/decimal.h"
-#include "src/base/utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -231,64 +230,6 @@ TEST(Calendar, ReadsTheHostsTextForms) {
         EXPECT_EQ(time_stamp_text(parse_time_stamp(text).value()), "12/31/2020 1:04:05 PM");
     EXPECT_EQ(parse_time_stamp(u"1/1/0001"), Decimal(0));
     EXPECT_FALSE(parse_time_stamp(u"12/31/20201:00").has_value());
-}
-
-TEST(Utf8, ReplacesWhatIsInvalid) {
-    const std::pair<std::string, std::u16string> cases[] = {
-        {"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", u"\u00E4\u20AC\U0001F600"},
-        {"\xF4\x8F\xBF\xBF\xEF\xBF\xBF\xED\x9F\xBF", u"\U0010FFFF\uFFFF\uD7FF"},
-        {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
-        {"\x80z\xBF", u"\uFFFDz\uFFFD"},                   // continuation bytes alone
-        {"\xC0\xAF\xC1\x81", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // overlong
-        {"\xE0\x80\x80", u"\uFFFD\uFFFD\uFFFD"},
-        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},           // a surrogate
-        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // beyond U+10FFFF
-        {"\xF5\xFF", u"\uFFFD\uFFFD"},
-        {"\xE2\x82z", u"\uFFFDz"}, // cut short: one for what was begun
-        {"\xF0\x9F\x98", u"\uFFFD"},
-        {"\xE2\x82\xE2\x82\xAC", u"\uFFFD\u20AC"},
-    };
-    for (const auto& [bytes, units] : cases) {
-        EXPECT_EQ(utf16_from_utf8(bytes), units);
-        // The same at every position of a block of ASCII.
-        for (std::size_t before = 1; before < 36; ++before) {
-            const std::string filler(before, 'x');
-            EXPECT_EQ(utf16_from_utf8(filler + bytes + filler),
-                      std::u16string(before, u'x') + units + std::u16string(before, u'x'));
-        }
-    }
-    EXPECT_EQ(utf8_from_utf16(u"\xD83D"), "\xEF\xBF\xBD");
-    EXPECT_EQ(utf8_from_utf16(u"\xDE00\xD83Dz"), "\xEF\xBF\xBD\xEF\xBF\xBDz");
-}
-
-TEST(Utf8, EveryCharacterComesBack) {
-    std::u16string all;
-    for (char32_t code = 0; code < 0x110000; code += code < 0x10000 ? 1 : 0xF1) {
-        if (code >= 0xD800 && code <= 0xDFFF)
-            continue;
-        if (code >= 0x10000) {
-            all += static_cast<char16_t>(0xD7C0 + (code >> 10));
-            all += static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-        } else {
-            all += static_cast<char16_t>(code);
-        }
-    }
-    EXPECT_EQ(utf16_from_utf8(utf8_from_utf16(all)), all);
-}
-
-TEST(Utf8, StopsAtTheLastWholeCharacter) {
-    const std::u16string text = u"0123456789abcdef\u20AC\U0001F600";
-    const std::string whole = utf8_from_utf16(text);
-    const std::size_t ends[] = {16, 19, 23};
-    for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
-        std::size_t expected = capacity < 16 ? capacity : 0;
-        for (const std::size_t end : ends)
-            expected = capacity >= end ? end : expected;
-        std::string bytes(capacity + 1, '#');
-        ASSERT_EQ(encode_utf8(text, bytes.data(), capacity), expected);
-        EXPECT_EQ(bytes.substr(0, expected), whole.substr(0, expected));
-        EXPECT_EQ(bytes.back(), '#');
-    }
 }
 
 } // namespace

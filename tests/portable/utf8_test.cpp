@@ -132,5 +132,20 @@ TEST(PluginUtf8, ACutCharacterIsSeenFromBothSides) {
     EXPECT_EQ(cut_sequence_at_start("\xC3\xA9\xA9"), 0U);
 }
 
+TEST(PluginUtf8, StopsAtTheLastWholeCharacter) {
+    const std::u16string text = u"0123456789abcdef\u20AC\U0001F600";
+    const std::string whole = utf8_from_utf16(text);
+    const std::size_t ends[] = {16, 19, 23};
+    for (std::size_t capacity = 0; capacity <= whole.size(); ++capacity) {
+        std::size_t expected = capacity < 16 ? capacity : 0;
+        for (const std::size_t end : ends)
+            expected = capacity >= end ? end : expected;
+        std::string bytes(capacity + 1, '#');
+        ASSERT_EQ(encode_utf8(text, bytes.data(), capacity), expected);
+        EXPECT_EQ(bytes.substr(0, expected), whole.substr(0, expected));
+        EXPECT_EQ(bytes.back(), '#');
+    }
+}
+
 } // namespace
 } // namespace vell

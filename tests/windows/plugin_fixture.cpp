@@ -4,7 +4,6 @@
 #include "src/base/win32_text.h"
 #include "src/host/dispatcher.h"
 
-#include <atomic>
 #include <filesystem>
 
 namespace vell::test {
@@ -23,17 +22,20 @@ std::wstring log_path(std::wstring_view name) {
 } // namespace
 
 TemporaryFolder::TemporaryFolder() {
-    static std::atomic<int> next = 0;
     wchar_t temporary[MAX_PATH + 1];
     GetTempPathW(MAX_PATH + 1, temporary);
-    folder_ = std::wstring(temporary) + L"vell_test_" + std::to_wstring(GetCurrentProcessId()) +
-              L"_" + std::to_wstring(next++) + L"\\";
-    CreateDirectoryW(folder_.c_str(), nullptr);
+    // Process IDs come again: a name that an ended process left is passed over.
+    for (int i = 0;; ++i) {
+        folder_ = std::wstring(temporary) + L"vell_test_" +
+                  std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(i) + L"\\";
+        if (CreateDirectoryW(folder_.c_str(), nullptr) || GetLastError() != ERROR_ALREADY_EXISTS)
+            return;
+    }
 }
 
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
+    std::filesystem::remove_all(L"\\\\?\\" + folder_, ignored); // long paths too
 }
 
 std::wstring TemporaryFolder::path(std::wstring_view name) const {
