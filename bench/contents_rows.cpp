@@ -3,7 +3,7 @@
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 #include "src/host/dispatcher.h"
-#include "src/host/host_values.h"
+#include "src/host/host_data.h"
 
 #include <psapi.h>
 
@@ -18,6 +18,11 @@ using host::host_call;
 
 constexpr std::size_t file_size = 256u * 1024 * 1024;
 
+[[noreturn]] void fail(const char* what) {
+    std::fprintf(stderr, "%s: Windows error %lu\n", what, GetLastError());
+    std::exit(2);
+}
+
 // UTF-8 text of several scripts, cut to the file's size at a character.
 void write_sample(const std::wstring& path) {
     std::string block;
@@ -31,17 +36,15 @@ void write_sample(const std::wstring& path) {
         std::string piece = rest < block.size() ? std::string(rest, 'x') : block;
         DWORD done = 0;
         if (!WriteFile(file.get(), piece.data(), static_cast<DWORD>(piece.size()), &done, nullptr))
-            std::exit(2);
+            fail("the sample cannot be read or written");
         written += done;
     }
 }
 
 void push_text(fm::DataVect* vector, std::u16string_view value) {
-    fm::Status status;
-    fm::Data* data = host_call(FM_Data_Constructor1);
-    host::store_text(data, host::Text(value));
-    host_call(FM_DataVect_PushBack, vector, static_cast<const fm::Data*>(data));
-    FM_Data_Delete(data, &status);
+    host::Data data;
+    host::store_text(data.get(), host::Text(value));
+    host_call(FM_DataVect_PushBack, vector, static_cast<const fm::Data*>(data.get()));
 }
 
 void read_and_convert(const std::wstring& path) {
@@ -50,7 +53,7 @@ void read_and_convert(const std::wstring& path) {
     const std::unique_ptr<char[]> buffer(new char[file_size]);
     DWORD done = 0;
     if (!ReadFile(file.get(), buffer.get(), file_size, &done, nullptr) || done != file_size)
-        std::exit(2);
+        fail("the sample cannot be read or written");
     fm::Status status;
     fm::Text* text = FM_Text_Constructor1(&status);
     FM_Text_AssignWithLength(text, buffer.get(), done, 1, &status);
@@ -86,7 +89,7 @@ std::vector<Row> contents_rows() {
 
     const auto ours = [&] {
         if (host::dispatch(get_contents_id, nullptr, parameters, result) != 0)
-            std::exit(2);
+            fail("the sample cannot be read or written");
         host_call(FM_Data_Clear, result, std::int32_t{1});
     };
     const Timing timing = compare(

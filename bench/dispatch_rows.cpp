@@ -2,7 +2,7 @@
 #include "bench/harness.h"
 #include "console/fmwrapper/control.h"
 #include "src/host/dispatcher.h"
-#include "src/host/host_values.h"
+#include "src/host/host_data.h"
 
 #include <array>
 #include <cstdio>
@@ -18,11 +18,9 @@ using host::host_call;
 class Parameters {
   public:
     explicit Parameters(std::u16string_view switches) {
-        const host::Text text(switches);
-        fm::Data* data = host_call(FM_Data_Constructor1);
-        host::store_text(data, text);
-        host_call(FM_DataVect_PushBack, vector_, static_cast<const fm::Data*>(data));
-        host::release(data, &status_);
+        host::Data data;
+        host::store_text(data.get(), host::Text(switches));
+        host_call(FM_DataVect_PushBack, vector_, static_cast<const fm::Data*>(data.get()));
     }
     Parameters(const Parameters&) = delete;
     Parameters& operator=(const Parameters&) = delete;

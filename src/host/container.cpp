@@ -119,6 +119,16 @@ void add_file(Container& container, const QuadChar& type, std::u16string_view na
     container.add_stream(type, bytes);
 }
 
+std::int32_t stream_count(const fm::BinaryData* container) {
+    return host_call(FM_BinaryData_GetCount, container);
+}
+
+std::uint32_t stream_type(const fm::BinaryData* container, std::int32_t index) {
+    QuadChar type;
+    host_call(FM_BinaryData_GetType, container, index, type.get());
+    return type.mac_type();
+}
+
 std::optional<std::int32_t> main_stream(const fm::BinaryData* container) {
     if (const auto main = stream_index(container, mac_type("MAIN"));
         main && host_call(FM_BinaryData_GetSize, container, *main) >= 4) {
@@ -138,9 +148,7 @@ Result<void> read_main_stream(const fm::BinaryData* container, const ByteSink& s
     const auto index = main_stream(container);
     if (!index)
         return Failure{ErrorCode::NotFound};
-    QuadChar type;
-    host_call(FM_BinaryData_GetType, container, *index, type.get());
-    if (type.mac_type() != mac_type("ZLIB"))
+    if (stream_type(container, *index) != mac_type("ZLIB"))
         return for_each_piece(container, *index, sink);
 
     Inflater inflater(sink);

@@ -40,13 +40,11 @@ void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
 } // namespace
 
 HostCallObject::HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step)
-    : parameters_(parameters), result_(result), count_(host_call(FM_DataVect_Size, parameters)),
-      is_step_(is_step) {}
+    : parameters_(parameters), result_(result), is_step_(is_step) {}
 
 const fm::Text* HostCallObject::host_text(std::size_t index) const {
-    if (index >= count_)
-        return nullptr;
-    return host_call(FM_DataVect_AtAsText, parameters_, static_cast<std::uint32_t>(index));
+    return index < parameters_.size() ? parameters_.text(static_cast<std::uint32_t>(index))
+                                      : nullptr;
 }
 
 params::SwitchSet HostCallObject::switches() {
@@ -88,18 +86,15 @@ Result<std::string> HostCallObject::encoded_text(std::size_t index, TextEncoding
 }
 
 std::int64_t HostCallObject::number(std::size_t index) {
-    if (index >= count_)
+    if (index >= parameters_.size())
         return 0;
-    return to_integer(
-        host_call(FM_DataVect_AtAsNumber, parameters_, static_cast<std::uint32_t>(index)));
+    return to_integer(parameters_.number(static_cast<std::uint32_t>(index)));
 }
 
 std::int32_t HostCallObject::step_option(std::size_t index) {
-    if (!is_step_ || index >= count_)
+    if (!is_step_ || index >= parameters_.size())
         return not_given;
-    const fm::Data* data =
-        host_call(FM_DataVect_At, parameters_, static_cast<std::uint32_t>(index));
-    if (host_call(FM_Data_IsEmpty, data))
+    if (host_call(FM_Data_IsEmpty, parameters_.at(static_cast<std::uint32_t>(index))))
         return not_given;
     return static_cast<std::int32_t>(number(index));
 }

@@ -1,7 +1,7 @@
 // A call of the host, as a function's body sees it.
 #pragma once
 
-#include "src/host/host_values.h"
+#include "src/host/host_data.h"
 #include "src/params/call.h"
 
 namespace vell::host {
@@ -12,7 +12,7 @@ class HostCallObject : public params::Call {
     HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step);
 
     bool is_step() const override { return is_step_; }
-    std::size_t parameter_count() const override { return count_; }
+    std::size_t parameter_count() const override { return parameters_.size(); }
     params::SwitchSet switches() override;
     std::u16string text(std::size_t index) override;
     Result<std::string> encoded_text(std::size_t index, params::TextEncoding encoding) override;
@@ -28,9 +28,8 @@ class HostCallObject : public params::Call {
   private:
     const fm::Text* host_text(std::size_t index) const;
 
-    const fm::DataVect* parameters_;
+    ParameterVector parameters_;
     fm::Data* result_;
-    std::uint32_t count_;
     bool is_step_;
 };
 

@@ -1,10 +1,7 @@
 #include "src/host/host_values.h"
 
-#include "src/host/late_entry_points.h"
-
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <vector>
 
 namespace vell::host {
@@ -14,10 +11,6 @@ std::uint32_t length32(std::size_t length) {
     if (length >= fm::to_end)
         throw std::bad_alloc();
     return static_cast<std::uint32_t>(length);
-}
-
-constexpr std::int32_t native(fm::NativeType type) {
-    return static_cast<std::int32_t>(type);
 }
 
 } // namespace
@@ -110,42 +103,6 @@ std::string to_bytes(const fm::Text* text, params::TextEncoding encoding) {
     return bytes;
 }
 
-Number::Number(std::int32_t value) : HostObject(host_call(FM_FixPt_Constructor1, value, 16)) {}
-
-void Number::assign(std::int64_t value) {
-    if (value >= std::numeric_limits<std::int32_t>::min() &&
-        value <= std::numeric_limits<std::int32_t>::max()) {
-        host_call(FM_FixPt_AssignInt, get(), static_cast<std::int32_t>(value));
-        return;
-    }
-    if (const auto assign_int64 = late_entry_points().assign_int64) {
-        host_call(assign_int64, get(), value);
-        return;
-    }
-    // Older hosts: three digits to the base of 2^24, each within 32 bits with its sign.
-    constexpr std::int64_t base = 1 << 24;
-    const Number factor(base);
-    Number product;
-    host_call(FM_FixPt_AssignInt, get(), static_cast<std::int32_t>(value / base / base));
-    for (const std::int64_t digit : {value / base % base, value % base}) {
-        host_call(FM_FixPt_Multiply, get(), factor.get(), product.get());
-        const Number addend(static_cast<std::int32_t>(digit));
-        host_call(FM_FixPt_Add, product.get(), addend.get(), get());
-    }
-}
-
-std::int64_t to_integer(const fm::FixPt* number) {
-    constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
-    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-    Number bound(highest);
-    if (host_call(FM_FixPt_operatorGT, number, bound.get()))
-        return std::int64_t{highest} + 1;
-    host_call(FM_FixPt_AssignInt, bound.get(), lowest);
-    if (host_call(FM_FixPt_operatorLT, number, bound.get()))
-        return std::int64_t{lowest} - 1;
-    return host_call(FM_FixPt_AsLong, number);
-}
-
 QuadChar::QuadChar() : HostObject(host_call(FM_QuadChar_Constructor1)) {}
 QuadChar::QuadChar(const char (&code)[5]) : QuadChar(host::mac_type(code)) {}
 QuadChar::QuadChar(std::uint32_t mac_type) : QuadChar() {
@@ -153,50 +110,6 @@ QuadChar::QuadChar(std::uint32_t mac_type) : QuadChar() {
 }
 std::uint32_t QuadChar::mac_type() const {
     return host_call(FM_QuadChar_GetMacType, get());
-}
-
-DateTime::DateTime() : HostObject(host_call(FM_DateTime_Constructor1)) {}
-
-void DateTime::set_date(std::int64_t day_number) {
-    host_call(FM_DateTime_SetDaysSinceEpoch, get(), day_number);
-}
-
-void DateTime::set_seconds_of_day(std::int64_t seconds) {
-    Number number;
-    number.assign(seconds);
-    host_call(FM_DateTime_SetSecsSinceMidnight, get(), number.get());
-}
-
-CalendarTime to_calendar_time(const fm::DateTime* date_time) {
-    return {
-        .year = host_call(FM_DateTime_GetYear, date_time),
-        .month = host_call(FM_DateTime_GetMonth, date_time),
-        .day = host_call(FM_DateTime_GetDay, date_time),
-        .hour = host_call(FM_DateTime_GetHour, date_time),
-        .minute = host_call(FM_DateTime_GetMinute, date_time),
-        .second = host_call(FM_DateTime_GetSec, date_time),
-    };
-}
-
-void store_text(fm::Data* target, const Text& text) {
-    host_call_or_throw(FM_Data_SetAsText, target, text.get(), host_call(FM_Data_GetLocale, target),
-                       native(fm::NativeType::Text));
-}
-
-void store_number(fm::Data* target, const Number& number) {
-    host_call(FM_Data_SetAsNumber, target, number.get(), native(fm::NativeType::Number));
-}
-
-void store_date(fm::Data* target, const DateTime& date) {
-    host_call(FM_Data_SetAsDate, target, date.get(), native(fm::NativeType::Date));
-}
-
-void store_time(fm::Data* target, const DateTime& time) {
-    host_call(FM_Data_SetAsTime, target, time.get(), native(fm::NativeType::Time));
-}
-
-void store_time_stamp(fm::Data* target, const DateTime& time_stamp) {
-    host_call(FM_Data_SetAsTimeStamp, target, time_stamp.get(), native(fm::NativeType::TimeStamp));
 }
 
 } // namespace vell::host

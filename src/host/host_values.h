@@ -133,17 +133,6 @@ class Text : public HostObject<fm::Text> {
 std::u16string to_utf16(const fm::Text* text);
 std::string to_bytes(const fm::Text* text, params::TextEncoding encoding);
 
-// A number of the host: decimal, with the host's precision.
-class Number : public HostObject<fm::FixPt> {
-  public:
-    explicit Number(std::int32_t value = 0);
-    // Exact for every 64-bit value, on hosts without 64-bit numbers too.
-    void assign(std::int64_t value);
-};
-
-// The integer part; a value outside the signed 32-bit range comes as the first number beyond it.
-std::int64_t to_integer(const fm::FixPt* number);
-
 // A four-character code; `code` is read as on disk ("FNAM"), `mac_type` has the first character in
 // its most significant byte.
 class QuadChar : public HostObject<fm::QuadChar> {
@@ -160,31 +149,5 @@ constexpr std::uint32_t mac_type(const char (&code)[5]) {
         type = type << 8 | static_cast<unsigned char>(code[i]);
     return type;
 }
-
-// A date, a time of day, or both.
-class DateTime : public HostObject<fm::DateTime> {
-  public:
-    DateTime();
-    void set_date(std::int64_t day_number); // day 1 is 1 January of year 1
-    void set_seconds_of_day(std::int64_t seconds);
-};
-
-// The parts of a date and time of the host.
-struct CalendarTime {
-    std::int32_t year = 0;
-    std::int32_t month = 0;
-    std::int32_t day = 0;
-    std::int32_t hour = 0;
-    std::int32_t minute = 0;
-    std::int32_t second = 0;
-};
-CalendarTime to_calendar_time(const fm::DateTime* date_time);
-
-// Ways to store a value in a Data of the host, such as the result of a call.
-void store_text(fm::Data* target, const Text& text);
-void store_number(fm::Data* target, const Number& number);
-void store_date(fm::Data* target, const DateTime& date);
-void store_time(fm::Data* target, const DateTime& time);
-void store_time_stamp(fm::Data* target, const DateTime& time_stamp);
 
 } // namespace vell::host

@@ -1,6 +1,7 @@
-// Numbers as text, and Windows errors as codes.
+// Numbers as text, Windows errors as codes, and days as numbers.
 #include "src/base/number_text.h"
 #include "src/base/win32_error.h"
+#include "src/params/calendar_time.h"
 
 #include <gtest/gtest.h>
 
@@ -32,6 +33,19 @@ TEST(Win32Errors, HaveTheirCodesOrPass) {
           Case{123, -37}, Case{131, -80}, Case{1, 1},    Case{4, 4},       Case{182, 182},
           Case{184, 184}, Case{112, 112}, Case{-7, -7},  Case{1225, 1225}, Case{100000, 100000}})
         EXPECT_EQ(number(error_from_win32(c.error)), c.code) << c.error;
+}
+
+TEST(CalendarTime, DaysCountFromYearOne) {
+    const auto day = [](int year, int month, int day_of_month) {
+        return params::day_number({year, month, day_of_month, 0, 0, 0});
+    };
+    EXPECT_EQ(day(1, 1, 1), 1);
+    EXPECT_EQ(day(1600, 2, 29), 584082);
+    EXPECT_EQ(day(1970, 1, 1), 719163);
+    EXPECT_EQ(day(2000, 3, 1) - day(2000, 2, 28), 2);
+    EXPECT_EQ(day(1900, 3, 1) - day(1900, 2, 28), 1);
+    EXPECT_EQ(day(4000, 12, 31), 1460970);
+    EXPECT_EQ(params::seconds_of_day({1, 1, 1, 23, 59, 59}), 86399);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 // Values on their way between the host and the plug-in.
-#include "src/host/container.h"
 #include "src/host/host_call_object.h"
-#include "src/host/host_values.h"
+#include "src/host/host_data.h"
 #include "src/host/late_entry_points.h"
 #include "src/host/styled_text.h"
 #include "tests/windows/plugin_fixture.h"
@@ -162,23 +161,73 @@ TEST_F(HostValues, ParametersThatCannotBeEncodedAreReported) {
 }
 
 TEST_F(HostValues, DatesAndTimesArriveWhole) {
-    host::DateTime when;
-    when.set_date(737791); // 1 January 2021
-    when.set_seconds_of_day(13 * 3600 + 4 * 60 + 5);
-    const host::CalendarTime parts = host::to_calendar_time(when.get());
-    EXPECT_EQ(parts.year, 2021);
-    EXPECT_EQ(parts.month, 1);
-    EXPECT_EQ(parts.day, 1);
-    EXPECT_EQ(parts.hour, 13);
-    EXPECT_EQ(parts.minute, 4);
-    EXPECT_EQ(parts.second, 5);
-    const console::HostData data = console::make_data();
-    host::store_time_stamp(data.get(), when);
-    EXPECT_EQ(console::to_value(data.get()).as_text(), u"1/1/2021 1:04:05 PM");
-    host::store_date(data.get(), when);
-    EXPECT_EQ(console::to_value(data.get()).as_text(), u"1/1/2021");
-    host::store_time(data.get(), when);
-    EXPECT_EQ(console::to_value(data.get()).as_text(), u"13:04:05");
+    const params::CalendarTime time{2021, 1, 1, 13, 4, 5};
+    const host::DateTime when(time);
+    EXPECT_EQ(host::day_number(when.get()), 737791);
+    EXPECT_EQ(host::seconds_of_day(when.get()), 47045);
+    EXPECT_EQ(host::to_calendar_time(when.get()), time);
+    host::Data data;
+    fm::Data* const target = data.get();
+    const auto stored = [&] {
+        return console::to_value(target).as_text();
+    };
+    host::store_time_stamp(target, when);
+    EXPECT_EQ(stored(), u"1/1/2021 1:04:05 PM");
+    EXPECT_EQ(host::native_type(target), fm::NativeType::TimeStamp);
+    host::store_date(target, when);
+    EXPECT_EQ(stored(), u"1/1/2021");
+    host::store_time(target, when);
+    EXPECT_EQ(stored(), u"13:04:05");
+
+    host::DateTime other;
+    other.set_seconds(std::int64_t{737790} * 86400 + 59);
+    EXPECT_EQ(host::to_calendar_time(other.get()), (params::CalendarTime{2021, 1, 1, 0, 0, 59}));
+    other.set_day_number(1);
+    other.set_time(when);
+    EXPECT_EQ(host::to_calendar_time(other.get()), (params::CalendarTime{1, 1, 1, 13, 4, 5}));
+    host::DateTime third(params::CalendarTime{2024, 2, 29, 1, 2, 3});
+    third.set_date(when);
+    EXPECT_EQ(host::to_calendar_time(third.get()), (params::CalendarTime{2021, 1, 1, 1, 2, 3}));
+}
+
+TEST_F(HostValues, NumbersAreCalculatedWith) {
+    Number number(40);
+    number.add(Number(5));
+    number.subtract(Number(3));
+    number.multiply(Number(-7));
+    EXPECT_EQ(text_of(number), u"-294");
+    number.negate();
+    number.increment(10);
+    number.decrement();
+    EXPECT_EQ(text_of(number), u"303");
+    const Number copy(number.get());
+    EXPECT_FALSE(host::is_greater(copy.get(), number));
+    number.decrement();
+    EXPECT_TRUE(host::is_greater(copy.get(), number));
+    EXPECT_FALSE(host::is_less(copy.get(), number));
+}
+
+TEST_F(HostValues, ParametersAreReadByType) {
+    const console::HostDataVector vector = console::make_data_vector();
+    fm::Status status;
+    host::Data data;
+    host::store_time_stamp(data.get(), host::DateTime(params::CalendarTime{2020, 5, 6, 7, 8, 9}));
+    FM_DataVect_PushBack(vector.get(), data.get(), &status);
+    Container container;
+    container.add_stream(QuadChar("FILE"), "bytes");
+    host::store_container(data.get(), container);
+    FM_DataVect_PushBack(vector.get(), data.get(), &status);
+    data.clear(fm::NativeType::Text);
+    EXPECT_EQ(host::to_utf16(host::text_of(data.get())), u"");
+
+    const host::ParameterVector parameters(vector.get());
+    EXPECT_EQ(parameters.size(), 2u);
+    EXPECT_EQ(host::to_calendar_time(parameters.time_stamp(0)),
+              (params::CalendarTime{2020, 5, 6, 7, 8, 9}));
+    EXPECT_EQ(host::native_type(parameters.at(1)), fm::NativeType::Binary);
+    EXPECT_EQ(host::stream_count(parameters.container(1)), 1);
+    EXPECT_EQ(host::stream_type(parameters.container(1), 0), host::mac_type("FILE"));
+    EXPECT_THROW(parameters.at(2), host::HostFailure);
 }
 
 TEST_F(HostValues, StylesStayWithTheirPieces) {

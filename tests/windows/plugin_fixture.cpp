@@ -26,8 +26,8 @@ TemporaryFolder::TemporaryFolder() {
     GetTempPathW(MAX_PATH + 1, temporary);
     // Process IDs come again: a name that an ended process left is passed over.
     for (int i = 0;; ++i) {
-        folder_ = std::wstring(temporary) + L"vell_test_" +
-                  std::to_wstring(GetCurrentProcessId()) + L"_" + std::to_wstring(i) + L"\\";
+        folder_ = std::wstring(temporary) + L"vell_test_" + std::to_wstring(GetCurrentProcessId()) +
+                  L"_" + std::to_wstring(i) + L"\\";
         if (CreateDirectoryW(folder_.c_str(), nullptr) || GetLastError() != ERROR_ALREADY_EXISTS)
             return;
     }
