@@ -303,7 +303,7 @@ TEST_F(Lifecycle, FindsTheMainWindowAndOwnsTheAboutBoxByIt) {
         nullptr, 0,
         [](void* argument) -> DWORD {
             auto& seen = *static_cast<Watch*>(argument);
-            for (int i = 0; i < 1000 && !seen.done; ++i, Sleep(10)) {
+            for (int i = 0; i < 6000 && !seen.done; ++i, Sleep(10)) {
                 if (const HWND box = FindWindowW(nullptr, L"About Vell File Plug-In")) {
                     seen.owner = GetWindow(box, GW_OWNER);
                     PostMessageW(box, WM_COMMAND, IDOK, 0);

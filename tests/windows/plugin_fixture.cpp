@@ -19,6 +19,13 @@ std::wstring log_path(std::wstring_view name) {
     return executable_folder() + L"Logs\\" + std::wstring(name);
 }
 
+// Logs of earlier runs are no part of this one.
+[[maybe_unused]] const bool old_logs_deleted = [] {
+    DeleteFileW(log_path(Plugin::server_log).c_str());
+    DeleteFileW(log_path(Plugin::web_log).c_str());
+    return true;
+}();
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder() {

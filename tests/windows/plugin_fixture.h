@@ -46,6 +46,10 @@ class TemporaryFolder {
 std::string read_file(const std::wstring& path);
 
 class Plugin : public testing::Test {
+  public:
+    static constexpr auto server_log = L"Vell Plugin FMServer.log";
+    static constexpr auto web_log = L"Vell Plugin Web Engine.log";
+
   protected:
     Plugin();
     ~Plugin() override; // checks that no object of the host is left
@@ -60,8 +64,6 @@ class Plugin : public testing::Test {
     // Lines that came to a server's log since the last call or the start of the test, without their
     // time.
     std::vector<std::string> new_log_lines(const std::wstring& name = server_log);
-    static constexpr auto server_log = L"Vell Plugin FMServer.log";
-    static constexpr auto web_log = L"Vell Plugin Web Engine.log";
 
   private:
     std::unique_ptr<PluginHost> host_;

@@ -171,7 +171,7 @@ TEST_F(StandInText, PartsAreClampedToTheText) {
 }
 
 TEST_F(StandInText, LongTextsChangeOnTheirOwn) {
-    const std::u16string content(100'000, u'x');
+    const std::u16string content(100'000, u'.');
     FM_Text_AssignUnicode(subject, content.c_str(), &status);
     fm::Data* data = FM_Data_Constructor1(&status);
     FM_Data_SetAsText(data, subject, FM_Data_GetLocale(data, &status), 1, &status);
@@ -183,7 +183,7 @@ TEST_F(StandInText, LongTextsChangeOnTheirOwn) {
     EXPECT_TRUE(units(subject) == content + u"end" + content + u"end");
     FM_Text_DeleteText(subject, 3, to_end, &status);
     FM_Text_InsertText(subject, other, 0, &status);
-    EXPECT_EQ(units(subject), u"endxxx");
+    EXPECT_EQ(units(subject), u"end...");
     EXPECT_TRUE(units(kept) == content);
     FM_Data_Delete(data, &status);
 }
