@@ -41,6 +41,11 @@ class File {
     virtual Result<void> close() = 0;
 };
 
+// What stands at a path.
+enum class ItemKind : std::uint8_t { None, File, Folder };
+
+enum class Replace : std::uint8_t { No, Yes };
+
 class FileSystem {
   public:
     virtual ~FileSystem() = default;
@@ -49,6 +54,16 @@ class FileSystem {
     virtual Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) = 0;
     // Makes an empty file; AlreadyExists when there is anything of that name.
     virtual Result<void> create_new(const NativePath& path) = 0;
+
+    // None for whatever keeps the system from telling.
+    virtual ItemKind kind_of(const NativePath& path) = 0;
+    // AlreadyExists when there is a target and it may not be replaced.
+    virtual Result<void> copy(const NativePath& source, const NativePath& target,
+                              Replace replace) = 0;
+    virtual Result<void> remove(const NativePath& path) = 0;
+    // A name for a temporary file: "VELLTEMP{<UUID>}.tmp" in the system's temporary folder, with
+    // another extension where one is given (at most 100 characters are taken). Nothing is made.
+    virtual Result<NativePath> temporary_name(std::u16string_view extension) = 0;
 };
 
 // The files of the operating system.

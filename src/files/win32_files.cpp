@@ -2,30 +2,15 @@
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 #include "src/files/file_access.h"
+#include "src/files/win32_path.h"
+
+#include <rpc.h>
 
 #include <algorithm>
+#include <array>
 
 namespace vell::files {
 namespace {
-
-// Lengths from which a path may be refused unless it has the "\\?\" prefix: MAX_PATH less the room
-// for a short name that folders need.
-constexpr std::size_t long_path_length = MAX_PATH - 12;
-
-// The path in the form that has no limit of length, where it needs it.
-std::wstring win32_path(const NativePath& path) {
-    std::wstring wide = to_wide(path.wide);
-    if (wide.size() < long_path_length || wide.starts_with(L"\\\\?\\") ||
-        wide.starts_with(L"\\\\.\\"))
-        return wide;
-    std::wstring full(wide.size() + MAX_PATH, L'\0');
-    const DWORD length =
-        GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    if (length == 0 || length >= full.size())
-        return wide; // the call that gets it reports what is wrong with it
-    full.resize(length);
-    return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
-}
 
 class Win32File : public File {
   public:
@@ -95,6 +80,19 @@ class Win32File : public File {
     UniqueFile handle_;
 };
 
+// Empty when the system makes none.
+std::wstring new_uuid() {
+    UUID uuid;
+    RPC_WSTR text = nullptr;
+    const RPC_STATUS status = UuidCreate(&uuid);
+    if ((status != RPC_S_OK && status != RPC_S_UUID_LOCAL_ONLY) ||
+        UuidToStringW(&uuid, &text) != RPC_S_OK)
+        return {};
+    std::wstring result(reinterpret_cast<const wchar_t*>(text));
+    RpcStringFreeW(&text);
+    return result;
+}
+
 class Win32FileSystem : public FileSystem {
   public:
     Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) override {
@@ -115,6 +113,50 @@ class Win32FileSystem : public FileSystem {
         if (!handle)
             return Failure{last_error()};
         return {};
+    }
+
+    ItemKind kind_of(const NativePath& path) override {
+        const DWORD attributes = GetFileAttributesW(win32_path(path).c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES)
+            return ItemKind::None;
+        return attributes & FILE_ATTRIBUTE_DIRECTORY ? ItemKind::Folder : ItemKind::File;
+    }
+
+    Result<void> copy(const NativePath& source, const NativePath& target,
+                      Replace replace) override {
+        if (!CopyFileW(win32_path(source).c_str(), win32_path(target).c_str(),
+                       replace == Replace::No))
+            return Failure{last_error()};
+        return {};
+    }
+
+    Result<void> remove(const NativePath& path) override {
+        if (!DeleteFileW(win32_path(path).c_str()))
+            return Failure{last_error()};
+        return {};
+    }
+
+    Result<NativePath> temporary_name(std::u16string_view extension) override {
+        std::array<wchar_t, 2000> folder{};
+        const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+        if (length == 0 || length >= folder.size())
+            return Failure{last_error()};
+        std::wstring name(folder.data(), length);
+        if (const std::wstring uuid = new_uuid(); !uuid.empty()) {
+            name += L"VELLTEMP{" + uuid + L"}.tmp";
+        } else {
+            // With a number of our own the system neither creates nor checks the file.
+            std::array<wchar_t, MAX_PATH> made{};
+            if (GetTempFileNameW(folder.data(), L"VELLTMP", GetTickCount(), made.data()) == 0)
+                return Failure{last_error()};
+            name = made.data();
+        }
+        if (!extension.empty()) {
+            constexpr std::size_t longest_extension = 100;
+            name.resize(name.size() - 3); // "tmp"
+            name += to_wide(extension.substr(0, longest_extension));
+        }
+        return NativePath{to_utf16(name), std::nullopt};
     }
 };
 

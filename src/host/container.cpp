@@ -49,7 +49,7 @@ Result<void> for_each_piece(const fm::BinaryData* container, std::int32_t index,
 // Expands gzip or zlib data given in pieces.
 class Inflater {
   public:
-    explicit Inflater(const ByteSink& sink) : sink_(sink), buffer_(piece_size) {
+    explicit Inflater(const params::ByteSink& sink) : sink_(sink), buffer_(piece_size) {
         constexpr int detect_header = 32;
         if (inflateInit2(&stream_, MAX_WBITS + detect_header) != Z_OK)
             throw std::bad_alloc();
@@ -76,7 +76,7 @@ class Inflater {
     bool ended() const { return ended_; }
 
   private:
-    const ByteSink& sink_;
+    const params::ByteSink& sink_;
     std::vector<char> buffer_;
     z_stream stream_{};
     bool ended_ = false;
@@ -144,7 +144,7 @@ std::optional<std::int32_t> main_stream(const fm::BinaryData* container) {
     return std::nullopt;
 }
 
-Result<void> read_main_stream(const fm::BinaryData* container, const ByteSink& sink) {
+Result<void> read_main_stream(const fm::BinaryData* container, const params::ByteSink& sink) {
     const auto index = main_stream(container);
     if (!index)
         return Failure{ErrorCode::NotFound};

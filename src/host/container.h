@@ -3,9 +3,9 @@
 
 #include "src/base/result.h"
 #include "src/host/host_values.h"
+#include "src/params/call.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -47,8 +47,7 @@ std::optional<std::int32_t> main_stream(const fm::BinaryData* container);
 
 // Hands the main stream's bytes to `sink`, piece by piece; a "ZLIB" stream (RFC 1952) is expanded.
 // NotFound without a main stream, CompressedDataDamaged, or the sink's own failure.
-using ByteSink = std::function<Result<void>(std::string_view)>;
-Result<void> read_main_stream(const fm::BinaryData* container, const ByteSink& sink);
+Result<void> read_main_stream(const fm::BinaryData* container, const params::ByteSink& sink);
 
 // The name of the file in the container, without folders; empty when it has none.
 std::u16string file_name(const fm::BinaryData* container);

@@ -2,6 +2,9 @@
 
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
+#include "src/host/debug_log.h"
+#include "src/host/main_window.h"
+#include "src/host/plugin_state.h"
 
 #include <algorithm>
 #include <vector>
@@ -42,6 +45,18 @@ void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
 HostCallObject::HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step)
     : parameters_(parameters), result_(result), is_step_(is_step) {}
 
+bool HostCallObject::is_server_host() const {
+    return host::is_server_host(plugin_state().application_type);
+}
+
+void* HostCallObject::main_window() const {
+    return host::main_window();
+}
+
+void HostCallObject::debug_note(std::string_view line) {
+    debug_log().add(line);
+}
+
 const fm::Text* HostCallObject::host_text(std::size_t index) const {
     return index < parameters_.size() ? parameters_.text(static_cast<std::uint32_t>(index))
                                       : nullptr;
@@ -66,23 +81,27 @@ std::u16string HostCallObject::text(std::size_t index) {
     return text ? to_utf16(text) : std::u16string();
 }
 
-Result<std::string> HostCallObject::encoded_text(std::size_t index, TextEncoding encoding) {
-    const fm::Text* text = host_text(index);
-    if (!text)
-        return std::string();
+Result<std::string> HostCallObject::encode(std::u16string_view text, TextEncoding encoding,
+                                           params::Unencodable unencodable) {
     if (encoding == TextEncoding::Utf8)
-        return utf8_from_utf16(to_utf16(text));
-    if (encoding != TextEncoding::BytesOnly) {
-        try {
-            return to_bytes(text, encoding);
-        } catch (const HostFailure&) {
+        return utf8_from_utf16(text);
+    if (encoding == TextEncoding::BytesOnly) {
+        if (std::ranges::any_of(text, [](char16_t unit) { return unit > 0xFF; }))
             return Failure{ErrorCode::ParameterUnreadable};
-        }
+        return std::string(text.begin(), text.end());
     }
-    const std::u16string units = to_utf16(text);
-    if (std::ranges::any_of(units, [](char16_t unit) { return unit > 0xFF; }))
+    try {
+        std::string bytes = to_bytes(Text(text).get(), encoding);
+        if (unencodable == params::Unencodable::Refuse) {
+            Text back;
+            back.assign_bytes(bytes, encoding);
+            if (back.to_utf16() != text)
+                return Failure{ErrorCode::ParameterUnreadable};
+        }
+        return bytes;
+    } catch (const HostFailure&) {
         return Failure{ErrorCode::ParameterUnreadable};
-    return std::string(units.begin(), units.end());
+    }
 }
 
 std::int64_t HostCallObject::number(std::size_t index) {
@@ -99,6 +118,26 @@ std::int32_t HostCallObject::step_option(std::size_t index) {
     return static_cast<std::int32_t>(number(index));
 }
 
+std::optional<params::CalendarTime> HostCallObject::time_stamp(std::size_t index) {
+    if (index >= parameters_.size())
+        return std::nullopt;
+    const auto position = static_cast<std::uint32_t>(index);
+    if (host_call(FM_Data_IsEmpty, parameters_.at(position)))
+        return std::nullopt;
+    return to_calendar_time(parameters_.time_stamp(position));
+}
+
+bool HostCallObject::is_container(std::size_t index) {
+    return index < parameters_.size() &&
+           native_type(parameters_.at(static_cast<std::uint32_t>(index))) == fm::NativeType::Binary;
+}
+
+Result<void> HostCallObject::read_container(std::size_t index, const params::ByteSink& sink) {
+    if (!is_container(index))
+        return Failure{ErrorCode::NotFound};
+    return read_main_stream(parameters_.container(static_cast<std::uint32_t>(index)), sink);
+}
+
 void HostCallObject::set_text(std::u16string_view text) {
     store_text(result_, Text(text));
 }
@@ -111,6 +150,18 @@ void HostCallObject::set_number(std::int64_t value) {
     Number number;
     number.assign(value);
     store_number(result_, number);
+}
+
+void HostCallObject::set_date(const params::CalendarTime& date) {
+    store_date(result_, DateTime(date));
+}
+
+void HostCallObject::set_time(const params::CalendarTime& time) {
+    store_time(result_, DateTime(time));
+}
+
+void HostCallObject::set_time_stamp(const params::CalendarTime& time_stamp) {
+    store_time_stamp(result_, DateTime(time_stamp));
 }
 
 void HostCallObject::set_decoded_text(std::span<const EncodedText> pieces,

@@ -3,12 +3,15 @@
 #pragma once
 
 #include "src/base/result.h"
+#include "src/params/calendar_time.h"
 #include "src/params/encodings.h"
 #include "src/params/line_endings.h"
 #include "src/params/paths.h"
 #include "src/params/switches.h"
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,6 +22,15 @@ namespace vell::params {
 struct EncodedText {
     std::string_view bytes;
     TextEncoding encoding;
+};
+
+// Takes bytes piece by piece; its failure ends the giving.
+using ByteSink = std::function<Result<void>(std::string_view)>;
+
+// What happens to characters that an encoding lacks.
+enum class Unencodable : std::uint8_t {
+    Replace, // by what the host puts in their place, such as a question mark
+    Refuse,  // ParameterUnreadable
 };
 
 class Call {
@@ -33,17 +45,31 @@ class Call {
     virtual ~Call() = default;
 
     virtual bool is_step() const = 0;
+    // No user interface may be shown then.
+    virtual bool is_server_host() const = 0;
+    // The owner of dialogs, as a native window handle; null when there is none.
+    virtual void* main_window() const = 0;
+    // Adds a line to the debug log when that is on.
+    virtual void debug_note(std::string_view line) = 0;
 
     // Parameters, counted from 0; index 0 holds the switches (empty in a step). An absent one reads
     // as empty text, 0 and not_given.
     virtual std::size_t parameter_count() const = 0;
     virtual SwitchSet switches() = 0;
     virtual std::u16string text(std::size_t index) = 0;
-    // The text in an encoding; ParameterUnreadable when it has no such form.
-    virtual Result<std::string> encoded_text(std::size_t index, TextEncoding encoding) = 0;
+    // A text in an encoding. ParameterUnreadable when the host cannot convert to it, and for
+    // BytesOnly when a character is above U+00FF.
+    virtual Result<std::string> encode(std::u16string_view text, TextEncoding encoding,
+                                       Unencodable unencodable) = 0;
     // The integer part; values outside the signed 32-bit range come as the first number beyond it.
     virtual std::int64_t number(std::size_t index) = 0;
     virtual std::int32_t step_option(std::size_t index) = 0;
+    // nullopt for an absent or empty parameter.
+    virtual std::optional<CalendarTime> time_stamp(std::size_t index) = 0;
+    virtual bool is_container(std::size_t index) = 0;
+    // The bytes of a container's main stream, expanded where they are compressed. NotFound when
+    // there is none, CompressedDataDamaged, or the sink's own failure.
+    virtual Result<void> read_container(std::size_t index, const ByteSink& sink) = 0;
 
     // A number of bytes, 0 when absent; NumberOutOfRange below 0 and above 2,147,483,647.
     Result<std::uint32_t> byte_count(std::size_t index);
@@ -54,6 +80,9 @@ class Call {
     virtual void set_text(std::u16string_view text) = 0;
     virtual void set_literal(std::string_view ascii) = 0;
     virtual void set_number(std::int64_t value) = 0;
+    virtual void set_date(const CalendarTime& date) = 0;
+    virtual void set_time(const CalendarTime& time) = 0;
+    virtual void set_time_stamp(const CalendarTime& time_stamp) = 0;
     // The pieces one after the other, decoded, with line ends converted.
     virtual void set_decoded_text(std::span<const EncodedText> pieces,
                                   LineEndings line_endings) = 0;

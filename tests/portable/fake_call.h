@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,22 +31,31 @@ class FakeCall : public params::Call {
     explicit FakeCall(std::vector<std::u16string> parameters)
         : parameters_(std::move(parameters)) {}
 
+    // Makes the call that of a step.
+    void set_step_option(std::size_t index, std::int32_t value) { step_options_[index] = value; }
+    // Lines for the debug log.
+    const std::vector<std::string>& notes() const { return notes_; }
+
     // What the body has set; nullopt as long as it has set nothing.
     const std::optional<std::u16string>& result() const { return result_; }
     // The encodings of the pieces of a decoded result.
     const std::vector<params::TextEncoding>& encodings() const { return encodings_; }
 
-    bool is_step() const override { return false; }
+    bool is_step() const override { return !step_options_.empty(); }
+    bool is_server_host() const override { return false; }
+    void* main_window() const override { return nullptr; }
+    void debug_note(std::string_view line) override { notes_.emplace_back(line); }
     std::size_t parameter_count() const override { return parameters_.size(); }
     params::SwitchSet switches() override { return params::SwitchSet(utf8_from_utf16(text(0))); }
     std::u16string text(std::size_t index) override {
         return index < parameters_.size() ? parameters_[index] : std::u16string();
     }
-    Result<std::string> encoded_text(std::size_t index, params::TextEncoding encoding) override {
+    Result<std::string> encode(std::u16string_view text, params::TextEncoding encoding,
+                               params::Unencodable) override {
         if (encoding == params::TextEncoding::Utf8)
-            return utf8_from_utf16(text(index));
+            return utf8_from_utf16(text);
         std::string bytes;
-        for (const char16_t unit : text(index)) {
+        for (const char16_t unit : text) {
             if (unit > 0xFF)
                 return Failure{ErrorCode::ParameterUnreadable};
             bytes += static_cast<char>(unit);
@@ -58,13 +68,24 @@ class FakeCall : public params::Call {
         return std::clamp<std::int64_t>(value, std::int64_t{Limits::min()} - 1,
                                         std::int64_t{Limits::max()} + 1);
     }
-    std::int32_t step_option(std::size_t) override { return not_given; }
+    std::int32_t step_option(std::size_t index) override {
+        const auto found = step_options_.find(index);
+        return found == step_options_.end() ? not_given : found->second;
+    }
+    std::optional<params::CalendarTime> time_stamp(std::size_t) override { return std::nullopt; }
+    bool is_container(std::size_t) override { return false; }
+    Result<void> read_container(std::size_t, const params::ByteSink&) override {
+        return Failure{ErrorCode::NotFound};
+    }
 
     void set_text(std::u16string_view text) override { result_ = std::u16string(text); }
     void set_literal(std::string_view ascii) override {
         result_ = std::u16string(ascii.begin(), ascii.end());
     }
     void set_number(std::int64_t value) override { set_literal(std::to_string(value)); }
+    void set_date(const params::CalendarTime&) override {}
+    void set_time(const params::CalendarTime&) override {}
+    void set_time_stamp(const params::CalendarTime&) override {}
     void set_decoded_text(std::span<const params::EncodedText> pieces,
                           params::LineEndings line_endings) override {
         encodings_.clear();
@@ -79,6 +100,8 @@ class FakeCall : public params::Call {
 
   private:
     std::vector<std::u16string> parameters_;
+    std::map<std::size_t, std::int32_t> step_options_;
+    std::vector<std::string> notes_;
     std::optional<std::u16string> result_;
     std::vector<params::TextEncoding> encodings_;
 };

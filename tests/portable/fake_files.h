@@ -63,6 +63,16 @@ class FakeFiles : public files::FileSystem {
         return std::unique_ptr<files::File>(std::make_unique<OpenFile>(*this, found->second));
     }
     Result<void> create_new(const files::NativePath&) override { return Failure{ErrorCode::Busy}; }
+    files::ItemKind kind_of(const files::NativePath& path) override {
+        return contents_.contains(path.wide) ? files::ItemKind::File : files::ItemKind::None;
+    }
+    Result<void> copy(const files::NativePath&, const files::NativePath&, files::Replace) override {
+        return Failure{ErrorCode::Busy};
+    }
+    Result<void> remove(const files::NativePath&) override { return Failure{ErrorCode::Busy}; }
+    Result<files::NativePath> temporary_name(std::u16string_view) override {
+        return Failure{ErrorCode::Busy};
+    }
 
   private:
     class OpenFile : public files::File {

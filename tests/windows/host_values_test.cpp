@@ -144,13 +144,18 @@ TEST_F(HostValues, ParametersThatCannotBeEncodedAreReported) {
     }
     const console::HostData result = console::make_data();
     host::HostCallObject call(vector.get(), result.get(), false);
-    EXPECT_EQ(*call.encoded_text(1, TextEncoding::BytesOnly), "caf\xE9");
-    EXPECT_EQ(*call.encoded_text(2, TextEncoding::Utf8), "\xE2\x82\xAC");
-    EXPECT_EQ(*call.encoded_text(2, TextEncoding::AsciiWindows), "\x80");
-    EXPECT_EQ(*call.encoded_text(9, TextEncoding::Utf8), "");
-    const auto unreadable = call.encoded_text(2, TextEncoding::BytesOnly);
+    using enum params::Unencodable;
+    EXPECT_EQ(*call.encode(call.text(1), TextEncoding::BytesOnly, Replace), "caf\xE9");
+    EXPECT_EQ(*call.encode(call.text(2), TextEncoding::Utf8, Refuse), "\xE2\x82\xAC");
+    EXPECT_EQ(*call.encode(call.text(2), TextEncoding::AsciiWindows, Refuse), "\x80");
+    EXPECT_EQ(*call.encode(u"\u65E5", TextEncoding::AsciiMac, Replace), "?");
+    EXPECT_EQ(*call.encode(call.text(9), TextEncoding::AsciiMac, Refuse), "");
+    const auto unreadable = call.encode(u"\u65E5", TextEncoding::AsciiMac, Refuse);
     ASSERT_FALSE(unreadable);
-    EXPECT_EQ(call.encoded_text(1, static_cast<TextEncoding>(99)).error(), unreadable.error());
+    EXPECT_EQ(call.encode(call.text(2), TextEncoding::BytesOnly, Replace).error(),
+              unreadable.error());
+    EXPECT_EQ(call.encode(u"a", static_cast<TextEncoding>(99), Replace).error(),
+              unreadable.error());
     host::store_code(result.get(), unreadable.error());
     EXPECT_EQ(console::to_value(result.get()).as_text(),
               u"VellParamErr: XP7_GetBytesImproved failed");

@@ -1,0 +1,13 @@
+// Paths as Windows calls take them. Windows only.
+#pragma once
+
+#include "src/params/paths.h"
+
+#include <string>
+
+namespace vell::files {
+
+// The path in the form that has no limit of length ("\\?\"), where it needs it.
+std::wstring win32_path(const params::NativePath& path);
+
+} // namespace vell::files
