@@ -1,9 +1,8 @@
 // VlFile_GetContents against one read and one host conversion of the same bytes.
+#include "bench/function_call.h"
 #include "bench/harness.h"
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
-#include "src/host/dispatcher.h"
-#include "src/host/host_data.h"
 
 #include <psapi.h>
 
@@ -41,12 +40,6 @@ void write_sample(const std::wstring& path) {
     }
 }
 
-void push_text(fm::DataVect* vector, std::u16string_view value) {
-    host::Data data;
-    host::store_text(data.get(), host::Text(value));
-    host_call(FM_DataVect_PushBack, vector, static_cast<const fm::Data*>(data.get()));
-}
-
 void read_and_convert(const std::wstring& path) {
     const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
@@ -74,28 +67,21 @@ std::vector<Row> contents_rows() {
     const std::wstring path = std::wstring(folder) + L"vell_bench_contents.txt";
     write_sample(path);
 
-    fm::Status status;
-    fm::DataVect* parameters = host_call(FM_DataVect_Constructor1);
-    push_text(parameters, u"-Encoding=UTF8");
-    push_text(parameters, to_utf16(path));
-    fm::Data* result = host_call(FM_Data_Constructor1);
-    constexpr std::int16_t get_contents_id = 4223;
-
+    FunctionCall call(4223, {u"-Encoding=UTF8", to_utf16(path)});
     const std::size_t before = peak_bytes();
-    host::dispatch(get_contents_id, nullptr, parameters, result);
+    call.run();
     const std::size_t ours_peak = peak_bytes() - before;
-    const std::uint32_t units = host_call(FM_Text_GetSize, FM_Data_GetAsText(result, &status));
-    host_call(FM_Data_Clear, result, std::int32_t{1});
-
+    const std::uint32_t units = host_call(FM_Text_GetSize, host::text_of(call.result()));
+    const auto clear = [&] {
+        host_call(FM_Data_Clear, call.result(), std::int32_t{1});
+    };
+    clear();
     const auto ours = [&] {
-        if (host::dispatch(get_contents_id, nullptr, parameters, result) != 0)
-            fail("the sample cannot be read or written");
-        host_call(FM_Data_Clear, result, std::int32_t{1});
+        call.run();
+        clear();
     };
     const Timing timing = compare(
         ours, [&] { read_and_convert(path); }, 5);
-    FM_Data_Delete(result, &status);
-    FM_DataVect_Delete(parameters, &status);
     DeleteFileW(path.c_str());
 
     const double mib = 1024.0 * 1024.0;

@@ -29,5 +29,6 @@ bool print_table(const std::vector<Row>& rows);
 
 std::vector<Row> dispatch_rows();
 std::vector<Row> contents_rows();
+std::vector<Row> file_rows();
 
 } // namespace vell::bench

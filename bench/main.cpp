@@ -1,5 +1,5 @@
-// Runs the benchmarks whose names contain the argument (contents, dispatch), or all, and prints one
-// table. Exit code 1 when a goal is missed.
+// Runs the benchmarks whose names contain the argument (contents, dispatch, files), or all, and
+// prints one table. Exit code 1 when a goal is missed.
 #include "bench/harness.h"
 
 #include <string_view>
@@ -10,7 +10,8 @@ int main(int argc, char** argv) {
         std::vector<vell::bench::Row> (*run)();
     };
     constexpr Group groups[] = {{"contents", vell::bench::contents_rows},
-                                {"dispatch", vell::bench::dispatch_rows}};
+                                {"dispatch", vell::bench::dispatch_rows},
+                                {"files", vell::bench::file_rows}};
     const std::string_view wanted = argc > 1 ? argv[1] : "";
     std::vector<vell::bench::Row> rows;
     for (const Group& group : groups)
