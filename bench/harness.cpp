@@ -54,9 +54,11 @@ bool print_table(const std::vector<Row>& rows) {
         const double ratio = row.ours_ns / row.peer_ns;
         const bool missed = row.goal > 0 && ratio > row.goal;
         within = within && !missed;
-        std::printf("| %s | %.3f us | %.3f us | %.2f | %.2f%s | %s |\n", row.work.c_str(),
-                    row.ours_ns / 1e3, row.peer_ns / 1e3, ratio, row.goal, missed ? " MISSED" : "",
-                    row.note.c_str());
+        char goal[16] = "-";
+        if (row.goal > 0)
+            std::snprintf(goal, sizeof goal, "%.2f%s", row.goal, missed ? " MISSED" : "");
+        std::printf("| %s | %.3f us | %.3f us | %.2f | %s | %s |\n", row.work.c_str(),
+                    row.ours_ns / 1e3, row.peer_ns / 1e3, ratio, goal, row.note.c_str());
     }
     return within;
 }

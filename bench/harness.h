@@ -29,6 +29,7 @@ bool print_table(const std::vector<Row>& rows);
 
 std::vector<Row> dispatch_rows();
 std::vector<Row> contents_rows();
+std::vector<Row> substitute_rows();
 std::vector<Row> file_rows();
 
 } // namespace vell::bench

@@ -107,6 +107,16 @@ void set_utf8_text(Call& call, const RangeBytes& range, LineEndings line_endings
     call.set_decoded_text(pieces, line_endings);
 }
 
+Result<void> give_range(Call& call, FileSystem& files, const NativePath& path, ByteRange range,
+                        TextEncoding encoding, LineEndings line_endings) {
+    const RangeBytes read = VELL_TRY(read_range(files, path, range));
+    if (encoding == TextEncoding::Utf8)
+        set_utf8_text(call, read, line_endings);
+    else
+        call.set_decoded_text(std::array{EncodedText{read.bytes, encoding}}, line_endings);
+    return {};
+}
+
 } // namespace
 
 Result<void> get_contents(Call& call, FileSystem& files) {
@@ -121,15 +131,16 @@ Result<void> get_contents(Call& call, FileSystem& files) {
     ByteRange range;
     range.start = VELL_TRY(call.byte_count(2));
     range.size = VELL_TRY(call.byte_count(3));
-    const RangeBytes read = VELL_TRY(read_range(files, path, range));
+    return give_range(call, files, path, range, encoding, reading_line_endings(switches));
+}
 
-    const LineEndings line_endings =
-        switches.has("-ConvertToFMPLinebreaks") ? LineEndings::Host : LineEndings::Keep;
-    if (encoding == TextEncoding::Utf8)
-        set_utf8_text(call, read, line_endings);
-    else
-        call.set_decoded_text(std::array{EncodedText{read.bytes, encoding}}, line_endings);
-    return {};
+LineEndings reading_line_endings(const SwitchSet& switches) {
+    return switches.has("-ConvertToFMPLinebreaks") ? LineEndings::Host : LineEndings::Keep;
+}
+
+Result<void> give_contents(Call& call, FileSystem& files, const NativePath& path,
+                           TextEncoding encoding, LineEndings line_endings) {
+    return give_range(call, files, path, {}, encoding, line_endings);
 }
 
 } // namespace vell::files

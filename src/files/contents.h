@@ -18,4 +18,11 @@ inline Result<void> get_contents(params::Call& call) {
     return get_contents(call, system_files());
 }
 
+// The conversion that "-ConvertToFMPLinebreaks" asks of the functions that read.
+params::LineEndings reading_line_endings(const params::SwitchSet& switches);
+
+// The whole of a file as the call's result, decoded as described above.
+Result<void> give_contents(params::Call& call, FileSystem& files, const NativePath& path,
+                           params::TextEncoding encoding, params::LineEndings line_endings);
+
 } // namespace vell::files

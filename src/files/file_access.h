@@ -60,6 +60,10 @@ class FileSystem {
     // AlreadyExists when there is a target and it may not be replaced.
     virtual Result<void> copy(const NativePath& source, const NativePath& target,
                               Replace replace) = 0;
+    // Gives a file another name on its volume, in one step: whatever looks at the target finds the
+    // old file or the new one. AlreadyExists when there is a target and it may not be replaced.
+    virtual Result<void> rename(const NativePath& source, const NativePath& target,
+                                Replace replace) = 0;
     virtual Result<void> remove(const NativePath& path) = 0;
     // A name for a temporary file: "VELLTEMP{<UUID>}.tmp" in the system's temporary folder, with
     // another extension where one is given (at most 100 characters are taken). Nothing is made.

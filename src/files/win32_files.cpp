@@ -130,6 +130,14 @@ class Win32FileSystem : public FileSystem {
         return {};
     }
 
+    Result<void> rename(const NativePath& source, const NativePath& target,
+                        Replace replace) override {
+        const DWORD flags = replace == Replace::Yes ? MOVEFILE_REPLACE_EXISTING : 0;
+        if (!MoveFileExW(win32_path(source).c_str(), win32_path(target).c_str(), flags))
+            return Failure{last_error()};
+        return {};
+    }
+
     Result<void> remove(const NativePath& path) override {
         if (!DeleteFileW(win32_path(path).c_str()))
             return Failure{last_error()};

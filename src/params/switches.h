@@ -32,6 +32,7 @@ class SwitchSet {
     }
 
     bool has(std::string_view name) const;
+    std::string_view text() const { return {text_.data(), length_}; }
 
     // The switch as named, followed by its value: the text after the name's first occurrence up to
     // the next "-" that is not the value's own first character, at most `capacity` - 1 characters.
@@ -39,8 +40,6 @@ class SwitchSet {
     std::string value(std::string_view name, std::size_t capacity) const;
 
   private:
-    std::string_view text() const { return {text_.data(), length_}; }
-
     // Held in place, since every call reads its switches and most of them are short.
     std::array<char, max_length + 1> text_;
     std::size_t length_ = 0;

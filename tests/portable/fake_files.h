@@ -69,6 +69,10 @@ class FakeFiles : public files::FileSystem {
     Result<void> copy(const files::NativePath&, const files::NativePath&, files::Replace) override {
         return Failure{ErrorCode::Busy};
     }
+    Result<void> rename(const files::NativePath&, const files::NativePath&,
+                        files::Replace) override {
+        return Failure{ErrorCode::Busy};
+    }
     Result<void> remove(const files::NativePath&) override { return Failure{ErrorCode::Busy}; }
     Result<files::NativePath> temporary_name(std::u16string_view) override {
         return Failure{ErrorCode::Busy};

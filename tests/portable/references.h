@@ -106,4 +106,23 @@ void convert_line_endings(std::basic_string<Char>& text, int mode) {
         convert_line_endings(text, 1);
 }
 
+// Every occurrence, leftmost first, none overlapping; A to Z and a to z are the same on request.
+inline std::string substitute(std::string_view text, std::string_view search,
+                              std::string_view replacement, bool ignore_case) {
+    const auto folded = [&](char c) {
+        return ignore_case && c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    };
+    std::string result;
+    while (!text.empty()) {
+        std::size_t equal = 0;
+        while (equal < std::min(search.size(), text.size()) &&
+               folded(text[equal]) == folded(search[equal]))
+            ++equal;
+        const bool found = equal == search.size();
+        result += found ? replacement : text.substr(0, 1);
+        text.remove_prefix(found ? search.size() : 1);
+    }
+    return result;
+}
+
 } // namespace vell::reference

@@ -113,6 +113,8 @@ TEST(Switches, TheFirst2000CharactersCount) {
     });
     EXPECT_EQ(room, 2001U); // with the terminating zero
     EXPECT_EQ(filled.value("-", 100), "-R");
+    EXPECT_EQ(filled.text(), "-R");
+    EXPECT_EQ(SwitchSet(std::string(1999, 'x') + "YZ").text(), std::string(1999, 'x') + "Y");
 }
 
 TEST(Switches, AValueEndsAtTheNextMinusSign) {

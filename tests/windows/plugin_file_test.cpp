@@ -68,10 +68,15 @@ TEST(PluginFile, IsSelfContainedAndExportsOneFunction) {
 
     const auto imports = plugin.imports();
     const std::set<std::string> of_windows{
+        "bcrypt.dll",   // checksums
+        "crypt32.dll",  // certificates
         "kernel32.dll", //
         "msvcrt.dll",   //
+        "ole32.dll",    // COM, for the shell
         "rpcrt4.dll",   // UUIDs
+        "shell32.dll",  // descriptions of file types
         "user32.dll",   //
+        "wintrust.dll", // signatures
     };
     for (const auto& [library, functions] : imports)
         EXPECT_TRUE(library == "fmwrapper.dll" || of_windows.contains(library)) << library;

@@ -1,0 +1,56 @@
+#include "src/files/contents_dialog.h"
+
+#include "src/files/contents.h"
+#include "src/files/defaults.h"
+#include "src/files/file_dialog.h"
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using params::LineEndings;
+using params::SwitchSet;
+using params::TextEncoding;
+
+// Parameters by position; the step has the last two only.
+constexpr std::size_t prompt_position = 1;
+constexpr std::size_t folder_position = 2;
+constexpr std::size_t encoding_position = 3;
+constexpr std::size_t line_endings_position = 4;
+
+TextEncoding encoding_of(Call& call, const SwitchSet& switches) {
+    const std::int32_t option = call.step_option(encoding_position);
+    return option == Call::not_given ? params::contents_encoding_of(switches, TextEncoding::Native)
+                                     : static_cast<TextEncoding>(option);
+}
+
+LineEndings line_endings_of(Call& call, const SwitchSet& switches) {
+    const std::int32_t option = call.step_option(line_endings_position);
+    if (option == Call::not_given)
+        return reading_line_endings(switches);
+    return option != 0 ? LineEndings::Host : LineEndings::Keep;
+}
+
+} // namespace
+
+Result<void> contents_dialog(Call& call) {
+    if (call.parameter_count() < 1)
+        return Failure{ErrorCode::BadParameter};
+    if (call.is_server_host())
+        return Failure{ErrorCode::DialogNotAllowed};
+    const SwitchSet switches = call.switches();
+    FileDialog dialog{.title = call.text(prompt_position),
+                      .initial_folder = {},
+                      .types = defaults().type(),
+                      .owner = call.main_window()};
+    if (dialog.title.empty())
+        dialog.title = u"Select a file.";
+    if (!call.text(folder_position).empty())
+        dialog.initial_folder = VELL_TRY(call.path(folder_position, {.as_folder = true})).wide;
+
+    const NativePath chosen{VELL_TRY(select_file(dialog)), std::nullopt};
+    return give_contents(call, system_files(), chosen, encoding_of(call, switches),
+                         line_endings_of(call, switches));
+}
+
+} // namespace vell::files

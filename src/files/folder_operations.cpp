@@ -1,0 +1,207 @@
+#include "src/files/folder_operations.h"
+
+#include "src/base/win32_error.h"
+#include "src/files/path_parts.h"
+
+#include <algorithm>
+#include <string>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+
+// The longest path that the shell's file operation takes: MAX_PATH with its terminating zero.
+constexpr std::size_t longest_shell_path = 259;
+
+// Of the shell's own numbers, those that the checks before it give in its place.
+constexpr auto same_folder = static_cast<ErrorCode>(0x71);
+constexpr auto target_in_source = static_cast<ErrorCode>(0x7D);
+
+// The shell's own numbers, which are other errors in Windows' numbering.
+constexpr std::int32_t first_shell_number = 0x71;
+constexpr std::int32_t last_shell_number = 0x88;
+
+NativePath native(std::u16string_view path) {
+    return {std::u16string(path), std::nullopt};
+}
+
+// Full paths without separators at their ends.
+enum class Inside : std::uint8_t { No, Same, Below };
+Inside is_inside(TreeSystem& tree, std::u16string_view target, std::u16string_view source) {
+    if (tree.equal_ignoring_case(target, source))
+        return Inside::Same;
+    const bool below = target.size() > source.size() &&
+                       (target[source.size()] == u'\\' || source.ends_with(u'\\')) &&
+                       tree.equal_ignoring_case(target.substr(0, source.size()), source);
+    return below ? Inside::Below : Inside::No;
+}
+
+struct FolderPaths {
+    NativePath source;
+    NativePath target;
+};
+
+Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
+    if (call.parameter_count() < 3)
+        return Failure{ErrorCode::BadParameter};
+    const NativePath source = VELL_TRY(call.path(1));
+    const std::u16string_view trimmed_source = without_trailing_separator(source.wide);
+    if (tree.files().kind_of(native(trimmed_source)) != ItemKind::Folder) {
+        call.debug_note("DoCopyFolder001A errFSNotAFolder ");
+        return Failure{ErrorCode::NotAFolder};
+    }
+    const NativePath target = VELL_TRY(call.path(2));
+    if (is_cut_by_windows(target.wide))
+        return Failure{ErrorCode::BadName};
+    return FolderPaths{native(trimmed_source), native(without_trailing_separator(target.wide))};
+}
+
+// The path as the comparison and the shell take it.
+Result<NativePath> trimmed_full_path(TreeSystem& tree, const NativePath& path) {
+    return native(without_trailing_separator(VELL_TRY(tree.full_path(path)).wide));
+}
+
+NativePath joined(const NativePath& folder, std::u16string_view name) {
+    NativePath path = folder;
+    if (!path.wide.ends_with(u'\\'))
+        path.wide += u'\\';
+    path.wide += name;
+    return path;
+}
+
+// Where the shell puts the copy: a folder that exists takes it in.
+NativePath place_of_copy(TreeSystem& tree, const FolderPaths& paths) {
+    return tree.files().kind_of(paths.target) == ItemKind::Folder
+               ? joined(paths.target, last_name(paths.source.wide))
+               : paths.target;
+}
+
+Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMessages messages) {
+    const NativePath place = place_of_copy(tree, paths);
+    if (tree.equal_ignoring_case(place.wide, paths.source.wide))
+        return Failure{same_folder};
+    if (is_inside(tree, paths.target.wide, paths.source.wide) != Inside::No)
+        return Failure{target_in_source};
+    // Nobody can be asked whether files are to be replaced.
+    if (messages == ShellMessages::Suppressed && tree.files().kind_of(place) != ItemKind::None)
+        return Failure{ErrorCode::AlreadyExists};
+    const std::size_t longest = std::max(paths.source.wide.size(), place.wide.size());
+    if (longest > longest_shell_path)
+        return Failure{ErrorCode::PathTooLong};
+    VELL_TRY(tree.links_below(paths.source, longest_shell_path - longest));
+    const ShellOutcome outcome = tree.shell_copy(paths.source, paths.target, messages);
+    if (outcome.aborted)
+        return Failure{ErrorCode::OperationAborted};
+    if (outcome.code != 0)
+        return Failure{static_cast<ErrorCode>(outcome.code)};
+    return {};
+}
+
+std::u16string deletion_question(std::u16string_view name) {
+    constexpr std::size_t longest_name = 25;
+    constexpr char16_t first_half = 0xD800;
+    constexpr char16_t last_first_half = 0xDBFF;
+    if (name.size() > longest_name) {
+        name = name.substr(0, longest_name);
+        if (name.back() >= first_half && name.back() <= last_first_half)
+            name.remove_suffix(1); // half a character
+    }
+    return u"Do you really want to delete the folder \"" + std::u16string(name) +
+           u"\" and its contents? All its files and subdirectories will be deleted. This can not "
+           u"be undone.";
+}
+
+ErrorCode deletion_error(std::int32_t code) {
+    const bool of_the_shell = code >= first_shell_number && code <= last_shell_number;
+    return of_the_shell ? static_cast<ErrorCode>(code) : error_from_win32(code);
+}
+
+Result<void> delete_by_shell(TreeSystem& tree, const NativePath& folder, void* owner,
+                             ShellMessages messages) {
+    if (tree.is_link(folder))
+        return tree.remove_folder(folder);
+    if (folder.wide.size() > longest_shell_path)
+        return Failure{ErrorCode::PathTooLong};
+    for (const NativePath& link :
+         VELL_TRY(tree.links_below(folder, longest_shell_path - folder.wide.size())))
+        VELL_TRY(tree.remove_folder(link));
+    const ShellOutcome outcome = tree.shell_delete(folder, owner, messages);
+    if (outcome.aborted)
+        return Failure{ErrorCode::OperationAborted};
+    if (outcome.code != 0)
+        return Failure{deletion_error(outcome.code)};
+    if (tree.files().kind_of(folder) != ItemKind::None)
+        return Failure{ErrorCode::Busy}; // the shell passed over something
+    return {};
+}
+
+ShellMessages messages_for(const Call& call) {
+    return call.is_server_host() ? ShellMessages::Suppressed : ShellMessages::Shown;
+}
+
+Result<void> delete_with_contents(Call& call, TreeSystem& tree, const NativePath& path,
+                                  bool confirmed) {
+    const NativePath folder = VELL_TRY(trimmed_full_path(tree, path));
+    const std::u16string_view name = last_name(folder.wide);
+    if (name.empty())
+        return Failure{ErrorCode::Busy}; // a whole volume
+    if (!confirmed &&
+        (call.is_server_host() || !tree.confirm(call.main_window(), deletion_question(name))))
+        return Failure{ErrorCode::NotConfirmed};
+    if (!tree.has_shell_operations())
+        return Failure{ErrorCode::NotAvailable};
+    void* const owner = call.is_server_host() ? nullptr : call.main_window();
+    return delete_by_shell(tree, folder, owner, messages_for(call));
+}
+
+} // namespace
+
+Result<void> delete_folder(Call& call, TreeSystem& tree) {
+    if (call.parameter_count() < 2)
+        return Failure{ErrorCode::BadParameter};
+    const params::SwitchSet switches = call.switches();
+    const bool with_contents = call.is_step() ? call.step_option(2) == 1
+                                              : switches.has("-deleteAllSubFoldersAndAllContents");
+    const NativePath given = VELL_TRY(call.path(1));
+    const NativePath path = native(without_trailing_separator(given.wide));
+    switch (tree.files().kind_of(path)) {
+    case ItemKind::None:
+        return Failure{ErrorCode::BadName};
+    case ItemKind::File:
+        return Failure{ErrorCode::FolderNotFound};
+    case ItemKind::Folder:
+        break;
+    }
+    if (with_contents)
+        VELL_TRY(delete_with_contents(call, tree, path, switches.has("noWarning")));
+    else
+        VELL_TRY(tree.remove_folder(path));
+    call.set_done();
+    return {};
+}
+
+Result<void> copy_folder(Call& call, TreeSystem& tree) {
+    const FolderPaths given = VELL_TRY(folder_paths(call, tree));
+    if (!tree.has_shell_operations())
+        return Failure{ErrorCode::NotAvailable};
+    FolderPaths full;
+    full.source = VELL_TRY(trimmed_full_path(tree, given.source));
+    full.target = VELL_TRY(trimmed_full_path(tree, given.target));
+    VELL_TRY(copy_by_shell(tree, full, messages_for(call)));
+    call.set_done();
+    return {};
+}
+
+Result<void> move_folder(Call& call, TreeSystem& tree) {
+    const FolderPaths paths = VELL_TRY(folder_paths(call, tree));
+    const NativePath source = VELL_TRY(trimmed_full_path(tree, paths.source));
+    const NativePath target = VELL_TRY(trimmed_full_path(tree, paths.target));
+    if (is_inside(tree, target.wide, source.wide) != Inside::No)
+        return Failure{ErrorCode::MoveIntoItself};
+    VELL_TRY(tree.move(paths.source, paths.target));
+    call.set_done();
+    return {};
+}
+
+} // namespace vell::files

@@ -1,0 +1,37 @@
+// Functions that delete, copy and move whole folders.
+#pragma once
+
+#include "src/files/tree_system.h"
+#include "src/params/call.h"
+
+namespace vell::files {
+
+// VlFile_DeleteFolder( switches ; folderPath ). BadName when there is none, FolderNotFound when the
+// path is that of a file, Busy for a folder that is not empty.
+//
+// "-deleteAllSubFoldersAndAllContents", or the step's "Delete all subfolders", deletes it with all
+// it holds, after the user has confirmed this (NotConfirmed) or with "noWarning" at once. Nobody
+// can confirm on a server host. Links in it are removed, what they lead to stays. The shell's paths
+// are short: when anything in the folder has a longer one, nothing is deleted (PathTooLong).
+Result<void> delete_folder(params::Call& call, TreeSystem& tree);
+inline Result<void> delete_folder(params::Call& call) {
+    return delete_folder(call, system_tree());
+}
+
+// VlFile_CopyFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
+// source is none. By the shell's rule the copy gets the destination's name, or the source's name in
+// the destination when that is a folder already. The code is the shell's own number,
+// OperationAborted when the user ends it.
+Result<void> copy_folder(params::Call& call, TreeSystem& tree);
+inline Result<void> copy_folder(params::Call& call) {
+    return copy_folder(call, system_tree());
+}
+
+// VlFile_MoveFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
+// source is none, MoveIntoItself for a destination that is the source or lies in it.
+Result<void> move_folder(params::Call& call, TreeSystem& tree);
+inline Result<void> move_folder(params::Call& call) {
+    return move_folder(call, system_tree());
+}
+
+} // namespace vell::files

@@ -1,0 +1,26 @@
+// The parts of a Windows path: its root, its names, the folder that holds it. Both "\" and "/"
+// separate names.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace vell::files {
+
+// Characters of what cannot be cut off: "C:\", "\\server\share\", "\\?\C:\", "\" or nothing.
+std::size_t root_length(std::u16string_view path);
+
+// The path without separators at its end; a root keeps its own.
+std::u16string_view without_trailing_separator(std::u16string_view path);
+
+// The last name of a path, whether or not separators follow; empty for a root.
+std::u16string_view last_name(std::u16string_view path);
+
+// The path of the folder that holds the item; empty where that is a root or is not named.
+std::u16string_view parent_path(std::u16string_view path);
+
+// Whether the last name ends in dots or spaces that Windows would silently cut off, so that an item
+// of another name would be made. "." and ".." are whole names, and in a "\\?\" path nothing is cut.
+bool is_cut_by_windows(std::u16string_view path);
+
+} // namespace vell::files

@@ -1,0 +1,65 @@
+// The frame of functions that write a changed copy of a file, to a new file or in its own place.
+#pragma once
+
+#include "src/files/file_access.h"
+#include "src/params/call.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace vell::files {
+
+// Bytes that are read or gathered at a time.
+inline constexpr std::size_t block_size = 64'000;
+
+struct RewrittenFile {
+    NativePath source;
+    std::optional<NativePath> destination; // nullopt: the source's own place
+};
+
+// The two paths of a call, by index. An empty destination, or one that reads like the source once
+// it is resolved, means the source's own place.
+Result<RewrittenFile> rewritten_file(params::Call& call, std::size_t source_index,
+                                     std::size_t destination_index);
+
+// Reads one file from its start and writes the other, which is empty.
+using RewritingWork = std::function<Result<void>(File& from, File& to)>;
+
+// Lets `work` write the destination.
+//
+// In place, the work reads a temporary copy, which is removed only after success. Whatever fails
+// once there is a copy leaves it, and a line of the debug log says which it is; the file itself is
+// untouched up to the moment in which it is emptied for the work. A new destination must not exist
+// (AlreadyExists), and is removed when the work fails.
+Result<void> rewrite(params::Call& call, FileSystem& files, const RewrittenFile& file,
+                     const RewritingWork& work);
+
+// Gathers small pieces into blocks.
+class BlockWriter {
+  public:
+    BlockWriter() { gathered_.reserve(block_size); }
+
+    Result<void> write(File& to, std::string_view bytes);
+    Result<void> flush(File& to);
+
+  private:
+    std::vector<char> gathered_;
+};
+
+// Copies bytes by way of one buffer.
+class Copier {
+  public:
+    // EndOfFile when there are fewer.
+    Result<void> copy(File& from, File& to, std::uint64_t count);
+    Result<void> copy_rest(File& from, File& to);
+
+  private:
+    Result<std::size_t> copy_some(File& from, File& to, std::size_t most);
+
+    std::vector<char> buffer_ = std::vector<char>(block_size);
+};
+
+} // namespace vell::files

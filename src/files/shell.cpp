@@ -1,0 +1,101 @@
+#include "src/files/shell.h"
+
+#include <limits>
+#include <string_view>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using params::SwitchSet;
+using params::TextEncoding;
+
+constexpr std::size_t switches_read = 1000;
+constexpr std::size_t value_capacity = 100;
+constexpr Ticks longest_seconds = 86'400;
+constexpr Ticks longest_ticks = longest_seconds * ticks_per_second;
+
+// Indexes of the step's options.
+constexpr std::size_t timeout_option = 2;
+constexpr std::size_t wait_option = 3;
+constexpr std::size_t encoding_option = 4;
+constexpr std::size_t wait_after_exit_option = 5;
+constexpr std::size_t show_window_option = 6;
+
+// The number behind the switch's name, with or without "=" between them; nullopt when there is
+// none. Beyond 18 digits the value no longer grows.
+std::optional<Ticks> switch_number(const SwitchSet& switches, std::string_view name) {
+    const std::string value = switches.value(name, value_capacity);
+    const std::size_t start = value.find_first_not_of("= ", name.size());
+    std::optional<Ticks> number;
+    for (std::size_t i = start; i < value.size() && value[i] >= '0' && value[i] <= '9'; ++i) {
+        const Ticks digit = value[i] - '0';
+        constexpr Ticks almost_largest = std::numeric_limits<Ticks>::max() / 10 - 1;
+        number = std::min(number.value_or(0), almost_largest) * 10 + digit;
+    }
+    return number;
+}
+
+Result<Ticks> time_limit(const SwitchSet& switches, std::int32_t step_seconds) {
+    if (step_seconds != Call::not_given) {
+        if (step_seconds < 1 || step_seconds > longest_seconds)
+            return Failure{ErrorCode::TimeLimitOutOfRange};
+        return step_seconds * ticks_per_second;
+    }
+    const bool in_seconds = switches.has("-TimeoutSecs");
+    if (!in_seconds && !switches.has("-TimeoutTicks"))
+        return CommandSettings{}.time_limit;
+    const auto number = switch_number(switches, in_seconds ? "-TimeoutSecs" : "-TimeoutTicks");
+    if (!number || *number > (in_seconds ? longest_seconds : longest_ticks))
+        return Failure{ErrorCode::TimeLimitOutOfRange};
+    return in_seconds ? *number * ticks_per_second : *number;
+}
+
+Ticks wait_after_exit(const SwitchSet& switches, std::int32_t step_seconds) {
+    if (step_seconds != Call::not_given)
+        return step_seconds >= 1 ? step_seconds * ticks_per_second : step_seconds;
+    const Ticks ticks =
+        switch_number(switches, "-WaitAfterExitTicks").value_or(CommandSettings{}.wait_after_exit);
+    return std::min(ticks, longest_ticks); // keeps sums of ticks in range
+}
+
+Result<CommandSettings> settings_of(Call& call) {
+    const SwitchSet switches(call.switches().text().substr(0, switches_read));
+    // A step option as true or false, or what the switches say.
+    const auto flag = [&](std::size_t option, bool by_switches) {
+        const std::int32_t value = call.step_option(option);
+        return value == Call::not_given ? by_switches : value != 0;
+    };
+    CommandSettings settings;
+    settings.time_limit = VELL_TRY(time_limit(switches, call.step_option(timeout_option)));
+    settings.wait_after_exit = wait_after_exit(switches, call.step_option(wait_after_exit_option));
+    settings.show_window = flag(show_window_option, switches.has("-ShowCommandWindow"));
+    settings.wait_on_result = flag(wait_option, !switches.has("-DontWaitOnResult"));
+    const std::int32_t encoding = call.step_option(encoding_option);
+    settings.encoding = encoding == Call::not_given
+                            ? params::contents_encoding_of(switches, settings.encoding)
+                            : static_cast<TextEncoding>(encoding);
+    return settings;
+}
+
+} // namespace
+
+Result<void> execute_shell(Call& call, const CommandStarter& start) {
+    if (call.parameter_count() < 2)
+        return Failure{ErrorCode::BadParameter};
+    const CommandSettings settings = VELL_TRY(settings_of(call));
+    const std::u16string command = call.text(1);
+    if (command.find(u'\0') != std::u16string::npos)
+        return Failure{ErrorCode::BadParameter}; // the system would run what stands before it
+    const std::unique_ptr<RunningCommand> running = VELL_TRY(start(command, settings));
+    if (!settings.wait_on_result) {
+        call.set_done();
+        return {};
+    }
+    CommandOutput output(settings.encoding);
+    VELL_TRY(collect_output(*running, settings, output));
+    output.hand_over(call);
+    return {};
+}
+
+} // namespace vell::files

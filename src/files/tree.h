@@ -1,0 +1,61 @@
+// Functions that make, delete, copy, move and exchange single files and make folders. Those that
+// change whole folders stand in folder_operations.h.
+//
+// Functions that make something of a new name refuse one that Windows would silently change
+// (BadName); an existing item is never replaced (AlreadyExists). A missing source is NotFound.
+#pragma once
+
+#include "src/files/tree_system.h"
+#include "src/params/call.h"
+
+namespace vell::files {
+
+// Makes a folder and every missing folder above it. AlreadyExists when there is anything of its
+// name. The outcome for a folder that was made below a missing one does not count, once that is
+// there.
+Result<void> make_folders(TreeSystem& tree, const NativePath& path);
+
+// VlFile_CreateFile( switches ; filePath ): an empty file. "-CreateFolders", or the step's "Create
+// folders", makes the missing folders above it.
+Result<void> create_file(params::Call& call, TreeSystem& tree);
+inline Result<void> create_file(params::Call& call) {
+    return create_file(call, system_tree());
+}
+
+// VlFile_CreateFolder( switches ; folderPath ): a folder and every missing one above it.
+Result<void> create_folder(params::Call& call, TreeSystem& tree);
+inline Result<void> create_folder(params::Call& call) {
+    return create_folder(call, system_tree());
+}
+
+// VlFile_DeleteFile( switches ; filePath ). Busy for a file that is read-only or in use.
+Result<void> delete_file(params::Call& call, TreeSystem& tree);
+inline Result<void> delete_file(params::Call& call) {
+    return delete_file(call, system_tree());
+}
+
+// VlFile_CopyFile( switches ; sourceFilePath ; destinationFilePath )
+Result<void> copy_file(params::Call& call, TreeSystem& tree);
+inline Result<void> copy_file(params::Call& call) {
+    return copy_file(call, system_tree());
+}
+
+// VlFile_MoveFile( switches ; sourceFilePath ; destinationFilePath ): to another folder, name or
+// volume.
+Result<void> move_file(params::Call& call, TreeSystem& tree);
+inline Result<void> move_file(params::Call& call) {
+    return move_file(call, system_tree());
+}
+
+// VlFile_ExchangeFiles( switches ; filePath1 ; filePath2 ): each file gets the other's path, by
+// three renames. Files on different volumes need "-AllowDifferentVolumes", or the step's "Allow
+// different volumes" (DifferentVolumes).
+//
+// When the second or third rename fails, things stay as they are at that moment: the second file is
+// in its folder under a name with "_tmp", which the debug log tells.
+Result<void> exchange_files(params::Call& call, TreeSystem& tree);
+inline Result<void> exchange_files(params::Call& call) {
+    return exchange_files(call, system_tree());
+}
+
+} // namespace vell::files

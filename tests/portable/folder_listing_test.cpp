@@ -1,0 +1,344 @@
+// Listings and sizes of folders that exist only here.
+#include "src/files/folder_lister.h"
+#include "src/files/folder_size.h"
+#include "src/files/listing.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/fake_files.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace vell::files {
+namespace {
+
+using Entries = std::vector<FolderEntry>;
+
+FolderEntry file(std::u16string name, std::uint64_t size = 0) {
+    FolderEntry entry;
+    entry.name = std::move(name);
+    entry.size = size;
+    return entry;
+}
+FolderEntry folder(std::u16string name) {
+    FolderEntry entry = file(std::move(name));
+    entry.is_folder = true;
+    return entry;
+}
+FolderEntry hidden(FolderEntry entry) {
+    entry.is_hidden = true;
+    return entry;
+}
+FolderEntry link(FolderEntry entry) {
+    entry.is_link = true;
+    return entry;
+}
+
+// Folders by their paths; whatever is not added holds what `generate` says.
+class FakeFolders : public FolderSource {
+  public:
+    void add(const std::u16string& path, Entries entries) { folders_[path] = std::move(entries); }
+    void refuse(const std::u16string& path, SystemError error) { refused_[path] = error; }
+    void fail_read(int read, SystemError error) {
+        failing_read_ = read;
+        failure_ = error;
+        reads_ = 0;
+    }
+    std::function<Entries(const std::u16string& path)> generate;
+
+    int reads() const { return reads_; }
+    int open_readers() const { return open_readers_; }
+    std::size_t largest_batch() const { return largest_batch_; }
+
+    Result<std::unique_ptr<FolderReader>, SystemError>
+    open_folder(const std::u16string& path) override {
+        if (const auto found = refused_.find(path); found != refused_.end())
+            return Failure{found->second};
+        const auto found = folders_.find(path);
+        if (found == folders_.end() && !generate)
+            return Failure{SystemError{3}};
+        return std::unique_ptr<FolderReader>(std::make_unique<Reader>(
+            *this, found == folders_.end() ? generate(path) : found->second));
+    }
+
+  private:
+    class Reader : public FolderReader {
+      public:
+        Reader(FakeFolders& folders, Entries entries)
+            : folders_(folders), entries_(std::move(entries)) {
+            ++folders_.open_readers_;
+        }
+        ~Reader() override { --folders_.open_readers_; }
+        Result<std::size_t, SystemError> read(std::span<FolderEntry> entries) override {
+            folders_.largest_batch_ = std::max(folders_.largest_batch_, entries.size());
+            if (++folders_.reads_ == folders_.failing_read_)
+                return Failure{folders_.failure_};
+            const std::size_t count = std::min(entries.size(), entries_.size() - next_);
+            for (std::size_t i = 0; i < count; ++i)
+                entries[i] = entries_[next_++];
+            return count;
+        }
+
+      private:
+        FakeFolders& folders_;
+        Entries entries_;
+        std::size_t next_ = 0;
+    };
+
+    std::map<std::u16string, Entries> folders_;
+    std::map<std::u16string, SystemError> refused_;
+    int failing_read_ = 0;
+    SystemError failure_ = 0;
+    int reads_ = 0;
+    int open_readers_ = 0;
+    std::size_t largest_batch_ = 0;
+};
+
+// One line after the other, "|" for their ends.
+std::u16string listing(FakeFolders& folders, ListingOptions options,
+                       const std::u16string& path = u"C:\\top\\") {
+    std::u16string text;
+    const Result<void> done = FolderLister(folders, std::move(options)).append(path, text);
+    if (!done)
+        text = utf16_from_utf8("failed " + std::to_string(number(done.error())));
+    std::ranges::replace(text, u'\r', u'|');
+    return text;
+}
+
+TEST(FolderLister, KeepsWhatTheOptionsSay) {
+    FakeFolders folders;
+    folders.add(u"C:\\top\\",
+                {folder(u"."), folder(u".."), folder(u".git"), folder(u"sub"),
+                 hidden(folder(u"dark")), folder(u"old.lnk"), file(u".profile"), file(u"a.txt"),
+                 hidden(file(u"h.txt")), file(u"to.LnK"), file(u"Xlnk"), file(u"lnk")});
+    EXPECT_EQ(listing(folders, {.files = true}), u".profile|a.txt|lnk|");
+    EXPECT_EQ(listing(folders, {.folders = true}), u"sub|");
+    EXPECT_EQ(listing(folders, {.files = true, .invisibles = true}), u".profile|a.txt|h.txt|lnk|");
+    EXPECT_EQ(listing(folders, {.folders = true, .invisibles = true}), u"sub|dark|");
+    EXPECT_EQ(listing(folders, {.files = true, .aliases = true}),
+              u".profile|a.txt|to.LnK|Xlnk|lnk|");
+    EXPECT_EQ(listing(folders, {.folders = true, .aliases = true, .folder_suffix = u"/"}),
+              u"sub/|old.lnk/|");
+    EXPECT_EQ(listing(folders, {.files = true, .folders = true, .point_folders = true}),
+              u".|..|.git|sub|.profile|a.txt|lnk|");
+    EXPECT_EQ(listing(folders, {}), u"");
+}
+
+TEST(FolderLister, ListsEachFolderBeforeItsContents) {
+    FakeFolders folders;
+    folders.add(u"C:\\top\\", {folder(u"."), folder(u".."), file(u"a"), folder(u"sub"), file(u"z"),
+                               folder(u".git"), hidden(folder(u"dark")), link(folder(u"loop")),
+                               folder(u"empty")});
+    folders.add(u"C:\\top\\sub\\",
+                {folder(u"."), folder(u".."), file(u"b"), folder(u"deep"), file(u"c")});
+    folders.add(u"C:\\top\\sub\\deep\\", {file(u"d")});
+    folders.add(u"C:\\top\\empty\\", {});
+    folders.add(u"C:\\top\\.git\\", {file(u"config")});
+    const ListingOptions both{.files = true, .folders = true, .recursive = true};
+
+    EXPECT_EQ(listing(folders, both), u"a|sub|sub/b|sub/deep|sub/deep/d|sub/c|z|loop|empty|");
+    ListingOptions options = both;
+    options.folders = false;
+    EXPECT_EQ(listing(folders, options), u"a|sub/b|sub/deep/d|sub/c|z|");
+    options = both;
+    options.files = false;
+    options.folder_suffix = u"/";
+    EXPECT_EQ(listing(folders, options), u"sub/|sub/deep/|loop/|empty/|");
+    options = {.files = true, .recursive = true, .prefix = u"in/"};
+    EXPECT_EQ(listing(folders, options), u"in/a|in/sub/b|in/sub/deep/d|in/sub/c|in/z|");
+    options.point_folders = true; // "." and ".." are no way down or up
+    EXPECT_EQ(listing(folders, options),
+              u"in/a|in/sub/b|in/sub/deep/d|in/sub/c|in/z|in/.git/config|");
+    EXPECT_EQ(folders.open_readers(), 0);
+}
+
+TEST(FolderLister, GivesShortNamesWhereThereAreAny) {
+    FakeFolders folders;
+    Entries entries{folder(u"long folder"), file(u"plain.txt"), file(u"shortcut.lnk")};
+    entries[0].short_name = u"LONGFO~1";
+    entries[2].short_name = u"SHORTC~1.TXT"; // the long name decides what is a shortcut
+    folders.add(u"C:\\top\\", entries);
+    folders.add(u"C:\\top\\long folder\\", {file(u"a")});
+    EXPECT_EQ(listing(folders, {.files = true, .recursive = true, .short_names = true}),
+              u"LONGFO~1/a|plain.txt|");
+    EXPECT_EQ(listing(folders, {.files = true, .recursive = true}), u"long folder/a|plain.txt|");
+}
+
+TEST(FolderLister, RefusesPathsThatItCannotRead) {
+    FakeFolders folders;
+    folders.generate = [](const std::u16string&) {
+        return Entries{file(u"a")};
+    };
+    const ListingOptions files{.files = true, .recursive = true};
+    EXPECT_EQ(listing(folders, files, u"C:\\top"), u"failed -50");
+    EXPECT_EQ(listing(folders, files, u""), u"failed -50");
+    EXPECT_EQ(listing(folders, files, u"C:"), u"a|");
+    EXPECT_EQ(listing(folders, files, std::u16string(1994, u'x') + u'\\'), u"a|");
+    EXPECT_EQ(listing(folders, files, std::u16string(1995, u'x') + u'\\'), u"failed -50");
+    // Sub-folders too.
+    const std::u16string nearly = std::u16string(1990, u'x') + u'\\';
+    folders.add(nearly, {folder(u"sub")});
+    EXPECT_EQ(listing(folders, files, nearly), u"sub/a|");
+    folders.add(nearly, {folder(u"subs")});
+    EXPECT_EQ(listing(folders, files, nearly), u"failed -50");
+}
+
+Entries many_files(std::size_t count) {
+    Entries entries;
+    for (std::size_t i = 0; i < count; ++i)
+        entries.push_back(file(u"f", i));
+    return entries;
+}
+
+TEST(FolderLister, EndsWithTheSystemsNumberWhereverReadingFails) {
+    FakeFolders folders;
+    folders.add(u"C:\\top\\", many_files(60));
+    Entries with_sub = many_files(60);
+    with_sub.insert(with_sub.begin() + 30, folder(u"sub"));
+    folders.add(u"C:\\top\\sub\\", many_files(51));
+    folders.add(u"C:\\top\\", with_sub);
+    const ListingOptions files{.files = true, .recursive = true};
+    listing(folders, files);
+    const int reads = folders.reads();
+    EXPECT_EQ(reads, 4 + 4); // batches, and one to see the end
+    for (int read = 1; read <= reads; ++read) {
+        folders.fail_read(read, 5);
+        EXPECT_EQ(listing(folders, files), u"failed 5") << read;
+        EXPECT_EQ(folders.open_readers(), 0);
+    }
+    folders.fail_read(0, 0);
+    folders.refuse(u"C:\\top\\sub\\", 1234);
+    EXPECT_EQ(listing(folders, files), u"failed 1234");
+    EXPECT_EQ(listing(folders, {.files = true}).size(), 120u); // nobody asked for it
+}
+
+// Each folder holds one file and the next folder.
+Entries chain_link(const std::u16string& path, std::ptrdiff_t levels) {
+    Entries entries{file(u"f", 1)};
+    if (std::ranges::count(path, u'\\') <= levels)
+        entries.push_back(folder(u"d"));
+    return entries;
+}
+
+TEST(FolderLister, Goes500LevelsDown) {
+    FakeFolders folders;
+    folders.generate = [](const std::u16string& path) {
+        return chain_link(path, 500);
+    };
+    const std::u16string text = listing(folders, {.files = true, .recursive = true}, u"C:\\");
+    EXPECT_EQ(std::ranges::count(text, u'|'), 501);
+    EXPECT_TRUE(text.starts_with(u"f|d/f|d/d/f|"));
+    EXPECT_TRUE(text.ends_with(u"/d/f|"));
+    EXPECT_EQ(*folder_size(folders, u"C:\\"), 501u);
+}
+
+TEST(FolderLister, ReadsAMillionEntriesOnceEach) {
+    FakeFolders folders;
+    Entries top;
+    for (int i = 0; i < 1000; ++i)
+        top.push_back(folder(u"d"));
+    folders.add(u"C:\\top\\", std::move(top));
+    const Entries inside = many_files(1000);
+    folders.generate = [&](const std::u16string&) {
+        return inside;
+    };
+    const std::u16string text = listing(folders, {.files = true, .recursive = true});
+    EXPECT_EQ(text.size(), 4'000'000u); // "d/f|"
+    EXPECT_EQ(folders.reads(), 1001 * (1000 / 25 + 1));
+    EXPECT_EQ(folders.largest_batch(), 25u);
+    EXPECT_EQ(*folder_size(folders, u"C:\\top\\"), 1000u * 499'500u);
+}
+
+TEST(FolderSize, CountsEveryFileOnceAndNothingBehindLinks) {
+    FakeFolders folders;
+    folders.add(u"C:\\top\\",
+                {folder(u"."), folder(u".."), file(u"big", 5'000'000'000), hidden(file(u"h", 7)),
+                 file(u"to.lnk", 10), link(file(u"elsewhere", 999)), link(folder(u"loop")),
+                 folder(u".git"), hidden(folder(u"dark"))});
+    folders.add(u"C:\\top\\.git\\", {file(u"config", 100)});
+    folders.add(u"C:\\top\\dark\\", {file(u"b", 3'000'000'000)});
+    EXPECT_EQ(*folder_size(folders, u"C:\\top\\"), 8'000'000'117u);
+
+    folders.refuse(u"C:\\top\\dark\\", 5);
+    EXPECT_EQ(folder_size(folders, u"C:\\top\\").error(), ErrorCode::Busy);
+    folders.fail_read(3, 1234);
+    EXPECT_EQ(number(folder_size(folders, u"C:\\top\\").error()), -47);
+    folders.fail_read(2, 1234);
+    EXPECT_EQ(number(folder_size(folders, u"C:\\top\\").error()), 1234);
+    EXPECT_EQ(folders.open_readers(), 0);
+}
+
+// Items by what stands at their paths.
+class Items : public testing::FakeFiles {
+  public:
+    std::map<std::u16string, ItemKind> kinds;
+    ItemKind kind_of(const NativePath& path) override {
+        const auto found = kinds.find(path.wide);
+        return found == kinds.end() ? ItemKind::None : found->second;
+    }
+};
+
+class ListFolder : public ::testing::Test {
+  protected:
+    ListFolder() {
+        items.kinds = {{u"C:\\top\\", ItemKind::Folder}, {u"C:\\file", ItemKind::File}};
+        folders.add(u"C:\\top\\", {file(u"a.txt"), folder(u"sub"), hidden(file(u"h"))});
+        folders.add(u"C:\\top\\sub\\", {file(u"b.txt", 12)});
+    }
+
+    std::u16string result(std::vector<std::u16string> parameters,
+                          Result<void> (*body)(params::Call&, FileSystem&,
+                                               FolderSource&) = list_folder) {
+        testing::FakeCall call(std::move(parameters));
+        const Result<void> done = body(call, items, folders);
+        EXPECT_EQ(done.has_value(), call.result().has_value());
+        return done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
+    }
+
+    Items items;
+    FakeFolders folders;
+};
+
+TEST_F(ListFolder, FindsItsWordsAnywhere) {
+    const std::u16string top = u"C:\\top";
+    EXPECT_EQ(result({u"files", top}), u"a.txt");
+    EXPECT_EQ(result({u"XFILESX-recursiveX", top}), u"a.txt\rsub/b.txt");
+    EXPECT_EQ(result({u"files folders -RECURSIVE", top}), u"a.txt\rsub\rsub/b.txt");
+    EXPECT_EQ(result({u"files folders showinvisibles -AddFolderSuffix -ReturnAtEnd", top}),
+              u"a.txt\rsub/\rh\r");
+    EXPECT_EQ(result({u"files -recursive -showpackagecontents -dontencodeslash", top}),
+              u"a.txt\rsub/b.txt");
+    // The word in the switch does not count, one beside it does.
+    EXPECT_EQ(result({u"files -AddFolderSuffix", top}), u"a.txt");
+    EXPECT_EQ(result({u"files-addfoldersuffix", top}), u"a.txt");
+    EXPECT_EQ(result({u"-AddFolderSuffix", top}), u"-50");
+    EXPECT_EQ(result({u"Folders-AddFolderSuffix", top}), u"sub/");
+    EXPECT_EQ(result({u"-AddFolderSuffixfolders", top}), u"sub/");
+}
+
+TEST_F(ListFolder, ReportsWhatItCannotList) {
+    EXPECT_EQ(result({u"files"}), u"-50");
+    EXPECT_EQ(result({u"files", u""}), u"-50");
+    EXPECT_EQ(result({u"files", u"$$-43"}), u"-4299");
+    EXPECT_EQ(result({u"files", u"C:\\none"}), u"-120");
+    EXPECT_EQ(result({u"files", u"C:\\file"}), u"-1407");
+    EXPECT_EQ(result({u"", u"C:\\file"}), u"-1407"); // the folder is looked at first
+    EXPECT_EQ(result({u"-recursive", u"C:\\top"}), u"-50");
+    folders.refuse(u"C:\\top\\sub\\", 5);
+    EXPECT_EQ(result({u"files -recursive", u"C:\\top"}), u"5");
+    folders.add(u"C:\\top\\", {});
+    EXPECT_EQ(result({u"files", u"C:\\top"}), u"");
+    EXPECT_EQ(result({u"files -ReturnAtEnd", u"C:\\top"}), u"");
+}
+
+TEST_F(ListFolder, SizesHaveTheSameCodes) {
+    EXPECT_EQ(result({u"", u"C:\\top"}, get_folder_size), u"12");
+    EXPECT_EQ(result({u""}, get_folder_size), u"-50");
+    EXPECT_EQ(result({u"", u"C:\\none"}, get_folder_size), u"-120");
+    EXPECT_EQ(result({u"", u"C:\\file"}, get_folder_size), u"-1407");
+    folders.refuse(u"C:\\top\\sub\\", 5);
+    EXPECT_EQ(result({u"", u"C:\\top"}, get_folder_size), u"-47");
+}
+
+} // namespace
+} // namespace vell::files

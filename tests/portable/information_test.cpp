@@ -1,0 +1,243 @@
+// Attributes, types, sizes and names, over properties in memory.
+#include "src/files/attributes.h"
+#include "src/files/information.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/fake_files.h"
+
+#include <gtest/gtest.h>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using testing::FakeCall;
+using testing::FakeContents;
+using testing::FakeFiles;
+
+// One item, "item"; every operation can be made to fail.
+class OneItem : public ItemProperties {
+  public:
+    explicit OneItem(std::uint32_t attributes) : value(attributes) {}
+
+    std::uint32_t value;
+    int changes = 0;
+    ErrorCode reading = ErrorCode::Ok;
+    ErrorCode writing = ErrorCode::Ok;
+
+    Result<std::uint32_t> attributes(const NativePath& path) override {
+        if (path.wide != u"item" && !path.wide.starts_with(u"item."))
+            return Failure{ErrorCode::NotFound};
+        if (reading != ErrorCode::Ok)
+            return Failure{reading};
+        return value;
+    }
+    Result<void> set_attributes(const NativePath&, std::uint32_t attributes) override {
+        if (writing != ErrorCode::Ok)
+            return Failure{writing};
+        value = attributes;
+        ++changes;
+        return {};
+    }
+    Result<std::uint64_t> size(const NativePath&) override { return (std::uint64_t{1} << 53) + 1; }
+};
+
+template <typename Function>
+std::string result_of(FakeCall& call, const Function& function) {
+    const Result<void> done = function(call);
+    EXPECT_EQ(call.result().has_value(), done.has_value());
+    return done ? utf8_from_utf16(call.result().value_or(u"<no result>"))
+                : "$$" + std::to_string(number(done.error()));
+}
+
+std::string get(OneItem& item, std::vector<std::u16string> parameters) {
+    FakeFiles files;
+    files.add(u"item", FakeContents::of("contents"));
+    FakeCall call(std::move(parameters));
+    return result_of(call, [&](Call& c) { return get_file_attribute(c, item, files); });
+}
+
+std::string set(OneItem& item, std::vector<std::u16string> parameters) {
+    FakeCall call(std::move(parameters));
+    return result_of(call, [&](Call& c) { return set_file_attribute(c, item); });
+}
+
+constexpr std::uint32_t other_bits = 0x2010; // a folder that is not indexed
+
+TEST(FileAttribute, ExactlyOneSwitchAsks) {
+    OneItem locked(other_bits | 0x1);
+    EXPECT_EQ(get(locked, {u"-lockAttr", u"item"}), "1");
+    EXPECT_EQ(get(locked, {u"-HIDDENATTR", u"item"}), "0");
+    EXPECT_EQ(get(locked, {u"-archiveAttr", u"item"}), "0");
+    OneItem others(other_bits | 0x22);
+    EXPECT_EQ(get(others, {u"-lockAttr", u"item"}), "0");
+    EXPECT_EQ(get(others, {u"x-hiddenAttr,", u"item"}), "1");
+    EXPECT_EQ(get(others, {u"-archiveAttr", u"item"}), "1");
+    for (const char16_t* asks_nothing : {u"", u"-lock", u"-hidden", u"lockAttr", u"-lock Attr"})
+        EXPECT_EQ(get(others, {asks_nothing, u"item"}), "$$-50") << utf8_from_utf16(asks_nothing);
+
+    const char16_t* const names[] = {u"-lockAttr",          u"-archiveAttr",      u"-hiddenAttr",
+                                     u"-labelNumAttr",      u"-IsFree",           u"-iCloudStatus",
+                                     u"-PackageFolderAttr", u"-findercommentAttr"};
+    for (const char16_t* first : names)
+        for (const char16_t* second : names)
+            if (first != second) {
+                EXPECT_EQ(get(others, {std::u16string(first) + second, u"item"}), "$$-50");
+            }
+}
+
+TEST(FileAttribute, WhatThePlatformLacksIsFixed) {
+    OneItem item(0xFFFF'FFFF);
+    for (const char16_t* path : {u"item", u"none"}) {
+        EXPECT_EQ(get(item, {u"-labelNumAttr", path}), "0");
+        EXPECT_EQ(get(item, {u"-PackageFolderAttr", path}), "0");
+        EXPECT_EQ(get(item, {u"-findercommentAttr", path}), "");
+        EXPECT_EQ(get(item, {u"-iCloudStatus", path}), "$$-4221");
+    }
+    EXPECT_EQ(get(item, {u"-labelNumAttr", u""}), "$$-50");
+    EXPECT_EQ(get(item, {u"-labelNumAttr"}), "$$-50");
+    EXPECT_EQ(get(item, {u"-hiddenAttr", u"none"}), "$$-43");
+    EXPECT_EQ(get(item, {u"-IsFree", u"none"}), "$$-43");
+}
+
+TEST(FileAttribute, OnlyBeingInUseMakesAFileNotFree) {
+    FakeFiles files;
+    files.add(u"item", FakeContents::of("contents"));
+    OneItem item(0);
+    const auto free_now = [&] {
+        FakeCall call({u"-IsFree", u"item"});
+        return result_of(call, [&](Call& c) { return get_file_attribute(c, item, files); });
+    };
+    EXPECT_EQ(free_now(), "1");
+    files.fail(1, ErrorCode::Busy);
+    EXPECT_EQ(free_now(), "0");
+    files.fail(1, static_cast<ErrorCode>(21)); // the drive is not ready
+    EXPECT_EQ(free_now(), "$$21");
+    EXPECT_EQ(files.open_files(), 0);
+}
+
+TEST(SetFileAttribute, SwitchesSetAndClearBitsAndLeaveTheOthers) {
+    constexpr std::uint32_t none = other_bits;
+    constexpr std::uint32_t all = other_bits | 0x23;
+    const struct {
+        const char16_t* switches;
+        std::uint32_t from_none; // the attributes that none and all become
+        std::uint32_t from_all;
+    } cases[] = {
+        {u"", none, all},
+        {u"-lock", none | 0x1, all},
+        {u"-unlock", none, all & ~0x1u},
+        {u"-hide", none | 0x2, all},
+        {u"-unhide", none, all & ~0x2u},
+        {u"-SetArchive", none | 0x20, all},
+        {u"-ResetArchive", none, all & ~0x20u},
+        {u"-LOCK-hide -resetarchive", none | 0x3, all & ~0x20u},
+        {u"-unlock -unhide -SetArchive", none | 0x20, all & ~0x3u},
+        {u"-lockAttr", none | 0x1, all},     // a name inside a longer word counts
+        {u"lock unhide Archive", none, all}, // without its "-" it is none
+        {u"-creator -filetype -findercomment -labelNum -iCloudStartDownloadingItem "
+         u"-iCloudRemoveLocalCopy",
+         none, all},
+    };
+    for (const auto& c : cases)
+        for (const auto& [before, after] :
+             {std::pair{none, c.from_none}, std::pair{all, c.from_all}}) {
+            OneItem item(before);
+            EXPECT_EQ(set(item, {c.switches, u"item", u"TEXT", u"a comment"}), "0");
+            EXPECT_EQ(item.value, after) << utf8_from_utf16(c.switches);
+            EXPECT_EQ(item.changes, before != after) << utf8_from_utf16(c.switches);
+        }
+}
+
+TEST(SetFileAttribute, RefusesContradictionsAndReportsFailures) {
+    OneItem item(0);
+    EXPECT_EQ(set(item, {u"-lock -unlock", u"none"}), "$$-50");
+    EXPECT_EQ(set(item, {u"-unhide-hide", u"item"}), "$$-50");
+    EXPECT_EQ(set(item, {u"-lock -SetArchive -ResetArchive", u"item"}), "$$-50");
+    EXPECT_EQ(set(item, {u"-lock"}), "$$-50");
+    EXPECT_EQ(set(item, {u"-lock", u""}), "$$-50");
+    EXPECT_EQ(set(item, {u"-lock", u"none"}), "$$-43");
+    EXPECT_EQ(set(item, {u"", u"none"}), "$$-43");
+    item.writing = ErrorCode::Busy;
+    EXPECT_EQ(set(item, {u"-lock", u"item"}), "$$-47");
+    EXPECT_EQ(set(item, {u"-unlock", u"item"}), "0"); // nothing to write
+    item.reading = static_cast<ErrorCode>(21);
+    EXPECT_EQ(set(item, {u"-unlock", u"item"}), "$$21");
+    EXPECT_EQ(item.value, 0u);
+}
+
+TEST(SetFileAttribute, AStepSaysItByItsLists) {
+    const auto step = [](std::uint32_t before, std::vector<std::int32_t> lists) {
+        OneItem item(before);
+        FakeCall call({u"", u"item"});
+        for (std::size_t i = 0; i < lists.size(); ++i)
+            call.set_step_option(i + 2, lists[i]);
+        const std::string result =
+            result_of(call, [&](Call& c) { return set_file_attribute(c, item); });
+        return result + " " + std::to_string(item.value);
+    };
+    EXPECT_EQ(step(0x23, {0, 0, 0, 0}), "0 35");
+    EXPECT_EQ(step(0x22, {2, 1, 0, 3}), "0 33"); // locked, shown, archive bit as it was
+    EXPECT_EQ(step(0x01, {1, 2, 2, 0}), "0 34");
+    EXPECT_EQ(step(0x23, {0, 0, 1, 0}), "0 3");
+    EXPECT_EQ(step(0x02, {2}), "0 3"); // lists that are not given change nothing
+    EXPECT_EQ(step(0x02, {0, 3, 0, 0}), "$$-50 2");
+    EXPECT_EQ(step(0x02, {-1, 0, 0, 0}), "$$-50 2");
+}
+
+TEST(Information, TheTypeOfAnItem) {
+    const auto type = [](std::uint32_t attributes, std::vector<std::u16string> parameters) {
+        OneItem item(attributes);
+        FakeCall call(std::move(parameters));
+        return result_of(call, [&](Call& c) { return get_type_of_item(c, item); });
+    };
+    EXPECT_EQ(type(0x20, {u"", u"item.lnk"}), "file");
+    EXPECT_EQ(type(0x20, {u"-AddAliasInfo", u"item.lnk"}), "file (alias)");
+    EXPECT_EQ(type(0x20, {u"-addisalias", u"item.x.LNK"}), "file (alias)");
+    EXPECT_EQ(type(0x20, {u"-AddIsAlias", u"item.link"}), "file");
+    EXPECT_EQ(type(0x10, {u"-AddIsAlias", u"item.lnk"}), "folder");
+    EXPECT_EQ(type(0x10, {u"", u"item"}), "folder");
+    EXPECT_EQ(type(0x40, {u"", u"item"}), "unknown");
+    EXPECT_EQ(type(0x20, {u"", u"none"}), "$$-43");
+    EXPECT_EQ(type(0x20, {u"", u""}), "$$-50");
+    EXPECT_EQ(type(0x20, {u""}), "$$-50");
+}
+
+TEST(Information, SizesAreExact) {
+    OneItem item(0);
+    FakeCall call({u"", u"item"});
+    EXPECT_EQ(result_of(call, [&](Call& c) { return get_file_size(c, item); }),
+              "9007199254740993"); // no binary fraction of double length has it
+}
+
+TEST(Information, NamesAndExtensionsAreThoseOfTheLastComponent) {
+    const struct {
+        const char16_t* path;
+        const char* name;
+        const char* extension;
+    } cases[] = {
+        {u"C:\\folder.d\\file.txt", "file.txt", "txt"},
+        {u"filewin:/C:/folder.d/file", "file", ""},
+        {u"archive.tar.GZ", "archive.tar.GZ", "GZ"},
+        {u"C:name.txt", "name.txt", "txt"},
+        {u"C:\\folder.d\\", "folder.d", ""},
+        {u"C:\\folder.d", "folder.d", "d"},
+        {u"C:\\.hidden", ".hidden", "hidden"},
+        {u"C:\\ends.", "ends.", ""},
+        {u"C:\\", "", ""},
+        {u"\\\\server\\share\\a\xD83D\xDE00.\u00FC\xD83D\xDE00", "a\U0001F600.\u00FC\U0001F600",
+         "\u00FC\U0001F600"},
+        {u"", "$$-50", "$$-50"},
+        {u"$$-43", "$$-4299", "$$-4299"},
+    };
+    for (const auto& c : cases) {
+        FakeCall call({u"", c.path});
+        EXPECT_EQ(result_of(call, get_file_name), c.name) << utf8_from_utf16(c.path);
+        FakeCall again({u"", c.path});
+        EXPECT_EQ(result_of(again, get_extension), c.extension) << utf8_from_utf16(c.path);
+    }
+    FakeCall one_parameter({u"file.txt"});
+    EXPECT_EQ(result_of(one_parameter, get_file_name), "$$-50");
+}
+
+} // namespace
+} // namespace vell::files

@@ -1,0 +1,436 @@
+// Functions that write the contents of files, over files in memory that fail wherever they can.
+#include "src/files/defaults.h"
+#include "src/files/edit_contents.h"
+#include "src/files/export_to_file.h"
+#include "src/files/write_contents.h"
+#include "src/files/write_turn.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/references.h"
+#include "tests/portable/writable_files.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace vell::files {
+namespace {
+
+using testing::FakeCall;
+using testing::WritableFiles;
+
+using Function = Result<void> (*)(params::Call&, FileSystem&);
+constexpr Function set_file = set_contents_of_file;
+constexpr Function append_file = append_to_file;
+constexpr Function insert = insert_contents;
+constexpr Function replace = substitute;
+constexpr Function export_file = export_to_file;
+
+// A call whose source may be a container.
+class ContainerCall : public FakeCall {
+  public:
+    using FakeCall::FakeCall;
+    void set_container(std::string stream, ErrorCode end = ErrorCode::Ok) {
+        stream_ = std::move(stream);
+        end_ = end;
+    }
+    bool is_container(std::size_t index) override { return index == 1 && stream_.has_value(); }
+    // In two pieces, with the failure between them.
+    Result<void> read_container(std::size_t, const params::ByteSink& sink) override {
+        const std::string_view stream = *stream_;
+        VELL_TRY(sink(stream.substr(0, stream.size() / 2)));
+        if (end_ != ErrorCode::Ok)
+            return Failure{end_};
+        return sink(stream.substr(stream.size() / 2));
+    }
+
+  private:
+    std::optional<std::string> stream_;
+    ErrorCode end_ = ErrorCode::Ok;
+};
+
+std::string run(Function function, WritableFiles& files, params::Call& call) {
+    const Result<void> done = function(call, files);
+    EXPECT_EQ(files.open_files(), 0);
+    return done ? "0" : std::to_string(number(done.error()));
+}
+
+std::string run(Function function, WritableFiles& files, std::vector<std::u16string> parameters) {
+    FakeCall call(std::move(parameters));
+    const std::string result = run(function, files, call);
+    EXPECT_EQ(call.result().has_value(), result == "0");
+    return result;
+}
+
+// What `function` makes of a file "f" that holds `contents`.
+std::string outcome(Function function, std::string contents,
+                    std::vector<std::u16string> parameters) {
+    WritableFiles files;
+    files.add(u"f", std::move(contents));
+    const std::string result = run(function, files, std::move(parameters));
+    return result == "0" ? files.at(u"f") : result + ' ' + files.at(u"f");
+}
+
+TEST(WriteContents, ReplacesOrExtendsAndLeavesNothingBehind) {
+    EXPECT_EQ(outcome(set_file, "0123456789", {u"", u"f", u"abc"}), "abc");
+    EXPECT_EQ(outcome(set_file, "012", {u"", u"f", u"abcdefgh"}), "abcdefgh");
+    EXPECT_EQ(outcome(set_file, "012", {u"", u"f", u""}), "");
+    EXPECT_EQ(outcome(append_file, "012", {u"", u"f", u"abc"}), "012abc");
+    EXPECT_EQ(outcome(append_file, "", {u"-Encoding=UTF8", u"f", u"\u00E9"}), "\xC3\xA9");
+    EXPECT_EQ(outcome(set_file, "", {u"-Encoding=BytesOnly -encoding=UTF8", u"f", u"\u00E9"}),
+              "\xE9");
+    EXPECT_EQ(outcome(set_file, "012", {u"-Encoding=BytesOnly", u"f", u"\u20AC"}), "-4297 012");
+    EXPECT_EQ(outcome(set_file, "", {u"-CRLFtoCR -CRtoCRLF", u"f", u"a\rb\r\n"}), "a\r\nb\r\n\n");
+    EXPECT_EQ(outcome(set_file, "", {u"-CRLFtoCR", u"f", u"a\rb\r\n"}), "a\rb\r");
+
+    WritableFiles files;
+    EXPECT_EQ(run(set_file, files, {u"", u"f", u"x"}), "-43");
+    EXPECT_EQ(run(append_file, files, {u"", u"f", u"x"}), "-43");
+    EXPECT_TRUE(files.contents().empty());
+    EXPECT_EQ(run(set_file, files, {u"", u"f"}), "-50");
+    EXPECT_EQ(run(append_file, files, {u"", u"", u"x"}), "-50");
+}
+
+TEST(WriteContents, AStepsOptionsTakeThePlaceOfSwitches) {
+    const auto step = [](Function function, std::int32_t encoding, std::int32_t line_endings) {
+        WritableFiles files;
+        files.add(u"f", "");
+        FakeCall call({u"", u"f", u"\u00E9\r\n"});
+        call.set_step_option(3, encoding);
+        call.set_step_option(4, line_endings);
+        EXPECT_EQ(run(function, files, call), "0");
+        return files.at(u"f");
+    };
+    EXPECT_EQ(step(set_file, 1, 0), "\xC3\xA9\r\n");
+    EXPECT_EQ(step(set_file, 4200, 1), "\xE9\r\n\n");
+    EXPECT_EQ(step(append_file, 0, 2), "\xE9\r\n\n");
+    EXPECT_EQ(step(append_file, 0, 3), "\xE9\r\r\n");
+}
+
+TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
+    WritableFiles files;
+    files.add(u"f", "old");
+    const auto set_default = [](std::u16string path) {
+        FakeCall call({u"", std::move(path)});
+        const Result<void> done = set_default_file(call);
+        return done ? 0 : number(done.error());
+    };
+    defaults().release_file();
+    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
+    EXPECT_EQ(set_default(u"filewin:/f"), 0);
+    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "0");
+    EXPECT_EQ(run(append_contents, files, {u"-CRtoCRLF", u"\r"}), "0");
+    EXPECT_EQ(files.at(u"f"), "text\r\n");
+    EXPECT_EQ(run(set_contents, files, std::vector<std::u16string>{u""}), "-50");
+    EXPECT_EQ(set_default(u"missing"), 0);
+    EXPECT_EQ(run(append_contents, files, {u"", u"text"}), "-43");
+    // A path that is refused leaves no default at all.
+    EXPECT_EQ(set_default(u"$$-43"), -4299);
+    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
+
+    FakeCall type({u"", std::u16string(2'001, u'x')});
+    EXPECT_TRUE(set_default_type(type));
+    EXPECT_EQ(default_file_types().size(), 2'000U);
+    defaults().set_type(u"");
+}
+
+TEST(InsertContents, PutsTheTextBehindThePosition) {
+    const std::pair<const char16_t*, const char*> cases[] = {
+        {u"", "<>01234"},
+        {u"0", "<>01234"},
+        {u"-7", "<>01234"},
+        {u"2", "01<>234"},
+        {u"5", "01234<>"},
+        {u"6", "-39 01234"},
+        {u"2147483647", "-39 01234"},
+        {u"99999999999", "-39 01234"},
+    };
+    for (const auto& [position, expected] : cases)
+        for (const char16_t* destination : {u"", u"f", u"/f"}) // all of them the source itself
+            EXPECT_EQ(outcome(insert, "01234", {u"", u"f", destination, u"<>", position}),
+                      expected);
+    // Longer than a block on both sides.
+    const std::string contents(150'000, 'x');
+    EXPECT_EQ(outcome(insert, contents, {u"", u"f", u"", u"<>", u"70000"}),
+              std::string(70'000, 'x') + "<>" + std::string(80'000, 'x'));
+
+    WritableFiles files;
+    files.add(u"f", "01234");
+    EXPECT_EQ(run(insert, files, {u"-UTF8Charset -Encoding=BytesOnly", u"f", u"n", u"\u00E9"}),
+              "0");
+    EXPECT_EQ(files.at(u"f") + ' ' + files.at(u"n"), "01234 \xC3\xA9"
+                                                     "01234");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"n", u"x", u"1"}), "-48");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"new", u"x", u"6"}), "-39");
+    EXPECT_EQ(run(insert, files, {u"", u"none", u"new", u"x"}), "-43");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"new.", u"x"}), "-37");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"new ", u"x"}), "-37");
+    EXPECT_EQ(run(insert, files, {u"", u"", u"new", u"x"}), "-50");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"new"}), "-50");
+    EXPECT_EQ(files.contents().size(), 2U); // nothing temporary, nothing half made
+
+    FakeCall step({u"", u"f", u"", u"\r", u"1"});
+    step.set_step_option(6, 1);
+    EXPECT_EQ(run(insert, files, step), "0");
+    EXPECT_EQ(files.at(u"f"), "0\r\n1234");
+}
+
+TEST(SubstituteInFile, FollowsItsParameters) {
+    EXPECT_EQ(outcome(replace, "aaa", {u"", u"f", u"", u"aa", u"b"}), "ba");
+    EXPECT_EQ(outcome(replace, "xABC abc", {u"", u"f", u"", u"abc", u"-"}), "xABC -");
+    EXPECT_EQ(outcome(replace, "xABC abc", {u"IgnoreCase", u"f", u"f", u"Abc", u"Zz"}), "xZz Zz");
+    EXPECT_EQ(outcome(replace, "\xC3\x84 \xC3\xA4", {u"IgnoreCase", u"f", u"", u"\u00C4", u"A"}),
+              "A \xC3\xA4");
+    EXPECT_EQ(outcome(replace, "\xC4", {u"-Encoding=BytesOnly", u"f", u"", u"\u00C4", u"\u00E4"}),
+              "\xE4");
+    EXPECT_EQ(outcome(replace, "ab", {u"", u"f", u"", u"abc", u"x"}), "ab");
+    EXPECT_EQ(outcome(replace, "", {u"", u"f", u"", u"abc", u"x"}), "");
+    EXPECT_EQ(outcome(replace, "abc", {u"", u"f", u"", u"", u"x"}), "-50 abc");
+    EXPECT_EQ(outcome(replace, "abc", {u"", u"f", u"", u"a"}), "-50 abc");
+    EXPECT_EQ(outcome(replace, "abc", {u"", u"", u"g", u"a", u""}), "-50 abc");
+    EXPECT_EQ(outcome(replace, "abc", {u"", u"g", u"", u"a", u""}), "-43 abc");
+
+    WritableFiles files;
+    files.add(u"f", "one two");
+    FakeCall step({u"", u"f", u"n", u"ONE", u"1"});
+    step.set_step_option(5, 1);
+    step.set_step_option(6, 1);
+    EXPECT_EQ(run(replace, files, step), "0");
+    EXPECT_EQ(files.at(u"f") + '|' + files.at(u"n"), "one two|1 two");
+    EXPECT_EQ(run(replace, files, {u"", u"f", u"n", u"one", u"1"}), "-48");
+}
+
+// Matches on both sides of block ends, and more output than fits a block.
+TEST(SubstituteInFile, BlocksOfTheFileDoNotShow) {
+    std::string contents;
+    while (contents.size() < 300'000)
+        contents += "needle" + std::string(contents.size() % 97, 'e') + "needl";
+    for (const char16_t* replacement : {u"", u"N", u"a longer text than the one it replaces"})
+        EXPECT_EQ(outcome(replace, contents, {u"", u"f", u"", u"needle", replacement}),
+                  reference::substitute(contents, "needle", utf8_from_utf16(replacement), false));
+    const std::u16string long_text(130'000, u'r');
+    EXPECT_EQ(outcome(replace, "a-b-c", {u"", u"f", u"", u"-", long_text}),
+              'a' + std::string(130'000, 'r') + 'b' + std::string(130'000, 'r') + 'c');
+}
+
+// A source of more than 4 GiB, whose bytes are never made, and targets that keep short writes only.
+class LongFiles : public WritableFiles {
+  public:
+    static constexpr std::uint64_t length = (4ULL << 30) + 200'000;
+
+    Result<std::unique_ptr<File>> open(const NativePath&, Permission) override {
+        return std::unique_ptr<File>(std::make_unique<LongFile>(*this));
+    }
+
+    std::uint64_t written = 0;
+    std::string short_writes; // each behind its position
+
+  private:
+    class LongFile : public File {
+      public:
+        explicit LongFile(LongFiles& files) : files_(files) {}
+        Result<std::uint64_t> size() override { return length; }
+        Result<void> seek(SeekFrom, std::int64_t) override { return Failure{ErrorCode::DiskError}; }
+        Result<std::size_t> read(std::span<char> buffer) override {
+            const auto done = std::min<std::uint64_t>(buffer.size(), length - position_);
+            position_ += done;
+            return static_cast<std::size_t>(done);
+        }
+        Result<void> write(std::string_view bytes) override {
+            if (bytes.size() == 1)
+                files_.short_writes += std::to_string(files_.written) + std::string(bytes);
+            files_.written += bytes.size();
+            return {};
+        }
+        Result<void> set_end_of_file() override { return Failure{ErrorCode::DiskError}; }
+        Result<void> close() override { return {}; }
+
+      private:
+        LongFiles& files_;
+        std::uint64_t position_ = 0;
+    };
+};
+
+TEST(InsertContents, FilesBeyondFourGibibytesAreCopiedWhole) {
+    LongFiles files;
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"n", u"!", u"2147483647"}), "0");
+    EXPECT_EQ(files.short_writes, "2147483647!");
+    EXPECT_EQ(files.written, LongFiles::length + 1);
+    // A number that the host does not tell exactly might mean any place in so long a file.
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"m", u"!", u"4294967296"}), "-4241");
+}
+
+TEST(ExportToFile, WritesContainersAndTexts) {
+    WritableFiles files;
+    const auto export_container = [&](const char16_t* switches, ErrorCode end) {
+        ContainerCall call({switches, u"", u"C:\\f"});
+        call.set_container(std::string("a\0b\xFF", 4), end);
+        return run(export_file, files, call);
+    };
+    EXPECT_EQ(export_container(u"", ErrorCode::CompressedDataDamaged), "-4296");
+    EXPECT_TRUE(files.contents().empty());
+    EXPECT_EQ(export_container(u"", ErrorCode::Ok), "0");
+    EXPECT_EQ(files.at(u"C:\\f"), std::string("a\0b\xFF", 4));
+    EXPECT_EQ(run(export_file, files, {u"", u"text", u"C:\\f"}), "-48");
+    EXPECT_EQ(run(export_file, files, {u"-OverwriteExisting", u"\u00E9", u"C:\\f"}), "0");
+    EXPECT_EQ(files.at(u"C:\\f"), "\xC3\xA9");
+    EXPECT_EQ(export_container(u"-OverwriteExisting", ErrorCode::NotFound), "-43");
+    EXPECT_EQ(files.at(u"C:\\f"), "\xC3\xA9");
+    EXPECT_EQ(run(export_file, files, {u"", u"x", u"C:\\g..."}), "-37");
+    EXPECT_EQ(run(export_file, files, {u"", u"x", u""}), "-50");
+    EXPECT_EQ(run(export_file, files, std::vector<std::u16string>{u"", u"x"}), "-50");
+    EXPECT_EQ(run(export_file, files, {u"", u"x", u"bare"}), "0");
+    EXPECT_EQ(files.contents().size(), 2U);
+}
+
+TEST(WriteTurn, OneWriterAtATime) {
+    WritableFiles files;
+    files.add(u"C:\\f", "old");
+    {
+        const auto turn = WriteTurn::take({u"c:/F", std::nullopt});
+        ASSERT_TRUE(turn);
+        for (const auto& [function, parameters] :
+             {std::pair{set_file, std::vector<std::u16string>{u"", u"C:\\f", u"x"}},
+              {append_file, {u"", u"C:\\f", u"x"}},
+              {insert, {u"", u"C:\\f", u"", u"x"}},
+              {replace, {u"", u"C:\\f", u"", u"o", u"x"}},
+              {export_file, {u"-OverwriteExisting", u"x", u"C:\\f"}}})
+            EXPECT_EQ(run(function, files, parameters), "-47");
+        EXPECT_EQ(files.at(u"C:\\f"), "old");
+    }
+    EXPECT_EQ(run(set_file, files, {u"", u"C:\\f", u"x"}), "0");
+}
+
+TEST(InPlace, AFileThatMayNotBeWrittenIsNotCopied) {
+    WritableFiles files;
+    files.add(u"f", "old");
+    files.protect(u"f");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"", u"x"}), "-47");
+    EXPECT_EQ(run(replace, files, {u"", u"f", u"", u"o", u"x"}), "-47");
+    EXPECT_EQ(files.contents().size(), 1U);
+}
+
+// One run of a function for each operation that it makes, failing there; gives their number.
+struct Scene {
+    const char* name;
+    Function function;
+    std::vector<std::u16string> parameters;
+    std::string old_contents;
+    std::string new_contents;
+};
+
+constexpr auto disk_full = static_cast<ErrorCode>(112); // one of the system's own
+
+int fail_everywhere(const Scene& scene, const std::u16string& target,
+                    void (*check)(const Scene&, const WritableFiles&, const FakeCall&, int)) {
+    for (int failing = 1;; ++failing) {
+        SCOPED_TRACE(std::string(scene.name) + ", operation " + std::to_string(failing));
+        WritableFiles files;
+        files.add(target, scene.old_contents);
+        files.fail(failing, disk_full);
+        FakeCall call(scene.parameters);
+        const std::string result = run(scene.function, files, call);
+        if (files.operations() < failing) {
+            EXPECT_EQ(result, "0");
+            EXPECT_EQ(files.at(target), scene.new_contents);
+            EXPECT_EQ(files.contents().size(), 1U);
+            EXPECT_TRUE(call.notes().empty());
+            return failing - 1;
+        }
+        EXPECT_EQ(result, "112");
+        EXPECT_FALSE(call.result());
+        check(scene, files, call, failing);
+    }
+}
+
+TEST(InPlace, NoFailureLosesTheContents) {
+    const std::string text = std::string(70'000, '-') + "old" + std::string(70'000, '+');
+    const Scene scenes[] = {
+        {"insert",
+         insert,
+         {u"", u"f", u"", u"new", u"70000"},
+         text,
+         std::string(70'000, '-') + "newold" + std::string(70'000, '+')},
+        {"substitute",
+         replace,
+         {u"", u"f", u"", u"old", u"new"},
+         text,
+         std::string(70'000, '-') + "new" + std::string(70'000, '+')},
+    };
+    for (const Scene& scene : scenes) {
+        const int operations = fail_everywhere(
+            scene, u"f",
+            [](const Scene& of, const WritableFiles& files, const FakeCall& call, int) {
+                EXPECT_TRUE(files.has_contents(of.old_contents) ||
+                            files.has_contents(of.new_contents));
+                // Where the file is not the old one any more, the copy is, and it is named.
+                if (files.at(u"f") == of.old_contents)
+                    return;
+                EXPECT_EQ(files.at(u"T:\\VELLTEMP{0}.tmp"), of.old_contents);
+                EXPECT_EQ(call.notes(), std::vector<std::string>{
+                                            "The temporary copy is left at T:\\VELLTEMP{0}.tmp"});
+            });
+        EXPECT_GE(operations, 15);
+    }
+}
+
+TEST(InPlace, ANewDestinationIsWholeOrNotThere) {
+    const Scene scenes[] = {
+        {"insert", insert, {u"", u"source", u"f", u"new", u"1"}, "", ""},
+        {"substitute", replace, {u"", u"source", u"f", u"o", u"x"}, "", ""},
+        {"export", export_file, {u"", u"text", u"f"}, "", ""},
+    };
+    for (const Scene& scene : scenes) {
+        bool done = false;
+        for (int failing = 1; !done; ++failing) {
+            WritableFiles files;
+            files.add(u"source", "old");
+            files.fail(failing, disk_full);
+            done = run(scene.function, files, scene.parameters) == "0";
+            EXPECT_EQ(files.contents().size(), done ? 2U : 1U) << scene.name << failing;
+            EXPECT_EQ(files.at(u"source"), "old");
+        }
+    }
+}
+
+TEST(ExportToFile, NoFailureLosesTheOldTarget) {
+    const Scene scene{
+        "export", export_file, {u"-OverwriteExisting", u"new", u"f"}, "old contents", "new"};
+    const int operations = fail_everywhere(
+        scene, u"f", [](const Scene& of, const WritableFiles& files, const FakeCall&, int) {
+            EXPECT_EQ(files.at(u"f"), of.old_contents);
+            EXPECT_EQ(files.contents().size(), 1U);
+        });
+    EXPECT_EQ(operations, 6); // name, create, open, write, close, rename
+}
+
+TEST(WriteContents, AFailureBeforeWritingOrOfAnAppendLeavesTheOldContents) {
+    const Scene append{"append", append_file, {u"", u"f", u"more"}, "old", "oldmore"};
+    fail_everywhere(append, u"f",
+                    [](const Scene& of, const WritableFiles& files, const FakeCall&, int failing) {
+                        constexpr int close = 6; // all is written by then
+                        EXPECT_EQ(files.at(u"f"),
+                                  failing < close ? of.old_contents : of.new_contents);
+                    });
+    // Room is made before the first byte is written.
+    const Scene longer{"longer", set_file, {u"", u"f", u"longer text"}, "old", "longer text"};
+    const Scene shorter{"shorter", set_file, {u"", u"f", u"x"}, "old contents", "x"};
+    fail_everywhere(longer, u"f",
+                    [](const Scene& of, const WritableFiles& files, const FakeCall&, int failing) {
+                        constexpr int write = 6; // open, size, seek, set end, seek
+                        if (failing < write) {
+                            EXPECT_EQ(files.at(u"f"), of.old_contents);
+                        } else {
+                            EXPECT_TRUE(of.new_contents.starts_with(files.at(u"f").substr(0, 3)));
+                        }
+                    });
+    fail_everywhere(shorter, u"f",
+                    [](const Scene& of, const WritableFiles& files, const FakeCall&, int failing) {
+                        constexpr int write = 4;
+                        if (failing < write) {
+                            EXPECT_EQ(files.at(u"f"), of.old_contents);
+                        }
+                    });
+}
+
+} // namespace
+} // namespace vell::files

@@ -1,0 +1,128 @@
+// VlFile_GetCodeSignInfo on program files made for it.
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <wincrypt.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace vell::test {
+namespace {
+
+// A signed message whose signer's certificate is issued by an authority that no computer trusts.
+constexpr const char* signed_message =
+    "MIICBQYJKoZIhvcNAQcCoIIB9jCCAfICAQExDTALBglghkgBZQMEAgEwEwYJKoZIhvcNAQcBoAYEBHZlbGygggE4MIIB"
+    "NDCB2gIBATAKBggqhkjOPQQDAjAeMRwwGgYDVQQDDBNWZWxsIFRlc3QgQXV0aG9yaXR5MB4XDTI0MDMxNTEyMDAwMFoX"
+    "DTI5MDcxNDIzNTk1OVowLjEXMBUGA1UEAwwOR3LDvMOfZSBTaWduZXIxEzARBgNVBAoMClZlbGwgVGVzdHMwWTATBgcq"
+    "hkjOPQIBBggqhkjOPQMBBwNCAAR56spwwaA8a5xqqZh0Ik8reiH2TIihKLWDoiVR0vaFxWVSQJxvoEbD3bYF7Fe37BWY"
+    "aByG1+IJTKNJIDShC1phMAoGCCqGSM49BAMCA0kAMEYCIQDUfnYR6u+AhVpdrFw6xT6fESJ3RET1RZDHiaJOoLZKlgIh"
+    "AIHt/1JleNLeg6lFpHbvVM9EuYMpV3vKw5/lt27FEvqMMYGMMIGJAgEBMCMwHjEcMBoGA1UEAwwTVmVsbCBUZXN0IEF1"
+    "dGhvcml0eQIBATALBglghkgBZQMEAgEwCgYIKoZIzj0EAwIERjBEAiBt1g8Ml6rBREoXj/KtECSGgLKvvavYMYga7PR4"
+    "nVtxtQIgUAd3LQiv586nc5hz8pqf2JsvUjxBSrU/YitwH7SyMFw=";
+
+std::string bytes_of_base64(std::string_view base64) {
+    DWORD size = 0;
+    const auto length = static_cast<DWORD>(base64.size());
+    CryptStringToBinaryA(base64.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr,
+                         nullptr);
+    std::string bytes(size, '\0');
+    CryptStringToBinaryA(base64.data(), length, CRYPT_STRING_BASE64,
+                         reinterpret_cast<BYTE*>(bytes.data()), &size, nullptr, nullptr);
+    return bytes;
+}
+
+// A program of headers alone; its certificate table holds the signature, if there is one.
+std::string program(std::string_view signature) {
+    IMAGE_DOS_HEADER dos{};
+    dos.e_magic = IMAGE_DOS_SIGNATURE;
+    dos.e_lfanew = sizeof dos;
+    IMAGE_NT_HEADERS64 nt{};
+    nt.Signature = IMAGE_NT_SIGNATURE;
+    nt.FileHeader.Machine = IMAGE_FILE_MACHINE_AMD64;
+    nt.FileHeader.SizeOfOptionalHeader = sizeof nt.OptionalHeader;
+    nt.FileHeader.Characteristics = IMAGE_FILE_EXECUTABLE_IMAGE;
+    nt.OptionalHeader.Magic = IMAGE_NT_OPTIONAL_HDR64_MAGIC;
+    nt.OptionalHeader.FileAlignment = 512;
+    nt.OptionalHeader.SectionAlignment = 4096;
+    nt.OptionalHeader.SizeOfImage = 4096;
+    nt.OptionalHeader.SizeOfHeaders = 512;
+    nt.OptionalHeader.NumberOfRvaAndSizes = IMAGE_NUMBEROF_DIRECTORY_ENTRIES;
+
+    struct {
+        DWORD length = 0;
+        WORD revision = 0x0200;
+        WORD type = 0x0002; // a signed message
+    } entry;
+    std::string table;
+    if (!signature.empty()) {
+        table.assign(sizeof entry, '\0').append(signature);
+        table.resize((table.size() + 7) / 8 * 8);
+        entry.length = static_cast<DWORD>(table.size());
+        std::memcpy(table.data(), &entry, sizeof entry);
+        nt.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_SECURITY] = {
+            512, static_cast<DWORD>(table.size())};
+    }
+    std::string file(512, '\0');
+    std::memcpy(file.data(), &dos, sizeof dos);
+    std::memcpy(file.data() + sizeof dos, &nt, sizeof nt);
+    return file + table;
+}
+
+class CodeSignature : public Plugin {
+  protected:
+    CodeSignature() { start(); }
+
+    std::u16string info(const std::u16string& path) {
+        return call(u"VlFile_GetCodeSignInfo", {u"", path});
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(CodeSignature, AnUnsignedFileSaysSo) {
+    EXPECT_EQ(info(folder.file(L"text.txt", "no program")), u"Signed: 0\rValid: 0");
+    EXPECT_EQ(info(folder.file(L"empty.exe", "")), u"Signed: 0\rValid: 0");
+    EXPECT_EQ(info(folder.file(L"unsigned.exe", program({}))), u"Signed: 0\rValid: 0");
+    EXPECT_EQ(info(folder.file(L"damaged.exe", program("no message"))), u"Signed: 0\rValid: 0");
+}
+
+TEST_F(CodeSignature, ASignatureThatIsNotTrustedIsToldWithItsNames) {
+    const std::string message = bytes_of_base64(signed_message);
+    ASSERT_EQ(message.size(), 521u);
+    const std::u16string file = folder.file(L"signed \xD83D\xDE00.exe", program(message));
+    const std::u16string text = info(file);
+    const std::u16string_view before = u"Signed: 1\rValid: 0\rStatus: 0x";
+    EXPECT_EQ(text.substr(0, before.size()), before);
+    // Why it is not valid depends on the version of Windows: it is no signature of this program,
+    // and nobody trusts its authority.
+    const std::u16string status = text.substr(std::min(text.size(), before.size()), 8);
+    EXPECT_EQ(status.find_first_not_of(u"0123456789ABCDEF"), std::u16string::npos);
+    EXPECT_NE(status.find_first_not_of(u'0'), std::u16string::npos);
+    EXPECT_EQ(text.substr(std::min(text.size(), before.size() + 8)),
+              u"\rSigner: Gr\u00FC\u00DFe Signer\rIssuer: Vell Test Authority"
+              u"\rValidFrom: 2024-03-15T12:00:00Z\rValidTo: 2029-07-14T23:59:59Z");
+    EXPECT_TRUE(DeleteFileW(as_wide(file))); // nothing holds it
+}
+
+TEST_F(CodeSignature, ARunningProgramIsReadToo) {
+    std::u16string path(MAX_PATH, u'\0');
+    path.resize(GetModuleFileNameW(nullptr, reinterpret_cast<wchar_t*>(path.data()), MAX_PATH));
+    EXPECT_EQ(info(path), u"Signed: 0\rValid: 0");
+}
+
+TEST_F(CodeSignature, WhatCannotBeReadIsReported) {
+    EXPECT_EQ(info(to_utf16(folder.path(L"none.exe"))), u"$$-43");
+    EXPECT_EQ(info(to_utf16(folder.path(L"none\\none.exe"))), u"$$-120");
+    EXPECT_EQ(info(to_utf16(folder.path())), u"$$-47");
+    EXPECT_EQ(info(u""), u"$$-50");
+    const std::u16string file = folder.file(L"held.exe", program({}));
+    const UniqueFile held(CreateFileW(as_wide(file), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    ASSERT_TRUE(held);
+    EXPECT_EQ(info(file), u"$$-47");
+}
+
+} // namespace
+} // namespace vell::test

@@ -1,0 +1,200 @@
+// VlFile_ExecuteShell with real commands, through the host.
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <thread>
+
+namespace vell::test {
+namespace {
+
+Value number(std::int64_t value) {
+    return Value(console::Decimal(value));
+}
+
+// A command that takes so many seconds and prints nothing.
+std::u16string pause(int seconds) {
+    return u"ping -n " + to_utf16(std::to_wstring(seconds + 1)) + u" 127.0.0.1 >NUL";
+}
+
+class Shell : public Plugin {
+  protected:
+    Shell() { start(); }
+
+    std::u16string run(const char16_t* switches, const std::u16string& command) {
+        return call(u"VlFile_ExecuteShell", {Value(switches), Value(command)});
+    }
+    bool appears(const std::wstring& name) const {
+        for (int i = 0; i < 600; ++i, Sleep(50))
+            if (GetFileAttributesW(folder.path(name).c_str()) != INVALID_FILE_ATTRIBUTES)
+                return true;
+        return false;
+    }
+    std::u16string quoted(const wchar_t* name) const {
+        return u"\"" + to_utf16(folder.path(name)) + u"\"";
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(Shell, GivesWhatTheCommandPrints) {
+    EXPECT_EQ(run(u"", u"echo hello"), u"hello\r");
+    EXPECT_EQ(run(u"", u"echo one&echo two"), u"one\rtwo\r");
+    EXPECT_EQ(run(u"", u"exit 3"), u""); // the number is no part of the result
+    EXPECT_EQ(run(u"-ShowCommandWindow", u"echo shown"), u"shown\r");
+    EXPECT_EQ(run(u"", u"echo lost 1>&2&echo kept"), u"kept\r");
+    EXPECT_TRUE(run(u"", u"cmd /c \"echo both 1>&2\" 2>&1").starts_with(u"both"));
+}
+
+TEST_F(Shell, GivesAllOfALongOutput) {
+    std::string bytes;
+    std::u16string text;
+    for (int i = 0; bytes.size() < 3'000'000; ++i) {
+        const std::string line = std::to_string(i);
+        bytes += line + "\xC3\xA9\xF0\x9F\x98\x80\r\n"; // cut by the reads at every place
+        text += std::u16string(line.begin(), line.end()) + u"\u00E9\U0001F600\r";
+    }
+    folder.file(L"long.txt", bytes);
+    EXPECT_TRUE(run(u"-TimeoutSecs=300", u"type " + quoted(L"long.txt")) == text);
+    const std::u16string lines = run(u"", u"for /L %i in (1,1,500) do @echo line %i");
+    EXPECT_TRUE(lines.starts_with(u"line 1\rline 2\r"));
+    EXPECT_TRUE(lines.ends_with(u"line 499\rline 500\r"));
+}
+
+TEST_F(Shell, DecodesInTheEncodingAskedFor) {
+    folder.file(L"bytes.txt", "a\x80\x8E\n.");
+    const std::u16string type = u"type " + quoted(L"bytes.txt");
+    EXPECT_EQ(run(u"", type), u"a<INVALID UTF8>\r\n.");
+    EXPECT_EQ(run(u"-Encoding=Native", type), u"a\u20AC\u017D\r\n.");
+    EXPECT_EQ(run(u"-Encoding=ASCII_DOS", type), u"a\u00C7\u00C4\r\n.");
+    EXPECT_EQ(run(u"-Encoding=BytesOnly", type), u"a\u0080\u008E\r\n.");
+}
+
+TEST_F(Shell, ACommandThatReadsFindsNothing) {
+    EXPECT_EQ(run(u"-TimeoutSecs=20", u"set /p answer=&echo after"), u"after\r");
+    EXPECT_EQ(run(u"-TimeoutSecs=20", u"more&echo after"), u"after\r");
+}
+
+TEST_F(Shell, InheritsEnvironmentAndFolder) {
+    SetEnvironmentVariableW(L"VELL_TEST_VARIABLE", L"inherited");
+    EXPECT_EQ(run(u"", u"echo %VELL_TEST_VARIABLE%"), u"inherited\r");
+    SetEnvironmentVariableW(L"VELL_TEST_VARIABLE", nullptr);
+    wchar_t current[MAX_PATH];
+    GetCurrentDirectoryW(MAX_PATH, current);
+    EXPECT_EQ(run(u"", u"cd"), to_utf16(current) + u"\r");
+}
+
+TEST_F(Shell, GoesOnWithoutACommandThatTakesTooLong) {
+    const std::u16string slow = pause(4) + u"&echo late>" + quoted(L"late.txt");
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(run(u"-TimeoutTicks=6", slow), u"$$-4230");
+    EXPECT_LT(GetTickCount64() - start, 3500u);
+    EXPECT_TRUE(appears(L"late.txt")); // it was left running
+    // The number that a running command has.
+    EXPECT_EQ(run(u"-TimeoutTicks=60", u"exit 259"), u"");
+}
+
+TEST_F(Shell, LetsACommandWriteForLongerThanItsLimit) {
+    const std::u16string line = u"echo line&" + pause(1) + u"&";
+    // Five seconds; a limit of 60 ticks is over after two.
+    EXPECT_EQ(run(u"-TimeoutTicks=60", line + line + line + line + line + u"echo end"),
+              u"line\rline\rline\rline\rline\rend\r");
+}
+
+TEST_F(Shell, DoesNotWaitWhenToldNotTo) {
+    const std::u16string slow = pause(2) + u"&echo text&echo done>" + quoted(L"done.txt");
+    EXPECT_EQ(run(u"-DontWaitOnResult", slow), u"0");
+    EXPECT_EQ(GetFileAttributesW(folder.path(L"done.txt").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_TRUE(appears(L"done.txt"));
+}
+
+TEST_F(Shell, WaitsForOthersThatWriteToTheOutputAsLongAsItIsTold) {
+    const std::u16string leaves_one_behind =
+        u"start /b cmd /c \"" + pause(3) + u"&echo late\"&echo early";
+    EXPECT_EQ(run(u"", leaves_one_behind), u"early\rlate\r");
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(run(u"-WaitAfterExitTicks=3", leaves_one_behind), u"early\r");
+    EXPECT_LT(GetTickCount64() - start, 2800u);
+}
+
+TEST_F(Shell, ReportsWhatKeepsItFromRunning) {
+    EXPECT_EQ(call_id(4295, {u""}), u"$$-50");
+    EXPECT_EQ(run(u"-TimeoutSecs=86401", u"echo a"), u"$$-4239");
+    EXPECT_EQ(run(u"-TimeoutSecs=86400", u"echo a"), u"a\r");
+    EXPECT_EQ(run(u"-TimeoutTicks=5184001", u"echo a"), u"$$-4239");
+}
+
+TEST_F(Shell, WorksAsAStep) {
+    const auto step = [this](std::vector<Value> options) {
+        std::vector<Value> vector{u"", u"echo caf\u00E9"};
+        vector.insert(vector.end(), options.begin(), options.end());
+        return call_id(7295, vector);
+    };
+    const Value none(u"");
+    EXPECT_EQ(step({number(20), number(1), number(4200), none, number(0)}),
+              run(u"-Encoding=BytesOnly", u"echo caf\u00E9"));
+    EXPECT_EQ(step({none, number(0), none, none, none}), u"0");
+    EXPECT_EQ(step({number(0), number(1), number(1), none, none}), u"$$-4239");
+    EXPECT_EQ(step({number(86'401), number(1), number(1), none, none}), u"$$-4239");
+    EXPECT_EQ(call_id(7295, {u"", Value(pause(6)), number(1), number(1), number(1), number(0),
+                             number(0)}),
+              u"$$-4230");
+}
+
+TEST_F(Shell, ACommandInheritsNothingElse) {
+    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+    HANDLE read_end = nullptr;
+    HANDLE write_end = nullptr;
+    ASSERT_TRUE(CreatePipe(&read_end, &write_end, &inheritable, 0));
+    const UniqueHandle reader(read_end);
+    UniqueHandle writer(write_end);
+    EXPECT_EQ(run(u"-DontWaitOnResult", pause(4) + u"&echo done>" + quoted(L"done.txt")), u"0");
+    writer.reset();
+    // Nobody else has the other end.
+    EXPECT_FALSE(PeekNamedPipe(reader.get(), nullptr, 0, nullptr, nullptr, nullptr));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_BROKEN_PIPE});
+    EXPECT_EQ(GetFileAttributesW(folder.path(L"done.txt").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_TRUE(appears(L"done.txt"));
+}
+
+TEST_F(Shell, LeavesNoHandleOpen) {
+    const auto handles = [] {
+        DWORD count = 0;
+        GetProcessHandleCount(GetCurrentProcess(), &count);
+        return count;
+    };
+    const DWORD probe = handles();
+    const UniqueHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    if (handles() != probe + 1)
+        GTEST_SKIP() << "handles are not counted here";
+    run(u"", u"echo first"); // what is loaded once
+    const DWORD before = handles();
+    for (int i = 0; i < 5; ++i) {
+        run(u"", u"echo a");
+        run(u"-DontWaitOnResult", u"echo a");
+        run(u"-TimeoutTicks=0", pause(1));
+        run(u"-TimeoutSecs=x", u"echo a");
+    }
+    EXPECT_EQ(handles(), before);
+}
+
+TEST_F(Shell, ServesSessionsAtOnce) {
+    start({.application_type = server});
+    std::vector<std::thread> sessions;
+    std::array<std::u16string, 4> results;
+    for (std::size_t i = 0; i < results.size(); ++i)
+        sessions.emplace_back([&, i] {
+            const std::u16string name(i + 1, static_cast<char16_t>(u'a' + i));
+            for (int run_count = 0; run_count < 3; ++run_count)
+                results[i] += run(u"-TimeoutSecs=60", u"echo " + name);
+        });
+    for (std::thread& session : sessions)
+        session.join();
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const std::u16string line = std::u16string(i + 1, static_cast<char16_t>(u'a' + i)) + u"\r";
+        EXPECT_EQ(results[i], line + line + line);
+    }
+}
+
+} // namespace
+} // namespace vell::test

@@ -1,0 +1,524 @@
+// The functions that change the tree of files and folders, through the host, on real ones.
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "src/files/temporary_copy.h"
+#include "src/files/tree_system.h"
+#include "src/host/debug_log.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+
+namespace vell::test {
+namespace {
+
+constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
+
+class Tree : public Plugin {
+  protected:
+    Tree() { start(); }
+
+    std::u16string path(std::wstring_view name) const { return to_utf16(folder.path(name)); }
+    std::u16string file(std::wstring_view name, std::string_view contents = "x") const {
+        return folder.file(name, contents);
+    }
+    std::u16string make_folder(std::wstring_view name) const {
+        EXPECT_TRUE(CreateDirectoryW(folder.path(name).c_str(), nullptr)) << GetLastError();
+        return path(name);
+    }
+    static bool exists(const std::u16string& item) {
+        return GetFileAttributesW(as_wide(item)) != INVALID_FILE_ATTRIBUTES;
+    }
+    static std::string contents(const std::u16string& item) { return read_file(to_wide(item)); }
+    std::size_t items_in_folder() const {
+        using Iterator = std::filesystem::directory_iterator;
+        return static_cast<std::size_t>(std::distance(Iterator(folder.path()), Iterator()));
+    }
+
+    std::u16string run(std::u16string_view function, std::u16string_view switches,
+                       const std::u16string& first) {
+        return call(function, {Value(switches), Value(first)});
+    }
+    std::u16string run(std::u16string_view function, std::u16string_view switches,
+                       const std::u16string& first, const std::u16string& second) {
+        return call(function, {Value(switches), Value(first), Value(second)});
+    }
+    std::u16string step(std::u16string_view name, std::vector<Value> values) {
+        std::vector<console::StepArgument> arguments;
+        for (Value& value : values)
+            arguments.push_back({std::move(value)});
+        const auto result = host().run_step(*host().find_step(name), arguments);
+        return result ? result->as_text() : u"NOT RUN";
+    }
+    static Value option(std::int64_t value) { return Value(console::Decimal(value)); }
+
+    // A folder whose full path has `levels` more names; the path without a separator at its end.
+    std::u16string deep_path(int levels) const {
+        std::u16string result = path(L"deep");
+        for (int i = 0; i < levels; ++i)
+            result += u"\\n" + to_utf16(std::to_wstring(i));
+        return result;
+    }
+
+    TemporaryFolder folder;
+};
+
+UniqueFile hold(const std::u16string& item) {
+    return UniqueFile(CreateFileW(as_wide(item), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+TEST_F(Tree, CreatesFilesAndTheirFolders) {
+    const std::u16string name = path(L"new \xD83D\xDE00 \u65E5.txt");
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"", name), u"0");
+    EXPECT_TRUE(exists(name));
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"", name), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", path(L"")), u"$$-48");
+    const std::u16string below = path(L"a\\b\\c.txt");
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"", below), u"$$-120");
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"-createfolders", below), u"0");
+    EXPECT_EQ(contents(below), "");
+    EXPECT_TRUE(exists(below));
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", path(L"a\\b\\d.txt")), u"0");
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", name + u"\\e\\f.txt"), u"$$-48");
+    for (const wchar_t* bad : {L"cut.", L"cut ", L"cut. .", L"n\\cut ", L"n\\folder\\"}) {
+        EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", path(bad)), u"$$-37");
+        EXPECT_FALSE(exists(path(L"cut")));
+        EXPECT_FALSE(exists(path(L"n")));
+    }
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"", u""), u"$$-50");
+    EXPECT_EQ(run(u"VlFile_CreateFile", u"", u"$$-43"), u"$$-4299");
+    EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt")}), u"$$-120");
+    EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt"), option(1)}), u"0");
+    EXPECT_TRUE(exists(path(L"s\\t.txt")));
+}
+
+TEST_F(Tree, CreatesFoldersToAnyDepth) {
+    make_folder(L"one");
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"one\\two\\three")), u"0");
+    EXPECT_TRUE(exists(path(L"one\\two\\three")));
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"one\\two\\three\\")), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"four\\five\\")), u"0");
+    EXPECT_TRUE(exists(path(L"four\\five")));
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", file(L"file.txt")), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"file.txt\\below")), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"six.\\")), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"six \\seven")), u"$$-37");
+    EXPECT_FALSE(exists(path(L"six")));
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", u""), u"$$-50");
+    EXPECT_EQ(step(u"Create Folder", {path(L"eight\\nine")}), u"0");
+    EXPECT_TRUE(exists(path(L"eight\\nine")));
+
+    const std::u16string deep = deep_path(500);
+    ASSERT_GT(deep.size(), 1500u);
+    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", deep), u"0");
+    EXPECT_TRUE(exists(u"\\\\?\\" + deep));
+}
+
+TEST_F(Tree, DeletesFiles) {
+    const std::u16string one = file(L"\xD83D\xDE00.txt");
+    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", one), u"0");
+    EXPECT_FALSE(exists(one));
+    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", one), u"$$-43");
+    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", make_folder(L"folder")), u"$$-47");
+    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", u""), u"$$-50");
+    const std::u16string read_only = file(L"read-only.txt");
+    SetFileAttributesW(as_wide(read_only), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(run(u"VlFile_DeleteFile", u"-forceDelete", read_only), u"$$-47");
+    EXPECT_TRUE(exists(read_only));
+    SetFileAttributesW(as_wide(read_only), FILE_ATTRIBUTE_NORMAL);
+    {
+        const UniqueFile held = hold(read_only);
+        EXPECT_EQ(run(u"VlFile_DeleteFile", u"", read_only), u"$$-47");
+    }
+    EXPECT_EQ(step(u"Delete file", {read_only}), u"0");
+    EXPECT_FALSE(exists(read_only));
+}
+
+TEST_F(Tree, CopiesFilesAndReplacesNothing) {
+    const std::u16string source = file(L"source.txt", "new");
+    const std::u16string target = file(L"target.txt", "old");
+    const std::u16string copy = path(L"\xD83D\xDE00.txt");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, target), u"$$-48");
+    EXPECT_EQ(contents(target), "old");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, source), u"$$-48");
+    EXPECT_EQ(contents(source), "new");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, make_folder(L"folder")), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", path(L"none"), copy), u"$$-43");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, path(L"none\\copy")), u"$$-120");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, path(L"cut.")), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", path(L"folder"), copy), u"$$-47");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, u""), u"$$-50");
+    EXPECT_EQ(items_in_folder(), 3u);
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", u"filewin:/" + source, copy), u"0");
+    EXPECT_EQ(contents(copy), "new");
+    EXPECT_EQ(step(u"Copy File", {source, path(L"by step.txt")}), u"0");
+    EXPECT_EQ(contents(path(L"by step.txt")), "new");
+    const UniqueFile held = hold(source);
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, path(L"held.txt")), u"$$-47");
+    EXPECT_FALSE(exists(path(L"held.txt")));
+}
+
+TEST_F(Tree, MovesFilesAndReplacesNothing) {
+    std::u16string source = file(L"source.txt", "new");
+    const std::u16string target = file(L"target.txt", "old");
+    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, target), u"$$-48");
+    EXPECT_EQ(contents(target), "old");
+    EXPECT_EQ(run(u"VlFile_MoveFile", u"", path(L"none"), target), u"$$-43");
+    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"none\\moved")), u"$$-120");
+    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"cut ")), u"$$-37");
+    {
+        const UniqueFile held = hold(source);
+        EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"moved")), u"$$-47");
+    }
+    EXPECT_EQ(contents(source), "new");
+    make_folder(L"folder");
+    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"folder\\\xD83D\xDE00")), u"0");
+    EXPECT_FALSE(exists(source));
+    source = path(L"folder\\\xD83D\xDE00");
+    SetFileAttributesW(as_wide(source), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(step(u"Move File", {source, path(L"back.txt"), option(0)}), u"0");
+    EXPECT_EQ(contents(path(L"back.txt")), "new");
+    SetFileAttributesW(folder.path(L"back.txt").c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(Tree, FilesReachLongPaths) {
+    const std::u16string deep = deep_path(120);
+    ASSERT_GT(deep.size(), 300u);
+    ASSERT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", deep + u"\\a.txt"), u"0");
+    const std::u16string source = file(L"source.txt", "long");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, deep + u"\\a.txt"), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, deep + u"\\b.txt"), u"0");
+    EXPECT_EQ(run(u"VlFile_MoveFile", u"", deep + u"\\b.txt", deep + u"\\c.txt"), u"0");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", deep + u"\\a.txt", deep + u"\\c.txt"), u"0");
+    EXPECT_EQ(contents(u"\\\\?\\" + deep + u"\\a.txt"), "long");
+    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", deep + u"\\a.txt"), u"0");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", deep, deep + u" moved"), u"0");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", deep + u" moved"), u"$$-47"); // holds a file
+
+    // The shell's operation takes no such paths: a clear code, and nothing was done.
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, deep + u" moved"), u"$$206");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"deep")), u"$$206");
+    EXPECT_TRUE(exists(u"\\\\?\\" + deep + u" moved\\c.txt"));
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"deep"), path(L"copy")), u"$$206");
+    EXPECT_FALSE(exists(path(L"copy")));
+}
+
+TEST_F(Tree, FileFunctionsNoteWhatTheyDo) {
+    const std::u16string source = file(L"source.txt");
+    call(u"VlFile_Control", {Value(u"-AddToDebugLog=true")});
+    host::debug_log().take();
+    run(u"VlFile_CopyFile", u"", source, path(L"copy.txt"));
+    EXPECT_EQ(host::debug_log().take(), "IN CopyMoveFile\rCopyMoveFile sourceFileTxt NOERR \r");
+    run(u"VlFile_MoveFile", u"", path(L"none.txt"), path(L"copy.txt"));
+    EXPECT_EQ(host::debug_log().take(),
+              "IN CopyMoveFile\rCopyMoveFile Error in TxtToParentFSSpecAndFileName \r");
+    run(u"VlFile_MoveFolder", u"", source, path(L"copy"));
+    EXPECT_EQ(host::debug_log().take(), "DoCopyFolder001A errFSNotAFolder \r");
+    call(u"VlFile_Control", {Value(u"-AddToDebugLog=false")});
+    host::debug_log().take();
+}
+
+TEST_F(Tree, MovesFoldersButNotIntoThemselves) {
+    const std::u16string source = make_folder(L"Source");
+    file(L"Source\\a.txt", "moved");
+    make_folder(L"Source\\sub");
+    for (const wchar_t* inside :
+         {L"Source", L"source\\", L"SOURCE\\sub\\new", L"Source\\new", L"x\\..\\Source\\new"})
+        EXPECT_EQ(run(u"VlFile_MoveFolder", u"", source, path(inside)), u"$$-122");
+    std::u16string slashes = path(L"Source\\new");
+    std::ranges::replace(slashes, u'\\', u'/');
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", source, slashes), u"$$-122");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", source + u"\\", path(L"Source sibling\\")), u"0");
+    EXPECT_FALSE(exists(source));
+    EXPECT_EQ(contents(path(L"Source sibling\\a.txt")), "moved");
+
+    const std::u16string sibling = path(L"Source sibling");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, make_folder(L"there")), u"$$-48");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", file(L"file.txt"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, path(L"new.")), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, path(L"none\\new")), u"$$-120");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", u"$$-43", path(L"new")), u"$$-4299");
+    EXPECT_EQ(step(u"Move Folder", {sibling, path(L"by step")}), u"0");
+    EXPECT_TRUE(exists(path(L"by step\\sub")));
+}
+
+TEST_F(Tree, CopiesFolders) {
+    const std::u16string source = make_folder(L"source");
+    make_folder(L"source\\sub \xD83D\xDE00");
+    file(L"source\\sub \xD83D\xDE00\\a.txt", "copied");
+    file(L"source\\b.txt", "too");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source + u"\\", path(L"copy\\")), u"0");
+    EXPECT_EQ(contents(path(L"copy\\sub \xD83D\xDE00\\a.txt")), "copied");
+    EXPECT_EQ(contents(path(L"source\\b.txt")), "too");
+    EXPECT_EQ(step(u"Copy Folder", {source, make_folder(L"there")}), u"0");
+    EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "too");
+
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, source), u"$$125");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"Source\\copy")), u"$$125");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"")), u"$$113");
+    EXPECT_FALSE(exists(path(L"source\\copy")));
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"source\\b.txt"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"new ")), u"$$-37");
+
+    // Where nobody can be asked, nothing is replaced.
+    start({.application_type = server});
+    file(L"there\\source\\b.txt", "kept");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"there")), u"$$-48");
+    EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "kept");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"by server")), u"0");
+    EXPECT_EQ(contents(path(L"by server\\b.txt")), "too");
+}
+
+TEST_F(Tree, DeletesFolders) {
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", path(L"none")), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"none")), u"$$-37");
+    const std::u16string one = file(L"file.txt");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", one), u"$$-120");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, one + u"\\"), u"$$-120");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"*")), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", u""), u"$$-50");
+    EXPECT_TRUE(exists(one));
+
+    const std::u16string full = make_folder(L"full");
+    const std::u16string inside = file(L"full\\a.txt");
+    make_folder(L"full\\sub \xD83D\xDE00");
+    file(L"full\\sub \xD83D\xDE00\\b.txt");
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"-forceDelete", full), u"$$-47");
+    EXPECT_EQ(step(u"Delete Folder", {full, option(0)}), u"$$-47");
+    EXPECT_TRUE(exists(inside));
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, full + u"\\"), u"0");
+    EXPECT_FALSE(exists(full));
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", make_folder(L"empty") + u"\\"), u"0");
+    EXPECT_EQ(step(u"Delete Folder", {make_folder(L"empty")}), u"0");
+    EXPECT_FALSE(exists(path(L"empty")));
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, u"C:\\"), u"$$-47");
+    EXPECT_TRUE(exists(u"C:\\windows"));
+
+    // What is in use stays and is reported.
+    make_folder(L"used");
+    const UniqueFile held = hold(file(L"used\\held.txt"));
+    start({.application_type = server});
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"used")), u"$$-47");
+    EXPECT_TRUE(exists(path(L"used\\held.txt")));
+}
+
+TEST_F(Tree, NobodyConfirmsOnAServerHost) {
+    const std::u16string full = make_folder(L"full");
+    const std::u16string inside = file(L"full\\a.txt");
+    for (const std::uint8_t type : {server, server_sase}) {
+        start({.application_type = type});
+        EXPECT_EQ(run(u"VlFile_DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
+                  u"$$-1");
+        EXPECT_EQ(step(u"Delete Folder", {full, option(1)}), u"$$-1");
+        EXPECT_TRUE(exists(inside));
+    }
+    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, full), u"0");
+    EXPECT_FALSE(exists(full));
+}
+
+bool runs_in_wine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+std::wstring unix_path(const std::wstring& path) {
+    using Convert = char*(CDECL*)(const wchar_t*);
+    const auto convert = reinterpret_cast<Convert>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    char* const name = convert(path.c_str());
+    std::wstring result(name, name + std::strlen(name));
+    HeapFree(GetProcessHeap(), 0, name);
+    return result;
+}
+
+// A junction; in Wine, which makes none, a symbolic link of the system below.
+bool make_link(const std::wstring& link, const std::wstring& target) {
+    std::wstring command = L"cmd.exe /c mklink /J \"" + link + L"\" \"" + target + L"\"";
+    if (runs_in_wine())
+        command = L"Z:\\bin\\ln -s \"" + unix_path(target) + L"\" \"" +
+                  unix_path(link.substr(0, link.rfind(L'\\'))) + L"/" +
+                  link.substr(link.rfind(L'\\') + 1) + L"\"";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
+                        nullptr, &startup, &process))
+        return false;
+    const UniqueHandle handle(process.hProcess);
+    CloseHandle(process.hThread);
+    WaitForSingleObject(handle.get(), INFINITE);
+    for (int i = 0; i < 200; ++i, Sleep(10)) // programs of the system below are not waited for
+        if (GetFileAttributesW(link.c_str()) != INVALID_FILE_ATTRIBUTES)
+            return true;
+    return false;
+}
+
+TEST_F(Tree, LinksAreNotFollowed) {
+    make_folder(L"kept");
+    const std::u16string kept = file(L"kept\\a.txt");
+    make_folder(L"full");
+    const std::u16string beside = file(L"full\\b.txt");
+    make_folder(L"full\\sub");
+    ASSERT_TRUE(make_link(folder.path(L"full\\sub\\link"), folder.path(L"kept")));
+    ASSERT_TRUE(make_link(folder.path(L"link"), folder.path(L"kept")));
+    // Wine cannot remove such a link; then nothing else is deleted either.
+    const bool stays = runs_in_wine();
+    for (const wchar_t* name : {L"full", L"link"}) {
+        EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(name)), stays ? u"$$-47" : u"0");
+        EXPECT_EQ(exists(path(name)), stays);
+        EXPECT_TRUE(exists(kept));
+    }
+    EXPECT_EQ(exists(beside), stays);
+}
+
+TEST_F(Tree, ExchangesFiles) {
+    const std::u16string first = file(L"first \xD83D\xDE00.txt", "1");
+    const std::u16string second = file(L"second.txt", "2");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"0");
+    EXPECT_EQ(contents(first), "2");
+    EXPECT_EQ(contents(second), "1");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, first), u"0");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", second, path(L"SECOND.txt")), u"0");
+    EXPECT_EQ(contents(second), "1");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", path(L"none"), second), u"$$-43");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, path(L"none")), u"$$-43");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, u""), u"$$-50");
+    {
+        const UniqueFile held = hold(second);
+        EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"$$-47");
+    }
+    EXPECT_EQ(step(u"Exchange Files", {first, second}), u"0");
+    EXPECT_EQ(contents(first), "1");
+    EXPECT_EQ(items_in_folder(), 2u);
+}
+
+TEST_F(Tree, AnExchangeThatFailsHalfwayKeepsBothFiles) {
+    const std::u16string first = file(L"first.txt", "1");
+    const std::u16string second = file(L"second.a.txt", "2");
+    const UniqueFile held = hold(first);
+    call(u"VlFile_Control", {Value(u"-AddToDebugLog=true")});
+    host::debug_log().take();
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"$$-47");
+    const std::string note = host::debug_log().take();
+    call(u"VlFile_Control", {Value(u"-AddToDebugLog=false")});
+    host::debug_log().take();
+    EXPECT_TRUE(exists(first));
+    EXPECT_FALSE(exists(second));
+    std::wstring left;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        if (entry.path() != to_wide(first))
+            left = entry.path().wstring();
+    EXPECT_EQ(read_file(left), "2");
+    EXPECT_TRUE(left.starts_with(folder.path(L"second.a_tmp")));
+    EXPECT_TRUE(left.ends_with(L".txt"));
+    EXPECT_NE(note.find("second.a_tmp"), std::string::npos);
+}
+
+TEST_F(Tree, ExchangesBetweenVolumesOnlyWhenAllowed) {
+    const std::u16string first = file(L"first.txt", "1");
+    wchar_t current[MAX_PATH];
+    GetCurrentDirectoryW(MAX_PATH, current);
+    if (std::towlower(current[0]) == std::towlower(folder.path()[0]))
+        GTEST_SKIP() << "one volume only";
+    const std::u16string second = to_utf16(current) + u"\\vell_exchange_" +
+                                  to_utf16(std::to_wstring(GetCurrentProcessId())) + u".txt";
+    {
+        const UniqueFile other(CreateFileW(as_wide(second), GENERIC_WRITE, 0, nullptr,
+                                           CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        DWORD done = 0;
+        ASSERT_TRUE(WriteFile(other.get(), "2", 1, &done, nullptr));
+    }
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"$$-1303");
+    EXPECT_EQ(step(u"Exchange Files", {first, second, option(0)}), u"$$-1303");
+    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"-AllowDifferentVolumes", first, second), u"0");
+    EXPECT_EQ(contents(first), "2");
+    EXPECT_EQ(contents(second), "1");
+    EXPECT_EQ(step(u"Exchange Files", {first, second, option(1)}), u"0");
+    EXPECT_EQ(contents(first), "1");
+    DeleteFileW(as_wide(second));
+}
+
+TEST_F(Tree, TemporaryCopiesStandInTheTemporaryFolder) {
+    const files::NativePath source{file(L"source.txt", "copied"), {}};
+    files::FileSystem& system = files::system_files();
+    const auto first = files::make_temporary_copy(system, source);
+    const auto second = files::make_temporary_copy(system, source, u"jpeg");
+    ASSERT_TRUE(first && second);
+    wchar_t temporary[MAX_PATH + 1];
+    GetTempPathW(MAX_PATH + 1, temporary);
+    EXPECT_TRUE(first->wide.starts_with(to_utf16(temporary) + u"VELLTEMP{"));
+    EXPECT_TRUE(first->wide.ends_with(u"}.tmp"));
+    EXPECT_TRUE(second->wide.ends_with(u"}.jpeg"));
+    EXPECT_EQ(first->wide.size(), std::wcslen(temporary) + 8 + 38 + 4);
+    EXPECT_EQ(contents(second->wide), "copied");
+    EXPECT_TRUE(system.remove(*first) && system.remove(*second));
+    const auto none = files::make_temporary_copy(system, {path(L"none"), {}});
+    EXPECT_EQ(none.error(), ErrorCode::NotFound);
+}
+
+// Answers the question that comes up, and keeps its text.
+struct Answer {
+    WPARAM button;
+    std::wstring text = {};
+    std::wstring title = L"?";
+    std::atomic<bool> done = false;
+
+    static BOOL CALLBACK look_at(HWND window, LPARAM argument) {
+        auto& answer = *reinterpret_cast<Answer*>(argument);
+        DWORD process = 0;
+        GetWindowThreadProcessId(window, &process);
+        wchar_t buffer[500];
+        GetClassNameW(window, buffer, 500);
+        if (process != GetCurrentProcessId() || std::wstring_view(buffer) != L"#32770")
+            return TRUE;
+        GetWindowTextW(window, buffer, 500);
+        answer.title = buffer;
+        for (HWND part = GetWindow(window, GW_CHILD); part; part = GetWindow(part, GW_HWNDNEXT)) {
+            GetWindowTextW(part, buffer, 500);
+            if (std::wcslen(buffer) > answer.text.size())
+                answer.text = buffer;
+        }
+        PostMessageW(window, WM_COMMAND, answer.button, 0);
+        return FALSE;
+    }
+    static DWORD WINAPI watch(void* argument) {
+        auto& answer = *static_cast<Answer*>(argument);
+        for (int i = 0; i < 6000 && !answer.done; ++i, Sleep(10))
+            EnumWindows(look_at, reinterpret_cast<LPARAM>(argument));
+        return 0;
+    }
+};
+
+TEST_F(Tree, AsksBeforeContentsAreDeleted) {
+    // The cut at 25 characters would split the last one.
+    const std::wstring name = L"A name of twenty-four ch\xD83D\xDE00 and more";
+    const std::u16string full = make_folder(name);
+    const std::u16string inside = file(name + L"\\a.txt");
+    const HWND probe = CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr,
+                                     nullptr, nullptr, nullptr);
+    if (!probe)
+        GTEST_SKIP() << "no display";
+    DestroyWindow(probe);
+    for (const bool agree : {false, true}) {
+        Answer answer{.button = agree ? WPARAM{IDOK} : WPARAM{IDCANCEL}};
+        const UniqueHandle watcher(CreateThread(nullptr, 0, Answer::watch, &answer, 0, nullptr));
+        EXPECT_EQ(agree ? step(u"Delete Folder", {full, option(1)})
+                        : run(u"VlFile_DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
+                  agree ? u"0" : u"$$-1");
+        answer.done = true;
+        WaitForSingleObject(watcher.get(), INFINITE);
+        EXPECT_EQ(answer.title, L"");
+        EXPECT_EQ(answer.text,
+                  L"Do you really want to delete the folder \"A name of twenty-four ch\" and its "
+                  L"contents? All its files and subdirectories will be deleted. This can not be "
+                  L"undone.");
+        EXPECT_EQ(exists(inside), !agree);
+    }
+}
+
+} // namespace
+} // namespace vell::test
