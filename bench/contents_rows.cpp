@@ -4,8 +4,6 @@
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 
-#include <psapi.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -53,12 +51,6 @@ void read_and_convert(const std::wstring& path) {
     FM_Text_Delete(text, &status);
 }
 
-std::size_t peak_bytes() {
-    PROCESS_MEMORY_COUNTERS counters{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    return counters.PeakWorkingSetSize;
-}
-
 } // namespace
 
 std::vector<Row> contents_rows() {
@@ -68,9 +60,9 @@ std::vector<Row> contents_rows() {
     write_sample(path);
 
     FunctionCall call(4223, {u"-Encoding=UTF8", to_utf16(path)});
-    const std::size_t before = peak_bytes();
+    const std::size_t before = peak_memory();
     call.run();
-    const std::size_t ours_peak = peak_bytes() - before;
+    const std::size_t ours_peak = peak_memory() - before;
     const std::uint32_t units = host_call(FM_Text_GetSize, host::text_of(call.result()));
     const auto clear = [&] {
         host_call(FM_Data_Clear, call.result(), std::int32_t{1});

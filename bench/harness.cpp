@@ -1,5 +1,9 @@
 #include "bench/harness.h"
 
+#include <windows.h>
+
+#include <psapi.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -45,6 +49,12 @@ Timing compare(const std::function<void()>& ours, const std::function<void()>& p
                                                   static_cast<double>(peer_calls) * 1e9);
     }
     return best;
+}
+
+std::size_t peak_memory() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PeakWorkingSetSize;
 }
 
 bool print_table(const std::vector<Row>& rows) {

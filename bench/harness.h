@@ -1,6 +1,7 @@
 // Times two pieces of work against each other and prints their ratio.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -23,6 +24,9 @@ struct Timing {
 };
 Timing compare(const std::function<void()>& ours, const std::function<void()>& peer,
                int rounds = 15);
+
+// Bytes of memory that the process has used at most so far.
+std::size_t peak_memory();
 
 // Prints the rows as a Markdown table; true when every row is within its goal.
 bool print_table(const std::vector<Row>& rows);

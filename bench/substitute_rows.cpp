@@ -6,8 +6,6 @@
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 
-#include <psapi.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -65,12 +63,6 @@ void copy_bare(const std::wstring& from, const std::wstring& to) {
         write_all(target, buffer.data(), done);
 }
 
-std::size_t peak_bytes() {
-    PROCESS_MEMORY_COUNTERS counters{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    return counters.PeakWorkingSetSize;
-}
-
 } // namespace
 
 std::vector<Row> substitute_rows() {
@@ -94,9 +86,9 @@ std::vector<Row> substitute_rows() {
         DeleteFileW(target.c_str());
         FunctionCall call(substitute_id,
                           {c.switches, to_utf16(source), to_utf16(target), c.search, u"Note"});
-        const std::size_t before = peak_bytes();
+        const std::size_t before = peak_memory();
         call.run();
-        const std::size_t ours_peak = peak_bytes() - before;
+        const std::size_t ours_peak = peak_memory() - before;
         const Timing timing = compare(
             [&] {
                 DeleteFileW(target.c_str());
