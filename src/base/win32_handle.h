@@ -54,6 +54,11 @@ struct HandleKind {
     static HANDLE empty() { return nullptr; }
     static void close(HANDLE handle) { CloseHandle(handle); }
 };
+struct FindKind {
+    using Type = HANDLE;
+    static HANDLE empty() { return INVALID_HANDLE_VALUE; }
+    static void close(HANDLE handle) { FindClose(handle); }
+};
 struct ModuleKind {
     using Type = HMODULE;
     static HMODULE empty() { return nullptr; }
@@ -62,6 +67,7 @@ struct ModuleKind {
 
 using UniqueFile = UniqueResource<FileKind>;
 using UniqueHandle = UniqueResource<HandleKind>; // processes, threads, events
+using UniqueFind = UniqueResource<FindKind>;     // searches of FindFirstFileW
 using UniqueModule = UniqueResource<ModuleKind>;
 
 } // namespace vell

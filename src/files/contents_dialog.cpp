@@ -3,6 +3,7 @@
 #include "src/files/contents.h"
 #include "src/files/defaults.h"
 #include "src/files/file_dialog.h"
+#include "src/files/written_text.h"
 
 namespace vell::files {
 namespace {
@@ -17,12 +18,6 @@ constexpr std::size_t prompt_position = 1;
 constexpr std::size_t folder_position = 2;
 constexpr std::size_t encoding_position = 3;
 constexpr std::size_t line_endings_position = 4;
-
-TextEncoding encoding_of(Call& call, const SwitchSet& switches) {
-    const std::int32_t option = call.step_option(encoding_position);
-    return option == Call::not_given ? params::contents_encoding_of(switches, TextEncoding::Native)
-                                     : static_cast<TextEncoding>(option);
-}
 
 LineEndings line_endings_of(Call& call, const SwitchSet& switches) {
     const std::int32_t option = call.step_option(line_endings_position);
@@ -49,7 +44,8 @@ Result<void> contents_dialog(Call& call) {
         dialog.initial_folder = VELL_TRY(call.path(folder_position, {.as_folder = true})).wide;
 
     const NativePath chosen{VELL_TRY(select_file(dialog)), std::nullopt};
-    return give_contents(call, system_files(), chosen, encoding_of(call, switches),
+    return give_contents(call, system_files(), chosen,
+                         chosen_encoding(call, encoding_position, TextEncoding::Native),
                          line_endings_of(call, switches));
 }
 

@@ -10,13 +10,6 @@
 namespace vell::files {
 namespace {
 
-struct FindKind {
-    using Type = HANDLE;
-    static HANDLE empty() { return INVALID_HANDLE_VALUE; }
-    static void close(HANDLE handle) { FindClose(handle); }
-};
-using UniqueFind = UniqueResource<FindKind>;
-
 void assign(std::u16string& text, const wchar_t* wide) {
     text.assign(reinterpret_cast<const char16_t*>(wide), std::wcslen(wide));
 }

@@ -13,13 +13,6 @@
 namespace vell::files {
 namespace {
 
-struct FindKind {
-    using Type = HANDLE;
-    static HANDLE empty() { return INVALID_HANDLE_VALUE; }
-    static void close(HANDLE handle) { FindClose(handle); }
-};
-using UniqueFind = UniqueResource<FindKind>;
-
 constexpr std::wstring_view verbatim = L"\\\\?\\";
 constexpr std::wstring_view verbatim_network = L"\\\\?\\UNC\\";
 

@@ -20,7 +20,7 @@ struct TextToWrite {
 
 TextToWrite text_to_write(Call& call, std::size_t text_index) {
     // A step's options stand behind its text.
-    const TextEncoding encoding = writing_encoding(call, text_index + 1, TextEncoding::Native);
+    const TextEncoding encoding = chosen_encoding(call, text_index + 1, TextEncoding::Native);
     const LineEndings line_endings =
         params::line_endings_of(call.switches(), call.step_option(text_index + 2));
     TextToWrite result{call.text(text_index), encoding};

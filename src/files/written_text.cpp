@@ -6,7 +6,7 @@ using params::Call;
 using params::TextEncoding;
 using params::Unencodable;
 
-TextEncoding writing_encoding(Call& call, std::size_t step_index, TextEncoding otherwise) {
+TextEncoding chosen_encoding(Call& call, std::size_t step_index, TextEncoding otherwise) {
     const std::int32_t option = call.step_option(step_index);
     if (option != Call::not_given)
         return static_cast<TextEncoding>(option);
