@@ -3,7 +3,6 @@
 #include "src/files/contents.h"
 #include "src/files/defaults.h"
 #include "src/files/file_dialog.h"
-#include "src/files/written_text.h"
 
 namespace vell::files {
 namespace {
@@ -45,7 +44,8 @@ Result<void> contents_dialog(Call& call) {
 
     const NativePath chosen{VELL_TRY(select_file(dialog)), std::nullopt};
     return give_contents(call, system_files(), chosen,
-                         chosen_encoding(call, encoding_position, TextEncoding::Native),
+                         params::contents_encoding_of(switches, TextEncoding::Native,
+                                                      call.step_option(encoding_position)),
                          line_endings_of(call, switches));
 }
 

@@ -42,9 +42,10 @@ Result<void> insert_contents(Call& call, FileSystem& files) {
     const RewrittenFile file = VELL_TRY(rewritten_file(call, 1, 2));
     const auto position = static_cast<std::uint64_t>(std::max<std::int64_t>(call.number(4), 0));
     const params::SwitchSet switches = call.switches();
-    const TextEncoding encoding = switches.has("-UTF8Charset")
-                                      ? TextEncoding::Utf8
-                                      : chosen_encoding(call, 5, TextEncoding::Native);
+    const TextEncoding encoding =
+        switches.has("-UTF8Charset")
+            ? TextEncoding::Utf8
+            : params::contents_encoding_of(switches, TextEncoding::Native, call.step_option(5));
     std::u16string text = call.text(3);
     params::convert_line_endings(text, params::line_endings_of(switches, call.step_option(6)));
     const std::string bytes = VELL_TRY(encode_contents(call, text, encoding));
@@ -65,9 +66,10 @@ Result<void> substitute(Call& call, FileSystem& files) {
     if (call.parameter_count() < 5)
         return Failure{ErrorCode::BadParameter};
     const RewrittenFile file = VELL_TRY(rewritten_file(call, 1, 2));
-    const TextEncoding encoding = chosen_encoding(call, 6, TextEncoding::Utf8);
-    const bool ignore_case =
-        call.is_step() ? call.step_option(5) == 1 : call.switches().has("IgnoreCase");
+    const params::SwitchSet switches = call.switches();
+    const TextEncoding encoding =
+        params::contents_encoding_of(switches, TextEncoding::Utf8, call.step_option(6));
+    const bool ignore_case = call.is_step() ? call.step_option(5) == 1 : switches.has("IgnoreCase");
     const std::string search = VELL_TRY(call.encode(call.text(3), encoding, Unencodable::Replace));
     if (search.empty())
         return Failure{ErrorCode::BadParameter};

@@ -71,10 +71,8 @@ Result<CommandSettings> settings_of(Call& call) {
     settings.wait_after_exit = wait_after_exit(switches, call.step_option(wait_after_exit_option));
     settings.show_window = flag(show_window_option, switches.has("-ShowCommandWindow"));
     settings.wait_on_result = flag(wait_option, !switches.has("-DontWaitOnResult"));
-    const std::int32_t encoding = call.step_option(encoding_option);
-    settings.encoding = encoding == Call::not_given
-                            ? params::contents_encoding_of(switches, settings.encoding)
-                            : static_cast<TextEncoding>(encoding);
+    settings.encoding = params::contents_encoding_of(switches, settings.encoding,
+                                                     call.step_option(encoding_option));
     return settings;
 }
 

@@ -20,9 +20,11 @@ struct TextToWrite {
 
 TextToWrite text_to_write(Call& call, std::size_t text_index) {
     // A step's options stand behind its text.
-    const TextEncoding encoding = chosen_encoding(call, text_index + 1, TextEncoding::Native);
+    const params::SwitchSet switches = call.switches();
+    const TextEncoding encoding = params::contents_encoding_of(switches, TextEncoding::Native,
+                                                               call.step_option(text_index + 1));
     const LineEndings line_endings =
-        params::line_endings_of(call.switches(), call.step_option(text_index + 2));
+        params::line_endings_of(switches, call.step_option(text_index + 2));
     TextToWrite result{call.text(text_index), encoding};
     params::convert_line_endings(result.text, line_endings);
     return result;

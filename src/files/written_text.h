@@ -1,4 +1,4 @@
-// The encoding of a call, and its texts on their way into a file.
+// Texts of a call on their way into a file.
 #pragma once
 
 #include "src/params/call.h"
@@ -6,10 +6,6 @@
 #include <string>
 
 namespace vell::files {
-
-// The encoding that a step's option names, where it is given, or the switches.
-params::TextEncoding chosen_encoding(params::Call& call, std::size_t step_index,
-                                     params::TextEncoding otherwise);
 
 // Bytes of a text for a file's contents. A character that Mac Roman lacks is ParameterUnreadable;
 // in the other encodings it is replaced.

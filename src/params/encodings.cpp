@@ -1,5 +1,6 @@
 #include "src/params/encodings.h"
 
+#include "src/params/call.h"
 #include "src/params/switches.h"
 
 namespace vell::params {
@@ -67,6 +68,12 @@ TextEncoding contents_encoding_of(const SwitchSet& switches, TextEncoding otherw
     if (switches.has("-Encoding=BytesOnly"))
         return TextEncoding::BytesOnly;
     return encoding_of(switches, otherwise);
+}
+
+TextEncoding contents_encoding_of(const SwitchSet& switches, TextEncoding otherwise,
+                                  std::int32_t list_value) {
+    return list_value == Call::not_given ? contents_encoding_of(switches, otherwise)
+                                         : static_cast<TextEncoding>(list_value);
 }
 
 } // namespace vell::params

@@ -64,4 +64,8 @@ TextEncoding encoding_of(const SwitchSet& switches, TextEncoding otherwise);
 // "-Encoding=BytesOnly"; it precedes every other name.
 TextEncoding contents_encoding_of(const SwitchSet& switches, TextEncoding otherwise);
 
+// The same where a script step's "Encoding" value decides, unless it is Call::not_given.
+TextEncoding contents_encoding_of(const SwitchSet& switches, TextEncoding otherwise,
+                                  std::int32_t list_value);
+
 } // namespace vell::params
