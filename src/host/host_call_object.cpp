@@ -5,6 +5,7 @@
 #include "src/host/debug_log.h"
 #include "src/host/main_window.h"
 #include "src/host/plugin_state.h"
+#include "src/host/styled_text.h"
 
 #include <algorithm>
 #include <vector>
@@ -29,7 +30,11 @@ void append_bytes_as_characters(Text& text, std::string_view bytes) {
 }
 
 void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
-    if (piece.encoding == TextEncoding::BytesOnly) {
+    if (!piece.style.empty()) {
+        Text decoded;
+        decoded.assign_bytes(piece.bytes, piece.encoding);
+        append_styled(text, decoded.to_utf16(), text_style(piece.style));
+    } else if (piece.encoding == TextEncoding::BytesOnly) {
         append_bytes_as_characters(text, piece.bytes);
     } else if (is_first) {
         text.assign_bytes(piece.bytes, piece.encoding); // the common case: no second copy

@@ -18,10 +18,12 @@
 
 namespace vell::params {
 
-// Bytes of text and the encoding to read them in.
+// Bytes of text, the encoding to read them in, and keywords of the style to show them in, such as
+// "bold red"; without keywords the text is as the field has it.
 struct EncodedText {
     std::string_view bytes;
     TextEncoding encoding;
+    std::string_view style = {};
 };
 
 // Takes bytes piece by piece; its failure ends the giving.

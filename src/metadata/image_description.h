@@ -1,0 +1,12 @@
+// The size, depth and resolution of an image, from its header: JPEG, PNG, GIF, BMP and TIFF.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/files/buffered_reader.h"
+#include "src/metadata/metadata_text.h"
+
+namespace vell::metadata {
+
+Result<void> describe_image(files::BufferedReader& file, MetadataText& text);
+
+} // namespace vell::metadata

@@ -1,0 +1,41 @@
+// What a call of VlFile_GetMetaData asks of the readers of an image's metadata.
+#pragma once
+
+#include "src/params/encodings.h"
+
+#include <cstdint>
+
+namespace vell::metadata {
+
+// What is wanted of a block of tags (TIFF 6.0, Exif 2.3).
+struct ExifReadOptions {
+    bool want_iptc = false;
+    bool want_exif = false; // IFD0, the Exif and the Interoperability IFD
+    bool want_xmp = false;
+    bool want_gps = false;
+    bool raw_values = false;     // rationals as fractions, UNDEFINED values byte for byte
+    bool hide_maker_note = true; // tag 37500
+};
+
+enum class IccSelector : std::int32_t {
+    None = 0,
+    Description = 500,
+    Name = 600,
+    LocalizedName = 601,
+};
+
+struct MetadataRequest {
+    ExifReadOptions exif;
+    bool want_comment = false;
+    bool want_image_url = false;
+    bool text_chunks = false; // a PNG is read for its tEXt chunks instead of its eXIf chunk
+    bool all_application_records = false;
+    bool detect_utf8 = true; // IPTC that declares itself UTF-8 is read so
+    IccSelector icc = IccSelector::None;
+    bool verbose_icc = false; // "-VerboseLevel=2"
+    bool icc_as_xml = false;  // "-Format=XML"
+    bool first_icc_language = false;
+    params::TextEncoding source = params::TextEncoding::Native; // of texts without a declared one
+};
+
+} // namespace vell::metadata

@@ -1,0 +1,76 @@
+#include "src/metadata/metadata_text.h"
+
+#include "src/base/bytes.h"
+#include "src/base/utf8.h"
+
+#include <algorithm>
+
+namespace vell::metadata {
+namespace {
+
+bool is_ascii(std::string_view bytes) {
+    return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// The encodings in which bytes below 128 are what they are in ASCII.
+bool extends_ascii(TextEncoding encoding) {
+    switch (encoding) {
+    case TextEncoding::ShiftJisMac:
+    case TextEncoding::KoreanMac:
+    case TextEncoding::KoreanJohab:
+    case TextEncoding::ChineseTradMac:
+    case TextEncoding::ChineseSimpMac:
+        return false;
+    default:
+        return true;
+    }
+}
+
+} // namespace
+
+MetadataText::Piece& MetadataText::piece(TextEncoding encoding, std::string_view style) {
+    const bool joins = encoding == TextEncoding::Utf8 && !pieces_.empty() &&
+                       pieces_.back().encoding == encoding && pieces_.back().style == style;
+    if (!joins)
+        pieces_.push_back({{}, encoding, style});
+    return pieces_.back();
+}
+
+void MetadataText::append(std::string_view ascii) {
+    append_styled(ascii, {});
+}
+
+void MetadataText::append_styled(std::string_view ascii, std::string_view style) {
+    if (ascii.empty())
+        return;
+    piece(TextEncoding::Utf8, style).bytes += ascii;
+    size_ += ascii.size();
+}
+
+void MetadataText::append(std::string_view bytes, TextEncoding encoding) {
+    if (bytes.empty())
+        return;
+    const bool plain = extends_ascii(encoding) && is_ascii(bytes);
+    piece(plain ? TextEncoding::Utf8 : encoding, {}).bytes += bytes;
+    size_ += bytes.size();
+}
+
+void MetadataText::append_utf16(std::string_view bytes, ByteOrder order) {
+    std::u16string units;
+    for (std::size_t at = 0; const auto unit = load<std::uint16_t>(bytes, at, order); at += 2) {
+        if (*unit == 0)
+            break;
+        units += static_cast<char16_t>(*unit);
+    }
+    append(utf8_from_utf16(units));
+}
+
+std::vector<params::EncodedText> MetadataText::encoded() const {
+    std::vector<params::EncodedText> pieces;
+    pieces.reserve(pieces_.size());
+    for (const Piece& piece : pieces_)
+        pieces.push_back({piece.bytes, piece.encoding, piece.style});
+    return pieces;
+}
+
+} // namespace vell::metadata

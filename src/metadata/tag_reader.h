@@ -1,0 +1,35 @@
+// Reads a block of tags, which is a TIFF file or what follows the Exif identifier in other files,
+// and renders the tags that it knows as tagged text: a section word with the tag's number, the
+// value, and "##END" with the number, separated by carriage returns.
+//
+// Two readers give the same text but for a few deliberate differences (docs/decisions.md): one
+// works on a file, the other on a block in memory.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/files/buffered_reader.h"
+#include "src/metadata/metadata_request.h"
+#include "src/metadata/metadata_text.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vell::metadata {
+
+// The file's position is that of the TIFF header. ShortRead when there is no header,
+// CorruptStructure for offsets and types that cannot be; the text keeps what was read before.
+Result<void> read_tags(files::BufferedReader& file, const ExifReadOptions& options,
+                       TextEncoding source, MetadataText& text);
+
+Result<void> read_tags(std::string_view block, const ExifReadOptions& options, TextEncoding source,
+                       MetadataText& text);
+
+// The raw bytes of the first entry of that number in IFD0. NothingFound when there is none,
+// CorruptStructure for an offset before the entry; no more than the file holds is allocated.
+Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag);
+
+// "II" or "MM" at the file's start and an IFD0 offset: whether the file is read as TIFF.
+bool has_tiff_header(std::string_view first_bytes);
+
+} // namespace vell::metadata
