@@ -14,6 +14,7 @@ constexpr GetItemName item_names[] = {
     {u"CurrentTimestamp", GetItem::CurrentTimestamp},
     {u"DesktopPath", GetItem::DesktopPath},
     {u"DocumentsPath", GetItem::DocumentsPath},
+    {u"FilePath", GetItem::FilePath},
     {u"InstalledFMPlugins", GetItem::InstalledFMPlugins},
     {u"SystemDrive", GetItem::SystemDrive},
     {u"SystemPlatform", GetItem::SystemPlatform},

@@ -42,6 +42,7 @@ enum class GetItem : std::uint8_t {
     CurrentTimestamp,
     DesktopPath,
     DocumentsPath,
+    FilePath,
     InstalledFMPlugins,
     SystemDrive,
     SystemPlatform,

@@ -80,6 +80,8 @@ Value host_answer(GetItem item, const PluginHost& host) {
         return known_folder(CSIDL_DESKTOPDIRECTORY);
     case GetItem::DocumentsPath:
         return known_folder(CSIDL_PERSONAL);
+    case GetItem::FilePath: // the session knows it
+        return Value();
     case GetItem::InstalledFMPlugins:
         return installed_plugins(host);
     case GetItem::SystemDrive:

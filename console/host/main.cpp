@@ -57,6 +57,13 @@ void pump_window_messages() {
     }
 }
 
+// As the host writes the path of an open solution.
+std::u16string file_path_of(const std::u16string& name) {
+    const std::filesystem::path path = std::filesystem::absolute(std::filesystem::path(name));
+    const std::u16string generic = path.generic_u16string();
+    return (generic.starts_with(u"//") ? u"file:" : u"file:/") + generic;
+}
+
 void send_idle_messages(const CommandLine& command_line, PluginHost& host) {
     if (!host.identity().wants_idle())
         return;
@@ -80,6 +87,7 @@ ExitCode Run::perform() {
         const std::string name = utf8_from_utf16(command_line_.subject);
         std::ifstream file(std::filesystem::path(command_line_.subject), std::ios::binary);
         if (file) {
+            session_.set_current_file(file_path_of(command_line_.subject));
             statements(file, name);
         } else {
             write_error("vellhost: there is no readable file " + name + "\n");

@@ -89,7 +89,7 @@ Result<Value, std::string> Session::call(const ExternalFunction& function,
 }
 
 Value Session::get(GetItem item) {
-    return host_answer(item, host_);
+    return item == GetItem::FilePath ? Value(current_file_) : host_answer(item, host_);
 }
 
 Result<Value, std::string> Session::container_from_file(std::u16string_view path) {

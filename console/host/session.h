@@ -28,6 +28,9 @@ class Session : private ExternalFunctions, private HostServices {
     CalcResult<StatementOutcome> run(std::u16string_view statement);
     CalcResult<Value> run_step(std::u16string_view name, std::span<const StepArgument> arguments);
 
+    // What Get( FilePath ) answers: empty at first.
+    void set_current_file(std::u16string file_path) { current_file_ = std::move(file_path); }
+
     Variables& variables() { return variables_; }
 
   private:
@@ -47,6 +50,7 @@ class Session : private ExternalFunctions, private HostServices {
     PluginHost& host_;
     std::vector<ExternalFunction> functions_;
     Variables variables_;
+    std::u16string current_file_;
 };
 
 } // namespace vell::console

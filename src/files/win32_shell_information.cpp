@@ -2,6 +2,7 @@
 #include "src/base/win32_text.h"
 #include "src/files/information.h"
 #include "src/files/item_properties.h"
+#include "src/files/path_to.h"
 #include "src/files/shell_information.h"
 
 #include <objbase.h>
@@ -44,6 +45,15 @@ Result<std::u16string> preferred_languages() {
 }
 
 } // namespace
+
+Result<std::u16string> program_path() {
+    std::wstring path(32'767, L'\0'); // the longest path that Windows knows
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0)
+        return Failure{last_error()};
+    path.resize(length);
+    return to_utf16(path);
+}
 
 Result<void> get_file_kind(Call& call) {
     if (call.parameter_count() < 2)

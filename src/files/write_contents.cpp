@@ -1,6 +1,7 @@
 #include "src/files/write_contents.h"
 
 #include "src/files/defaults.h"
+#include "src/files/rewriting.h"
 #include "src/files/write_turn.h"
 #include "src/files/written_text.h"
 
@@ -30,16 +31,8 @@ TextToWrite text_to_write(Call& call, std::size_t text_index) {
     return result;
 }
 
-Result<void> set_length(File& file, std::uint64_t length) {
+Result<void> cut_to(File& file, std::uint64_t length) {
     VELL_TRY(file.seek(SeekFrom::Start, static_cast<std::int64_t>(length)));
-    return file.set_end_of_file();
-}
-
-Result<void> replace_all(File& file, std::uint64_t old_length, std::string_view bytes) {
-    if (bytes.size() > old_length)
-        VELL_TRY(set_length(file, bytes.size())); // so that a full disk shows before any loss
-    VELL_TRY(file.seek(SeekFrom::Start, 0));
-    VELL_TRY(file.write(bytes));
     return file.set_end_of_file();
 }
 
@@ -49,19 +42,28 @@ Result<void> add_at_end(File& file, std::string_view bytes) {
     return file.set_end_of_file();
 }
 
-Result<void> write_text(Call& call, FileSystem& files, const NativePath& path,
-                        const TextToWrite& content, Place place) {
+// Writes the end of the file: false, with nothing written, when there are contents to be replaced.
+Result<bool> write_end(FileSystem& files, const NativePath& path, std::string_view bytes,
+                       Place place) {
     const WriteTurn turn = VELL_TRY(WriteTurn::take(path));
     const std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
-    const std::string bytes = VELL_TRY(encode_contents(call, content.text, content.encoding));
     const std::uint64_t old_length = VELL_TRY(file->size());
-    const bool grows = place == Place::AtEnd || bytes.size() > old_length;
-    const Result<void> done =
-        place == Place::AtEnd ? add_at_end(*file, bytes) : replace_all(*file, old_length, bytes);
-    if (!done && grows)
-        static_cast<void>(set_length(*file, old_length)); // the first failure is the one to report
+    if (place == Place::InsteadOfAll && old_length > 0)
+        return false;
+    const Result<void> done = add_at_end(*file, bytes);
+    if (!done)
+        static_cast<void>(cut_to(*file, old_length)); // the first failure is the one to report
     VELL_TRY(done);
     VELL_TRY(file->close());
+    return true;
+}
+
+Result<void> write_text(Call& call, FileSystem& files, const NativePath& path,
+                        const TextToWrite& content, Place place) {
+    const std::string bytes = VELL_TRY(encode_contents(call, content.text, content.encoding));
+    if (!VELL_TRY(write_end(files, path, bytes, place)))
+        VELL_TRY(rewrite(call, files, {path, std::nullopt},
+                         [&](File&, File& to) { return to.write(bytes); }));
     call.set_done();
     return {};
 }

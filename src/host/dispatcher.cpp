@@ -38,10 +38,17 @@ ErrorCode refusal() {
     return disabled_state().is_set() ? ErrorCode::FunctionsDisabled : ErrorCode::Ok;
 }
 
+// What the host hands over with each call.
+struct HostArguments {
+    const fm::ExprEnv* environment;
+    const fm::DataVect* parameters;
+    fm::Data* result;
+};
+
 // Runs the body; what it throws becomes its code.
-ErrorCode run(const Entry& entry, const fm::DataVect* parameters, fm::Data* result) {
+ErrorCode run(const Entry& entry, const HostArguments& given) {
     try {
-        HostCallObject call(parameters, result, entry.is_step);
+        HostCallObject call(given.environment, given.parameters, given.result, entry.is_step);
         const Result<void> outcome = entry.body(call);
         return outcome ? ErrorCode::Ok : outcome.error();
     } catch (const std::bad_alloc&) {
@@ -67,31 +74,30 @@ fm::Errcode report(fm::Data* result, ErrorCode code) {
     }
 }
 
-fm::Errcode serve(std::int16_t id, const fm::DataVect* parameters, fm::Data* result) {
+fm::Errcode serve(std::int16_t id, const HostArguments& given) {
     log_call("External function called. functionID: ", id);
     const std::optional<Entry> entry = find_entry(id);
     if (!entry || entry->served != Served::Always) {
         if (const ErrorCode code = refusal(); code != ErrorCode::Ok)
-            return report(result, code);
+            return report(given.result, code);
     }
     if (!entry)
         return 0;
-    const fm::Errcode errcode = report(result, run(*entry, parameters, result));
+    const fm::Errcode errcode = report(given.result, run(*entry, given));
     log_call("External function end. functionID: ", id);
     return errcode;
 }
 
 struct GuardedArguments {
     std::int16_t id;
-    const fm::DataVect* parameters;
-    fm::Data* result;
+    HostArguments given;
     fm::Errcode errcode = 0;
 };
 
 void serve_guarded(void* arguments) {
     auto& call = *static_cast<GuardedArguments*>(arguments);
     try {
-        call.errcode = serve(call.id, call.parameters, call.result);
+        call.errcode = serve(call.id, call.given);
     } catch (...) { // the log's own allocations
         call.errcode = static_cast<fm::Errcode>(number(ErrorCode::OutOfMemory));
     }
@@ -99,9 +105,9 @@ void serve_guarded(void* arguments) {
 
 } // namespace
 
-fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv*, const fm::DataVect* parameters,
-                     fm::Data* result) {
-    GuardedArguments arguments{id, parameters, result};
+fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
+                     const fm::DataVect* parameters, fm::Data* result) {
+    GuardedArguments arguments{id, {environment, parameters, result}};
     guarded_call(serve_guarded, &arguments);
     return arguments.errcode;
 }

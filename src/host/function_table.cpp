@@ -11,6 +11,7 @@
 #include "src/files/folder_operations.h"
 #include "src/files/information.h"
 #include "src/files/listing.h"
+#include "src/files/path_to.h"
 #include "src/files/shell.h"
 #include "src/files/shell_information.h"
 #include "src/files/tree.h"
@@ -109,7 +110,7 @@ constexpr FunctionRow rows[] = {
     {4243, 1, 3, all_dialogs, "VlFile_GetPathTo( switches ; desiredFilename ; fileSize )",
      "Returns the path to an object, at the moment the path to the FileMaker application or the "
      "current FileMaker file.",
-     not_available},
+     files::get_path_to},
     {4244, 2, 2, all_dialogs, "VlFile_GetResForkSize( switches ; filePath )",
      "Returns the size of the resource fork for the file specified by the filePath.",
      files::get_resource_fork_size},

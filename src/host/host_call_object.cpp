@@ -47,8 +47,9 @@ void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
 
 } // namespace
 
-HostCallObject::HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step)
-    : parameters_(parameters), result_(result), is_step_(is_step) {}
+HostCallObject::HostCallObject(const fm::ExprEnv* environment, const fm::DataVect* parameters,
+                               fm::Data* result, bool is_step)
+    : environment_(environment), parameters_(parameters), result_(result), is_step_(is_step) {}
 
 bool HostCallObject::is_server_host() const {
     return host::is_server_host(plugin_state().application_type);
@@ -141,6 +142,15 @@ Result<void> HostCallObject::read_container(std::size_t index, const params::Byt
     if (!is_container(index))
         return Failure{ErrorCode::NotFound};
     return read_main_stream(parameters_.container(static_cast<std::uint32_t>(index)), sink);
+}
+
+Result<std::u16string> HostCallObject::evaluate(std::u16string_view calculation) {
+    const Text expression(calculation);
+    Data value;
+    if (host_call(FM_ExprEnv_Evaluate, environment_, expression.get(), value.get()) != 0)
+        return Failure{ErrorCode::NotAvailable};
+    const fm::Text* text = text_of(value.get());
+    return text ? to_utf16(text) : std::u16string();
 }
 
 void HostCallObject::set_text(std::u16string_view text) {

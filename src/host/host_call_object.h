@@ -8,8 +8,9 @@ namespace vell::host {
 
 class HostCallObject : public params::Call {
   public:
-    // The host owns both objects; they outlive the call.
-    HostCallObject(const fm::DataVect* parameters, fm::Data* result, bool is_step);
+    // The host owns the objects; they outlive the call.
+    HostCallObject(const fm::ExprEnv* environment, const fm::DataVect* parameters, fm::Data* result,
+                   bool is_step);
 
     bool is_step() const override { return is_step_; }
     bool is_server_host() const override;
@@ -26,6 +27,8 @@ class HostCallObject : public params::Call {
     bool is_container(std::size_t index) override;
     Result<void> read_container(std::size_t index, const params::ByteSink& sink) override;
 
+    Result<std::u16string> evaluate(std::u16string_view calculation) override;
+
     void set_text(std::u16string_view text) override;
     void set_literal(std::string_view ascii) override;
     void set_number(std::int64_t value) override;
@@ -38,6 +41,7 @@ class HostCallObject : public params::Call {
   private:
     const fm::Text* host_text(std::size_t index) const;
 
+    const fm::ExprEnv* environment_;
     ParameterVector parameters_;
     fm::Data* result_;
     bool is_step_;

@@ -77,6 +77,10 @@ class Call {
     Result<std::uint32_t> byte_count(std::size_t index);
     Result<NativePath> path(std::size_t index, const PathUse& use = {});
 
+    // The value, as text, of a calculation in the host's language, in the context of the call.
+    // NotAvailable when the host does not evaluate it.
+    virtual Result<std::u16string> evaluate(std::u16string_view calculation) = 0;
+
     // Results: each sets the call's one result, the last one counts. A body that fails returns its
     // code instead and sets nothing; one that succeeds without data calls set_done.
     virtual void set_text(std::u16string_view text) = 0;

@@ -95,6 +95,10 @@ VlFile_GetContents( "" ; "utf8.txt" )
 step "Enable/Disable Vell File Plug-in" [ 2 ; "wrong" ]
 step "Enable/Disable Vell File Plug-in" [ 2 ; "secret" ]
 Left( VlFile_GetContents( "-Encoding=UTF8" ; "utf8.txt" ) ; 5 )
+$here = VlFile_GetPathTo( "currentFileName" )
+Left( $here ; 3 ) & VlFile_GetFileName( "" ; $here )
+VlFile_Exists( "" ; $here )
+VlFile_GetFileName( "" ; VlFile_GetPathTo( "currentApplication" ) )
 END
 vellhost --file steps.txt --check-leaks
 check 'steps: exit code, an error result' 1 "$code"
@@ -102,7 +106,10 @@ check 'steps' "0
 \$\$-4220
 \$\$-4218
 0
-héllo" "$(cat out)"
+héllo
+Z:\\steps.txt
+1
+vellhost.exe" "$(cat out)"
 
 # One calculation.
 vellhost 'VlFile_GetContents( "-Encoding=UTF8" ; "utf8.txt" ) & ¶'

@@ -33,6 +33,10 @@ class FakeCall : public params::Call {
 
     // Makes the call that of a step.
     void set_step_option(std::size_t index, std::int32_t value) { step_options_[index] = value; }
+    // What the host makes of a calculation.
+    void set_calculation(std::u16string calculation, std::u16string value) {
+        calculations_.insert_or_assign(std::move(calculation), std::move(value));
+    }
     // Lines for the debug log.
     const std::vector<std::string>& notes() const { return notes_; }
 
@@ -78,6 +82,13 @@ class FakeCall : public params::Call {
         return Failure{ErrorCode::NotFound};
     }
 
+    Result<std::u16string> evaluate(std::u16string_view calculation) override {
+        const auto found = calculations_.find(std::u16string(calculation));
+        if (found == calculations_.end())
+            return Failure{ErrorCode::NotAvailable};
+        return found->second;
+    }
+
     void set_text(std::u16string_view text) override { result_ = std::u16string(text); }
     void set_literal(std::string_view ascii) override {
         result_ = std::u16string(ascii.begin(), ascii.end());
@@ -101,6 +112,7 @@ class FakeCall : public params::Call {
   private:
     std::vector<std::u16string> parameters_;
     std::map<std::size_t, std::int32_t> step_options_;
+    std::map<std::u16string, std::u16string> calculations_;
     std::vector<std::string> notes_;
     std::optional<std::u16string> result_;
     std::vector<params::TextEncoding> encodings_;

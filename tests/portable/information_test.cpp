@@ -1,6 +1,7 @@
 // Attributes, types, sizes and names, over properties in memory.
 #include "src/files/attributes.h"
 #include "src/files/information.h"
+#include "src/files/path_to.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_files.h"
 
@@ -237,6 +238,31 @@ TEST(Information, NamesAndExtensionsAreThoseOfTheLastComponent) {
     }
     FakeCall one_parameter({u"file.txt"});
     EXPECT_EQ(result_of(one_parameter, get_file_name), "$$-50");
+}
+
+TEST(PathTo, FindsTheProgramAndTheSolution) {
+    const auto program = [] {
+        return std::u16string(u"C:\\Host\\Host Pro.exe");
+    };
+    const struct {
+        const char16_t* switches;
+        const char16_t* file_path;
+        const char* expected;
+    } cases[] = {
+        {u"currentApplication", u"", "C:\\Host\\Host Pro.exe"},
+        {u"-currentappfolder", u"", "C:\\Host\\"},
+        {u"currentFileName", u"file:/C:/a b/\u00FC.fmp12", "C:\\a b\\\u00FC.fmp12"},
+        {u"currentFileName", u"file:///C:/x.fmp12", "C:\\x.fmp12"},
+        {u"currentFileName", u"file://server/share/x.fmp12", "\\\\server\\share\\x.fmp12"},
+        {u"currentFileName", u"fmnet:/10.0.0.1/x.fmp12", "$$-43"},
+        {u"currentFileName", u"", "$$-43"},
+        {u"current", u"", "$$-50"},
+    };
+    for (const auto& c : cases) {
+        FakeCall call({c.switches});
+        call.set_calculation(u"Get ( FilePath )", c.file_path);
+        EXPECT_EQ(result_of(call, [&](Call& of) { return get_path_to(of, program); }), c.expected);
+    }
 }
 
 } // namespace

@@ -143,7 +143,7 @@ TEST_F(HostValues, ParametersThatCannotBeEncodedAreReported) {
         FM_DataVect_PushBack(vector.get(), data.get(), &status);
     }
     const console::HostData result = console::make_data();
-    host::HostCallObject call(vector.get(), result.get(), false);
+    host::HostCallObject call(nullptr, vector.get(), result.get(), false);
     using enum params::Unencodable;
     EXPECT_EQ(*call.encode(call.text(1), TextEncoding::BytesOnly, Replace), "caf\xE9");
     EXPECT_EQ(*call.encode(call.text(2), TextEncoding::Utf8, Refuse), "\xE2\x82\xAC");
