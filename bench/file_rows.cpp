@@ -2,61 +2,18 @@
 // the bare Windows calls in this process.
 #include "bench/function_call.h"
 #include "bench/harness.h"
+#include "bench/peers.h"
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 
-#include <chrono>
 #include <functional>
 #include <string>
 
 namespace vell::bench {
 namespace {
 
-// Best of some rounds, in nanoseconds; `reset` runs untimed before each.
-double best_of(int rounds, const std::function<void()>& work,
-               const std::function<void()>& reset = {}) {
-    using Clock = std::chrono::steady_clock;
-    double best = 1e300;
-    for (int round = 0; round < rounds; ++round) {
-        if (reset)
-            reset();
-        const auto start = Clock::now();
-        work();
-        best =
-            std::min(best, std::chrono::duration<double, std::nano>(Clock::now() - start).count());
-    }
-    return best;
-}
-
-std::wstring environment(const wchar_t* name) {
-    std::wstring value(32'767, L'\0');
-    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
-    return value;
-}
-
-// Nanoseconds that the native tool took; 0 when bench/run did not time it.
-double native_ns(const wchar_t* name) {
-    const std::wstring value = environment(name);
-    return value.empty() ? 0 : std::stod(value);
-}
-
-std::wstring data_path(const wchar_t* name) {
-    return environment(L"VELL_BENCH_DATA") + L"\\" + name;
-}
-
-Row substitute_row(const char* name, std::u16string_view switches, std::u16string_view search,
-                   const wchar_t* native, double goal) {
-    const std::wstring target = data_path(L"substituted.txt");
-    FunctionCall call(
-        4283, {switches, to_utf16(data_path(L"text.txt")), to_utf16(target), search, u"Rechnung"});
-    const double ours = best_of(
-        3, [&] { call.run(); }, [&] { DeleteFileW(target.c_str()); });
-    DeleteFileW(target.c_str());
-    return {name, ours, native_ns(native), goal, "peer: sed, native"};
-}
-
 Row hash_row(const char* name, std::u16string_view switches, const wchar_t* native) {
-    FunctionCall call(4301, {switches, to_utf16(data_path(L"text.txt"))});
+    FunctionCall call(4301, {switches, to_utf16(sample_path(L"text.txt"))});
     return {name, best_of(3, [&] { call.run(); }), native_ns(native), 1.0, "peer: the native tool"};
 }
 
@@ -74,19 +31,32 @@ void bare_walk(const std::wstring& folder) {
     FindClose(search);
 }
 
-Row listing_row() {
-    const std::wstring folder = data_path(L"tree\\");
+struct Times {
+    double ours;
+    double bare;
+};
+
+Times time_listing(const std::wstring& folder) {
     FunctionCall call(4254, {u"files folders -recursive", to_utf16(folder)});
     call.run(); // the file system's caches are warm for both
-    const double ours = best_of(3, [&] { call.run(); });
-    const double peer = best_of(3, [&] { bare_walk(folder); });
-    return {"VlFile_ListFolder, 100,000 files in 100 folders", ours, peer, 1.3,
-            "peer: a bare find-first/find-next walk"};
+    return {best_of(3, [&] { call.run(); }), best_of(3, [&] { bare_walk(folder); })};
+}
+
+std::vector<Row> listing_rows() {
+    const Times tenth = time_listing(sample_path(L"tree\\"));
+    const Times whole = time_listing(sample_path(L"forest\\"));
+    return {{"VlFile_ListFolder, 100,000 files in 100 folders", tenth.ours, tenth.bare, 1.3,
+             "peer: a bare find-first/find-next walk"},
+            {"VlFile_ListFolder, 1,000,000 files in 1,000 folders", whole.ours, whole.bare, 1.3,
+             "the same"},
+            {"VlFile_ListFolder, ten times the entries", whole.ours, tenth.ours, 11.0,
+             "peer: itself on a tenth; the bare walk: " +
+                 std::to_string(whole.bare / tenth.bare).substr(0, 5)}};
 }
 
 Row copy_row() {
-    const std::wstring source = data_path(L"gigabyte.bin");
-    const std::wstring target = data_path(L"copied.bin");
+    const std::wstring source = sample_path(L"gigabyte.bin");
+    const std::wstring target = sample_path(L"copied.bin");
     FunctionCall call(4210, {u"", to_utf16(source), to_utf16(target)});
     const auto reset = [&] {
         DeleteFileW(target.c_str());
@@ -100,7 +70,7 @@ Row copy_row() {
 }
 
 Row append_row() {
-    const std::wstring target = data_path(L"appended.txt");
+    const std::wstring target = sample_path(L"appended.txt");
     DeleteFileW(target.c_str());
     UniqueFile(CreateFileW(target.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
     const std::u16string text(100, u'x');
@@ -144,34 +114,39 @@ void bare_pipe(std::wstring command) {
         continue;
 }
 
-Row shell_row() {
-    const std::wstring command = L"type \"" + data_path(L"hundred.txt") + L"\"";
-    FunctionCall call(4295, {u"-TimeoutSecs=600", to_utf16(command)});
-    const double ours = best_of(1, [&] { call.run(); });
-    const double peer = best_of(1, [&] { bare_pipe(L"cmd /c " + command); });
-    return {"VlFile_ExecuteShell, 100 MB of output", ours, peer, 2.0,
-            "peer: the same command into a pipe that is only read"};
+std::wstring own_program() {
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
+    return L"\"" + path + L"\"";
+}
+
+std::vector<Row> shell_rows() {
+    const auto time = [](const wchar_t* bytes) {
+        const std::wstring command = own_program() + L" --print " + bytes;
+        FunctionCall call(4295, {u"-TimeoutSecs=600", to_utf16(command)});
+        return Times{best_of(3, [&] { call.run(); }),
+                     best_of(3, [&] { bare_pipe(L"cmd /c " + command); })};
+    };
+    const auto tenth = time(L"10000000");
+    const auto whole = time(L"100000000");
+    return {{"VlFile_ExecuteShell, 100 MB of output", whole.ours, whole.bare, 2.0,
+             "peer: the same command into a pipe that is only read"},
+            {"VlFile_ExecuteShell, ten times the output", whole.ours, tenth.ours, 11.0,
+             "peer: itself on a tenth"}};
 }
 
 } // namespace
 
 std::vector<Row> file_rows() {
-    if (environment(L"VELL_BENCH_DATA").empty())
-        return {}; // started without bench/run
-    return {
-        substitute_row("VlFile_Substitute, 256 MiB, a few hits a kilobyte", u"", u"Invoice",
-                       L"VELL_SED_HITS", 0.7),
-        substitute_row("VlFile_Substitute, 256 MiB, no hit", u"", u"Zebra crossing",
-                       L"VELL_SED_NONE", 0.7),
-        substitute_row("VlFile_Substitute, IgnoreCase", u"IgnoreCase", u"iNVOICE", L"VELL_SED_CASE",
-                       0.3),
-        hash_row("VlFile_GetFileHash, SHA-1, 256 MiB", u"-SHA1", L"VELL_SHA1SUM"),
-        hash_row("VlFile_GetFileHash, MD5, 256 MiB", u"-MD5", L"VELL_MD5SUM"),
-        listing_row(),
-        copy_row(),
-        append_row(),
-        shell_row(),
-    };
+    if (!has_sample_files())
+        return {};
+    std::vector<Row> rows{hash_row("VlFile_GetFileHash, SHA-1, 256 MiB", u"-SHA1", L"VELL_SHA1SUM"),
+                          hash_row("VlFile_GetFileHash, MD5, 256 MiB", u"-MD5", L"VELL_MD5SUM"),
+                          copy_row(), append_row()};
+    for (auto more : {listing_rows, shell_rows})
+        for (Row& row : more())
+            rows.push_back(std::move(row));
+    return rows;
 }
 
 } // namespace vell::bench

@@ -36,6 +36,12 @@ long calls_in_a_round(const std::function<void()>& work) {
     }
 }
 
+PROCESS_MEMORY_COUNTERS memory_counters() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters;
+}
+
 } // namespace
 
 Timing compare(const std::function<void()>& ours, const std::function<void()>& peer, int rounds) {
@@ -51,10 +57,12 @@ Timing compare(const std::function<void()>& ours, const std::function<void()>& p
     return best;
 }
 
+std::size_t used_memory() {
+    return memory_counters().WorkingSetSize;
+}
+
 std::size_t peak_memory() {
-    PROCESS_MEMORY_COUNTERS counters{};
-    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    return counters.PeakWorkingSetSize;
+    return memory_counters().PeakWorkingSetSize;
 }
 
 bool print_table(const std::vector<Row>& rows) {

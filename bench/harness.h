@@ -25,7 +25,8 @@ struct Timing {
 Timing compare(const std::function<void()>& ours, const std::function<void()>& peer,
                int rounds = 15);
 
-// Bytes of memory that the process has used at most so far.
+// Bytes of memory that the process uses, and has used at most so far.
+std::size_t used_memory();
 std::size_t peak_memory();
 
 // Prints the rows as a Markdown table; true when every row is within its goal.

@@ -1,5 +1,6 @@
 #include "src/files/export_to_file.h"
 
+#include "src/files/path_parts.h"
 #include "src/files/write_turn.h"
 #include "src/files/written_text.h"
 
@@ -50,7 +51,7 @@ Result<void> export_to_file(Call& call, FileSystem& files) {
     const Replace replace = switches.has("-OverwriteExisting") ? Replace::Yes : Replace::No;
     if (replace == Replace::No && files.kind_of(target) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
-    VELL_TRY(check_new_name(target));
+    VELL_TRY(check_new_name(target.wide));
 
     const WriteTurn turn = VELL_TRY(WriteTurn::take(target));
     const NativePath beside = VELL_TRY(name_beside(files, target));

@@ -52,8 +52,7 @@ Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
         return Failure{ErrorCode::NotAFolder};
     }
     const NativePath target = VELL_TRY(call.path(2));
-    if (is_cut_by_windows(target.wide))
-        return Failure{ErrorCode::BadName};
+    VELL_TRY(check_new_name(target.wide));
     return FolderPaths{native(trimmed_source), native(without_trailing_separator(target.wide))};
 }
 

@@ -81,11 +81,13 @@ std::u16string_view parent_path(std::u16string_view path) {
     return path.size() == root_length(path) ? std::u16string_view() : path;
 }
 
-bool is_cut_by_windows(std::u16string_view path) {
+Result<void> check_new_name(std::u16string_view path) {
     const std::u16string_view name = last_name(path);
     if (name.empty() || name == u"." || name == u".." || is_verbatim(path))
-        return false;
-    return name.back() == u'.' || name.back() == u' ';
+        return {};
+    if (name.back() == u'.' || name.back() == u' ')
+        return Failure{ErrorCode::BadName};
+    return {};
 }
 
 } // namespace vell::files

@@ -2,6 +2,8 @@
 // separate names.
 #pragma once
 
+#include "src/base/result.h"
+
 #include <cstddef>
 #include <string_view>
 
@@ -19,8 +21,9 @@ std::u16string_view last_name(std::u16string_view path);
 // The path of the folder that holds the item; empty where that is a root or is not named.
 std::u16string_view parent_path(std::u16string_view path);
 
-// Whether the last name ends in dots or spaces that Windows would silently cut off, so that an item
-// of another name would be made. "." and ".." are whole names, and in a "\\?\" path nothing is cut.
-bool is_cut_by_windows(std::u16string_view path);
+// For items that are to be made: BadName when the last name ends in dots or spaces that Windows
+// would silently cut off, so that an item of another name would be made. "." and ".." are whole
+// names, and in a "\\?\" path nothing is cut.
+Result<void> check_new_name(std::u16string_view path);
 
 } // namespace vell::files

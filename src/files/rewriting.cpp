@@ -1,9 +1,9 @@
 #include "src/files/rewriting.h"
 
 #include "src/base/utf8.h"
+#include "src/files/path_parts.h"
 #include "src/files/temporary_copy.h"
 #include "src/files/write_turn.h"
-#include "src/files/written_text.h"
 
 #include <algorithm>
 #include <exception>
@@ -74,7 +74,7 @@ Result<void> write_new(FileSystem& files, File& from, const NativePath& path,
 Result<void> rewrite_to_new(FileSystem& files, const RewrittenFile& file,
                             const RewritingWork& work) {
     const NativePath& destination = *file.destination;
-    VELL_TRY(check_new_name(destination));
+    VELL_TRY(check_new_name(destination.wide));
     const WriteTurn turn = VELL_TRY(WriteTurn::take(destination));
     const std::unique_ptr<File> from = VELL_TRY(files.open(file.source, Permission::Read));
     VELL_TRY(files.create_new(destination));
@@ -105,10 +105,15 @@ Result<void> rewrite(Call& call, FileSystem& files, const RewrittenFile& file,
 }
 
 Result<void> BlockWriter::write(File& to, std::string_view bytes) {
-    if (gathered_.size() + bytes.size() > block_size) {
-        VELL_TRY(flush(to));
-        if (bytes.size() >= block_size)
-            return to.write(bytes);
+    while (gathered_.size() + bytes.size() >= block_size) {
+        const std::size_t room = block_size - gathered_.size();
+        if (gathered_.empty()) {
+            VELL_TRY(to.write(bytes.substr(0, block_size)));
+        } else {
+            gathered_.insert(gathered_.end(), bytes.begin(), bytes.begin() + room);
+            VELL_TRY(flush(to));
+        }
+        bytes.remove_prefix(room);
     }
     gathered_.insert(gathered_.end(), bytes.begin(), bytes.end());
     return {};

@@ -12,8 +12,8 @@
 
 namespace vell::files {
 
-// Bytes that are read or gathered at a time.
-inline constexpr std::size_t block_size = 64'000;
+// Bytes that are read or gathered at a time: whole pages, which the system writes fastest.
+inline constexpr std::size_t block_size = 256 * 1024;
 
 struct RewrittenFile {
     NativePath source;
@@ -37,7 +37,7 @@ using RewritingWork = std::function<Result<void>(File& from, File& to)>;
 Result<void> rewrite(params::Call& call, FileSystem& files, const RewrittenFile& file,
                      const RewritingWork& work);
 
-// Gathers small pieces into blocks.
+// Gathers pieces into whole blocks; only the last one that is flushed is shorter.
 class BlockWriter {
   public:
     BlockWriter() { gathered_.reserve(block_size); }

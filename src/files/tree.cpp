@@ -34,15 +34,13 @@ Result<NativePath> existing_file(Call& call, TreeSystem& tree, std::size_t index
 
 Result<NativePath> path_to_make(Call& call, std::size_t index) {
     NativePath path = VELL_TRY(call.path(index));
-    if (is_cut_by_windows(path.wide))
-        return Failure{ErrorCode::BadName};
+    VELL_TRY(check_new_name(path.wide));
     return path;
 }
 
 // A folder that must be there before another is made in it; one that is there already will do.
 Result<void> make_parent(TreeSystem& tree, const NativePath& path) {
-    if (is_cut_by_windows(path.wide))
-        return Failure{ErrorCode::BadName};
+    VELL_TRY(check_new_name(path.wide));
     const Result<void> made = tree.create_folder(path);
     if (!made && made.error() == ErrorCode::AlreadyExists &&
         tree.files().kind_of(path) == ItemKind::Folder)
@@ -111,8 +109,7 @@ Result<void> exchange(Call& call, TreeSystem& tree, const NativePath& first,
 } // namespace
 
 Result<void> make_folders(TreeSystem& tree, const NativePath& path) {
-    if (is_cut_by_windows(path.wide))
-        return Failure{ErrorCode::BadName};
+    VELL_TRY(check_new_name(path.wide));
     Result<void> made = tree.create_folder(path);
     // From the folder up to the first that can be made or is there, and down again.
     std::vector<NativePath> missing;

@@ -12,11 +12,4 @@ Result<std::string> encode_contents(Call& call, std::u16string_view text, TextEn
                                                           : Unencodable::Replace);
 }
 
-Result<void> check_new_name(const params::NativePath& path) {
-    const std::u16string_view name = path.wide;
-    if (name.ends_with(u'.') || name.ends_with(u' '))
-        return Failure{ErrorCode::BadName};
-    return {};
-}
-
 } // namespace vell::files

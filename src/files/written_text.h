@@ -12,8 +12,4 @@ namespace vell::files {
 Result<std::string> encode_contents(params::Call& call, std::u16string_view text,
                                     params::TextEncoding encoding);
 
-// BadName for a path that Windows would quietly make into another one, by cutting dots or spaces
-// off its end. For files that are to be made.
-Result<void> check_new_name(const params::NativePath& path);
-
 } // namespace vell::files

@@ -146,10 +146,10 @@ TEST(PathParts, SplitEveryFormOfAPath) {
         EXPECT_EQ(parent_path(c.path), c.parent);
         EXPECT_EQ(last_name(c.path), c.name);
     }
-    EXPECT_TRUE(is_cut_by_windows(u"C:\\a. \\"));
-    EXPECT_FALSE(is_cut_by_windows(u"C:\\a.\\b"));
-    EXPECT_FALSE(is_cut_by_windows(u"C:\\a\\.."));
-    EXPECT_FALSE(is_cut_by_windows(u"\\\\?\\C:\\a."));
+    EXPECT_FALSE(check_new_name(u"C:\\a. \\"));
+    EXPECT_TRUE(check_new_name(u"C:\\a.\\b"));
+    EXPECT_TRUE(check_new_name(u"C:\\a\\.."));
+    EXPECT_TRUE(check_new_name(u"\\\\?\\C:\\a."));
 }
 
 TEST(MakeFolders, GoesUpToWhatIsThereAndNoFurther) {

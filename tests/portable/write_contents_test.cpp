@@ -149,9 +149,9 @@ TEST(InsertContents, PutsTheTextBehindThePosition) {
             EXPECT_EQ(outcome(insert, "01234", {u"", u"f", destination, u"<>", position}),
                       expected);
     // Longer than a block on both sides.
-    const std::string contents(150'000, 'x');
-    EXPECT_EQ(outcome(insert, contents, {u"", u"f", u"", u"<>", u"70000"}),
-              std::string(70'000, 'x') + "<>" + std::string(80'000, 'x'));
+    const std::string contents(380'000, 'x');
+    EXPECT_EQ(outcome(insert, contents, {u"", u"f", u"", u"<>", u"300000"}),
+              std::string(300'000, 'x') + "<>" + std::string(80'000, 'x'));
 
     WritableFiles files;
     files.add(u"f", "01234");
@@ -202,14 +202,14 @@ TEST(SubstituteInFile, FollowsItsParameters) {
 // Matches on both sides of block ends, and more output than fits a block.
 TEST(SubstituteInFile, BlocksOfTheFileDoNotShow) {
     std::string contents;
-    while (contents.size() < 300'000)
+    while (contents.size() < 700'000)
         contents += "needle" + std::string(contents.size() % 97, 'e') + "needl";
     for (const char16_t* replacement : {u"", u"N", u"a longer text than the one it replaces"})
         EXPECT_EQ(outcome(replace, contents, {u"", u"f", u"", u"needle", replacement}),
                   reference::substitute(contents, "needle", utf8_from_utf16(replacement), false));
-    const std::u16string long_text(130'000, u'r');
+    const std::u16string long_text(300'000, u'r');
     EXPECT_EQ(outcome(replace, "a-b-c", {u"", u"f", u"", u"-", long_text}),
-              'a' + std::string(130'000, 'r') + 'b' + std::string(130'000, 'r') + 'c');
+              'a' + std::string(300'000, 'r') + 'b' + std::string(300'000, 'r') + 'c');
 }
 
 // A source of more than 4 GiB, whose bytes are never made, and targets that keep short writes only.
@@ -343,18 +343,18 @@ int fail_everywhere(const Scene& scene, const std::u16string& target,
 }
 
 TEST(InPlace, NoFailureLosesTheContents) {
-    const std::string text = std::string(70'000, '-') + "old" + std::string(70'000, '+');
+    const std::string text = std::string(300'000, '-') + "old" + std::string(300'000, '+');
     const Scene scenes[] = {
         {"insert",
          insert,
-         {u"", u"f", u"", u"new", u"70000"},
+         {u"", u"f", u"", u"new", u"300000"},
          text,
-         std::string(70'000, '-') + "newold" + std::string(70'000, '+')},
+         std::string(300'000, '-') + "newold" + std::string(300'000, '+')},
         {"substitute",
          replace,
          {u"", u"f", u"", u"old", u"new"},
          text,
-         std::string(70'000, '-') + "new" + std::string(70'000, '+')},
+         std::string(300'000, '-') + "new" + std::string(300'000, '+')},
         {"longer", set_file, {u"", u"f", u"longer text"}, "old", "longer text"},
         {"shorter", set_file, {u"", u"f", u"x"}, "old contents", "x"},
     };

@@ -1,0 +1,47 @@
+#include "bench/peers.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace vell::bench {
+namespace {
+
+std::wstring environment(const wchar_t* name) {
+    std::wstring value(32'767, L'\0');
+    value.resize(GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+    return value;
+}
+
+} // namespace
+
+bool has_sample_files() {
+    return !environment(L"VELL_BENCH_DATA").empty();
+}
+
+std::wstring sample_path(const wchar_t* name) {
+    return environment(L"VELL_BENCH_DATA") + L"\\" + name;
+}
+
+double native_ns(const wchar_t* name) {
+    const std::wstring value = environment(name);
+    return value.empty() ? 0 : std::stod(value);
+}
+
+double best_of(int rounds, const std::function<void()>& work, const std::function<void()>& reset) {
+    using Clock = std::chrono::steady_clock;
+    double best = std::numeric_limits<double>::max();
+    for (int round = 0; round < rounds; ++round) {
+        if (reset)
+            reset();
+        const auto start = Clock::now();
+        work();
+        best =
+            std::min(best, std::chrono::duration<double, std::nano>(Clock::now() - start).count());
+    }
+    return best;
+}
+
+} // namespace vell::bench

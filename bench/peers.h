@@ -1,0 +1,23 @@
+// Work that is timed once or a few times, against native tools that bench/run has timed before on
+// the same files, or against bare Windows calls in this process.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace vell::bench {
+
+// Whether bench/run has made the files to work on; without them such rows are left out.
+bool has_sample_files();
+// The path of one of these files, or of one to be made beside them.
+std::wstring sample_path(const wchar_t* name);
+
+// Nanoseconds that a native tool took, by the name of its variable; 0 when bench/run did not time
+// it.
+double native_ns(const wchar_t* name);
+
+// Best of some rounds, in nanoseconds; `reset` runs untimed before each.
+double best_of(int rounds, const std::function<void()>& work,
+               const std::function<void()>& reset = {});
+
+} // namespace vell::bench
