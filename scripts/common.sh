@@ -33,8 +33,9 @@ need_packages() {
 }
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
-    googletest wine64 wine)
-test_packages=("${build_packages[@]}" clang libclang-rt-14-dev xvfb xauth)
+    googletest wine64 wine dpkg-dev)
+test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb xauth python3
+    libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools)
 
 # build PRESET TARGET… [-- CMAKE-OPTION…]: configures where that is due and builds. Says so when it
 # takes more than a moment.
@@ -48,6 +49,10 @@ build() {
     done
     [ $# -gt 0 ] && shift
     mkdir -p "$root/build"
+    "$root/scripts/deflate64_source.sh" >"$log" 2>&1 || {
+        tail -30 "$log" >&2
+        die "A part of the source could not be fetched; the whole output is in build/$preset.log"
+    }
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "Building ($preset; a few minutes the first time)"
         (cd "$root" && cmake --preset "$preset" "$@") </dev/null >"$log" 2>&1 || {

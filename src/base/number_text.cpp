@@ -1,8 +1,8 @@
 #include "src/base/number_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdio>
 
 namespace vell {
 namespace {
@@ -24,9 +24,12 @@ std::string to_text(std::uint64_t value) {
 }
 
 std::string to_text(double value, int digits) {
-    std::array<char, 100> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.*g", digits, value);
-    return buffer.data();
+    // More digits than any number has, of which a long text keeps the first.
+    std::array<char, 1000> buffer;
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                   std::chars_format::general, std::min(digits, 800))
+                         .ptr;
+    return {buffer.data(), std::min(end, buffer.data() + 99)};
 }
 
 } // namespace vell

@@ -2,6 +2,7 @@
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 #include "src/files/file_access.h"
+#include "src/files/win32_file.h"
 #include "src/files/win32_path.h"
 
 #include <rpc.h>
@@ -101,7 +102,7 @@ class Win32FileSystem : public FileSystem {
                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
         if (!handle)
             return Failure{last_error()};
-        return std::make_unique<Win32File>(std::move(handle));
+        return file_over(std::move(handle));
     }
 
     Result<void> create_new(const NativePath& path) override {
@@ -169,6 +170,10 @@ class Win32FileSystem : public FileSystem {
 };
 
 } // namespace
+
+std::unique_ptr<File> file_over(UniqueFile handle) {
+    return std::make_unique<Win32File>(std::move(handle));
+}
 
 FileSystem& system_files() {
     static Win32FileSystem files;

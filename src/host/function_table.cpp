@@ -1,4 +1,5 @@
 // One row a function, in the order of registration.
+#include "src/archive/zip_functions.h"
 #include "src/files/attributes.h"
 #include "src/files/code_signature.h"
 #include "src/files/contents.h"
@@ -16,9 +17,12 @@
 #include "src/files/shell_information.h"
 #include "src/files/tree.h"
 #include "src/files/write_contents.h"
+#include "src/host/archive_functions.h"
 #include "src/host/fm_api.h"
 #include "src/host/plugin_functions.h"
 #include "src/host/registry.h"
+#include "src/metadata/get_metadata.h"
+#include "src/metadata/set_metadata.h"
 
 #include <algorithm>
 #include <array>
@@ -126,7 +130,7 @@ constexpr FunctionRow rows[] = {
     {4254, 2, 2, all_dialogs, "VlFile_ListFolder( switches ; folderPath )",
      "Lists what is inside a folder (directory).", files::list_folder},
     {4260, 2, 2, all_dialogs, "VlFile_GetMetaData( switches ; filePath )",
-     "Gets metadata out of a graphic file.", not_available},
+     "Gets metadata out of a graphic file.", metadata::get_metadata},
     {4261, 4, 6, all_dialogs,
      "VlFile_MountDisk( switches ; zone ; server ; disk; { username ; password } )",
      "Connect to a shared network volume, by mounting the disk.", not_available},
@@ -177,7 +181,7 @@ constexpr FunctionRow rows[] = {
      "Unmounts and ejects a remote or removable disk.", not_available},
     {4287, 4, 4, all_dialogs,
      "VlFile_SetMetaData( switches ; sourceFilePath ; destFilePath ; metadata )",
-     "Sets metadata into an image file.", not_available},
+     "Sets metadata into an image file.", metadata::set_metadata},
     {4291, 2, 2, all_dialogs, "VlFile_GetDateLastAccessed( switches ; filePath )",
      "Returns the date a file was accessed (opened) for the last time.", files::get_date_accessed},
     {4292, 2, 2, all_dialogs, "VlFile_GetTimeLastAccessed( switches ; filePath )",
@@ -260,14 +264,14 @@ constexpr FunctionRow rows[] = {
      "Gets the icon of a file and returns it as a PNG image.", not_available, Served::WhenEnabled,
      RegistrationGroup::Second},
     {4303, 3, 3, all_dialogs, "VlFile_CreateZip( switches ; sourceFilePath ; destZipFilePath )",
-     "create a ZIP file, from the specified file or folder.", not_available, Served::WhenEnabled,
-     RegistrationGroup::Second},
+     "create a ZIP file, from the specified file or folder.", archive::create_zip,
+     Served::WhenEnabled, RegistrationGroup::Second},
     {4304, 2, 3, all_dialogs,
      "VlFile_UnZip( switches ; sourceZipFilePath ; destinationFolderPath )",
-     "Expands a ZIP file into the specified folder.", not_available, Served::WhenEnabled,
+     "Expands a ZIP file into the specified folder.", unzip, Served::WhenEnabled,
      RegistrationGroup::Second},
     {4305, 2, 2, all_dialogs, "VlFile_GetZipInfo( switches ; zipFilePath )",
-     "Get information from a ZIP file.", not_available, Served::WhenEnabled,
+     "Get information from a ZIP file.", get_zip_info, Served::WhenEnabled,
      RegistrationGroup::Second},
 };
 

@@ -1,4 +1,5 @@
 // One row a script step, in the order of registration, with the parameters that the host shows.
+#include "src/archive/zip_functions.h"
 #include "src/files/contents_dialog.h"
 #include "src/files/attributes.h"
 #include "src/files/edit_contents.h"
@@ -7,8 +8,10 @@
 #include "src/files/shell.h"
 #include "src/files/tree.h"
 #include "src/files/write_contents.h"
+#include "src/host/archive_functions.h"
 #include "src/host/plugin_functions.h"
 #include "src/host/registry.h"
+#include "src/metadata/set_metadata.h"
 
 #include <algorithm>
 
@@ -190,7 +193,8 @@ constexpr StepRow rows[] = {
     {7212, "Create Folder", "Creates a new empty folder.", one_folder, files::create_folder},
     {7284, "Create Thumbnail", "Creates a thumbnail (a small image) from an image file.",
      create_thumbnail, not_available},
-    {7303, "Create Zip", "Creates a zip file from a file or folder.", create_zip, not_available},
+    {7303, "Create Zip", "Creates a zip file from a file or folder.", create_zip,
+     archive::create_zip},
     {7213, "Delete file", "Deletes a file.", one_file, files::delete_file},
     {7214, "Delete Folder", "Deletes a folder.", delete_folder, files::delete_folder},
     {7298, "Add DragAndDrop Handler",
@@ -226,7 +230,7 @@ constexpr StepRow rows[] = {
     {7311, "Set Finder Comment", "Sets the Finder comment of a file (Mac OS only).",
      set_finder_comment, not_available},
     {7287, "Set MetaData of Image File", "Writes metadata into an image file.", set_image_metadata,
-     not_available},
+     metadata::set_metadata},
     {7285, "Set Timestamp Created", "Sets the creation date and time of a file.", set_time_stamp,
      files::set_time_stamp_created},
     {7286, "Set Timestamp Modified", "Sets the modification date and time of a file.",
@@ -235,7 +239,7 @@ constexpr StepRow rows[] = {
      substitute_in_file, files::substitute},
     {7290, "Unmount Disk", "Unmounts and ejects a remote or removable disk.", unmount_disk,
      not_available},
-    {7304, "UnZip", "Expands a zip file into a folder.", unzip, not_available},
+    {7304, "UnZip", "Expands a zip file into a folder.", unzip, host::unzip},
     {7317, "Exchange Files", "Exchanges the contents of two files on the same disk.",
      exchange_files, files::exchange_files},
     {7320, "Set MetaData of Movie", "Writes metadata into a movie file.", set_movie_metadata,

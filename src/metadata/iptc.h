@@ -5,13 +5,15 @@
 #include "src/base/result.h"
 #include "src/metadata/metadata_text.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace vell::metadata {
 
 // Appends the datasets of record 2 as tagged text. Datasets are read in the source encoding, or as
-// UTF-8 where the envelope record declares that and `detect_utf8` is set.
-Result<void> decode_iptc(std::string_view block, bool detect_utf8, TextEncoding source,
-                         MetadataText& text);
+// UTF-8 where the envelope record declares that and `detect_utf8` is set; what is not UTF-8 then is
+// read in the native encoding. Gives back where in the block its datasets end.
+Result<std::size_t> decode_iptc(std::string_view block, bool detect_utf8, TextEncoding source,
+                                MetadataText& text);
 
 } // namespace vell::metadata

@@ -1,7 +1,9 @@
 // What a call of VlFile_GetMetaData asks of the readers of an image's metadata.
 #pragma once
 
+#include "src/base/result.h"
 #include "src/params/encodings.h"
+#include "src/params/switches.h"
 
 #include <cstdint>
 
@@ -13,7 +15,8 @@ struct ExifReadOptions {
     bool want_exif = false; // IFD0, the Exif and the Interoperability IFD
     bool want_xmp = false;
     bool want_gps = false;
-    bool raw_values = false;     // rationals as fractions, UNDEFINED values byte for byte
+    bool decimal_gps = false;    // latitudes and longitudes as signed decimal degrees
+    bool raw_values = false;     // rationals as fractions, UNDEFINED values never as UTF-8
     bool hide_maker_note = true; // tag 37500
 };
 
@@ -22,6 +25,37 @@ enum class IccSelector : std::int32_t {
     Description = 500,
     Name = 600,
     LocalizedName = 601,
+};
+
+// What is asked of a movie.
+enum class MovieSelector : std::int32_t {
+    None = 0,
+    TimeCodeBegin = 1,
+    TimeCodeEnd = 2,
+    TimeCodeCurrent = 3,
+    Duration = 4,
+    Width = 100,
+    Height = 101,
+    Rotation = 102,
+    FrameCount = 103,
+    IsValid = 104,
+    // From here on the boxes of the file answer.
+    AllMetadata = 500,
+    Boxes = 510,
+    Gps = 600,
+    CreationDate = 601,
+    Title = 602,
+    Comment = 703,
+    Copyright = 704,
+    DescriptionText = 705,
+    Information = 707,
+    Keywords = 708,
+    Software = 710,
+    Director = 711,
+    Year = 712,
+    EncodedBy = 713,
+    LoopSetting = 714,
+    LoopVariation = 715,
 };
 
 struct MetadataRequest {
@@ -36,6 +70,24 @@ struct MetadataRequest {
     bool icc_as_xml = false;  // "-Format=XML"
     bool first_icc_language = false;
     params::TextEncoding source = params::TextEncoding::Native; // of texts without a declared one
+
+    MovieSelector movie = MovieSelector::None;
+    bool movie_description = false;
+    bool image_description = false;
+    bool pdf_description = false;
+
+    // IPTC datasets, or the image URL.
+    bool wants_resources() const { return exif.want_iptc || want_image_url; }
+    // What the segments, chunks or tags of an image hold.
+    bool wants_segments() const {
+        return exif.want_exif || exif.want_xmp || exif.want_gps || want_comment ||
+               icc != IccSelector::None;
+    }
+    bool wants_movie() const { return movie != MovieSelector::None || movie_description; }
 };
+
+// The request that the switches make. BadParameter when they ask for nothing, or for positions as
+// decimal degrees and as raw values at once.
+Result<MetadataRequest> metadata_request_of(const params::SwitchSet& switches);
 
 } // namespace vell::metadata

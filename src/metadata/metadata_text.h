@@ -19,6 +19,9 @@ using params::TextEncoding;
 
 class MetadataText {
   public:
+    // The most that a result may hold, in characters; bytes are counted.
+    static constexpr std::uint64_t max_size = 0x7FFFFFFF;
+
     // Bytes in one encoding and style; `style` holds keywords such as "bold red".
     struct Piece {
         std::string bytes;

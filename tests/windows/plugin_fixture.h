@@ -45,7 +45,7 @@ class TemporaryFolder {
 
 std::string read_file(const std::wstring& path);
 
-class Plugin : public testing::Test {
+class Plugin : public ::testing::Test {
   public:
     static constexpr auto server_log = L"Vell Plugin FMServer.log";
     static constexpr auto web_log = L"Vell Plugin Web Engine.log";

@@ -1,0 +1,86 @@
+#!/bin/bash
+# Puts the source of a Debian package into the cache folder and prints where it is.
+#   scripts/source_package.sh NAME [MEMBER…]
+# Without members the whole source is unpacked, with Debian's patches. Members are names or patterns
+# inside the upstream archive, such as 'binutils-*/zlib/zlib.h'; only they are kept, their first
+# folder cut off, unpatched.
+#
+# The package comes from the machine's own Debian sources and is verified by apt. The apt
+# configuration is read, never changed: lists and downloads go to a temporary folder. What is in the
+# cache is not fetched again as long as this script and its arguments stay the same.
+set -eu
+[ $# -gt 0 ] || {
+    echo "usage: $0 NAME [MEMBER…]" >&2
+    exit 2
+}
+name=$1
+shift
+recipe=$({ cat "${BASH_SOURCE[0]}" && printf '%s\0' "$name" "$@"; } | sha256sum | cut -c 1-16)
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/vell-file/sources
+target=$cache/$name-$recipe
+[ -d "$target" ] && {
+    echo "$target"
+    exit
+}
+
+mkdir -p "$cache"
+exec 9>"$cache/$name-$recipe.lock"
+flock 9 # somebody else may be fetching it
+[ -d "$target" ] && {
+    echo "$target"
+    exit
+}
+unpacked=$(mktemp -d "$cache/unpacked.XXXXXX")
+private=$(mktemp -d) # apt's own user must be able to enter it
+trap 'rm -rf "$private" "$unpacked"' EXIT
+chmod 755 "$private" "$unpacked"
+mkdir -p "$private"/{sources,lists/partial,cache/archives/partial,download}
+
+# The machine's entries for this release, as entries of sources.
+release=$(. /etc/os-release && echo "${VERSION_CODENAME:?}")
+one_line='$1 == "deb" {
+    suite = $2 ~ /^\[/ ? 0 : 3
+    if (!suite) for (i = 2; i <= NF; ++i) if ($i ~ /\]$/) { suite = i + 2; break }
+    if (index($suite, release) == 1) { $1 = "deb-src"; print }
+}'
+paragraphs='BEGIN { RS = ""; FS = "\n" } {
+    wanted = enabled = 1
+    for (i = 1; i <= NF; ++i) {
+        if ($i ~ /^Suites:/) wanted = $i ~ "[: \t]" release
+        if ($i ~ /^Enabled:[ \t]*no/) enabled = 0
+        if ($i ~ /^Types:/) $i = "Types: deb-src"
+    }
+    if (wanted && enabled) { for (i = 1; i <= NF; ++i) if ($i !~ /^#/) print $i; print "" }
+}'
+for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    [ -f "$file" ] && awk -v release="$release" "$one_line" "$file"
+done >"$private/sources/machine.list"
+for file in /etc/apt/sources.list.d/*.sources; do
+    [ -f "$file" ] && awk -v release="$release" "$paragraphs" "$file" && echo
+done >"$private/sources/machine.sources"
+
+apt=(apt-get -q -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$private/sources"
+    -o Dir::State::Lists="$private/lists" -o Dir::Cache="$private/cache"
+    -o Acquire::Languages=none -o APT::Update::Post-Invoke-Success=)
+{
+    "${apt[@]}" update
+    cd "$private/download"
+    [ "$(id -u)" -ne 0 ] || chown _apt . 2>/dev/null || true
+    "${apt[@]}" source --only-source --download-only "$name"
+} >"$private/log" 2>&1 </dev/null || {
+    tail -20 "$private/log" >&2
+    echo "The source package $name could not be fetched." >&2
+    exit 1
+}
+
+if [ $# -eq 0 ]; then
+    dpkg-source --no-check --extract ./*.dsc "$unpacked/source" >"$private/log" 2>&1 || {
+        cat "$private/log" >&2
+        exit 1
+    }
+    mv "$unpacked/source" "$target"
+else
+    tar -xf ./*.orig.tar.* -C "$unpacked" --strip-components=1 --wildcards --no-same-owner "$@"
+    mv "$unpacked" "$target"
+fi
+echo "$target"

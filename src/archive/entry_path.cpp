@@ -1,0 +1,109 @@
+#include "src/archive/entry_path.h"
+
+#include "src/base/ascii.h"
+#include "src/base/utf8.h"
+
+#include <algorithm>
+
+namespace vell::archive {
+namespace {
+
+// Calls `visit` with each name between separators of either kind.
+template <typename Char, typename Visit>
+bool all_names(std::basic_string_view<Char> path, Visit visit) {
+    constexpr Char separators[] = {Char('/'), Char('\\'), Char(0)};
+    for (;;) {
+        const std::size_t end = path.find_first_of(separators);
+        if (!visit(path.substr(0, end)))
+            return false;
+        if (end == path.npos)
+            return true;
+        path.remove_prefix(end + 1);
+    }
+}
+
+template <typename Char>
+bool is_parent(std::basic_string_view<Char> name) {
+    return name.size() == 2 && name[0] == Char('.') && name[1] == Char('.');
+}
+
+bool is_dots_and_blanks(std::u16string_view name) {
+    return std::ranges::all_of(name, [](char16_t c) { return c == u'.' || c == u' '; });
+}
+
+// Windows takes the part before the first dot for the device, whatever follows.
+bool is_device(std::u16string_view name) {
+    constexpr std::u16string_view devices[] = {u"con", u"prn",    u"aux",
+                                               u"nul", u"conin$", u"conout$"};
+    constexpr std::u16string_view ports[] = {u"com", u"lpt"};
+    constexpr std::u16string_view port_numbers = u"123456789\u00B9\u00B2\u00B3";
+    name = name.substr(0, name.find(u'.'));
+    name = name.substr(0, name.find_last_not_of(u' ') + 1);
+    std::u16string small(name);
+    std::ranges::transform(small, small.begin(), fold_ascii<char16_t>);
+    if (std::ranges::find(devices, small) != std::end(devices))
+        return true;
+    return small.size() == 4 &&
+           std::ranges::find(ports, std::u16string_view(small).substr(0, 3)) != std::end(ports) &&
+           port_numbers.find(small[3]) != port_numbers.npos;
+}
+
+// What Windows gives no file name.
+void replace_characters(std::u16string& name) {
+    constexpr std::u16string_view forbidden = u"\"*:<>?|";
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool before_separator = i + 1 == name.size() || name[i + 1] == u'\\';
+        if (forbidden.find(name[i]) != forbidden.npos || (name[i] == u' ' && before_separator))
+            name[i] = u'_';
+    }
+}
+
+} // namespace
+
+std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encoding,
+                            NameDecoder decode) {
+    std::string_view name = entry.name;
+    // Printable ASCII is itself in every encoding, but for two characters.
+    const auto is_plain = [](char c) {
+        return c >= ' ' && c < '~' && c != '\\';
+    };
+    if (std::ranges::all_of(name, is_plain))
+        return {name.begin(), name.end()};
+    if (entry.utf8_name) {
+        if (name.size() == ZipReader::longest_name) // a character may have been cut
+            name.remove_suffix(cut_sequence_at_end(name));
+        if (is_valid_utf8(name))
+            return utf16_from_utf8(name);
+    }
+    return decode(name, encoding);
+}
+
+Result<std::u16string> entry_path(std::string_view stored_name, std::u16string name) {
+    constexpr Failure bad_name{ErrorCode::BadName};
+    if (!all_names(stored_name, [](std::string_view part) { return !is_parent(part); }) ||
+        name.find(u'\0') != name.npos)
+        return bad_name;
+    if (name.ends_with(u'/'))
+        name.pop_back();
+    std::ranges::replace(name, u'/', u'\\');
+    replace_characters(name);
+
+    std::u16string path;
+    const auto append = [&](std::u16string_view part) {
+        if (part.empty() || part == u".")
+            return true;
+        if (is_dots_and_blanks(part) || is_device(part)) // ".." among them
+            return false;
+        path.append(path.empty() ? u"" : u"\\").append(part);
+        return true;
+    };
+    if (!all_names(std::u16string_view(name), append) || path.empty())
+        return bad_name;
+    // A "." at the end would not name what stands before it.
+    const std::u16string_view last = std::u16string_view(name).substr(name.find_last_of(u'\\') + 1);
+    if (last == u".")
+        return bad_name;
+    return path;
+}
+
+} // namespace vell::archive

@@ -1,0 +1,31 @@
+// From the name of an archive's entry to the path that it is expanded to.
+//
+// A path that comes out stays inside the target folder and names the item that it seems to name:
+// nothing climbs out by "..", reaches a device, or becomes the folder that it stands in.
+#pragma once
+
+#include "src/archive/zip_reader.h"
+#include "src/base/result.h"
+#include "src/params/encodings.h"
+
+#include <string>
+#include <string_view>
+
+namespace vell::archive {
+
+// Decodes bytes of text in one of the host's encodings.
+using NameDecoder = std::u16string (*)(std::string_view bytes, params::TextEncoding encoding);
+
+// The name as it is listed. Names that say they are UTF-8 and are not come in `encoding` too: bytes
+// that differ stay different then.
+std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encoding,
+                            NameDecoder decode);
+
+// The path of an entry below the target folder, names separated by "\", without one at its end.
+// Characters that no file name can hold become "_", as do blanks before a separator and at the end;
+// empty names, and "." before others, are left out. BadName when the name as stored in the archive,
+// or what became of it, has a ".." between separators of either kind, a name of dots and blanks
+// only, a device's name, or a zero character.
+Result<std::u16string> entry_path(std::string_view stored_name, std::u16string name);
+
+} // namespace vell::archive

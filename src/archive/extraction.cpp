@@ -1,0 +1,145 @@
+// The part of the reader that gives out the data of entries.
+#include "src/archive/zip_reader.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <span>
+
+namespace vell::archive {
+namespace {
+
+constexpr Failure failed{ErrorCode::ExtractionFailed};
+constexpr std::size_t piece_size = 65'536;
+constexpr std::size_t deflate64_piece_size = 32'768;
+
+// Counts and checks what a decoder gives, and hands it on.
+class CheckedSink {
+  public:
+    CheckedSink(const EntryInfo& entry, const EntrySink& sink) : entry_(entry), sink_(sink) {}
+
+    Result<void> take(std::string_view data) {
+        if (data.size() > entry_.uncompressed_size - taken_)
+            return failed;
+        VELL_TRY(sink_(taken_, data));
+        crc_ = static_cast<std::uint32_t>(
+            crc32_z(crc_, reinterpret_cast<const Bytef*>(data.data()), data.size()));
+        taken_ += data.size();
+        return {};
+    }
+
+    bool is_complete() const { return taken_ == entry_.uncompressed_size && crc_ == entry_.crc32; }
+
+  private:
+    const EntryInfo& entry_;
+    const EntrySink& sink_;
+    std::uint64_t taken_ = 0;
+    std::uint32_t crc_ = 0;
+};
+
+} // namespace
+
+// Null for an unsupported method.
+Decoder* ZipReader::decoder_for(std::uint16_t method) {
+    std::unique_ptr<Decoder>* decoder = nullptr;
+    switch (static_cast<Method>(method)) {
+    case Method::Stored:
+        decoder = &stored_;
+        break;
+    case Method::Deflated:
+        decoder = &deflated_;
+        break;
+    case Method::Deflate64:
+        decoder = &deflate64_;
+        break;
+    default:
+        return nullptr;
+    }
+    if (!*decoder)
+        *decoder = make_decoder(static_cast<Method>(method));
+    return decoder->get();
+}
+
+// The place of the data behind the local header, checked together with its size.
+Result<std::uint64_t> ZipReader::find_data(const EntryInfo& entry) {
+    std::array<char, LocalFileHeader::size> bytes;
+    VELL_TRY(read_at(entry.local_header_offset, bytes));
+    const auto header = LocalFileHeader::read({bytes.data(), bytes.size()});
+    if (!header)
+        return failed;
+    const std::uint64_t start = std::uint64_t{entry.local_header_offset} + LocalFileHeader::size +
+                                header->file_name_length + header->extra_field_length;
+    if (start > archive_size_ || entry.compressed_size > archive_size_ - start)
+        return failed;
+    return start;
+}
+
+Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
+    const auto entry = this->entry(index);
+    if (!entry)
+        return failed;
+    if (entry->is_folder || entry->uncompressed_size == 0)
+        return {};
+    if (has(entry->flags, EntryFlag::Encrypted) || has(entry->flags, EntryFlag::PatchedData))
+        return failed;
+    Decoder* const decoder = decoder_for(entry->method);
+    if (!decoder)
+        return failed;
+    const auto start = find_data(*entry);
+    if (!start)
+        return failed;
+
+    const bool is_deflate64 = static_cast<Method>(entry->method) == Method::Deflate64;
+    piece_.resize(is_deflate64 ? deflate64_piece_size : piece_size);
+    std::uint64_t left = entry->compressed_size;
+    const auto next_piece = [&]() -> Result<std::string_view> {
+        const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece_.size()));
+        const std::uint64_t position = *start + (entry->compressed_size - left);
+        if (size > 0)
+            VELL_TRY(read_at(position, std::span(piece_.data(), size)));
+        left -= size;
+        return std::string_view(piece_.data(), size);
+    };
+    CheckedSink checked(*entry, sink);
+    const auto take = [&](std::string_view data) {
+        return checked.take(data);
+    };
+    if (!decoder->decode(next_piece, take) || !checked.is_complete())
+        return failed;
+    return {};
+}
+
+Result<void> ZipReader::extract_to_file(std::uint32_t index, ArchiveSystem& system,
+                                        const NativePath& target) {
+    const auto entry = this->entry(index);
+    if (!entry)
+        return Failure{ErrorCode::CannotOpen};
+    const auto opened = system.open_emptied(target);
+    if (!opened)
+        return Failure{target_error(opened.error())};
+    files::File& file = **opened;
+    VELL_TRY(
+        extract(index, [&](std::uint64_t, std::string_view data) { return file.write(data); }));
+    if (!file.close())
+        return Failure{ErrorCode::CannotClose};
+    // A time that cannot be set is no reason to call the extraction failed.
+    static_cast<void>(system.set_times(target, calendar_time(entry->modified)));
+    return {};
+}
+
+ErrorCode target_error(ErrorCode opening) {
+    switch (opening) {
+    case ErrorCode::NotFound:
+    case ErrorCode::FolderNotFound:
+        return ErrorCode::TargetNotFound;
+    case ErrorCode::Busy:
+        return ErrorCode::TargetDenied;
+    case ErrorCode::BadName:
+    case ErrorCode::BadParameter:
+        return ErrorCode::BadArgument;
+    default:
+        return ErrorCode::CannotOpen;
+    }
+}
+
+} // namespace vell::archive

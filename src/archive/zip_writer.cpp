@@ -1,0 +1,264 @@
+#include "src/archive/zip_writer.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <new>
+#include <span>
+
+namespace vell::archive {
+namespace {
+
+constexpr std::size_t piece_size = 65'536;
+constexpr std::uint16_t version_for_deflate = 20;
+constexpr std::uint64_t smallest_deflated = 4; // bytes; less is stored
+constexpr Failure add_failed{ErrorCode::AddFailed};
+
+bool is_entry_name(std::string_view name) {
+    return name.size() <= 0xFFFF && !name.starts_with('/') &&
+           name.find_first_of("\\:") == std::string_view::npos;
+}
+
+std::uint32_t crc_of(std::uint32_t crc, std::string_view bytes) {
+    return static_cast<std::uint32_t>(crc32_z(crc, reinterpret_cast<const Bytef*>(bytes.data()),
+                                              static_cast<z_size_t>(bytes.size())));
+}
+
+LocalFileHeader header_of(std::string_view name, DosTime time, const EntryOptions& options) {
+    LocalFileHeader header;
+    header.flags = options.utf8_name ? static_cast<std::uint16_t>(EntryFlag::Utf8) : 0;
+    header.last_mod_time = time.time;
+    header.last_mod_date = time.date;
+    header.file_name_length = static_cast<std::uint16_t>(name.size());
+    return header;
+}
+
+} // namespace
+
+// What the data of an entry became.
+struct ZipWriter::Packed {
+    Method method = Method::Stored;
+    std::uint32_t crc32 = 0;
+    std::uint64_t size = 0;
+};
+
+// A raw deflate stream after the other, with the memory of the first.
+class ZipWriter::Deflater {
+  public:
+    explicit Deflater(int level)
+        : level_(std::min(level, Z_BEST_COMPRESSION)), output_(piece_size) {
+        constexpr int most_memory = 9;
+        if (deflateInit2(&stream_, level_, Z_DEFLATED, -MAX_WBITS, most_memory,
+                         Z_DEFAULT_STRATEGY) != Z_OK)
+            throw std::bad_alloc();
+    }
+    Deflater(const Deflater&) = delete;
+    Deflater& operator=(const Deflater&) = delete;
+    ~Deflater() { deflateEnd(&stream_); }
+
+    bool has_level(int level) const { return level_ == std::min(level, Z_BEST_COMPRESSION); }
+    void begin() { deflateReset(&stream_); }
+
+    // Compresses a piece and writes what comes out; gives back its size.
+    Result<std::uint64_t> feed(std::string_view piece, bool is_last, files::File& target) {
+        std::uint64_t written = 0;
+        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(piece.data()));
+        stream_.avail_in = static_cast<uInt>(piece.size());
+        do {
+            stream_.next_out = reinterpret_cast<Bytef*>(output_.data());
+            stream_.avail_out = static_cast<uInt>(output_.size());
+            if (deflate(&stream_, is_last ? Z_FINISH : Z_NO_FLUSH) == Z_STREAM_ERROR)
+                return add_failed;
+            const std::size_t count = output_.size() - stream_.avail_out;
+            if (count > 0)
+                VELL_TRY(target.write({output_.data(), count}));
+            written += count;
+        } while (stream_.avail_out == 0);
+        return written;
+    }
+
+  private:
+    int level_;
+    std::vector<char> output_;
+    z_stream stream_{};
+};
+
+ZipWriter::ZipWriter(std::unique_ptr<files::File> file)
+    : file_(std::move(file)), piece_(piece_size) {}
+ZipWriter::ZipWriter(ZipWriter&&) noexcept = default;
+ZipWriter::~ZipWriter() = default;
+
+Result<void> ZipWriter::check_entry(std::string_view name, int level) const {
+    if (!file_ || name.empty() || level > EntryOptions::highest_level || !is_entry_name(name))
+        return add_failed;
+    const std::uint64_t records =
+        LocalFileHeader::size + CentralDirectoryHeader::size + name.size();
+    if (entry_count_ >= most_entries || archive_size_ + records > largest_size)
+        return add_failed;
+    return {};
+}
+
+Result<void> ZipWriter::add_file(ArchiveSystem& system, std::string_view name,
+                                 const NativePath& source, const EntryOptions& options) {
+    constexpr int usual_level = 6;
+    const int level = options.level < 0 ? usual_level : options.level;
+    VELL_TRY(check_entry(name, level));
+    const auto modified = system.modification_time(source);
+    if (!modified)
+        return add_failed;
+    const auto opened = system.open_shared(source);
+    if (!opened)
+        return Failure{source_error(opened.error())};
+    files::File& file = **opened;
+    const auto size = file.size();
+    if (!size || *size > largest_size || !file.seek(files::SeekFrom::Start, 0))
+        return add_failed;
+
+    VELL_TRY(begin_entry(name));
+    const auto packed = level == 0 || *size < smallest_deflated
+                            ? write_stored(file, *size)
+                            : write_deflated(file, *size, level);
+    if (!packed || packed->size > largest_size)
+        return add_failed;
+
+    LocalFileHeader header = header_of(name, dos_time(*modified), options);
+    header.method = static_cast<std::uint16_t>(packed->method);
+    header.version_needed = packed->method == Method::Deflated ? version_for_deflate : 0;
+    header.crc32 = packed->crc32;
+    header.compressed_size = static_cast<std::uint32_t>(packed->size);
+    header.uncompressed_size = static_cast<std::uint32_t>(*size);
+    return append_entry(header, name, 0, packed->size);
+}
+
+Result<void> ZipWriter::add_folder(std::string_view name, DosTime time,
+                                   const EntryOptions& options) {
+    VELL_TRY(check_entry(name, options.level));
+    if (!name.ends_with('/'))
+        return add_failed;
+    VELL_TRY(begin_entry(name));
+    return append_entry(header_of(name, time, options), name, folder_attribute, 0);
+}
+
+// Goes to the archive's end, whatever an add that failed has left there, and makes room for the
+// header, which is written when its sizes are known.
+Result<void> ZipWriter::begin_entry(std::string_view name) {
+    std::string room(LocalFileHeader::size, '\0');
+    if (!file_->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
+        !file_->write(room.append(name)))
+        return add_failed;
+    return {};
+}
+
+// At most a buffer full of the source; AddFailed when it ends before its size.
+Result<std::string_view> ZipWriter::read_piece(files::File& source, std::uint64_t left) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece_.size()));
+    std::size_t done = 0;
+    while (done < wanted) {
+        const std::size_t count =
+            VELL_TRY(source.read(std::span(piece_).subspan(done, wanted - done)));
+        if (count == 0)
+            return add_failed;
+        done += count;
+    }
+    return std::string_view(piece_.data(), done);
+}
+
+Result<ZipWriter::Packed> ZipWriter::write_stored(files::File& source, std::uint64_t size) {
+    Packed packed{Method::Stored, 0, size};
+    for (std::uint64_t left = size; left > 0;) {
+        const std::string_view piece = VELL_TRY(read_piece(source, left));
+        packed.crc32 = crc_of(packed.crc32, piece);
+        VELL_TRY(file_->write(piece));
+        left -= piece.size();
+    }
+    return packed;
+}
+
+Result<ZipWriter::Packed> ZipWriter::write_deflated(files::File& source, std::uint64_t size,
+                                                    int level) {
+    if (!deflater_ || !deflater_->has_level(level))
+        deflater_ = std::make_unique<Deflater>(level);
+    deflater_->begin();
+    Packed packed{Method::Deflated, 0, 0};
+    for (std::uint64_t left = size; left > 0;) {
+        const std::string_view piece = VELL_TRY(read_piece(source, left));
+        packed.crc32 = crc_of(packed.crc32, piece);
+        left -= piece.size();
+        packed.size += VELL_TRY(deflater_->feed(piece, left == 0, *file_));
+        if (archive_size_ + packed.size > largest_size)
+            return add_failed;
+    }
+    return packed;
+}
+
+// Writes the header before the data that stands behind the archive's end, and takes both in.
+Result<void> ZipWriter::append_entry(LocalFileHeader header, std::string_view name,
+                                     std::uint32_t external_attributes, std::uint64_t data_size) {
+    const std::uint64_t new_size = archive_size_ + LocalFileHeader::size + name.size() + data_size;
+    if (new_size > largest_size)
+        return add_failed;
+    std::string bytes;
+    header.write(bytes);
+    if (!file_->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
+        !file_->write(bytes))
+        return add_failed;
+
+    CentralDirectoryHeader record;
+    record.version_needed = header.version_needed;
+    record.flags = header.flags;
+    record.method = header.method;
+    record.last_mod_time = header.last_mod_time;
+    record.last_mod_date = header.last_mod_date;
+    record.crc32 = header.crc32;
+    record.compressed_size = header.compressed_size;
+    record.uncompressed_size = header.uncompressed_size;
+    record.file_name_length = header.file_name_length;
+    record.external_attributes = external_attributes;
+    record.local_header_offset = static_cast<std::uint32_t>(archive_size_);
+    record.write(central_directory_);
+    central_directory_ += name;
+    ++entry_count_;
+    archive_size_ = new_size;
+    return {};
+}
+
+Result<void> ZipWriter::finish() {
+    constexpr Failure failed{ErrorCode::FinishFailed};
+    const std::unique_ptr<files::File> file = std::move(file_);
+    const std::uint64_t directory_size = central_directory_.size();
+    if (!file || entry_count_ > most_entries ||
+        archive_size_ + directory_size + EndOfCentralDirectory::size > largest_size)
+        return failed;
+    EndOfCentralDirectory end;
+    end.entries_on_disk = end.total_entries = static_cast<std::uint16_t>(entry_count_);
+    end.directory_size = static_cast<std::uint32_t>(directory_size);
+    end.directory_offset = static_cast<std::uint32_t>(archive_size_);
+    end.write(central_directory_);
+    // What a failed add left behind the end is cut off.
+    if (!file->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
+        !file->write(central_directory_) || !file->set_end_of_file() || !file->close())
+        return failed;
+    return {};
+}
+
+ErrorCode source_error(ErrorCode opening) {
+    // Numbers of <errno.h>, as the C library of Windows has them.
+    constexpr auto no_entry = static_cast<ErrorCode>(2);
+    constexpr auto no_memory = static_cast<ErrorCode>(12);
+    constexpr auto invalid = static_cast<ErrorCode>(22);
+    switch (opening) {
+    case ErrorCode::Busy:
+        return ErrorCode::WriteDenied;
+    case ErrorCode::AlreadyExists:
+        return ErrorCode::FileExists;
+    case ErrorCode::NotFound:
+    case ErrorCode::FolderNotFound:
+        return no_entry;
+    case ErrorCode::OutOfMemory:
+        return no_memory;
+    default:
+        return invalid;
+    }
+}
+
+} // namespace vell::archive

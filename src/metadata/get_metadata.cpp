@@ -1,0 +1,136 @@
+#include "src/metadata/get_metadata.h"
+
+#include "src/metadata/ifd.h"
+#include "src/metadata/image_description.h"
+#include "src/metadata/iptc.h"
+#include "src/metadata/jpeg_segments.h"
+#include "src/metadata/photoshop_resources.h"
+#include "src/metadata/png_chunks.h"
+#include "src/metadata/tag_reader.h"
+#include "src/metadata/xmp.h"
+
+namespace vell::metadata {
+namespace {
+
+using files::BufferedReader;
+using params::Call;
+
+enum class FileKind : std::uint8_t { Tiff, Png, Other };
+
+Result<FileKind> kind_of(BufferedReader& file) {
+    constexpr std::size_t first_read = 1000;
+    file.seek(0);
+    const std::string start = VELL_TRY(file.read_bytes(first_read));
+    if (has_tiff_header(start))
+        return FileKind::Tiff;
+    return has_png_signature(start) ? FileKind::Png : FileKind::Other;
+}
+
+bool wants_tags(const MetadataRequest& request) {
+    return request.exif.want_exif || request.exif.want_gps;
+}
+
+Result<void> read_resources(BufferedReader& file, FileKind kind, const MetadataRequest& request,
+                            MetadataText& text) {
+    if (kind != FileKind::Tiff || !request.exif.want_iptc)
+        return read_photoshop_resources(file, request, text);
+    file.seek(0);
+    const std::string block = VELL_TRY(find_tag(file, tag::iptc_block));
+    VELL_TRY(decode_iptc(block, request.detect_utf8, request.source, text));
+    return {};
+}
+
+Result<void> read_tiff(BufferedReader& file, const MetadataRequest& request, MetadataText& text) {
+    file.seek(0);
+    VELL_TRY(read_tags(file, request.exif, request.source, text));
+    if (!request.exif.want_xmp)
+        return {};
+    const Result<void> packet = read_tiff_xmp(file, request.source, text);
+    // A file with tags has answered, with or without a packet.
+    if (!packet && packet.error() == ErrorCode::NothingFound && wants_tags(request))
+        return {};
+    return packet;
+}
+
+Result<void> read_png(BufferedReader& file, const MetadataRequest& request, MetadataText& text) {
+    if (request.text_chunks)
+        return read_png_text(file, text);
+    if (request.exif.want_xmp && !wants_tags(request))
+        return read_png_xmp(file, request.source, text);
+    return read_png_exif(file, request, text);
+}
+
+// A JPEG; what is none may still hold tags from its start on, or a packet anywhere.
+Result<void> read_other(BufferedReader& file, const MetadataRequest& request, MetadataText& text) {
+    Result<void> done = read_jpeg_segments(file, request, text);
+    if (!done && done.error() == ErrorCode::NotAJpeg && wants_tags(request)) {
+        file.seek(0);
+        done = read_tags(file, request.exif, request.source, text);
+    }
+    if (done || !request.exif.want_xmp)
+        return done;
+    done = read_tiff_xmp(file, request.source, text);
+    return done ? done : scan_for_xmp(file, request.source, text);
+}
+
+Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRequest& request,
+                           MetadataText& text) {
+    switch (kind) {
+    case FileKind::Tiff:
+        return read_tiff(file, request, text);
+    case FileKind::Png:
+        return read_png(file, request, text);
+    case FileKind::Other:
+        break;
+    }
+    return read_other(file, request, text);
+}
+
+Result<void> give_metadata(Call& call, files::FileSystem& files) {
+    if (call.parameter_count() < 2)
+        return Failure{ErrorCode::BadParameter};
+    const MetadataRequest request = VELL_TRY(metadata_request_of(call.switches()));
+    const files::NativePath path = VELL_TRY(call.path(1));
+    const auto file = VELL_TRY(files.open(path, files::Permission::Read));
+    BufferedReader reader = VELL_TRY(BufferedReader::over(*file));
+
+    // The readers of movies and documents are not built.
+    if (request.pdf_description)
+        return params::not_available(call);
+    MetadataText text;
+    VELL_TRY(read_image_metadata(reader, request, text));
+    if (request.wants_movie())
+        return params::not_available(call);
+    if (text.size() > MetadataText::max_size)
+        return Failure{ErrorCode::ResourceTooLarge};
+    call.set_decoded_text(text.encoded(), params::LineEndings::Keep);
+    return {};
+}
+
+} // namespace
+
+Result<void> read_image_metadata(BufferedReader& file, const MetadataRequest& request,
+                                 MetadataText& text) {
+    if (request.wants_resources() || request.wants_segments()) {
+        const FileKind kind = VELL_TRY(kind_of(file));
+        if (request.wants_resources())
+            VELL_TRY(read_resources(file, kind, request, text));
+        if (request.wants_segments())
+            VELL_TRY(read_segments(file, kind, request, text));
+    }
+    if (!request.image_description)
+        return {};
+    file.seek(0);
+    return describe_image(file, text);
+}
+
+Result<void> get_metadata(Call& call, files::FileSystem& files) {
+    const Result<void> done = give_metadata(call, files);
+    if (!done && call.switches().has("-IsValidMovie")) {
+        call.set_number(0);
+        return {};
+    }
+    return done;
+}
+
+} // namespace vell::metadata

@@ -1,0 +1,195 @@
+#include "src/metadata/iptc_writer.h"
+
+#include "src/base/bytes.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace vell::metadata {
+namespace {
+
+constexpr std::uint8_t dataset_marker = 0x1C;
+constexpr std::uint8_t envelope_record = 1;
+constexpr std::uint8_t application_record = 2;
+constexpr std::uint8_t last_record = 9;
+constexpr std::uint8_t coded_character_set = 90; // in the envelope record
+constexpr std::uint8_t record_version = 0;       // in the application record
+constexpr std::string_view utf8_escape = "\x1B%G";
+constexpr std::string_view current_version{"\0\4", 2};
+constexpr std::uint16_t extended_length = 0x8000; // the rest is the size of the length that follows
+
+struct Dataset {
+    std::uint8_t record;
+    std::uint8_t number;
+    std::string_view value;
+    std::string_view bytes; // with marker and length
+
+    // nullopt where no whole dataset begins.
+    static std::optional<Dataset> read(std::string_view block) {
+        constexpr std::size_t header_size = 5;
+        const auto length = load<std::uint16_t>(block, 3, ByteOrder::Big);
+        if (!length || static_cast<std::uint8_t>(block[0]) != dataset_marker)
+            return std::nullopt;
+        const auto record = static_cast<std::uint8_t>(block[1]);
+        if (record < envelope_record || record > last_record)
+            return std::nullopt;
+        std::size_t start = header_size;
+        std::uint64_t size = *length;
+        if (*length >= extended_length) {
+            start += *length - extended_length;
+            const auto extended = load<std::uint32_t>(block, header_size, ByteOrder::Big);
+            if (start != header_size + 4 || !extended)
+                return std::nullopt;
+            size = *extended;
+        }
+        if (size > block.size() - start)
+            return std::nullopt;
+        const auto count = static_cast<std::size_t>(size);
+        return Dataset{record, static_cast<std::uint8_t>(block[2]), block.substr(start, count),
+                       block.substr(0, start + count)};
+    }
+};
+
+std::vector<Dataset> read_datasets(std::string_view block) {
+    std::vector<Dataset> datasets;
+    while (!block.empty() && !Dataset::read(block))
+        block.remove_prefix(1);
+    while (const auto dataset = Dataset::read(block)) {
+        datasets.push_back(*dataset);
+        block.remove_prefix(dataset->bytes.size());
+    }
+    return datasets;
+}
+
+Result<void> append_dataset(std::string& bytes, std::uint8_t record, std::uint8_t number,
+                            std::string_view value) {
+    if (value.size() >= extended_length)
+        return Failure{ErrorCode::ResourceTooLarge};
+    bytes += static_cast<char>(dataset_marker);
+    bytes += static_cast<char>(record);
+    bytes += static_cast<char>(number);
+    append_integer<std::uint16_t>(bytes, static_cast<std::uint16_t>(value.size()), ByteOrder::Big);
+    bytes += value;
+    return {};
+}
+
+std::string with_first_two_swapped(std::string_view bytes) {
+    std::string swapped(bytes);
+    if (swapped.size() >= 2)
+        std::swap(swapped[0], swapped[1]);
+    return swapped;
+}
+
+// The reader shows the version's two bytes as the characters of their numbers, the lower one first.
+// Users may write it as a number.
+Result<std::string> version_value(std::string_view text, std::string_view existing,
+                                  const TextStore& store) {
+    const std::string shown = VELL_TRY(store.store_as(TextEncoding::Native, text));
+    if (shown == with_first_two_swapped(existing))
+        return std::string(existing);
+    if (shown.size() == 2)
+        return with_first_two_swapped(shown);
+    std::uint16_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        return Failure{ErrorCode::BadParameter};
+    std::string bytes;
+    append_integer<std::uint16_t>(bytes, number, ByteOrder::Big);
+    return bytes;
+}
+
+class IptcWriter {
+  public:
+    IptcWriter(std::string_view existing, bool detect_utf8, const TextStore& store)
+        : datasets_(read_datasets(existing)), detect_utf8_(detect_utf8), store_(store) {}
+
+    Result<std::string> write(std::span<const TaggedSection> sections) {
+        std::vector<TaggedSection> own;
+        std::ranges::copy_if(sections, std::back_inserter(own), [](const TaggedSection& section) {
+            return section.kind == SectionKind::Iptc;
+        });
+        const bool is_utf8 = stores_utf8(own);
+        std::string application = VELL_TRY(application_datasets(own, is_utf8));
+        std::string others;
+        for (const Dataset& dataset : datasets_)
+            if (dataset.record > application_record)
+                others += dataset.bytes;
+        if (application.empty() && others.empty())
+            return std::string();
+        std::string bytes = VELL_TRY(envelope_datasets(is_utf8));
+        return bytes + application + others;
+    }
+
+  private:
+    const Dataset* find(std::uint8_t record, std::uint8_t number) const {
+        const auto found = std::ranges::find_if(datasets_, [&](const Dataset& dataset) {
+            return dataset.record == record && dataset.number == number;
+        });
+        return found == datasets_.end() ? nullptr : &*found;
+    }
+
+    bool declares_utf8() const {
+        const Dataset* declared = find(envelope_record, coded_character_set);
+        return detect_utf8_ && declared != nullptr && declared->value.starts_with(utf8_escape);
+    }
+
+    bool stores_utf8(std::span<const TaggedSection> sections) const {
+        if (store_.chosen())
+            return *store_.chosen() == TextEncoding::Utf8;
+        return declares_utf8() || std::ranges::any_of(sections, [&](const TaggedSection& section) {
+                   return section.number != record_version && !store_.native(section.value);
+               });
+    }
+
+    Result<std::string> application_datasets(std::span<const TaggedSection> sections,
+                                             bool is_utf8) const {
+        const TextEncoding encoding = is_utf8 ? TextEncoding::Utf8 : store_.reading();
+        const Dataset* old_version = find(application_record, record_version);
+        const std::string_view version = old_version ? old_version->value : current_version;
+        std::string bytes;
+        // The version comes first, and is that of before where the text has none.
+        if (!sections.empty() &&
+            std::ranges::count(sections, record_version, &TaggedSection::number) == 0)
+            VELL_TRY(append_dataset(bytes, application_record, record_version, version));
+        for (const TaggedSection& section : sections) {
+            const std::string value = VELL_TRY(section.number == record_version
+                                                   ? version_value(section.value, version, store_)
+                                                   : store_.store_as(encoding, section.value));
+            VELL_TRY(append_dataset(bytes, application_record,
+                                    static_cast<std::uint8_t>(section.number), value));
+        }
+        return bytes;
+    }
+
+    // A declaration of UTF-8 goes with it; any other stays, unless UTF-8 takes its place.
+    Result<std::string> envelope_datasets(bool is_utf8) const {
+        std::string bytes;
+        for (const Dataset& dataset : datasets_) {
+            if (dataset.record != envelope_record)
+                continue;
+            const bool is_declaration = dataset.number == coded_character_set;
+            const bool declares = dataset.value.starts_with(utf8_escape);
+            if (!is_declaration || (!is_utf8 && !(declares && detect_utf8_)))
+                bytes += dataset.bytes;
+        }
+        if (is_utf8)
+            VELL_TRY(append_dataset(bytes, envelope_record, coded_character_set, utf8_escape));
+        return bytes;
+    }
+
+    std::vector<Dataset> datasets_;
+    bool detect_utf8_;
+    const TextStore& store_;
+};
+
+} // namespace
+
+Result<std::string> write_iptc(std::string_view existing, std::span<const TaggedSection> sections,
+                               bool detect_utf8, const TextStore& store) {
+    return IptcWriter(existing, detect_utf8, store).write(sections);
+}
+
+} // namespace vell::metadata

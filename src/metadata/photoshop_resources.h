@@ -1,0 +1,25 @@
+// Finds image resources (Adobe Photoshop File Formats Specification, "Image Resource Blocks")
+// wherever they stand in a file.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/files/buffered_reader.h"
+#include "src/metadata/metadata_request.h"
+#include "src/metadata/metadata_text.h"
+
+#include <cstdint>
+
+namespace vell::metadata {
+
+enum class ResourceId : std::uint16_t {
+    Iptc = 0x0404,
+    ImageUrl = 0x040B,
+};
+
+// Appends the IPTC datasets of the file's first resource of that kind, or of each one where the
+// request asks for all; the image URL where only that is wanted. NothingFound when there is none,
+// ResourceTooLarge for one that does not end within the first 16,384 bytes from its signature on.
+Result<void> read_photoshop_resources(files::BufferedReader& file, const MetadataRequest& request,
+                                      MetadataText& text);
+
+} // namespace vell::metadata

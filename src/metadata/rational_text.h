@@ -1,0 +1,20 @@
+// Rationals from texts: fractions as they stand, and continued fractions for decimals.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace vell::metadata {
+
+struct Fraction {
+    std::int64_t numerator; // carries the sign
+    std::uint64_t denominator;
+};
+
+// "a/b" as it stands; a decimal, with an exponent or without, as the simplest fraction of that
+// value, or the nearest that there is; "nan" as 0/0. Neither part is greater than `largest`.
+// nullopt for anything else.
+std::optional<Fraction> parse_fraction(std::string_view text, std::int64_t largest);
+
+} // namespace vell::metadata

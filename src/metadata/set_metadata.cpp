@@ -1,0 +1,189 @@
+#include "src/metadata/set_metadata.h"
+
+#include "src/base/utf8.h"
+#include "src/files/rewriting.h"
+#include "src/metadata/exif_writer.h"
+#include "src/metadata/iptc_writer.h"
+#include "src/metadata/jpeg_rewriter.h"
+#include "src/metadata/photoshop_block.h"
+#include "src/metadata/tagged_text.h"
+#include "src/metadata/text_store.h"
+#include "src/metadata/xmp_writer.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vell::metadata {
+namespace {
+
+using files::File;
+using params::Call;
+using params::SwitchSet;
+
+// In the order of the step's list of actions.
+enum class Target : std::uint8_t { Iptc, Exif, Xmp, ImageUrl, Comment };
+constexpr std::int32_t number_of_targets = 5;
+
+struct TargetSwitch {
+    std::string_view name;
+    Target target;
+};
+constexpr TargetSwitch target_switches[] = {{"-SetIPTC", Target::Iptc},
+                                            {"-SetExif", Target::Exif},
+                                            {"-SetXMP", Target::Xmp},
+                                            {"-SetImageURL", Target::ImageUrl}};
+// Not for image files.
+constexpr std::string_view movie_switches[] = {"-SetWithXML", "-SetTitle", "-SetDescription",
+                                               "-SetCreationDate", "-SetGPS"};
+
+constexpr std::size_t longest_comment = 2000;
+
+struct WriteRequest {
+    Target target;
+    std::optional<TextEncoding> encoding;
+    MakerNote maker_note;
+    bool detect_utf8;
+    std::u16string text;
+};
+
+Result<Target> target_of(const SwitchSet& switches) {
+    if (std::ranges::any_of(movie_switches,
+                            [&](std::string_view name) { return switches.has(name); }))
+        return Failure{ErrorCode::NotSupported};
+    std::optional<Target> target;
+    for (const TargetSwitch& entry : target_switches) {
+        if (!switches.has(entry.name))
+            continue;
+        if (target)
+            return Failure{ErrorCode::BadParameter};
+        target = entry.target;
+    }
+    if (switches.has("JPEGComment"))
+        return Target::Comment;
+    if (!target)
+        return Failure{ErrorCode::BadParameter};
+    return *target;
+}
+
+std::optional<TextEncoding> encoding_in(const SwitchSet& switches) {
+    if (switches.has("-UTF8Charset"))
+        return TextEncoding::Utf8;
+    if (switches.has("-MacCharset"))
+        return TextEncoding::AsciiMac;
+    if (switches.has("-WinCharset"))
+        return TextEncoding::Native;
+    constexpr auto none = TextEncoding::BytesOnly; // no name stands for it
+    const TextEncoding named = params::encoding_of(switches, none);
+    return named == none ? std::nullopt : std::optional(named);
+}
+
+// The native encoding is what the step's list begins with, so that choosing it and choosing nothing
+// are the same.
+std::optional<TextEncoding> encoding_in_step(std::int32_t list_value) {
+    if (list_value == Call::not_given || list_value == static_cast<int>(TextEncoding::Native))
+        return std::nullopt;
+    return static_cast<TextEncoding>(list_value);
+}
+
+Result<WriteRequest> request_of(Call& call) {
+    const SwitchSet switches = call.switches();
+    const bool detect_utf8 = !switches.has("-DontUseAutoUTF8Detection");
+    if (!call.is_step()) {
+        if (call.parameter_count() < 4)
+            return Failure{ErrorCode::BadParameter};
+        const auto maker_note =
+            switches.has("-AddExifMakerNote") ? MakerNote::Keep : MakerNote::Remove;
+        const Target target = VELL_TRY(target_of(switches));
+        return WriteRequest{target, encoding_in(switches), maker_note, detect_utf8, call.text(3)};
+    }
+    const std::int32_t action = call.step_option(3);
+    if (call.parameter_count() < 5 || action < 0 || action >= number_of_targets)
+        return Failure{ErrorCode::BadParameter};
+    return WriteRequest{static_cast<Target>(action), encoding_in_step(call.step_option(5)),
+                        MakerNote::Remove, detect_utf8, call.text(4)};
+}
+
+SegmentKind segment_of(Target target, std::string_view text) {
+    using namespace std::string_literals;
+    switch (target) {
+    case Target::Exif:
+        return {SegmentMarker::App1, "Exif\0\0"s, true};
+    case Target::Xmp:
+        return {SegmentMarker::App1, std::string(split_xmp_text(text).identifier) + '\0', true};
+    case Target::Comment:
+        return {SegmentMarker::Com, "", false};
+    case Target::Iptc:
+    case Target::ImageUrl:
+        break;
+    }
+    return {SegmentMarker::App13, "Photoshop 3.0\0"s, true};
+}
+
+// A comment as it was read stands in sections, of which the last is the one of the COM segment.
+Result<std::string> comment_bytes(std::string_view text, const TextStore& store) {
+    if (const auto sections = parse_tagged_text(text); sections && !sections->empty()) {
+        const auto last =
+            std::find_if(sections->rbegin(), sections->rend(), [](const TaggedSection& section) {
+                return section.kind == SectionKind::Comment;
+            });
+        if (last != sections->rend())
+            text = last->value;
+    }
+    return store.store_beginning(text, longest_comment);
+}
+
+// The segment's content behind its identifier; empty for none.
+Result<std::string> new_content(const WriteRequest& request, std::string_view text,
+                                std::string_view existing, std::size_t room,
+                                const TextStore& store) {
+    switch (request.target) {
+    case Target::Iptc: {
+        const auto sections = VELL_TRY(parse_tagged_text(text));
+        const std::string datasets = VELL_TRY(write_iptc(find_resource(existing, ResourceId::Iptc),
+                                                         sections, request.detect_utf8, store));
+        return with_resource(existing, ResourceId::Iptc, datasets);
+    }
+    case Target::Exif: {
+        const auto sections = VELL_TRY(parse_tagged_text(text));
+        return write_exif(existing, sections, request.maker_note, store, room);
+    }
+    case Target::Xmp:
+        return write_xmp(split_xmp_text(text), existing, store, room);
+    case Target::ImageUrl:
+        return with_resource(existing, ResourceId::ImageUrl, VELL_TRY(store.store(text)));
+    case Target::Comment:
+        break;
+    }
+    return comment_bytes(text, store);
+}
+
+} // namespace
+
+Result<void> set_metadata(Call& call, files::FileSystem& files) {
+    const WriteRequest request = VELL_TRY(request_of(call));
+    const files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, 1, 2));
+    const TextStore store(call, request.encoding);
+    const std::string text = utf8_from_utf16(request.text);
+    const SegmentKind kind = segment_of(request.target, text);
+    if (kind.identifier.size() > longest_payload)
+        return Failure{ErrorCode::ResourceTooLarge};
+    const std::size_t room = longest_payload - kind.identifier.size();
+    SegmentPlace place;
+    {
+        const auto source = VELL_TRY(files.open(file.source, files::Permission::Read));
+        place = VELL_TRY(find_segment_place(*source, kind));
+    }
+    std::string content = VELL_TRY(new_content(request, text, place.content, room, store));
+    if (content.size() > room)
+        return Failure{ErrorCode::ResourceTooLarge};
+    const auto segment = content.empty() ? std::nullopt : std::optional(std::move(content));
+    VELL_TRY(files::rewrite(call, files, file, [&](File& from, File& to) {
+        return copy_with_segment(from, to, kind, place, segment);
+    }));
+    call.set_done();
+    return {};
+}
+
+} // namespace vell::metadata

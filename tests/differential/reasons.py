@@ -1,0 +1,39 @@
+"""Why some values of the plug-in are not those of a peer.
+
+Each row: the file (a pattern), the peer, the tag or what else was compared (a pattern), the reason.
+"""
+import fnmatch
+
+ANY = ("exiftool", "exiv2", "either")
+NOT_READ = "the file is neither JPEG, PNG nor TIFF; the peers know its container"
+
+ROWS = (
+    ("FujiFilm.raf", ANY, "*", NOT_READ),
+    ("Minolta.mrw", ANY, "*", NOT_READ),
+    ("CanonRaw.cr3", ANY, "*", NOT_READ),
+    ("BigTIFF.btf", ANY, "*", "offsets of 64 bits are another format than TIFF 6.0"),
+    ("Panasonic.rw2", ANY, "*", "the peers add the tags of the JPEG preview inside"),
+    ("AFCP.jpg", ("exiftool",), "IPTC *", "stands in a trailer, in no resource of Photoshop's"),
+    ("FotoStation.jpg", ("exiftool",), "IPTC *",
+     "stands in a trailer, in no resource of Photoshop's"),
+    ("Nikon.nef", ("exiftool",), "IPTC *", "exiftool adds a second copy, from the maker note"),
+    ("ExtendedXMP.jpg", ("exiftool",), "XMP",
+     "the first segment of the namespace counts, here one of the extension; exiftool joins them"),
+    ("InfiRay.jpg", ("exiftool",), "GPS [247]", "0/0 is nan here, nothing or zero there"),
+    ("jpg-tests-30-type_error.jpg", ("either",), "EXIF *",
+     "the pointer to the Exif directory has the type ASCII, which keeps the peers from following"),
+    ("jpg-xmp-no_exif.jpg", ("exiftool",), "EXIF 4009[1-5]",
+     "written with the other byte order than that of the block, which counts here"),
+)
+
+
+def find(file, peer, tag):
+    """The first row that fits, by its number; None when there is none."""
+    for number, (files, peers, tags, _) in enumerate(ROWS):
+        if fnmatch.fnmatchcase(file, files) and peer in peers and fnmatch.fnmatchcase(tag, tags):
+            return number
+    return None
+
+
+def unused(numbers):
+    return [row for number, row in enumerate(ROWS) if number not in numbers]

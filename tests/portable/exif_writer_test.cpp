@@ -1,0 +1,302 @@
+#include "src/metadata/exif_writer.h"
+
+#include "src/base/number_text.h"
+#include "src/base/utf8.h"
+#include "src/metadata/exif_value.h"
+#include "src/metadata/rational_text.h"
+#include "src/metadata/tag_reader.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/tiff_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace vell::metadata {
+namespace {
+
+using testing::ascii;
+using testing::build_tiff;
+using testing::bytes;
+using testing::FakeCall;
+using testing::TiffField;
+using testing::undefined;
+
+constexpr std::size_t room = 65'527;
+
+// The tags of a block as the host would show them.
+std::string read(std::string_view block, TextEncoding encoding = TextEncoding::Native,
+                 bool raw = false, bool decimal = false) {
+    MetadataText text;
+    static_cast<void>(read_tags(
+        block, {.want_exif = true, .want_gps = true, .decimal_gps = decimal, .raw_values = raw},
+        encoding, text));
+    std::u16string shown;
+    for (const MetadataText::Piece& piece : text.pieces())
+        shown += testing::decoded(piece.bytes, piece.encoding);
+    return utf8_from_utf16(shown);
+}
+
+Result<std::string> write(std::string_view existing, std::string_view text,
+                          std::optional<TextEncoding> encoding = {},
+                          MakerNote maker_note = MakerNote::Remove, std::size_t most = room) {
+    FakeCall call({});
+    const auto sections = VELL_TRY(parse_tagged_text(text));
+    return write_exif(existing, sections, maker_note, TextStore(call, encoding), most);
+}
+
+std::string section(std::string_view word, int tag, std::string_view value) {
+    const std::string number = std::to_string(tag);
+    return "\r##" + std::string(word) + " " + number + "\r" + std::string(value) + "\r##END " +
+           number;
+}
+
+// A block with every kind of value, a maker note and a thumbnail directory.
+std::string full_block(ByteOrder order) {
+    std::string block = build_tiff(
+        order, {.first = {ascii(271, "Vell"),
+                          ascii(272, "M\xFCller"),
+                          {274, FieldType::Short, {6}},
+                          {282, FieldType::Rational, {72, 1}},
+                          ascii(306, "2020:12:31 23:59:59"),
+                          bytes(40091, order == ByteOrder::Big ? std::string("\0T\0i\0\0", 6)
+                                                               : std::string("T\0i\0\0\0", 6))},
+                .exif = {{33434, FieldType::Rational, {1, 60}},
+                         undefined(36864, "0221"),
+                         {37379, FieldType::SignedRational, {0xFFFFFFFF, 3}},
+                         {37380, FieldType::SignedRational, {1, 0}},
+                         {37396, FieldType::Short, {10, 20, 30}},
+                         undefined(37500, std::string(500, 'm')),
+                         undefined(37510, std::string("ASCII\0\0\0a comment", 17)),
+                         {40962, FieldType::Long, {0x90000000}},
+                         undefined(41730, "\xFF\xFE\x80zz"),
+                         {42034, FieldType::Rational, {24, 1, 70, 1, 28, 10, 0, 0}}},
+                .gps = {bytes(0, std::string("\2\2\0\0", 4)),
+                        ascii(1, "S"),
+                        {2, FieldType::Rational, {33, 1, 51, 1, 24444, 1000}},
+                        bytes(5, "\1")},
+                .interoperability = {ascii(1, "R98"), undefined(2, "0100")}});
+    return block;
+}
+
+TEST(ExifWriter, WhatWasReadLeavesEveryByteAsItIs) {
+    for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
+        const std::string block = full_block(order);
+        for (const TextEncoding encoding : {TextEncoding::Native, TextEncoding::Utf8})
+            for (const bool raw : {false, true})
+                for (const bool decimal : {false, true})
+                    EXPECT_EQ(*write(block, read(block, encoding, raw, decimal && !raw), encoding,
+                                     MakerNote::Keep),
+                              block)
+                        << raw << decimal;
+        const std::string removed = *write(block, read(block));
+        EXPECT_EQ(read(removed), read(block));
+        EXPECT_EQ(removed.find("mmm"), std::string::npos);
+        EXPECT_NE(block.find("mmm"), std::string::npos);
+    }
+}
+
+TEST(ExifWriter, ValuesTakeTheTypesOfTheirTags) {
+    const struct {
+        const char* word;
+        int tag;
+        std::string written;
+        std::string raw; // what reads back; empty for a refusal
+    } cases[] = {
+        {"EXIF", 270, "\xC3\xA9", "\xC3\xA9"},
+        {"EXIF", 274, "65535", "65535"},
+        {"EXIF", 274, "65536", ""},
+        {"EXIF", 274, "-1", ""},
+        {"EXIF", 274, "six", ""},
+        {"EXIF", 282, "300", "300/1"},
+        {"EXIF", 282, " 72.5 ", "145/2"},
+        {"EXIF", 282, "4294967295/4294967295", "4294967295/4294967295"},
+        {"EXIF", 282, "4294967296/1", ""},
+        {"EXIF", 282, "-1/2", ""},
+        {"EXIF", 282, "1/", ""},
+        {"EXIF", 33437, "0.0166667", "166667/10000000"},
+        {"EXIF", 33434, "nan", "0/0"},
+        {"EXIF", 37379, "-1.5", "-3/2"},
+        {"EXIF", 37379, "-2147483648/1", "-2147483648/1"},
+        {"EXIF", 42034, "24\r70\r\n2.8\n4", "24/1\r70/1\r14/5\r4/1"},
+        {"EXIF", 37396, "1\r2\r3", "1/1\r2/1\r3/1"},
+        {"EXIF", 40962, "-1879048192", "-1879048192"},
+        {"EXIF", 40962, "4294967296", ""},
+        {"EXIF", 36864, "0232", "0232"},
+        {"EXIF", 37510, "Hello", std::string("ASCII\0\0\0Hello", 13)},
+        {"EXIF", 40091, "\xE6\x97\xA5\xF0\x9F\x98\x80", "\xE6\x97\xA5\xF0\x9F\x98\x80"},
+        {"GPS", 0, "2.3.0.0", "2.3.0.0"},
+        {"GPS", 0, "2.3.0.256", ""},
+        {"GPS", 1, "N", "N"},
+        {"GPS", 5, "1", "1"},
+        {"GPS", 2, "40\r26\r46.302", "40/1\r26/1\r23151/500"},
+        {"GPS", 29, "2020:12:31", "2020:12:31"},
+        {"EXIF", 9, "unknown", ""},
+        {"GPS", 32, "unknown", ""},
+    };
+    for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
+        for (const std::string& existing : {std::string(), full_block(order)}) {
+            for (const auto& c : cases) {
+                const auto block = write(existing, section(c.word, c.tag, c.written));
+                ASSERT_EQ(block.has_value(), !c.raw.empty()) << c.tag << ' ' << c.written;
+                if (block) {
+                    EXPECT_NE(read(*block, TextEncoding::Native, true)
+                                  .find(section(c.word, c.tag, c.raw)),
+                              std::string::npos)
+                        << c.tag << ' ' << c.written << '\n'
+                        << read(*block, TextEncoding::Native, true);
+                }
+            }
+        }
+    }
+}
+
+TEST(ExifWriter, DecimalDegreesBecomeAPositionWithItsReference) {
+    const struct {
+        std::string text;
+        const char* decimal;
+        const char* reference;
+    } cases[] = {
+        {section("GPS", 2, "-33.85678900"), "-33.85678900", "S"},
+        {section("GPS", 2, "40.00000001"), "40.00000001", "N"},
+        {section("GPS", 2, "59.99999999"), "59.99999999", "N"},
+        {section("GPS", 1, "S") + section("GPS", 2, "12.5"), "-12.50000000", "S"},
+        {section("GPS", 2, "-12.5") + section("GPS", 1, "S"), "-12.50000000", "S"},
+    };
+    const std::string southern = full_block(ByteOrder::Big);
+    for (const std::string& existing : {std::string(), southern})
+        for (const auto& c : cases) {
+            const std::string shown =
+                read(*write(existing, c.text), TextEncoding::Native, false, true);
+            EXPECT_NE(shown.find(section("GPS", 2, c.decimal)), std::string::npos) << shown;
+            EXPECT_NE(shown.find(section("GPS", 1, c.reference)), std::string::npos) << shown;
+        }
+}
+
+TEST(ExifWriter, TextsTakeTheEncodingThatIsAskedFor) {
+    const std::string text = section("EXIF", 270, "\xC3\xA9");
+    const std::string foreign = section("EXIF", 270, "\xE6\x97\xA5");
+    EXPECT_NE(write("", text)->find(std::string("\xE9\0", 2)), std::string::npos);
+    EXPECT_NE(write("", text, TextEncoding::Utf8)->find("\xC3\xA9"), std::string::npos);
+    EXPECT_NE(write("", foreign)->find("\xE6\x97\xA5"), std::string::npos);
+    EXPECT_EQ(write("", foreign, TextEncoding::AsciiMac).error(), ErrorCode::ParameterUnreadable);
+    // What was read behind the remark goes back as it was.
+    const std::string native = build_tiff(ByteOrder::Little, {.first = {ascii(270, "caf\xE9")}});
+    const std::string shown = read(native, TextEncoding::Utf8);
+    EXPECT_EQ(*write(native, shown, TextEncoding::Utf8), native);
+    EXPECT_NE(write("", shown, TextEncoding::Utf8)->find(std::string("caf\xE9\0", 5)),
+              std::string::npos);
+}
+
+TEST(ExifWriter, KeepsWhatTheTextDoesNotName) {
+    for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
+        std::string block = full_block(order);
+        // A thumbnail behind the block: its directory follows IFD0.
+        std::string thumbnail;
+        append_integer<std::uint16_t>(thumbnail, 2, order);
+        const auto image_at = static_cast<std::uint32_t>(block.size() + 2 + 24 + 4);
+        const auto add = [&](std::uint16_t tag, std::uint32_t value) {
+            IfdEntry entry{tag, FieldType::Long, 1};
+            std::string number;
+            append_integer<std::uint32_t>(number, value, order);
+            std::ranges::copy(number, entry.value.begin());
+            entry.write(thumbnail, order);
+        };
+        add(513, image_at);
+        add(514, 9);
+        append_integer<std::uint32_t>(thumbnail, 0, order);
+        const auto entries = *load<std::uint16_t>(block, 8, order);
+        std::string next;
+        append_integer<std::uint32_t>(next, static_cast<std::uint32_t>(block.size()), order);
+        const std::size_t next_at = 8 + 2 + std::size_t{entries} * 12;
+        block.replace(next_at, 4, next);
+        block += thumbnail + "THUMBNAIL";
+
+        const std::size_t note = block.find("mmm");
+        const std::string longer(300, 'x');
+        const std::string written = *write(
+            block, section("EXIF", 271, longer) + section("EXIF", 315, "Me"), {}, MakerNote::Keep);
+        // Offsets inside the maker note and of the thumbnail stay true.
+        EXPECT_EQ(written.find("mmm"), note);
+        EXPECT_EQ(written.substr(image_at, 9), "THUMBNAIL");
+        std::string expected = read(block);
+        const std::string old = section("EXIF", 271, "Vell");
+        expected.replace(expected.find(old), old.size(), section("EXIF", 271, longer));
+        const std::string time = section("EXIF", 306, "2020:12:31 23:59:59");
+        expected.insert(expected.find(time) + time.size(), section("EXIF", 315, "Me"));
+        // Directories may have moved.
+        const auto without_pointers = [](std::string text) {
+            for (const char* opener : {"\r##EXIF 34665", "\r##EXIF 34853", "\r##EXIF 40965"})
+                if (const std::size_t at = text.find(opener); at != std::string::npos)
+                    text.erase(at, text.find("\r##END", at) + 12 - at);
+            return text;
+        };
+        EXPECT_EQ(without_pointers(read(written)), without_pointers(expected));
+        // Removed again, the room is used again, and a directory without entries goes.
+        EXPECT_EQ(read(*write(written, section("EXIF", 315, ""))).find("##EXIF 315"),
+                  std::string::npos);
+        const std::string no_gps =
+            *write(written, section("GPS", 0, "") + section("GPS", 1, "") + section("GPS", 2, "") +
+                                section("GPS", 5, ""));
+        EXPECT_EQ(read(no_gps).find("34853"), std::string::npos);
+        EXPECT_LE(no_gps.size(), written.size());
+    }
+}
+
+TEST(ExifWriter, RefusesWhatDoesNotFitAndBlocksThatCannotBeRead) {
+    const std::string text = section("EXIF", 270, std::string(1000, 'x'));
+    const std::size_t needed = write("", text)->size();
+    EXPECT_TRUE(write("", text, {}, MakerNote::Remove, needed));
+    EXPECT_EQ(write("", text, {}, MakerNote::Remove, needed - 1).error(),
+              ErrorCode::ResourceTooLarge);
+    EXPECT_EQ(write("XX*\0\0\0\0\0", text).error(), ErrorCode::ShortRead);
+    EXPECT_EQ(write(std::string("II*\0\4\0\0\0", 8), text).error(), ErrorCode::CorruptStructure);
+    EXPECT_EQ(write(std::string("II*\0\0\1\0\0", 8), text).error(), ErrorCode::CorruptStructure);
+    EXPECT_EQ(*write("", ""), "");
+    EXPECT_EQ(*write("", section("EXIF", 270, "")), "");
+}
+
+TEST(ExifWriter, DamagedBlocksStayAndTakeNewValues) {
+    std::mt19937 random(20201231);
+    for (int round = 0; round < 1500; ++round) {
+        std::string block = full_block(round % 2 ? ByteOrder::Big : ByteOrder::Little);
+        for (int flips = round % 4; flips >= 0; --flips)
+            block[8 + random() % (block.size() - 8)] = static_cast<char>(random());
+        if (round % 5 == 0)
+            block.resize(8 + random() % (block.size() - 8));
+        const std::string shown = read(block);
+        const auto kept = write(block, shown, {}, MakerNote::Keep);
+        // A value may have come to hold what ends its section.
+        if (!kept)
+            continue;
+        ASSERT_EQ(*kept, block) << round;
+        const auto changed = write(block, section("GPS", 18, "WGS-84"));
+        ASSERT_TRUE(changed) << round;
+        // The old block, and the two directories that are written anew, each cut from it.
+        ASSERT_LE(changed->size(), 3 * block.size() + 100);
+    }
+}
+
+TEST(Fractions, ReadAsTheTextsThatTheyComeFrom) {
+    std::mt19937_64 random(42);
+    for (int round = 0; round < 200'000; ++round) {
+        const double value = static_cast<double>(random() % 0xFFFFFFFF) /
+                             static_cast<double>(random() % (round % 2 ? 10'000 : 0xFFFFFFFF) + 1);
+        const std::string text = to_text(value, 6);
+        const auto fraction = parse_fraction(text, 0xFFFFFFFF);
+        ASSERT_TRUE(fraction) << text;
+        ASSERT_LE(fraction->numerator, 0xFFFFFFFF);
+        ASSERT_LE(fraction->denominator, 0xFFFFFFFFU);
+        if (value > 1e-3) { // below, 32 bits have fewer than six digits
+            ASSERT_EQ(to_text(static_cast<double>(fraction->numerator) /
+                                  static_cast<double>(fraction->denominator),
+                              6),
+                      text);
+        }
+    }
+    for (const char* text : {"", "x", "1e99", "inf", "1/2/3", "/", "1.5/2", "0x10", "1 2"})
+        EXPECT_FALSE(parse_fraction(text, 0xFFFFFFFF)) << text;
+}
+
+} // namespace
+} // namespace vell::metadata

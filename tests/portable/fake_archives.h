@@ -1,0 +1,127 @@
+// The system below archives in memory: files of WritableFiles, folders, links and times.
+#pragma once
+
+#include "src/archive/archive_system.h"
+#include "src/archive/zip_writer.h"
+#include "tests/portable/writable_files.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vell::testing {
+
+inline constexpr params::CalendarTime noon{2024, 2, 29, 12, 34, 56};
+
+// Files and folders; paths of folders have no separator at their end.
+class FilesAndFolders : public WritableFiles {
+  public:
+    std::set<std::u16string> folders;
+
+    files::ItemKind kind_of(const files::NativePath& path) override {
+        std::u16string name = path.wide;
+        if (name.ends_with(u'\\'))
+            name.pop_back();
+        return folders.contains(name) ? files::ItemKind::Folder : WritableFiles::kind_of(path);
+    }
+};
+
+class FakeArchives : public archive::ArchiveSystem, public files::FolderSource {
+  public:
+    FilesAndFolders store;
+    std::set<std::u16string> links; // items among the files and folders
+    std::map<std::u16string, params::CalendarTime> times;
+    ErrorCode folder_failure = ErrorCode::Ok; // of create_folder
+
+    FilesAndFolders& files() override { return store; }
+    files::FolderSource& folders() override { return *this; }
+    Result<files::NativePath> full_path(const files::NativePath& path) override { return path; }
+
+    Result<std::unique_ptr<files::File>> open_shared(const files::NativePath& path) override {
+        return store.open(path, files::Permission::Read);
+    }
+    Result<std::unique_ptr<files::File>> open_emptied(const files::NativePath& path) override {
+        if (store.kind_of(path) == files::ItemKind::Folder)
+            return Failure{ErrorCode::Busy};
+        if (!store.folders.contains(parent(path.wide)))
+            return Failure{ErrorCode::FolderNotFound};
+        if (store.kind_of(path) == files::ItemKind::None)
+            VELL_TRY(store.create_new(path));
+        auto file = VELL_TRY(store.open(path, files::Permission::Write));
+        VELL_TRY(file->set_end_of_file());
+        return file;
+    }
+    Result<void> create_folder(const files::NativePath& path) override {
+        if (folder_failure != ErrorCode::Ok)
+            return Failure{folder_failure};
+        if (store.kind_of(path) != files::ItemKind::None)
+            return Failure{ErrorCode::AlreadyExists};
+        if (!store.folders.contains(parent(path.wide)))
+            return Failure{ErrorCode::FolderNotFound};
+        store.folders.insert(path.wide);
+        return {};
+    }
+    bool is_link(const files::NativePath& path) override { return links.contains(path.wide); }
+    params::CalendarTime now() override { return noon; }
+    Result<params::CalendarTime> modification_time(const files::NativePath&) override {
+        return noon;
+    }
+    Result<void> set_times(const files::NativePath& path,
+                           const params::CalendarTime& local) override {
+        times[path.wide] = local;
+        return {};
+    }
+
+    Result<std::unique_ptr<files::FolderReader>, files::SystemError>
+    open_folder(const std::u16string& path) override {
+        std::vector<files::FolderEntry> entries(2);
+        entries[0].name = u".";
+        entries[1].name = u"..";
+        entries[0].is_folder = entries[1].is_folder = true;
+        const auto add = [&](const std::u16string& item, bool is_folder) {
+            if (parent(item) + u"\\" != path)
+                return;
+            files::FolderEntry& entry = entries.emplace_back();
+            entry.name = item.substr(path.size());
+            entry.is_folder = is_folder;
+            entry.is_hidden = entry.name.starts_with(u"hidden");
+            entry.is_link = links.contains(item);
+        };
+        for (const std::u16string& folder : store.folders)
+            add(folder, true);
+        for (const auto& file : store.contents())
+            add(file.first, false);
+        return std::unique_ptr<files::FolderReader>(
+            std::make_unique<EntryReader>(std::move(entries)));
+    }
+
+  private:
+    class EntryReader : public files::FolderReader {
+      public:
+        explicit EntryReader(std::vector<files::FolderEntry> entries)
+            : entries_(std::move(entries)) {}
+        Result<std::size_t, files::SystemError>
+        read(std::span<files::FolderEntry> entries) override {
+            std::size_t count = 0;
+            while (count < entries.size() && next_ < entries_.size())
+                entries[count++] = entries_[next_++];
+            return count;
+        }
+
+      private:
+        std::vector<files::FolderEntry> entries_;
+        std::size_t next_ = 0;
+    };
+
+    static std::u16string parent(const std::u16string& path) {
+        return path.substr(0, std::min(path.rfind(u'\\'), path.size()));
+    }
+};
+
+inline archive::NativePath native(std::u16string_view path) {
+    return {std::u16string(path), std::nullopt};
+}
+
+} // namespace vell::testing

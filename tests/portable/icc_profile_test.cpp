@@ -1,0 +1,242 @@
+// Descriptions of ICC profiles that are made here, whole and damaged.
+#include "src/base/bytes.h"
+#include "src/metadata/icc_profile.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace vell::metadata {
+namespace {
+
+std::string big16(std::uint16_t value) {
+    std::string bytes;
+    append_integer<std::uint16_t>(bytes, value, ByteOrder::Big);
+    return bytes;
+}
+std::string big32(std::uint32_t value) {
+    std::string bytes;
+    append_integer<std::uint32_t>(bytes, value, ByteOrder::Big);
+    return bytes;
+}
+std::string utf16(std::u16string_view text) {
+    std::string bytes;
+    for (const char16_t unit : text)
+        bytes += big16(unit);
+    return bytes;
+}
+std::string tag_data(std::string_view type, const std::string& rest) {
+    return std::string(type) + big32(0) + rest;
+}
+
+std::string version2_name(const std::string& ascii, std::u16string_view unicode = u"",
+                          std::uint16_t script = 0, const std::string& script_text = "") {
+    std::string mac(1, static_cast<char>(script_text.size()));
+    mac += script_text;
+    mac.resize(68);
+    return tag_data("desc", big32(static_cast<std::uint32_t>(ascii.size() + 1)) + ascii + '\0' +
+                                big32(0) + big32(static_cast<std::uint32_t>(unicode.size())) +
+                                utf16(unicode) + big16(script) + mac);
+}
+
+struct Localized {
+    std::string language;
+    std::u16string text;
+};
+std::string localized(const std::vector<Localized>& texts) {
+    const auto count = static_cast<std::uint32_t>(texts.size());
+    std::string records = big32(count) + big32(12);
+    std::string strings;
+    for (const Localized& text : texts) {
+        const std::string encoded = utf16(text.text);
+        records += text.language + big32(static_cast<std::uint32_t>(encoded.size())) +
+                   big32(static_cast<std::uint32_t>(16 + 12 * count + strings.size()));
+        strings += encoded;
+    }
+    return tag_data("mluc", records + strings);
+}
+
+struct TagOf {
+    std::string signature;
+    std::string data;
+};
+std::string profile_of(const std::vector<TagOf>& tags) {
+    const std::string header_rest =
+        "Lino" + big32(0x02'10'00'00) + "mntrRGB XYZ " + big16(1998) + big16(2) + big16(9) +
+        big16(6) + big16(49) + big16(0) + "acspMSFT" + big32(1) + "IEC " + std::string("\1\2\3\4") +
+        big32(0) + big32(0b0101) + big32(1) + big32(0xF6D6) + big32(0x10000) + big32(0xD32D) +
+        "HP<&" + std::string("\xAB") + std::string(15 + 28, '\0');
+    std::string table = big32(static_cast<std::uint32_t>(tags.size()));
+    std::string data;
+    for (const TagOf& tag : tags) {
+        table += tag.signature +
+                 big32(static_cast<std::uint32_t>(132 + 12 * tags.size() + data.size())) +
+                 big32(static_cast<std::uint32_t>(tag.data.size()));
+        data += tag.data;
+    }
+    return big32(static_cast<std::uint32_t>(132 + table.size() - 4 + data.size())) + header_rest +
+           table + data;
+}
+
+MetadataRequest asking(IccSelector selector) {
+    MetadataRequest request;
+    request.icc = selector;
+    return request;
+}
+
+// Lines by "|"; a failure by its number.
+std::string description(std::string_view profile, const MetadataRequest& request,
+                        std::string_view before = {}) {
+    MetadataText text;
+    text.append(before);
+    const Result<void> done = describe_icc_profile(profile, request, text);
+    std::string bytes;
+    for (const MetadataText::Piece& piece : text.pieces())
+        bytes += piece.bytes;
+    std::ranges::replace(bytes, '\r', '|');
+    return done ? bytes : bytes + std::to_string(number(done.error()));
+}
+
+const std::string some_profile = profile_of(
+    {{"desc", version2_name("a<b\1", u"ä")},
+     {"wtpt", tag_data("XYZ ", big32(0x8000) + big32(0xFFFF'0000) + big32(0) + "cut off")},
+     {"rTRC", tag_data("curv", big32(1) + big16(0x0233) + big16(0))},
+     {"gTRC", tag_data("curv", big32(1024))},
+     {"tech", tag_data("sig ", "CRT ")},
+     {"calt", tag_data("dtim", big16(2001) + big16(1) + big16(2) + big16(3) + big16(4) + big16(5))},
+     {"cprt", tag_data("text", std::string("(c)\0left over", 13))}});
+
+TEST(IccProfile, DescribesHeaderAndTags) {
+    const std::string header =
+        "Profile size: 421|CMM: Lino|Version: 2.1.0|Class: mntr (display device)|Colour space: RGB|"
+        "Connection space: XYZ|Date: 1998-02-09 06:49:00|Signature: acsp|Platform: MSFT "
+        "(Microsoft)|"
+        "Flags: 1 (embedded, usable on its own)|Manufacturer: IEC|Model: 0x01020304|"
+        "Attributes: 5 (transparency, glossy, negative, colour)|"
+        "Intent: 1 (media-relative colorimetric)|Illuminant: 0.964203 1 0.824905|Creator: HP<&|"
+        "Profile ID: ab000000000000000000000000000000|";
+    const std::string names = "Description: a<b\1|Description (Unicode): \xC3\xA4|Tags: 7|";
+    MetadataRequest request = asking(IccSelector::Description);
+    EXPECT_EQ(description(some_profile, request, "##END 1"),
+              "##END 1|" + header + names +
+                  "Tag desc: desc, 97 bytes|Tag wtpt: XYZ, 27 bytes|Tag rTRC: curv, 16 bytes|"
+                  "Tag gTRC: curv, 12 bytes|Tag tech: sig, 12 bytes|Tag calt: dtim, 20 bytes|"
+                  "Tag cprt: text, 21 bytes");
+    request.verbose_icc = true;
+    request.first_icc_language = true;
+    EXPECT_EQ(description(some_profile, request, "ICC chunk count: 1\r"),
+              "ICC chunk count: 1|" + header +
+                  "Description: a<b\1|Tags: 7|"
+                  "Tag desc: desc, 97 bytes at 216|  Text: a<b\1|"
+                  "Tag wtpt: XYZ, 27 bytes at 313|  XYZ: 0.5 -1 0|"
+                  "Tag rTRC: curv, 16 bytes at 340|  Curve: gamma 2.19922|"
+                  "Tag gTRC: curv, 12 bytes at 356|  Curve: 1024 entries|"
+                  "Tag tech: sig, 12 bytes at 368|  Signature: CRT|"
+                  "Tag calt: dtim, 20 bytes at 380|  Date: 2001-01-02 03:04:05|"
+                  "Tag cprt: text, 21 bytes at 400|  Text: (c)");
+}
+
+TEST(IccProfile, DescribesAsXml) {
+    MetadataRequest request = asking(IccSelector::Description);
+    request.icc_as_xml = true;
+    const std::string plain = description(some_profile, request);
+    for (const std::string_view part :
+         {"<?xml version=\"1.0\" "
+          "encoding=\"UTF-8\"?>|<icc_profile>|<profile_size>421</profile_size>|",
+          "|<class meaning=\"display device\">mntr</class>|", "|<creator>HP&lt;&amp;</creator>|",
+          "|<description>a&lt;b?</description>|<description "
+          "language=\"Unicode\">\xC3\xA4</description>|"
+          "<tags>7</tags>|<tag signature=\"desc\" type=\"desc\" size=\"97\"></tag>|"})
+        EXPECT_NE(plain.find(part), std::string::npos) << part << " in " << plain;
+    EXPECT_TRUE(plain.ends_with("size=\"21\"></tag>|</icc_profile>"));
+    request.verbose_icc = true;
+    EXPECT_NE(description(some_profile, request)
+                  .find("|<tag signature=\"wtpt\" type=\"XYZ\" size=\"27\" offset=\"313\">|"
+                        "<xyz>0.5 -1 0</xyz></tag>|"),
+              std::string::npos);
+}
+
+TEST(IccProfile, NamesInTheirLanguages) {
+    const MetadataRequest name = asking(IccSelector::Name);
+    const MetadataRequest all = asking(IccSelector::LocalizedName);
+    MetadataRequest first = all;
+    first.first_icc_language = true;
+
+    const std::string version4 = profile_of(
+        {{"desc",
+          localized({{std::string("de\0\0", 4), u""}, {"deDE", u"Größe"}, {"enUS", u"Size"}})}});
+    EXPECT_EQ(description(version4, name), "Gr\xC3\xB6\xC3\x9F"
+                                           "e");
+    EXPECT_EQ(description(version4, first), "Gr\xC3\xB6\xC3\x9F"
+                                            "e");
+    EXPECT_EQ(description(version4, all, "##END 1"), "##END 1|de-DE: Gr\xC3\xB6\xC3\x9F"
+                                                     "e|en-US: Size");
+
+    const std::string version2 =
+        profile_of({{"desc", version2_name("Screen", u"Schirm", 7, "\xDD")},
+                    {"dscm", localized({{"frFR", u"Écran"}})}});
+    EXPECT_EQ(description(version2, name), "Screen");
+    EXPECT_EQ(description(version2, first), "Screen");
+    EXPECT_EQ(description(version2, all), "Screen|Unicode: Schirm|ScriptCode: \xDD|fr-FR: \xC3\x89"
+                                          "cran");
+    MetadataText text;
+    ASSERT_TRUE(describe_icc_profile(version2, all, text));
+    EXPECT_TRUE(std::ranges::any_of(text.pieces(), [](const MetadataText::Piece& piece) {
+        return piece.encoding == TextEncoding::CyrillicMac && piece.bytes == "\xDD";
+    }));
+    EXPECT_EQ(description(profile_of({{"desc", version2_name("", u"Schirm")}}), name), "Schirm");
+    EXPECT_EQ(description(profile_of({{"desc", version2_name("")}}), name), "-2026");
+    EXPECT_EQ(description(profile_of({{"cprt", version2_name("a")}}), all), "-2026");
+    EXPECT_EQ(description(profile_of({{"desc", "none"}}), name), "-4249");
+}
+
+TEST(IccProfile, GivesWhatCanBeReadOfDamagedProfiles) {
+    const MetadataRequest name = asking(IccSelector::Name);
+    MetadataRequest verbose = asking(IccSelector::Description);
+    verbose.verbose_icc = true;
+    EXPECT_EQ(description(some_profile.substr(0, 127), verbose), "-302");
+    EXPECT_TRUE(description(some_profile.substr(0, 128), verbose).ends_with("|Tags: 0"));
+    std::string damaged = some_profile;
+    damaged[36] = 'x';
+    EXPECT_EQ(description(damaged, verbose), "-4249");
+
+    damaged = some_profile.substr(0, 160);
+    damaged.replace(128, 4, big32(0xFFFF'FFFF));
+    EXPECT_TRUE(description(damaged, verbose)
+                    .ends_with("|Tags: 4294967295 (not all of them there)|"
+                               "Tag desc: (outside the profile), 97 bytes at 216|"
+                               "Tag wtpt: (outside the profile), 27 bytes at 313"));
+    EXPECT_EQ(description(damaged, name), "-4249");
+    EXPECT_EQ(description(damaged.substr(0, 140), name), "-302"); // no whole entry
+
+    // Lengths and counts of four billion.
+    damaged = some_profile;
+    damaged.replace(216 + 8, 4, big32(0xFFFF'FFFF));
+    EXPECT_TRUE(description(damaged, name).starts_with("a<b\1"));
+    std::string texts = localized({{"enUS", u"A"}, {"deDE", u"B"}});
+    texts.replace(8, 4, big32(0xFFFF'FFFF));
+    EXPECT_EQ(description(profile_of({{"desc", texts}}), asking(IccSelector::LocalizedName)),
+              "en-US: A|de-DE: B");
+    texts.replace(16 + 12 + 4, 4, big32(0xFFFF'FFFF));
+    EXPECT_EQ(description(profile_of({{"desc", texts}}), asking(IccSelector::LocalizedName)),
+              "en-US: A");
+    texts.replace(12, 4, big32(0));
+    EXPECT_EQ(description(profile_of({{"desc", texts}}), name), "-4249");
+}
+
+// Many tags over the same text: the description grows with the profile, not with its square.
+TEST(IccProfile, IsDescribedInBoundedSpace) {
+    constexpr std::uint32_t count = 20'000;
+    std::string profile = profile_of({}).substr(0, 128) + big32(count);
+    for (std::uint32_t i = 0; i < count; ++i)
+        profile += "cprt" + big32(132 + 12 * count) + big32(500'000);
+    profile += tag_data("text", std::string(499'992, 'x'));
+    MetadataRequest request = asking(IccSelector::Description);
+    request.verbose_icc = true;
+    EXPECT_LT(description(profile, request).size(), 10 * profile.size());
+}
+
+} // namespace
+} // namespace vell::metadata

@@ -1,0 +1,167 @@
+#include "tests/portable/fake_files.h"
+#include "tests/portable/image_builder.h"
+#include "tests/portable/tiff_builder.h"
+
+#include <gtest/gtest.h>
+
+namespace vell::metadata {
+namespace {
+
+using namespace vell::testing;
+
+std::string exif(const std::string& make) {
+    return exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(271, make)}}));
+}
+std::string comment(const std::string& text) {
+    return segment(SegmentMarker::Com, text);
+}
+std::string xmp(const std::string& packet) {
+    return segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0", 29) + packet);
+}
+
+TEST(JpegSegments, AreReadAsFarAsTheyAreWanted) {
+    const std::string a = exif("A");
+    const std::string c = comment("hi");
+    const std::string app12 = segment(SegmentMarker::App12, "duck");
+    struct Case {
+        const char* switches;
+        std::string file;
+        const char* expected;
+    } const cases[] = {
+        {"GetExif", jpeg({a, exif("B")}), "|##EXIF 271|A|##END 271"}, // the first one only
+        {"GetExif", jpeg({xmp("x"), a}), "|##EXIF 271|A|##END 271"},
+        {"GetExif", jpeg({c}), "!-2026"},
+        {"GetExif GetXMP", jpeg({a, xmp("x")}), "|##EXIF 271|A|##END 271"}, // tags before packets
+        {"GetJPEGComment", jpeg({c, comment("2")}), "|##JCOM|hi|##END "},
+        {"GetJPEGComment", jpeg({app12, c}), "|##JCOM|duck|##END |##JCOM|hi|##END "},
+        {"GetJPEGComment", jpeg({app12}), "|##JCOM|duck|##END !-2026"},
+        {"GetJPEGComment", jpeg({comment("\xE4")}), "|##JCOM|<0:\xE4>|##END "},
+        {"GetJPEGComment SourceMacCharset", jpeg({comment("\xE4")}), "|##JCOM|<4:\xE4>|##END "},
+        {"GetExif GetJPEGComment", jpeg({a, c}), "|##EXIF 271|A|##END 271|##JCOM|hi|##END "},
+        {"GetExif GetJPEGComment", jpeg({c, comment("2"), a}), // two items
+         "|##JCOM|hi|##END |##JCOM|2|##END "},
+        // Fill bytes, bytes between segments, frame headers, markers without a segment.
+        {"GetJPEGComment",
+         jpeg({"junk", "\xFF\xFF\xFF", segment(SegmentMarker::Sof2, "frame\xFF\xFE"), "\xFF\xD0",
+               c}),
+         "|##JCOM|hi|##END "},
+        {"GetJPEGComment", jpeg({std::string("\xFF\x00\x00\x06\xFF\xD9zz", 8), c}),
+         "|##JCOM|hi|##END "}, // segments of markers that mean nothing are passed over too
+        {"GetJPEGComment", jpeg({"\xFF\xD9", c}), "!-2026"},
+        // Lengths that cannot be.
+        {"GetJPEGComment", jpeg({segment(SegmentMarker::Com, "")}), "!-92"},
+        {"GetExif", jpeg({segment(SegmentMarker::App1, "", 1)}), "!-92"},
+        {"-GetIccProfileName", jpeg({segment(SegmentMarker::App2, "", 1)}), "!-92"},
+        {"GetJPEGComment", jpeg({segment(SegmentMarker::App0, "", 0), c}), "|##JCOM|hi|##END "},
+        {"GetJPEGComment", jpeg({segment(SegmentMarker::Com, "hi", 999)}), "!-302"},
+        {"GetExif", jpeg({segment(SegmentMarker::App1, a.substr(4), 999)}), "!-302"},
+        {"GetExif", jpeg({segment(SegmentMarker::App1, "Ex")}), "!-2026"},
+        // Files that end early.
+        {"GetJPEGComment", "", "!-71"},
+        {"GetJPEGComment", "\xFF\xD9", "!-71"},
+        {"GetJPEGComment", "\xFF\xD8", "!-39"},
+        {"GetJPEGComment", std::string("\xFF\xD8\xFF\xFE\x00", 5), "!-39"},
+        {"GetExif", "\xFF\xD8" + segment(SegmentMarker::Dqt, "q", 60'000), "!-39"},
+        {"GetExif GetGPS", "\xFF\xD8" + a, "|##EXIF 271|A|##END 271"},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(metadata_of(each.switches, each.file), each.expected)
+            << each.switches << " case " << &each - cases;
+}
+
+TEST(JpegSegments, XmpComesWithItsIdentifierAndAReadableHeader) {
+    const std::string packet = "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W\"?>\xC3\xA4";
+    EXPECT_EQ(metadata_of("GetXMP -SourceUTF8Charset", jpeg({exif("A"), xmp(packet), xmp("2")})),
+              "http://ns.adobe.com/xap/1.0/|<?xpacket begin=\"0xEFBBBF\" id=\"W\"?>\xC3\xA4");
+    EXPECT_EQ(metadata_of("GetXMP", jpeg({xmp(packet)})),
+              "http://ns.adobe.com/xap/1.0/|<0:<?xpacket begin=\"0xEFBBBF\" id=\"W\"?>\xC3\xA4>");
+    // Without its end the identifier is all that there is.
+    EXPECT_EQ(metadata_of("GetXMP", jpeg({segment(SegmentMarker::App1, "http://ns.adobe.com/x")})),
+              "http://ns.adobe.com/x");
+    EXPECT_EQ(metadata_of("GetXMP", jpeg({exif("A")})), "!-2026");
+    // What agrees with the identifier up to some byte has been given by then.
+    EXPECT_EQ(
+        metadata_of("GetXMP", jpeg({segment(SegmentMarker::App1, "http://example"), xmp("p")})),
+        "http://http://ns.adobe.com/xap/1.0/|p");
+    EXPECT_EQ(metadata_of("GetXMP", jpeg({}) + "...<?xpacket begin=''?><x/><?xpacket end='w'?>.."),
+              "<?xpacket begin=''?><x/><?xpacket end='w'?>");
+    EXPECT_EQ(metadata_of("GetXMP", jpeg({segment(SegmentMarker::App1, xmp("p").substr(4), 999)})),
+              "http://ns.adobe.com/!-2026"); // cut off; no packet elsewhere either
+}
+
+// A profile whose name stands where the first chunk ends.
+class IccChunks : public ::testing::Test {
+  protected:
+    static constexpr std::size_t chunk_size = 200;
+
+    static std::string chunk(int number, int count, const std::string& data) {
+        return segment(SegmentMarker::App2, std::string("ICC_PROFILE\0", 12) +
+                                                static_cast<char>(number) +
+                                                static_cast<char>(count) + data);
+    }
+    static std::string head(std::uint32_t profile_size = 3 * chunk_size) {
+        std::string bytes = big_endian<std::uint32_t>(profile_size) + std::string(32, '\0') +
+                            "acsp" + std::string(88, '\0');
+        bytes[8] = 2; // version
+        bytes += big_endian<std::uint32_t>(1) + "desc" + big_endian<std::uint32_t>(chunk_size) +
+                 big_endian<std::uint32_t>(100);
+        return bytes + std::string(chunk_size - bytes.size(), '.');
+    }
+    static std::string name(const std::string& text) {
+        std::string bytes = "desc" + std::string(4, '\0') +
+                            big_endian<std::uint32_t>(static_cast<std::uint32_t>(text.size() + 1)) +
+                            text;
+        return bytes + std::string(chunk_size - bytes.size(), '\0');
+    }
+};
+
+TEST_F(IccChunks, AreTakenInTheOrderOfTheFile) {
+    const char* const ask = "-GetIccProfileName";
+    const std::string filler(chunk_size, 'f');
+    const std::string whole = head() + name("One");
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(1, 1, whole)})), "One");
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(1, 2, head()), chunk(2, 2, name("Two"))})), "Two");
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(1, 3, head()), chunk(3, 3, name("Three")),
+                                     chunk(2, 3, name("Two"))})),
+              "Three");
+    EXPECT_EQ(
+        metadata_of(ask, jpeg({segment(SegmentMarker::App2, "MPF"), exif("A"), chunk(1, 3, head()),
+                               chunk(2, 3, name("Two")), chunk(3, 3, filler)})),
+        "Two");
+}
+
+TEST_F(IccChunks, ThatDoNotFitArePassedOver) {
+    const char* const ask = "-GetIccProfileName";
+    const std::string whole = head() + name("One");
+    // Beyond the announced size, without a first one, and too short for a profile's header.
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(1, 2, head(chunk_size)), chunk(2, 2, name("Two"))})),
+              "!-2026");
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(2, 2, name("Two"))})), "!-2026");
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(1, 1, whole.substr(0, 127))})), "!-2026");
+    EXPECT_EQ(metadata_of(ask, jpeg({chunk(1, 2, head(4'000'000'000)), chunk(2, 2, name("Two"))})),
+              "Two"); // no room is made for what is only announced
+    EXPECT_EQ(metadata_of(ask, "\xFF\xD8" + chunk(1, 1, whole).substr(0, 300)), "!-302");
+}
+
+TEST_F(IccChunks, AreToldOfInAVerboseDescription) {
+    const std::string file = jpeg({chunk(1, 2, head()), chunk(2, 2, name("Two"))});
+    const auto starts_verbosely = [&](const char* switches) {
+        return metadata_of(switches, file).starts_with("ICC chunk count: 2|ICC_MULTIPLE_chunks|");
+    };
+    EXPECT_TRUE(starts_verbosely("-GetIccProfileDescription -VerboseLevel=2"));
+    EXPECT_FALSE(starts_verbosely("-GetIccProfileDescription"));
+    EXPECT_FALSE(starts_verbosely("-GetIccProfileDescription -VerboseLevel=2 -Format=XML"));
+    EXPECT_FALSE(starts_verbosely("-GetIccProfileName -VerboseLevel=2"));
+}
+
+TEST(JpegSegments, AreAllThatIsReadOfAFile) {
+    const std::string head = jpeg({exif("A")});
+    FakeFiles files;
+    files.add(u"big", FakeContents::of(head + std::string(1'000'000, 's')));
+    const auto file = *files.open({u"big", std::nullopt}, files::Permission::Read);
+    EXPECT_EQ(metadata_of("GetExif GetGPS", *file), "|##EXIF 271|A|##END 271");
+    EXPECT_LE(files.end_of_reading(), head.size() + files::BufferedReader::default_buffer);
+}
+
+} // namespace
+} // namespace vell::metadata

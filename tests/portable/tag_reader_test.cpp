@@ -1,0 +1,436 @@
+// Tags of blocks made here, read by both readers.
+#include "src/base/number_text.h"
+#include "src/metadata/gps_decimal.h"
+#include "src/metadata/tag_reader.h"
+#include "src/metadata/tag_table.h"
+#include "tests/portable/fake_files.h"
+#include "tests/portable/tiff_builder.h"
+
+#include <gtest/gtest.h>
+
+namespace vell::metadata {
+namespace {
+
+using testing::build_tiff;
+using testing::TiffDirectories;
+using testing::TiffField;
+using testing::TiffFields;
+
+constexpr ExifReadOptions exif{.want_exif = true};
+constexpr ExifReadOptions everything{.want_exif = true, .want_gps = true};
+constexpr ExifReadOptions raw{.want_exif = true, .want_gps = true, .raw_values = true};
+constexpr ExifReadOptions gps{.want_gps = true};
+constexpr ExifReadOptions decimal{.want_gps = true, .decimal_gps = true};
+
+// Pieces that are not UTF-8 stand in "[number of the encoding:" and "]"; returns are "|". The code
+// of a failure stands behind.
+std::string shown(const MetadataText& text, const Result<void>& done) {
+    std::string all;
+    for (const MetadataText::Piece& piece : text.pieces()) {
+        const bool is_utf8 = piece.encoding == TextEncoding::Utf8;
+        all += is_utf8 ? piece.bytes
+                       : "[" + to_text(std::int64_t{static_cast<std::int32_t>(piece.encoding)}) +
+                             ":" + piece.bytes + "]";
+    }
+    std::ranges::replace(all, '\r', '|');
+    return done ? all : all + " " + to_text(std::int64_t{number(done.error())});
+}
+
+std::string from_block(std::string_view block, const ExifReadOptions& options,
+                       TextEncoding source = TextEncoding::Utf8) {
+    // Read beyond it: a finding of the sanitizer.
+    const std::vector<char> exact(block.begin(), block.end());
+    MetadataText text;
+    const Result<void> done = read_tags({exact.data(), exact.size()}, options, source, text);
+    return shown(text, done);
+}
+
+// The header stands in the midst of the file.
+std::string from_file(std::string_view block, const ExifReadOptions& options,
+                      TextEncoding source = TextEncoding::Utf8) {
+    const auto file = files::memory_file("before" + std::string(block));
+    auto reader = *files::BufferedReader::over(*file, 64);
+    reader.seek(6);
+    MetadataText text;
+    const Result<void> done = read_tags(reader, options, source, text);
+    return shown(text, done);
+}
+
+std::string from_either(std::string_view block, const ExifReadOptions& options,
+                        TextEncoding source = TextEncoding::Utf8) {
+    const std::string text = from_block(block, options, source);
+    const std::string other = from_file(block, options, source);
+    return text == other ? text : text + " in a file: " + other;
+}
+
+std::string section(std::string_view word, std::uint16_t tag, std::string_view value) {
+    const std::string number = to_text(std::uint64_t{tag});
+    return "|##" + std::string(word) + " " + number + "|" + std::string(value) + "|##END " + number;
+}
+
+constexpr ByteOrder orders[] = {ByteOrder::Little, ByteOrder::Big};
+
+TEST(TagTable, TellsWhatIsPrinted) {
+    const auto numbers = [](auto condition) {
+        std::string list;
+        for (std::uint32_t tag = 0; tag <= 0xFFFF; ++tag)
+            if (condition(category_of(TagFamily::General, static_cast<std::uint16_t>(tag))))
+                list += " " + to_text(std::uint64_t{tag});
+        return list;
+    };
+    EXPECT_EQ(numbers([](TagCategory category) { return category == TagCategory::Baseline; }),
+              " 256 257 258 259 262 263 264 265 266 273 277 278 279 284 301 513 514 529 530 532");
+    EXPECT_EQ(numbers([](TagCategory category) {
+                  return category != TagCategory::Unknown && !is_printed(category, true);
+              }),
+              " 1 2 254 255 4097 4098 37500");
+    EXPECT_EQ(table::general.size(), 20u + 21 + 6 + 1 + 76);
+    EXPECT_EQ(table::gps.size(), 32u);
+}
+
+TEST(TagReader, WalksTheDirectoriesInOrder) {
+    const TiffDirectories directories{
+        {testing::ascii(271, "Maker"),
+         {272, FieldType::Ascii, {}, std::string("Camera\0rest", 11)},
+         {254, FieldType::Long, {1}},
+         {999, FieldType::Short, {1}}},
+        {{33437, FieldType::Rational, {28, 10}}, testing::undefined(37500, "maker note")},
+        {testing::bytes(0, std::string("\2\2\0\0", 4)), testing::ascii(271, "no GPS tag")},
+        {testing::ascii(1, "R98"), testing::undefined(2, "0100"), testing::ascii(271, "inner")}};
+    for (const ByteOrder order : orders) {
+        const std::string block = build_tiff(order, directories);
+        const std::string first = section("EXIF", 271, "Maker") + section("EXIF", 272, "Camera") +
+                                  section("EXIF", 34665, "103") + section("EXIF", 34853, "211");
+        const std::string inner = section("EXIF", 33437, "2.8") + section("EXIF", 40965, "163") +
+                                  section("INTEROP", 271, "inner");
+        const std::string position = section("GPS", 0, "2.2.0.0");
+        EXPECT_EQ(from_either(block, everything), first + inner + position);
+        EXPECT_EQ(from_either(block, exif), first + inner);
+        EXPECT_EQ(from_either(block, gps), position);
+        EXPECT_EQ(from_either(block, {}), "");
+        ExifReadOptions with_note = exif;
+        with_note.hide_maker_note = false;
+        EXPECT_NE(from_either(block, with_note).find(section("EXIF", 37500, "maker note")),
+                  std::string::npos);
+    }
+}
+
+struct ValueCase {
+    TiffField field;
+    std::string expected;
+    std::string expected_in_file = expected;
+    ExifReadOptions options = everything;
+    TextEncoding source = TextEncoding::Utf8;
+};
+
+// Each value alone in IFD0 (or in the GPS directory when only that is asked for).
+void check_values(const std::vector<ValueCase>& cases) {
+    for (const ValueCase& c : cases) {
+        for (const ByteOrder order : orders) {
+            SCOPED_TRACE(::testing::Message() << c.field.tag << " expecting " << c.expected
+                                              << " order " << static_cast<int>(order));
+            TiffDirectories directories;
+            (c.options.want_exif ? directories.first : directories.gps).push_back(c.field);
+            const std::string word = c.options.want_exif ? "EXIF" : "GPS";
+            const std::string block = build_tiff(order, directories);
+            EXPECT_EQ(from_block(block, c.options, c.source),
+                      section(word, c.field.tag, c.expected));
+            EXPECT_EQ(from_file(block, c.options, c.source),
+                      section(word, c.field.tag, c.expected_in_file));
+        }
+    }
+}
+
+TEST(TagReader, RendersNumbers) {
+    using enum FieldType;
+    const std::uint32_t minus_one = 0xFFFFFFFF;
+    check_values({
+        {{274, Short, {6}}, "6"},
+        {{258, Short, {65535, 8, 8}}, "65535"},
+        {{274, Short, {}}, ""},
+        {{256, Long, {2147483647}}, "2147483647"},
+        {{256, Long, {0x80000000, 5}}, "-2147483648", "2147483648"},
+        {{256, Long, {minus_one}}, "-1", "4294967295"},
+        {{256, SignedByte, {0xFE, 1}}, "-2"},
+        {{256, SignedShort, {0xFFFE}}, "-2"},
+        {{256, SignedLong, {minus_one}}, "-1"},
+        {{282, Rational, {72, 1, 1, 3, 1, 0, 0, 5}}, "72|0.333333|nan|0"},
+        {{282, Rational, {4000000000, 3}}, "1.33333e+09"},
+        {{282, Rational, {1, 4000000000}}, "2.5e-10"},
+        {{282, Rational, {1, 0, minus_one, 2}}, "1/0|4294967295/2", "1/0|4294967295/2", raw},
+        {{282, Rational, {}}, ""},
+        {{282, SignedRational, {minus_one, 3, 1, 0, 2, minus_one}},
+         "-0.333333|nan|-2",
+         "-0.333333||-2"},
+        {{282, SignedRational, {minus_one, 3, 1, 0}}, "-1/3|1/0", "-1/3|1/0", raw},
+        {{256, Float, {16777217}}, "16777216.000000", "16777217.000000"},
+        {{256, Float, {minus_one, 7}}, "4294967296.000000", "4294967295.000000"},
+        {{256, Float, {0}}, "0.000000"},
+        {{256, Double, {16777217, 1}}, "16777217.000000"},
+        {{256, None, {1}}, "???unknown???"},
+        {{5, Byte, {1}}, "1", "1", gps},
+        {{30, Short, {1}}, "1", "1", gps},
+        {{0, Byte, {2, 255, 0}}, "2.255.0", "2.255.0", gps},
+        {{0, Byte, {2, 2, 0, 0, 9}}, "0.0.0.0.0", "0.0.0.0.0", gps},
+    });
+}
+
+TEST(TagReader, RendersText) {
+    using enum FieldType;
+    const auto latin = TextEncoding::Iso8859_1;
+    const std::string umlaut = "\xC3\xBC";
+    const std::string broken = "<INVALID UTF8; trying native encoding>[0:M\xFCller]";
+    check_values({
+        {testing::ascii(271, "M" + umlaut + "ller"), "M" + umlaut + "ller"},
+        {testing::ascii(271, "M\xFCller"), broken},
+        {{271, Ascii, {}, "abcdefgh"}, "abcdefgh"}, // without its zero byte
+        {testing::ascii(271, ""), ""},
+        {testing::ascii(271, "M\xFCller"), "[5:M\xFCller]", "[5:M\xFCller]", exif, latin},
+        {testing::ascii(271, "cut\xC3"), "<INVALID UTF8; trying native encoding>[0:cut\xC3]"},
+        {testing::bytes(271, "by" + umlaut), "by" + umlaut},
+        {testing::bytes(271, "b\xFC"), "[5:b\xFC]", "[5:b\xFC]", exif, latin},
+        {testing::undefined(36864, "0230"), "0230"},
+        {testing::undefined(41730, std::string("\2\0\1\0\0", 5)), std::string("\2\0\1\0\0", 5)},
+        {testing::undefined(37121, std::string("\1\2\3\0", 4)), std::string("\1\2\3\0", 4)},
+        {testing::undefined(37510, umlaut), umlaut},
+        {testing::undefined(37510, umlaut), "[0:" + umlaut + "]", "[0:" + umlaut + "]", raw},
+        {testing::undefined(37510, umlaut), "[5:" + umlaut + "]", "[5:" + umlaut + "]", raw, latin},
+    });
+    // Longer than the pieces in which a file is searched for the zero byte.
+    const std::string longer(100'000, 'x');
+    check_values(
+        {{testing::ascii(271, longer), longer}, {testing::undefined(37510, longer), longer}});
+}
+
+TEST(TagReader, DecodesUtf16InTheBlocksByteOrder) {
+    const std::u16string title = u"T\u00FCr \U0001F600";
+    for (const ByteOrder order : orders) {
+        std::string value;
+        for (const char16_t unit : title)
+            append_integer<std::uint16_t>(value, unit, order);
+        value += std::string(2, '\0') + "ignored";
+        EXPECT_EQ(from_either(build_tiff(order, {{testing::bytes(40091, value)}}), exif),
+                  section("EXIF", 40091, "T\xC3\xBCr \xF0\x9F\x98\x80"));
+    }
+}
+
+TEST(TagReader, GivesPositionsInDecimalDegrees) {
+    using enum FieldType;
+    const TiffFields fields{testing::ascii(1, "S"),        {2, Rational, {53, 1, 22, 1, 5825, 100}},
+                            testing::ascii(3, "W"),        {4, Rational, {180, 1}},
+                            {6, Rational, {4, 1}},         {20, Rational, {53, 1, 22, 0, 1, 1}},
+                            testing::ascii(19, "N"), // behind what it belongs to
+                            {22, Rational, {7, 2, 30, 1}}, testing::ascii(21, "w")};
+    for (const ByteOrder order : orders) {
+        const std::string block = build_tiff(order, {.gps = fields});
+        EXPECT_EQ(from_either(block, decimal),
+                  section("GPS", 1, "S") + section("GPS", 2, "-53.38284722") +
+                      section("GPS", 3, "W") + section("GPS", 4, "-180.00000000") +
+                      section("GPS", 6, "4") + section("GPS", 20, "53|nan|1") +
+                      section("GPS", 19, "N") + section("GPS", 22, "-4.00000000") +
+                      section("GPS", 21, "w"));
+        EXPECT_NE(from_either(block, gps).find(section("GPS", 2, "53|22|58.25")),
+                  std::string::npos);
+    }
+
+    using Position = std::vector<UnsignedRational>;
+    EXPECT_EQ(decimal_degrees(Position{{0, 1}, {0, 1}, {18, 1'000'000}}, 'S'), "-0.00000001");
+    EXPECT_EQ(decimal_degrees(Position{{0, 1}, {0, 1}, {17, 1'000'000}}, 'S'), "0.00000000");
+    EXPECT_EQ(decimal_degrees(Position{{89, 1}, {59, 1}, {3599999999, 60000000}}, 'N'),
+              "90.00000000");
+    const std::uint32_t most = 0xFFFFFFFF;
+    EXPECT_EQ(decimal_degrees(Position{{most, 1}, {most, 1}, {most, 1}}, 0), "4367743129.72083333");
+    EXPECT_EQ(decimal_degrees(Position{{1, most}}, 'E'), "0.00000000");
+    EXPECT_EQ(decimal_degrees(Position{{1, 1}, {1, 0}}, 'E'), std::nullopt);
+    EXPECT_EQ(decimal_degrees(Position{}, 'E'), std::nullopt);
+    EXPECT_EQ(decimal_degrees(Position(4, {1, 1}), 'E'), std::nullopt);
+}
+
+TEST(TagReader, RefusesWhatIsNoBlock) {
+    const std::string sound = build_tiff(ByteOrder::Little, {{testing::ascii(271, "M")}});
+    const auto with = [&](std::size_t at, std::string_view bytes) {
+        return std::string(sound).replace(at, bytes.size(), bytes);
+    };
+    EXPECT_EQ(from_either(with(2, "zz"), exif), section("EXIF", 271, "M")); // in the place of 42
+    EXPECT_EQ(from_either(with(0, "XX"), exif), " -302");
+    EXPECT_EQ(from_either(with(0, "IM"), exif), " -302");
+    EXPECT_EQ(from_either(sound.substr(0, 7), exif), " -302");
+    EXPECT_EQ(from_either("", exif), " -302");
+    EXPECT_EQ(from_either(with(4, "\4"), exif), " -4249");
+    EXPECT_EQ(from_block(with(7, "\xFF"), exif), " -4249");
+    EXPECT_EQ(from_file(with(7, "\xFF"), exif), " -39");
+    // One entry is announced too much; the offset of a next directory may be missing.
+    EXPECT_EQ(from_either(sound.substr(0, sound.size() - 4), exif), section("EXIF", 271, "M"));
+    const std::string short_of_one = with(8, "\2").substr(0, sound.size() - 4);
+    EXPECT_EQ(from_block(short_of_one, exif), section("EXIF", 271, "M") + " -4249");
+    EXPECT_EQ(from_file(short_of_one, exif), section("EXIF", 271, "M") + " -39");
+}
+
+TEST(TagReader, SaysWhatIsCorrupt) {
+    using enum FieldType;
+    const std::string corrupt = "<CORRUPT EXIF TAG>";
+    const auto both = [](const TiffField& field, const ExifReadOptions& options) {
+        const std::string block =
+            build_tiff(ByteOrder::Big, {.first = {field, testing::ascii(272, "next")},
+                                        .gps = {testing::bytes(5, std::string(1, '\0'))}});
+        return std::pair(from_block(block, options), from_file(block, options));
+    };
+    const auto value = [](std::string_view text) {
+        return section("EXIF", 282, text);
+    };
+    // An unknown type, wherever its value is said to be.
+    EXPECT_EQ(both({282, FieldType{13}, {1}}, everything).first, value(corrupt) + " -4249");
+    EXPECT_EQ(both({282, FieldType{65535}, {1}}, everything).second, value(corrupt) + " -4249");
+    EXPECT_EQ(both({282, FieldType{13}, {1}}, gps).second, section("GPS", 5, "0"));
+    EXPECT_TRUE(
+        both({999, FieldType{13}, {1}}, exif).first.starts_with(section("EXIF", 272, "next")));
+
+    // Values beyond the end: the block's are cut, those of a file are missing.
+    struct BeyondEnd {
+        TiffField field;
+        std::string in_block;
+        std::string in_file;
+    };
+    const std::uint32_t huge = 0xFFFFFFFF;
+    const std::vector<BeyondEnd> cases{
+        {{282, Rational, {}, "", 3, 0x7FFFFFFF}, corrupt, "<readErr>|<readErr>|<readErr>"},
+        {{282, SignedRational, {}, "", 1, 0x7FFFFFFF}, corrupt, "<readErr>"},
+        {{282, Long, {}, "", 2, 0x7FFFFFFF}, corrupt, ""},
+        {{282, Ascii, {}, "", 9, 0x7FFFFFFF}, corrupt, ""},
+        {{282, Undefined, {}, "", huge, 0x7FFFFFFF}, corrupt, ""},
+    };
+    for (const auto& [field, in_block, in_file] : cases) {
+        EXPECT_EQ(both(field, exif).first, value(in_block) + " -4249");
+        if (in_file.empty())
+            EXPECT_EQ(both(field, exif).second, value("") + " -39");
+        else
+            EXPECT_TRUE(both(field, exif)
+                            .second.starts_with(value(in_file) + section("EXIF", 272, "next")));
+    }
+    const auto at_end = [](TiffField field) {
+        const std::string block = build_tiff(ByteOrder::Little, {{std::move(field)}});
+        return from_block(block, exif) + " in a file: " + from_file(block, exif);
+    };
+    EXPECT_EQ(at_end({282, Ascii, {}, "abcdefgh", huge}),
+              value("abcdefgh") + " in a file: " + value("abcdefgh") + " -39");
+    EXPECT_EQ(at_end({282, Ascii, {}, std::string("abcdefgh\0x", 10), huge}),
+              value("abcdefgh") + " in a file: " + value("abcdefgh"));
+    EXPECT_EQ(at_end({282, Rational, {1, 2, 3, 4, 5}, "", 3}),
+              value("0.5|0.75") + " in a file: " + value("0.5|0.75|<readErr>"));
+    EXPECT_EQ(at_end({282, Undefined, {}, "abcdefgh", 10}),
+              value("abcdefgh") + " in a file: " + value("abcdefgh") + " -39");
+}
+
+TEST(TagReader, ALoopOrABrokenInnerDirectoryEndsAlone) {
+    const auto order = ByteOrder::Little;
+    const auto pointer = [](std::uint16_t tag, std::uint32_t offset) {
+        return TiffField{tag, FieldType::Ascii, {}, "", 9, offset}; // its type is not asked for
+    };
+    // All inner directories are IFD0 itself.
+    const std::string loop = build_tiff(order, {{{274, FieldType::Short, {1}},
+                                                 {40965, FieldType::Long, {8}},
+                                                 pointer(34665, 8),
+                                                 pointer(34853, 8)}});
+    const std::string text = from_block(loop, everything);
+    EXPECT_EQ(text.find("##INTEROP 274|1|"), text.rfind("##INTEROP 274|1|"));
+    EXPECT_EQ(text.find("##GPS"), std::string::npos);
+
+    const TiffFields broken{{282, FieldType{99}, {1}}, testing::ascii(271, "lost")};
+    const std::string block =
+        build_tiff(order, {{testing::ascii(271, "M")}, broken, {{0, FieldType{13}, {1}}}, {}});
+    const std::string expected =
+        section("EXIF", 271, "M") + section("EXIF", 34665, "50") + section("EXIF", 34853, "85") +
+        section("EXIF", 282, "<CORRUPT EXIF TAG>") + section("GPS", 0, "<CORRUPT EXIF TAG>");
+    EXPECT_EQ(from_either(block, everything), expected);
+    const std::string beyond =
+        build_tiff(order, {{testing::ascii(271, "M"), pointer(34853, 4000)}});
+    EXPECT_EQ(from_block(beyond, gps), "");
+    EXPECT_EQ(from_file(beyond, gps), " -39");
+}
+
+// Entries that all point at one long value: the text is bounded by the block's size, not by theirs.
+TEST(TagReader, BoundsWhatOverlappingValuesGive) {
+    using enum FieldType;
+    for (const TiffField& field : {TiffField{282, Undefined, {}, "", 60'000, 500'000},
+                                   TiffField{282, Rational, {}, "", 7'500, 500'000},
+                                   TiffField{282, Rational, {}, "", 0xFFFFFFFF, 0xFFFFFF00},
+                                   TiffField{282, Undefined, {}, "", 0xFFFFFFFF, 500'000},
+                                   TiffField{282, Ascii, {}, "", 0xFFFFFFFF, 500'000}}) {
+        std::string block = build_tiff(ByteOrder::Little, {TiffFields(10'000, field)});
+        block.resize(1'000'000, '1');
+        const std::string in_block = from_block(block, exif);
+        const std::string in_file = from_file(block, exif);
+        for (const std::string& text : {in_block, in_file}) {
+            EXPECT_LT(text.size(), 4 * block.size());
+            EXPECT_TRUE(text.ends_with("<CORRUPT EXIF TAG>|##END 282 -4249") ||
+                        text.ends_with(" -39"))
+                << *field.count;
+        }
+    }
+    // An ordinary file with values as long as itself, and many that are short.
+    TiffFields fields(10'000, testing::ascii(271, "value"));
+    fields.push_back(testing::undefined(37510, std::string(300'000, 'x')));
+    EXPECT_TRUE(from_either(build_tiff(ByteOrder::Big, {fields}), exif).ends_with("x|##END 37510"));
+}
+
+TEST(TagReader, ReadsNoMoreOfAFileThanTheTags) {
+    std::string start =
+        build_tiff(ByteOrder::Big, {{testing::ascii(271, "Maker"),
+                                     testing::ascii(272, std::string(9000, 'x')),
+                                     {273, FieldType::Long, {}, "", 0x20000000, 100},
+                                     {306, FieldType::Ascii, {}, "", 0x7FFFFFFF, 200}}});
+    testing::FakeFiles files;
+    testing::FakeContents contents{2'000'000'000, 2'000'000'000, [&](std::uint64_t at) {
+                                       return at < start.size() ? start[at] : '\0';
+                                   }};
+    files.add(u"large.tif", contents);
+    const auto file = *files.open({u"large.tif", std::nullopt}, files::Permission::Read);
+    auto reader = *files::BufferedReader::over(*file);
+    MetadataText text;
+    EXPECT_TRUE(read_tags(reader, exif, TextEncoding::Utf8, text));
+    EXPECT_GT(text.size(), 9000u);
+    EXPECT_LT(files.end_of_reading(), 16'384u + 4096);
+    EXPECT_LE(files.longest_request(), 16'384u);
+}
+
+TEST(FindTag, GivesTheRawBytesOfTheFirst) {
+    using enum FieldType;
+    const auto found = [](const std::string& block, std::uint16_t tag) {
+        const auto file = files::memory_file("front" + block);
+        auto reader = *files::BufferedReader::over(*file, 32);
+        reader.seek(5);
+        const Result<std::string> bytes = find_tag(reader, tag);
+        return bytes ? *bytes : to_text(std::int64_t{number(bytes.error())});
+    };
+    for (const ByteOrder order : orders) {
+        const std::string block = build_tiff(order, {{testing::undefined(33723, "abc"),
+                                                      testing::bytes(700, "<x:xmpmeta/>"),
+                                                      testing::bytes(700, "second packet"),
+                                                      {271, FieldType{13}, {1}},
+                                                      {272, Ascii, {}, "", 5, 3},
+                                                      {273, Ascii, {}, "", 5, 0x7FFFFFFF},
+                                                      {274, None, {1}}}});
+        EXPECT_EQ(found(block, 700), "<x:xmpmeta/>");
+        EXPECT_EQ(found(block, 33723), "abc");
+        EXPECT_EQ(found(block, 274), "");
+        EXPECT_EQ(found(block, 275), "-2026");
+        EXPECT_EQ(found(block, 271), "-4249");
+        EXPECT_EQ(found(block, 272), "-4249"); // before its entry
+        EXPECT_EQ(found(block, 273), "-39");
+        EXPECT_EQ(found(block.substr(0, 40), 275), "-39");
+        EXPECT_EQ(found(block.substr(0, 7), 700), "-302");
+        EXPECT_EQ(found(std::string(block).replace(4, 4, 4, '\0'), 700), "-4249");
+    }
+    // The first byte behind the entry may begin the value.
+    const std::string tight = build_tiff(ByteOrder::Little, {{{700, Byte, {}, "", 6, 22}}});
+    EXPECT_EQ(found(tight + "abc", 700), std::string("\0\0\0\0ab", 6));
+    EXPECT_EQ(found(std::string(tight).replace(18, 1, "\x15"), 700), "-4249");
+
+    EXPECT_TRUE(has_tiff_header(tight));
+    EXPECT_TRUE(has_tiff_header("MMxx1234"));
+    EXPECT_FALSE(has_tiff_header("MMxx123"));
+    EXPECT_FALSE(has_tiff_header("\x89PNG\r\n\x1A\n"));
+}
+
+} // namespace
+} // namespace vell::metadata

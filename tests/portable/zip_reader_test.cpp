@@ -1,0 +1,367 @@
+// Opening archives, sound and hostile, and taking entries out of them.
+#include "src/archive/zip_reader.h"
+#include "src/base/bytes.h"
+#include "tests/portable/fake_archives.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace vell::archive {
+namespace {
+
+// An archive with one entry whose every field can be changed, and its records behind each other.
+struct Archive {
+    std::string name = "a";
+    std::string data = "hello";
+    std::string extra;
+    LocalFileHeader local;
+    CentralDirectoryHeader central;
+    EndOfCentralDirectory end;
+    std::string before_end; // such as a Zip64 locator
+    std::string behind;
+
+    Archive() {
+        central.crc32 = crc(data);
+        central.compressed_size = central.uncompressed_size = 5;
+        end.entries_on_disk = end.total_entries = 1;
+    }
+    static std::uint32_t crc(std::string_view bytes) {
+        return static_cast<std::uint32_t>(
+            crc32_z(0, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+    }
+    std::string bytes(int copies_of_record = 1) const {
+        std::string result;
+        local.write(result);
+        result += data;
+        CentralDirectoryHeader record = central;
+        record.file_name_length = static_cast<std::uint16_t>(name.size());
+        record.extra_field_length = static_cast<std::uint16_t>(extra.size());
+        EndOfCentralDirectory last = end;
+        last.directory_offset += static_cast<std::uint32_t>(result.size());
+        const std::size_t start = result.size();
+        for (int i = 0; i < copies_of_record; ++i) {
+            record.write(result);
+            result += name + extra;
+        }
+        last.directory_size += static_cast<std::uint32_t>(result.size() - start);
+        result += before_end;
+        last.write(result);
+        return result + behind;
+    }
+};
+
+Result<ZipReader> open(const std::string& bytes) {
+    return ZipReader::open(files::memory_file(bytes));
+}
+bool opens(const Archive& archive) {
+    const auto reader = open(archive.bytes());
+    EXPECT_TRUE(reader || reader.error() == ErrorCode::CorruptStructure);
+    return reader.has_value();
+}
+
+// The data of an entry, or "<failed>".
+std::string extracted(ZipReader& reader, std::uint32_t index = 0) {
+    std::string data;
+    const auto done = reader.extract(index, [&](std::uint64_t, std::string_view piece) {
+        EXPECT_LE(data.size() + piece.size(), reader.entry(index)->uncompressed_size);
+        data += piece;
+        return Result<void>();
+    });
+    return done ? data : "<failed>";
+}
+std::string extracted(const Archive& archive) {
+    auto reader = open(archive.bytes());
+    return reader ? extracted(*reader) : "<refused>";
+}
+
+TEST(ZipReader, RefusesRecordsThatContradictEachOther) {
+    using Change = void (*)(Archive&);
+    constexpr std::pair<const char*, Change> changes[] = {
+        {"entry counts differ",
+         [](Archive& a) {
+             a.end.entries_on_disk = 2;
+         }},
+        {"disks differ",
+         [](Archive& a) {
+             a.end.disk_number = 1;
+         }},
+        {"second disk",
+         [](Archive& a) {
+             a.end.disk_number = a.end.directory_disk = 2;
+         }},
+        {"more entries than the size holds",
+         [](Archive& a) {
+             a.end.entries_on_disk = a.end.total_entries = 2;
+         }},
+        {"directory beyond the end",
+         [](Archive& a) {
+             a.end.directory_size = 23;
+         }},
+        {"directory begins elsewhere",
+         [](Archive& a) {
+             a.end.directory_offset = 1;
+         }},
+        {"rest of the directory is no record",
+         [](Archive& a) {
+             a.end.directory_size = 1;
+         }},
+        {"stored sizes differ",
+         [](Archive& a) {
+             a.central.uncompressed_size = 4;
+         }},
+        {"data from nothing",
+         [](Archive& a) {
+             a.central.method = 8;
+             a.central.compressed_size = 0;
+         }},
+        {"entry on another disk",
+         [](Archive& a) {
+             a.central.disk_number_start = 2;
+         }},
+        {"data beyond the end",
+         [](Archive& a) {
+             a.central.local_header_offset = 0x1000;
+         }},
+        {"sizes of Zip64 in a classic archive",
+         [](Archive& a) {
+             a.central.compressed_size = a.central.uncompressed_size = ~0u;
+         }},
+        {"comment beyond the directory",
+         [](Archive& a) {
+             a.central.file_comment_length = 1;
+         }},
+        {"too far from the end",
+         [](Archive& a) {
+             a.behind.assign(65'536, ' ');
+         }},
+        {"Zip64 record beyond the end",
+         [](Archive& a) {
+             a.before_end = std::string("PK\6\7") + std::string(16, '\x7F');
+         }},
+        {"Zip64 record that is none",
+         [](Archive& a) {
+             a.before_end = std::string("PK\6\7") + std::string(16, '\0');
+         }},
+    };
+    EXPECT_TRUE(opens(Archive()));
+    for (const auto& [what, change] : changes) {
+        Archive archive;
+        change(archive);
+        EXPECT_FALSE(opens(archive)) << what;
+    }
+    EXPECT_FALSE(open(""));
+    EXPECT_FALSE(open(std::string(21, 'P')));
+    EXPECT_FALSE(open(std::string(200'000, 'P')));
+}
+
+TEST(ZipReader, AcceptsWhatTheFormatAllows) {
+    Archive archive;
+    archive.central.disk_number_start = 1;
+    EXPECT_TRUE(opens(archive));
+    archive.end.disk_number = archive.end.directory_disk = 1;
+    EXPECT_TRUE(opens(archive));
+    archive.behind.assign(65'535, ' '); // the longest comment, its length not believed
+    EXPECT_TRUE(opens(archive));
+    // Every place of the signature relative to the blocks that are searched.
+    for (std::size_t length = 4'000; length < 4'200; ++length) {
+        archive.behind.assign(length, 'K');
+        ASSERT_TRUE(opens(archive)) << length;
+    }
+    archive.behind = "PK\5\6"; // no room for a record
+    EXPECT_TRUE(opens(archive));
+    EXPECT_TRUE(open("PK\5\6" + std::string(18, '\0')));
+}
+
+// The directory of a Zip64 archive over the same entry.
+std::string zip64(std::uint64_t entries, std::uint64_t size, std::uint64_t offset,
+                  std::uint64_t place) {
+    std::string bytes = "any ";
+    for (const std::uint64_t field : {std::uint64_t{44}, std::uint64_t{0}, std::uint64_t{0}})
+        append_integer<std::uint64_t>(bytes, field, ByteOrder::Little);
+    bytes.resize(24);
+    for (const std::uint64_t field : {entries, entries, size, offset})
+        append_integer<std::uint64_t>(bytes, field, ByteOrder::Little);
+    bytes += std::string("PK\6\7") + std::string(4, '\0');
+    append_integer<std::uint64_t>(bytes, place, ByteOrder::Little);
+    return bytes + std::string(4, '\0');
+}
+
+TEST(ZipReader, ReadsZip64Directories) {
+    Archive archive;
+    archive.end.total_entries = archive.end.entries_on_disk = 0xFFFF;
+    archive.central.compressed_size = archive.central.uncompressed_size = ~0u;
+    archive.extra = std::string("\1\0\x10\0", 4) + std::string("\5\0\0\0\0\0\0\0", 8) +
+                    std::string("\5\0\0\0\0\0\0\0", 8);
+    const std::uint64_t offset = 35;
+    const std::uint64_t size = 46 + 1 + 20;
+    archive.before_end = zip64(1, size, offset, offset + size);
+    EXPECT_TRUE(opens(archive));
+    EXPECT_EQ(extracted(archive), "<failed>"); // 4 GiB are not there
+    archive.extra[13] = '\x7F';                // the compressed size is not believed, either
+    EXPECT_FALSE(opens(archive));
+    archive.extra[13] = '\0';
+    archive.before_end = zip64(2, size, offset, offset + size);
+    EXPECT_FALSE(opens(archive));
+    constexpr std::uint64_t huge = 0x4000'0000'0000'0000;
+    for (const auto& end : {zip64(huge, huge, offset, offset + size),
+                            zip64(1, size, ~std::uint64_t{0}, offset + size),
+                            zip64(~std::uint64_t{0} / 46 + 2, size, offset, offset + size)}) {
+        archive.before_end = end;
+        EXPECT_FALSE(opens(archive));
+    }
+}
+
+TEST(ZipReader, CountsEntriesThatTheRecordCannot) {
+    Archive archive;
+    archive.end.total_entries = archive.end.entries_on_disk = 70'000 - 65'536;
+    const auto reader = open(archive.bytes(70'000));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(reader->entry_count(), 70'000u);
+    EXPECT_EQ(reader->entry(69'999)->name, "a");
+    EXPECT_FALSE(reader->entry(70'000));
+}
+
+TEST(ZipReader, ExtractsNothingThatItCannotVouchFor) {
+    using Change = void (*)(Archive&);
+    constexpr std::pair<const char*, Change> failures[] = {
+        {"encrypted",
+         [](Archive& a) {
+             a.central.flags = 0x0001;
+         }},
+        {"patched data",
+         [](Archive& a) {
+             a.central.flags = 0x0020;
+         }},
+        {"unknown method",
+         [](Archive& a) {
+             a.central.method = 1;
+         }},
+        {"checksum",
+         [](Archive& a) {
+             a.central.crc32 ^= 1;
+         }},
+        {"no local header",
+         [](Archive& a) {
+             a.central.local_header_offset = 1;
+         }},
+        {"data pushed beyond the end",
+         [](Archive& a) {
+             a.local.extra_field_length = 60'000;
+         }},
+        {"no deflate stream",
+         [](Archive& a) {
+             a.central.method = 8;
+         }},
+        {"no Deflate64 stream",
+         [](Archive& a) {
+             a.central.method = 9;
+         }},
+    };
+    EXPECT_EQ(extracted(Archive()), "hello");
+    for (const auto& [what, change] : failures) {
+        Archive archive;
+        change(archive);
+        EXPECT_EQ(extracted(archive), "<failed>") << what;
+    }
+    // Folders and empty entries are nothing, whatever else is said of them.
+    Archive folder;
+    folder.name = "a/";
+    folder.central.crc32 = 0;
+    folder.central.flags = 1;
+    EXPECT_EQ(extracted(folder), "");
+    folder.name = "a";
+    folder.central.external_attributes = 0x30;
+    EXPECT_EQ(extracted(folder), "");
+    Archive empty;
+    empty.central.compressed_size = empty.central.uncompressed_size = 0;
+    empty.central.method = 99;
+    EXPECT_EQ(extracted(empty), "");
+}
+
+TEST(ZipReader, ExpandsNeitherMoreNorLessThanRecorded) {
+    Archive archive;
+    archive.data = std::string("\x4B\x04\x00", 3); // "a" in either format
+    archive.central.compressed_size = 3;
+    archive.central.uncompressed_size = 1;
+    archive.central.crc32 = Archive::crc("a");
+    for (const Method method : {Method::Deflated, Method::Deflate64}) {
+        archive.central.method = static_cast<std::uint16_t>(method);
+        archive.central.uncompressed_size = 1;
+        EXPECT_EQ(extracted(archive), "a");
+        archive.central.uncompressed_size = 2;
+        EXPECT_EQ(extracted(archive), "<failed>");
+    }
+}
+
+TEST(ZipReader, FailsWithTheSinkAndTheFile) {
+    auto reader = open(Archive().bytes());
+    ASSERT_TRUE(reader);
+    const auto full = reader->extract(0, [](std::uint64_t, std::string_view) {
+        return Result<void>(Failure{ErrorCode::OutOfMemory});
+    });
+    EXPECT_EQ(full.error(), ErrorCode::ExtractionFailed);
+    for (int failing = 1;; ++failing) {
+        testing::FakeArchives system;
+        system.store.folders = {u"D"};
+        system.store.add(u"zip", Archive().bytes());
+        system.store.fail(failing, ErrorCode::OutOfMemory);
+        bool done = false;
+        if (auto file = system.open_shared(testing::native(u"zip")))
+            if (auto opened = ZipReader::open(*std::move(file)))
+                done = opened->extract_to_file(0, system, testing::native(u"D\\a")).has_value();
+        EXPECT_EQ(system.store.open_files(), 0);
+        if (system.store.operations() < failing) {
+            EXPECT_TRUE(done);
+            break;
+        }
+        EXPECT_FALSE(done) << failing;
+        EXPECT_FALSE(system.times.contains(u"D\\a"));
+    }
+}
+
+// Extracts everything; of each entry only the beginning where not all is wanted.
+void take_apart(const std::string& bytes, std::size_t most) {
+    auto reader = open(bytes);
+    for (std::uint32_t i = 0; reader && i < reader->entry_count(); ++i) {
+        const std::uint32_t recorded = reader->entry(i)->uncompressed_size;
+        static_cast<void>(reader->extract(i, [&](std::uint64_t offset, std::string_view piece) {
+            EXPECT_LE(offset + piece.size(), recorded);
+            return offset < most ? Result<void>() : Failure{ErrorCode::OutOfMemory};
+        }));
+    }
+}
+
+// Every archive of the collection, cut and changed: a result or a code, within its bounds.
+TEST(ZipReader, TakesTheCollectionApart) {
+    const char* const corpus = std::getenv("VELL_CORPUS");
+    if (!corpus)
+        GTEST_SKIP() << "VELL_CORPUS names no folder of real files";
+    int archives = 0;
+    for (const char* folder : {"zip", "zip-refused"}) {
+        for (const auto& item :
+             std::filesystem::directory_iterator(std::filesystem::path(corpus) / folder)) {
+            std::stringstream stream;
+            stream << std::ifstream(item.path(), std::ios::binary).rdbuf();
+            const std::string whole = stream.str();
+            ++archives;
+            take_apart(whole, whole.max_size());
+            constexpr std::size_t beginning = 100'000;
+            const std::size_t step = std::max<std::size_t>(1, whole.size() / 50);
+            for (std::size_t at = 0; at < whole.size(); at += step) {
+                take_apart(whole.substr(0, at), beginning);
+                std::string changed = whole;
+                changed[at] = static_cast<char>(changed[at] ^ 0xFF);
+                take_apart(changed, beginning);
+            }
+        }
+    }
+    EXPECT_GT(archives, 100);
+}
+
+} // namespace
+} // namespace vell::archive

@@ -1,0 +1,277 @@
+// The archives that are written, byte for byte and at their limits.
+#include "src/archive/zip_reader.h"
+#include "src/archive/zip_writer.h"
+#include "src/base/bytes.h"
+#include "tests/portable/fake_archives.h"
+#include "tests/portable/fake_files.h"
+
+#include <gtest/gtest.h>
+
+namespace vell::archive {
+namespace {
+
+using testing::FakeArchives;
+using testing::native;
+
+constexpr EntryOptions thorough{9, false};
+
+// A file that takes everything and can fail; what was written can be looked at afterwards.
+struct Written {
+    std::string bytes;
+    std::uint64_t position = 0;
+};
+
+class WrittenFile : public files::File {
+  public:
+    explicit WrittenFile(Written& written) : written_(written) {}
+    Result<std::uint64_t> size() override { return written_.bytes.size(); }
+    Result<void> seek(files::SeekFrom, std::int64_t offset) override {
+        written_.position = static_cast<std::uint64_t>(offset);
+        return {};
+    }
+    Result<std::size_t> read(std::span<char>) override { return Failure{ErrorCode::Busy}; }
+    Result<void> write(std::string_view bytes) override {
+        const std::uint64_t end = written_.position + bytes.size();
+        if (written_.bytes.size() < end)
+            written_.bytes.resize(end);
+        bytes.copy(written_.bytes.data() + written_.position, bytes.size());
+        written_.position = end;
+        return {};
+    }
+    Result<void> set_end_of_file() override {
+        written_.bytes.resize(written_.position);
+        return {};
+    }
+    Result<void> close() override { return {}; }
+
+  private:
+    Written& written_;
+};
+
+TEST(ZipWriter, WritesEveryRecordAsTheFormatHasIt) {
+    FakeArchives system;
+    system.store.add(u"a", "abc");
+    Written written;
+    ZipWriter writer(std::make_unique<WrittenFile>(written));
+    ASSERT_TRUE(writer.add_folder("f/", dos_time(system.now()), {0, false}));
+    ASSERT_TRUE(writer.add_file(system, "f/\xC3\xA4", native(u"a"), {9, true}));
+    ASSERT_TRUE(writer.finish());
+    // 2024-02-29 12:34:56: date 0x585D, time 0x645C
+    const std::string expected("PK\3\4"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\x5C\x64"
+                               "\x5D\x58"
+                               "\0\0\0\0"
+                               "\0\0\0\0"
+                               "\0\0\0\0"
+                               "\2\0"
+                               "\0\0"
+                               "f/"
+                               "PK\3\4"
+                               "\0\0"
+                               "\0\x08"
+                               "\0\0"
+                               "\x5C\x64"
+                               "\x5D\x58"
+                               "\xC2\x41\x24\x35"
+                               "\3\0\0\0"
+                               "\3\0\0\0"
+                               "\4\0"
+                               "\0\0"
+                               "f/\xC3\xA4"
+                               "abc"
+                               "PK\1\2"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\x5C\x64"
+                               "\x5D\x58"
+                               "\0\0\0\0"
+                               "\0\0\0\0"
+                               "\0\0\0\0"
+                               "\2\0"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\x10\0\0\0"
+                               "\0\0\0\0"
+                               "f/"
+                               "PK\1\2"
+                               "\0\0"
+                               "\0\0"
+                               "\0\x08"
+                               "\0\0"
+                               "\x5C\x64"
+                               "\x5D\x58"
+                               "\xC2\x41\x24\x35"
+                               "\3\0\0\0"
+                               "\3\0\0\0"
+                               "\4\0"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0"
+                               "\0\0\0\0"
+                               "\x20\0\0\0"
+                               "f/\xC3\xA4"
+                               "PK\5\6"
+                               "\0\0"
+                               "\0\0"
+                               "\2\0"
+                               "\2\0"
+                               "\x62\0\0\0"
+                               "\x45\0\0\0"
+                               "\0\0",
+                               69 + 98 + 22);
+    EXPECT_EQ(written.bytes, expected);
+}
+
+TEST(ZipWriter, StoresTheSmallestFilesAndDeflatesOthers) {
+    FakeArchives system;
+    Written written;
+    ZipWriter writer(std::make_unique<WrittenFile>(written));
+    const std::string text(200'000, 'x');
+    const std::size_t sizes[] = {0, 1, 3, 4, 65'536, 65'537, 200'000};
+    for (const std::size_t size : sizes) {
+        system.store.add(u"a", text.substr(0, size));
+        ASSERT_TRUE(writer.add_file(system, "d", native(u"a"), thorough));
+        ASSERT_TRUE(writer.add_file(system, "s", native(u"a"), {0, false}));
+        ASSERT_TRUE(writer.add_file(system, "6", native(u"a"), {-1, true}));
+    }
+    ASSERT_TRUE(writer.finish());
+    auto reader = ZipReader::open(files::memory_file(written.bytes));
+    ASSERT_TRUE(reader);
+    ASSERT_EQ(reader->entry_count(), std::size(sizes) * 3);
+    for (std::uint32_t i = 0; i < reader->entry_count(); ++i) {
+        const EntryInfo entry = *reader->entry(i);
+        const std::size_t size = sizes[i / 3];
+        EXPECT_EQ(entry.method, size < 4 || i % 3 == 1 ? 0 : 8) << i;
+        EXPECT_EQ(entry.uncompressed_size, size);
+        EXPECT_EQ(entry.utf8_name, i % 3 == 2);
+        std::string data;
+        EXPECT_TRUE(reader->extract(i, [&](std::uint64_t offset, std::string_view piece) {
+            EXPECT_EQ(offset, data.size());
+            data += piece;
+            return Result<void>();
+        }));
+        EXPECT_EQ(data, text.substr(0, size));
+    }
+}
+
+TEST(ZipWriter, RefusesNamesLevelsAndLateEntries) {
+    FakeArchives system;
+    system.store.add(u"a", "abc");
+    Written written;
+    ZipWriter writer(std::make_unique<WrittenFile>(written));
+    for (const std::string name : {"", "/a", "a\\b", "a:b"})
+        EXPECT_FALSE(writer.add_file(system, name, native(u"a"), thorough)) << name;
+    EXPECT_FALSE(writer.add_file(system, std::string(65'536, 'n'), native(u"a"), thorough));
+    EXPECT_TRUE(writer.add_file(system, std::string(65'535, 'n'), native(u"a"), thorough));
+    EXPECT_FALSE(writer.add_file(system, "a", native(u"a"), {11, false}));
+    EXPECT_TRUE(writer.add_file(system, "a", native(u"a"), {10, false}));
+    EXPECT_FALSE(writer.add_folder("a", {}, {0, false}));
+    EXPECT_TRUE(writer.finish());
+    EXPECT_FALSE(writer.add_folder("a/", {}, {0, false}));
+    EXPECT_FALSE(writer.add_file(system, "a", native(u"a"), thorough));
+    EXPECT_FALSE(writer.finish());
+}
+
+TEST(ZipWriter, HoldsSixteenBitsOfEntries) {
+    Written written;
+    ZipWriter writer(std::make_unique<WrittenFile>(written));
+    for (int i = 0; i < 65'535; ++i)
+        ASSERT_TRUE(writer.add_folder(std::to_string(i) + "/", {}, {0, false}));
+    EXPECT_FALSE(writer.add_folder("one more/", {}, {0, false}));
+    ASSERT_TRUE(writer.finish());
+    const auto reader = ZipReader::open(files::memory_file(written.bytes));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(reader->entry_count(), 65'535u);
+    EXPECT_EQ(reader->entry(65'534)->name, "65534/");
+}
+
+// A source of any length, without its bytes.
+class HugeSource : public FakeArchives {
+  public:
+    explicit HugeSource(std::uint64_t size, std::uint64_t bytes) {
+        fake.add(u"huge", {size, bytes, [](std::uint64_t) {
+                               return 'x';
+                           }});
+    }
+    Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) override {
+        return fake.open(path, files::Permission::Read);
+    }
+    testing::FakeFiles fake;
+};
+
+TEST(ZipWriter, RefusesFourGigabytesAndSourcesThatEndEarly) {
+    Written written;
+    ZipWriter writer(std::make_unique<WrittenFile>(written));
+    HugeSource too_large(0x1'0000'0000, 0x1'0000'0000);
+    const Result<void> added = writer.add_file(too_large, "huge", native(u"huge"), thorough);
+    EXPECT_EQ(added.error(), ErrorCode::AddFailed);
+    EXPECT_EQ(written.bytes.size(), 0u); // before anything was read or written
+    HugeSource shrunk(100'000, 70'000);
+    EXPECT_EQ(writer.add_file(shrunk, "huge", native(u"huge"), thorough).error(),
+              ErrorCode::AddFailed);
+    EXPECT_EQ(shrunk.fake.open_files(), 0);
+    // What the failed add left does not show.
+    ASSERT_TRUE(writer.finish());
+    EXPECT_EQ(written.bytes.size(), 22u);
+}
+
+TEST(ZipWriter, AFailedAddLeavesAValidArchive) {
+    for (int failing = 1;; ++failing) {
+        FakeArchives system;
+        system.store.add(u"first", std::string(100'000, 'a'));
+        system.store.add(u"second", std::string(100'000, 'b') + std::string(50'000, 'c'));
+        system.store.add(u"zip", "");
+        ZipWriter writer(*system.store.open(native(u"zip"), files::Permission::Write));
+        ASSERT_TRUE(writer.add_file(system, "first", native(u"first"), thorough));
+        system.store.fail(failing, ErrorCode::OutOfMemory);
+        const bool added =
+            writer.add_file(system, "second", native(u"second"), {0, false}).has_value();
+        const int operations = system.store.operations();
+        system.store.fail(0, ErrorCode::Ok);
+        EXPECT_EQ(system.store.open_files(), 1); // the archive
+        ASSERT_TRUE(writer.add_file(system, "third", native(u"first"), thorough));
+        ASSERT_TRUE(writer.finish());
+        auto reader = ZipReader::open(files::memory_file(system.store.at(u"zip")));
+        ASSERT_TRUE(reader) << failing;
+        ASSERT_EQ(reader->entry_count(), added ? 3u : 2u);
+        for (std::uint32_t i = 0; i < reader->entry_count(); ++i)
+            EXPECT_TRUE(
+                reader->extract(i, [](std::uint64_t, std::string_view) { return Result<void>(); }));
+        if (operations < failing)
+            break;
+        EXPECT_FALSE(added) << failing;
+    }
+}
+
+TEST(ZipWriter, ReportsWhyASourceDoesNotOpen) {
+    constexpr std::pair<ErrorCode, int> codes[] = {
+        {ErrorCode::Busy, -54},         {ErrorCode::AlreadyExists, -1301}, {ErrorCode::NotFound, 2},
+        {ErrorCode::FolderNotFound, 2}, {ErrorCode::OutOfMemory, 12},      {ErrorCode::BadName, 22},
+    };
+    for (const auto& [opening, expected] : codes)
+        EXPECT_EQ(number(source_error(opening)), expected);
+}
+
+TEST(DosTime, CoversTheYearsOfTheFormat) {
+    using params::CalendarTime;
+    for (const CalendarTime time :
+         {CalendarTime{1980, 1, 1, 0, 0, 0}, CalendarTime{2107, 12, 31, 23, 59, 58},
+          CalendarTime{2000, 2, 29, 1, 2, 4}})
+        EXPECT_EQ(calendar_time(dos_time(time)), time);
+    EXPECT_EQ(dos_time({1979, 12, 31, 23, 59, 59}), DosTime());
+    EXPECT_EQ(dos_time({2108, 1, 1, 0, 0, 0}), DosTime());
+    // Parts that no calendar has carry over.
+    EXPECT_EQ(calendar_time({}), (CalendarTime{1979, 11, 30, 0, 0, 0}));
+    EXPECT_EQ(calendar_time({0xFFFF, 0xFFFF}), (CalendarTime{2108, 4, 1, 8, 4, 2}));
+}
+
+} // namespace
+} // namespace vell::archive

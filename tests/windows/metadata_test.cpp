@@ -1,0 +1,92 @@
+// Image metadata through the host: texts in their encodings, styles, codes.
+#include "src/base/win32_text.h"
+#include "src/host/dispatcher.h"
+#include "src/host/host_data.h"
+#include "src/host/styled_text.h"
+#include "tests/portable/image_builder.h"
+#include "tests/portable/tiff_builder.h"
+#include "tests/windows/plugin_fixture.h"
+
+namespace vell::test {
+namespace {
+
+using namespace vell::testing;
+
+class Metadata : public Plugin {
+  protected:
+    Metadata() { start(); }
+
+    std::u16string ask(const std::u16string& switches, const std::string& contents) {
+        return call(u"VlFile_GetMetaData", {switches, folder.file(L"image.jpg", contents)});
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(Metadata, ReadsTextsInTheirEncodings) {
+    const std::string exif = exif_segment(
+        build_tiff(ByteOrder::Little, {.first = {ascii(271, "A\xE4"), {274, FieldType::Short, {6}}},
+                                       .gps = {bytes(0, std::string("\2\2\0\0", 4))}}));
+    const std::string comment = segment(SegmentMarker::Com, "\xE2\x82\xAC\x80");
+    const std::string iptc =
+        segment(SegmentMarker::App13,
+                std::string("Photoshop 3.0\0", 14) +
+                    resource(0x0404, dataset(1, 90, "\x1B%G") + dataset(2, 5, "\xE2\x82\xAC") +
+                                         dataset(2, 25, "\x80")));
+    const std::string image = jpeg({exif, comment, iptc});
+    EXPECT_EQ(ask(u"GetGPS", image), u"\r##GPS 0\r2.2.0.0\r##END 0");
+    EXPECT_TRUE(ask(u"GetExif", image)
+                    .starts_with(u"\r##EXIF 271\rA\u00E4\r##END 271\r##EXIF 274\r6\r##END 274"));
+    EXPECT_TRUE(ask(u"GetExif SourceMacCharset", image).starts_with(u"\r##EXIF 271\rA\u2030\r"));
+    EXPECT_EQ(ask(u"GetJPEGComment", image), u"\r##JCOM\r\u00E2\u201A\u00AC\u20AC\r##END ");
+    // The datasets declare UTF-8; what is none is native.
+    EXPECT_EQ(ask(u"GetIPTC SourceMacCharset", image),
+              u"\r##IPTC 5\r\u20AC\r##END 5\r##IPTC 25\r\u20AC\r##END 25");
+    EXPECT_EQ(ask(u"GetXMP -SourceUTF8Charset", "<?xpacket begin=\"\xEF\xBB\xBF\"?>\xC3\xA4"
+                                                "<?xpacket end='w'?>"),
+              u"<?xpacket begin=\"0xEFBBBF\"?>\u00E4<?xpacket end='w'?>");
+}
+
+TEST_F(Metadata, ReportsCodes) {
+    const std::string image = jpeg({});
+    EXPECT_EQ(ask(u"GetExif", image), u"$$-2026");
+    EXPECT_EQ(ask(u"", image), u"$$-50");
+    EXPECT_EQ(ask(u"-GetMovieBoxes", image), u"$$-4221");
+    EXPECT_EQ(ask(u"-IsValidMovie", image), u"0");
+    EXPECT_EQ(call(u"VlFile_GetMetaData", {u"-IsValidMovie", u"$$-43"}), u"0");
+    EXPECT_EQ(call(u"VlFile_GetMetaData", {u"GetExif", to_utf16(folder.path(L"none"))}), u"$$-43");
+    EXPECT_EQ(call_id(4260, {u"GetExif"}), u"$$-50");
+}
+
+TEST_F(Metadata, MarksRepeatedRecordsByStyle) {
+    const std::string block = resource(0x0404, dataset(2, 5, "T"));
+    host::Data result;
+    fm::DataVect* parameters = host::host_call(FM_DataVect_Constructor1);
+    for (const std::u16string& parameter : {std::u16string(u"GetIPTC -ParseAllApplicationRecords"),
+                                            folder.file(L"a.psd", block + block)}) {
+        host::Data data;
+        host::store_text(data.get(), host::Text(std::u16string_view(parameter)));
+        host::host_call(FM_DataVect_PushBack, parameters, static_cast<const fm::Data*>(data.get()));
+    }
+    EXPECT_EQ(host::dispatch(4260, nullptr, parameters, result.get()), 0);
+    fm::Status status;
+    FM_DataVect_Delete(parameters, &status);
+
+    const fm::Text* text = host::text_of(result.get());
+    fm::CharacterStyle* style = FM_CharacterStyle_Constructor1(&status);
+    std::string faces; // one letter a character
+    const std::uint32_t size = host::host_call(FM_Text_GetSize, text);
+    for (std::uint32_t i = 0; i < size; ++i) {
+        FM_Text_GetStyle(text, style, i, &status);
+        faces += FM_CharacterStyle_GetFace(style, &status) == fm::face_bold ? 'b' : '.';
+    }
+    FM_CharacterStyle_Delete(style, &status);
+    const std::string datasets(std::string_view("\r##IPTC 5\rT\r##END 5").size(), '.');
+    const std::string next(std::string_view("\r\r--- NEXT_IPTC_APP_RECORD ---").size(), 'b');
+    const std::string warning(
+        std::string_view("\r\rWARNING: MULTIPLE_IPTC_APP_RECORDS_FOUND\r").size(), 'b');
+    EXPECT_EQ(faces, datasets + next + datasets + warning);
+}
+
+} // namespace
+} // namespace vell::test
