@@ -36,6 +36,7 @@ std::vector<Row> dispatch_rows();
 std::vector<Row> contents_rows();
 std::vector<Row> substitute_rows();
 std::vector<Row> file_rows();
+std::vector<Row> zip_rows();
 std::vector<Row> metadata_rows();
 
 } // namespace vell::bench

@@ -1,5 +1,5 @@
 // Runs the benchmarks whose names contain the argument (contents, dispatch, files, metadata,
-// substitute), or all, and prints one table. Exit code 1 when a goal is missed.
+// substitute, zip), or all, and prints one table. Exit code 1 when a goal is missed.
 #include "bench/harness.h"
 
 #include <algorithm>
@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
                                 {"dispatch", vell::bench::dispatch_rows},
                                 {"substitute", vell::bench::substitute_rows},
                                 {"files", vell::bench::file_rows},
-                                {"metadata", vell::bench::metadata_rows}};
+                                {"metadata", vell::bench::metadata_rows},
+                                {"zip", vell::bench::zip_rows}};
     const std::string_view wanted = argc > 1 ? argv[1] : "";
     std::vector<vell::bench::Row> rows;
     for (const Group& group : groups)

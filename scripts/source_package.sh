@@ -30,7 +30,7 @@ flock 9 # somebody else may be fetching it
     echo "$target"
     exit
 }
-unpacked=$(mktemp -d "$cache/unpacked.XXXXXX")
+unpacked=$(mktemp -d -p "$cache")
 private=$(mktemp -d) # apt's own user must be able to enter it
 trap 'rm -rf "$private" "$unpacked"' EXIT
 chmod 755 "$private" "$unpacked"

@@ -22,6 +22,9 @@ class ArchiveSystem {
     virtual Result<NativePath> full_path(const NativePath& path) = 0;
     // Opens for reading a file that others may have open, for writing too.
     virtual Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) = 0;
+    // Makes a file and opens it for writing. AlreadyExists when there is anything of its name, a
+    // link without a target included.
+    virtual Result<std::unique_ptr<files::File>> open_new(const NativePath& path) = 0;
     // Opens for writing a file that is new or emptied. Busy for a folder and a read-only file.
     virtual Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) = 0;
     // Makes one folder. AlreadyExists when there is anything of its name.

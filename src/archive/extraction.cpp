@@ -114,7 +114,13 @@ Result<void> ZipReader::extract_to_file(std::uint32_t index, ArchiveSystem& syst
     const auto entry = this->entry(index);
     if (!entry)
         return Failure{ErrorCode::CannotOpen};
-    const auto opened = system.open_emptied(target);
+    // Mostly there is no file yet, and nothing else to ask for.
+    auto opened = system.open_new(target);
+    if (!opened && opened.error() == ErrorCode::AlreadyExists) {
+        if (system.is_link(target))
+            return Failure{ErrorCode::BadName};
+        opened = system.open_emptied(target);
+    }
     if (!opened)
         return Failure{target_error(opened.error())};
     files::File& file = **opened;

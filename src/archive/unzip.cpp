@@ -175,8 +175,6 @@ Result<void> Expansion::expand(std::uint32_t index, const EntryInfo& entry) {
     if (separator != path.npos)
         VELL_TRY(prepare_parent(std::u16string_view(path).substr(0, separator)));
     const NativePath item = joined(target_, path);
-    if (system_.is_link(item))
-        return Failure{ErrorCode::BadName};
     return entry.is_folder ? make_folder(item) : reader_.extract_to_file(index, system_, item);
 }
 
@@ -205,6 +203,8 @@ Result<void> Expansion::make_folder(const NativePath& path) {
         return {};
     if (made.error() != ErrorCode::AlreadyExists)
         return Failure{target_error(made.error())};
+    if (system_.is_link(path))
+        return Failure{ErrorCode::BadName};
     if (kind_of(path) == ItemKind::File)
         return Failure{ErrorCode::TargetNotFound};
     if (!options_.overwrite)

@@ -23,6 +23,10 @@ class Win32ArchiveSystem : public ArchiveSystem {
         return opened(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
     }
 
+    Result<std::unique_ptr<files::File>> open_new(const NativePath& path) override {
+        return opened(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
+    }
+
     Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
         return opened(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
     }
@@ -67,10 +71,11 @@ class Win32ArchiveSystem : public ArchiveSystem {
 
   private:
     static Result<std::unique_ptr<files::File>> opened(const NativePath& path, DWORD access,
-                                                       DWORD sharing, DWORD disposition) {
-        UniqueFile handle(CreateFileW(win32_path(path).c_str(), access, sharing, nullptr,
-                                      disposition,
-                                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+                                                       DWORD sharing, DWORD disposition,
+                                                       DWORD flags = 0) {
+        UniqueFile handle(
+            CreateFileW(win32_path(path).c_str(), access, sharing, nullptr, disposition,
+                        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN | flags, nullptr));
         if (!handle)
             return Failure{last_error()};
         return files::file_over(std::move(handle));

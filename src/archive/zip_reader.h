@@ -52,7 +52,8 @@ class ZipReader {
     // unsupported entries, and when the sink fails.
     Result<void> extract(std::uint32_t index, const EntrySink& sink);
 
-    // Extracts to a file, which is new or emptied first and gets the entry's time. CannotOpen,
+    // Extracts to a file, which is new or emptied first and gets the entry's time. BadName when it
+    // is a link, CannotOpen,
     // TargetNotFound, TargetDenied or BadArgument when it cannot be opened, ExtractionFailed, or
     // CannotClose. What a failed extraction has written stays.
     Result<void> extract_to_file(std::uint32_t index, ArchiveSystem& system,

@@ -8,13 +8,10 @@ a peer has and the plug-in should print is looked for. What differs for a reason
 reasons.py. Exit codes: 0, 1 for a difference without a reason, 77 without the files.
 """
 import collections
-import json
 import os
 import pathlib
 import re
-import subprocess
 import sys
-import tempfile
 import xml.etree.ElementTree
 
 sys.dont_write_bytecode = True  # the folder is that of the sources
@@ -22,6 +19,7 @@ sys.dont_write_bytecode = True  # the folder is that of the sources
 import peers
 import reasons
 import rules
+import vellhost
 
 FOLDERS = ("jpeg", "tiff", "png", "raw")
 # Bytes of files come out as the characters U+0000 to U+00FF.
@@ -51,20 +49,10 @@ SECTION = re.compile(r"\r##(EXIF|GPS|IPTC) (\d+)\r(.*?)\r##END \2(?=\r##|$)", re
 
 def ask_plugin(folder, paths):
     """The answers by path and question, from one process."""
-    wine = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "wine"
     asked = [(path, question) for path in paths for question in QUESTIONS]
-    with tempfile.NamedTemporaryFile("w", suffix=".vell", encoding="utf-8") as statements:
-        for path, question in asked:
-            windows_path = "Z:" + path.replace("/", "\\")
-            statements.write(f'VlFile_GetMetaData( "{QUESTIONS[question]}" ; "{windows_path}" )\n')
-        statements.flush()
-        out = subprocess.run([wine, os.path.join(folder, "vellhost.exe"), "--json", "--raw",
-                              "--file", "Z:" + statements.name.replace("/", "\\")],
-                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False).stdout
-    answers = [json.loads(line)["result"] for line in out.decode("utf-8").splitlines()]
-    if len(answers) != len(asked):
-        sys.exit(f"vellhost gave {len(answers)} answers to {len(asked)} questions")
-    return dict(zip(asked, answers))
+    return dict(zip(asked, vellhost.results(
+        folder, [f'VlFile_GetMetaData( "{QUESTIONS[question]}" ; {vellhost.path(path)} )'
+                 for path, question in asked])))
 
 
 class Comparison:

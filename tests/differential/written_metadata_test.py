@@ -18,6 +18,10 @@ import subprocess
 import sys
 import tempfile
 
+sys.dont_write_bytecode = True  # the folder is that of the sources
+
+import vellhost
+
 EXIF = {270: "Gr\u00fc\u00dfe", 282: "300", 33437: "2.9", 37379: "-1.5",
         315: "Vell Optics", 36867: "2020:12:31 23:59:59", 37510: "A comment", 40091: "Ti\u65e5"}
 GPS = {1: "N", 2: "40\r26\r46.302", 4: "-79.9825", 6: "1/3", 29: "2020:12:31"}
@@ -99,26 +103,15 @@ def exiv2(path):
 
 def write_all(folder, files, target):
     """The path of each copy by file and kind; copies that the plug-in refuses are left out."""
-    wine = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "wine"
     asked = [(path, kind) for path in files for kind in WRITES]
-    copies = {}
-    with tempfile.NamedTemporaryFile("w", suffix=".vell", encoding="utf-8") as statements:
-        def windows(path):
-            return "Z:" + str(path).replace("/", "\\\\")
-        for index, (path, kind) in enumerate(asked):
-            copies[path, kind] = os.path.join(target, f"{index}.jpg")
-            switches, text = WRITES[kind][:2]
-            text = text.replace("\\", "\\\\").replace('"', '\\"').replace("\r", "\u00b6")
-            statements.write(f'VlFile_SetMetaData( "{switches}" ; "{windows(path)}" ; '
-                             f'"{windows(copies[path, kind])}" ; "{text}" )\n')
-        statements.flush()
-        out = subprocess.run([wine, os.path.join(folder, "vellhost.exe"), "--json", "--raw",
-                              "--file", "Z:" + statements.name.replace("/", "\\")],
-                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False).stdout
-    answers = [json.loads(line)["result"] for line in out.decode("utf-8").splitlines()]
-    if len(answers) != len(asked):
-        sys.exit(f"vellhost gave {len(answers)} answers to {len(asked)} calls")
-    return copies, dict(zip(asked, answers))
+    copies = {(path, kind): os.path.join(target, f"{index}.jpg")
+              for index, (path, kind) in enumerate(asked)}
+    statements = []
+    for path, kind in asked:
+        switches, text = WRITES[kind][:2]
+        statements.append(f"VlFile_SetMetaData( {vellhost.text(switches)} ; {vellhost.path(path)} ; "
+                          f"{vellhost.path(copies[path, kind])} ; {vellhost.text(text)} )")
+    return copies, dict(zip(asked, vellhost.results(folder, statements)))
 
 
 def numbers(text):

@@ -42,6 +42,11 @@ class FakeArchives : public archive::ArchiveSystem, public files::FolderSource {
     Result<std::unique_ptr<files::File>> open_shared(const files::NativePath& path) override {
         return store.open(path, files::Permission::Read);
     }
+    Result<std::unique_ptr<files::File>> open_new(const files::NativePath& path) override {
+        if (store.kind_of(path) != files::ItemKind::None)
+            return Failure{ErrorCode::AlreadyExists};
+        return open_emptied(path);
+    }
     Result<std::unique_ptr<files::File>> open_emptied(const files::NativePath& path) override {
         if (store.kind_of(path) == files::ItemKind::Folder)
             return Failure{ErrorCode::Busy};

@@ -1,6 +1,6 @@
 // Descriptions of ICC profiles that are made here, whole and damaged.
-#include "src/base/bytes.h"
 #include "src/metadata/icc_profile.h"
+#include "tests/portable/integers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +11,9 @@
 namespace vell::metadata {
 namespace {
 
-std::string big16(std::uint16_t value) {
-    std::string bytes;
-    append_integer<std::uint16_t>(bytes, value, ByteOrder::Big);
-    return bytes;
-}
-std::string big32(std::uint32_t value) {
-    std::string bytes;
-    append_integer<std::uint32_t>(bytes, value, ByteOrder::Big);
-    return bytes;
-}
+using testing::big16;
+using testing::big32;
+
 std::string utf16(std::u16string_view text) {
     std::string bytes;
     for (const char16_t unit : text)

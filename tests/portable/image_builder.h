@@ -3,6 +3,7 @@
 
 #include "src/metadata/get_metadata.h"
 #include "src/metadata/jpeg_markers.h"
+#include "tests/portable/integers.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -14,19 +15,12 @@ namespace vell::testing {
 
 using metadata::SegmentMarker;
 
-template <typename T>
-std::string big_endian(std::type_identity_t<T> value) {
-    std::string bytes;
-    append_integer<T>(bytes, value, ByteOrder::Big);
-    return bytes;
-}
-
 // A segment may lie about its length.
 inline std::string segment(SegmentMarker marker, const std::string& payload,
                            std::optional<std::uint16_t> length = {}) {
     const auto true_length = static_cast<std::uint16_t>(payload.size() + 2);
-    return std::string{'\xFF', static_cast<char>(marker)} +
-           big_endian<std::uint16_t>(length.value_or(true_length)) + payload;
+    return std::string{'\xFF', static_cast<char>(marker)} + big16(length.value_or(true_length)) +
+           payload;
 }
 // Segments between SOI and a scan.
 inline std::string jpeg(std::initializer_list<std::string> segments) {
@@ -41,8 +35,7 @@ inline std::string exif_segment(const std::string& block) {
 
 inline std::string png_chunk(const std::string& type, const std::string& data,
                              std::optional<std::uint32_t> length = {}) {
-    return big_endian<std::uint32_t>(length.value_or(static_cast<std::uint32_t>(data.size()))) +
-           type + data + "sum.";
+    return big32(length.value_or(static_cast<std::uint32_t>(data.size()))) + type + data + "sum.";
 }
 inline std::string png(std::initializer_list<std::string> chunks) {
     std::string bytes = "\x89PNG\r\n\x1A\n" + png_chunk("IHDR", std::string(13, '\1'));
@@ -53,14 +46,13 @@ inline std::string png(std::initializer_list<std::string> chunks) {
 
 inline std::string resource(std::uint16_t id, const std::string& data, const std::string& name = "",
                             std::optional<std::uint32_t> size = {}) {
-    std::string bytes = "8BIM" + big_endian<std::uint16_t>(id) + static_cast<char>(name.size()) +
-                        name + (name.size() % 2 == 0 ? std::string(1, '\0') : "");
-    return bytes +
-           big_endian<std::uint32_t>(size.value_or(static_cast<std::uint32_t>(data.size()))) + data;
+    std::string bytes = "8BIM" + big16(id) + static_cast<char>(name.size()) + name +
+                        (name.size() % 2 == 0 ? std::string(1, '\0') : "");
+    return bytes + big32(size.value_or(static_cast<std::uint32_t>(data.size()))) + data;
 }
 inline std::string dataset(char record, char number, const std::string& value) {
-    return std::string{'\x1C', record, number} +
-           big_endian<std::uint16_t>(static_cast<std::uint16_t>(value.size())) + value;
+    return std::string{'\x1C', record, number} + big16(static_cast<std::uint16_t>(value.size())) +
+           value;
 }
 
 // The text with "|" for carriage returns; "<5:…>" stands around what is in encoding 5, "<bold:…>"

@@ -1,6 +1,6 @@
 // Descriptions of images from headers that are made here.
-#include "src/base/bytes.h"
 #include "src/metadata/image_description.h"
+#include "tests/portable/integers.h"
 
 #include <gtest/gtest.h>
 
@@ -13,21 +13,9 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string big16(std::uint16_t value) {
-    std::string bytes;
-    append_integer<std::uint16_t>(bytes, value, ByteOrder::Big);
-    return bytes;
-}
-std::string big32(std::uint32_t value) {
-    std::string bytes;
-    append_integer<std::uint32_t>(bytes, value, ByteOrder::Big);
-    return bytes;
-}
-std::string little32(std::uint32_t value) {
-    std::string bytes;
-    append_integer<std::uint32_t>(bytes, value, ByteOrder::Little);
-    return bytes;
-}
+using testing::big16;
+using testing::big32;
+using testing::little32;
 
 // Lines by "|", a failure by its number.
 std::string description(const std::string& bytes) {

@@ -100,17 +100,15 @@ class IccChunks : public ::testing::Test {
                                                 static_cast<char>(count) + data);
     }
     static std::string head(std::uint32_t profile_size = 3 * chunk_size) {
-        std::string bytes = big_endian<std::uint32_t>(profile_size) + std::string(32, '\0') +
-                            "acsp" + std::string(88, '\0');
+        std::string bytes =
+            big32(profile_size) + std::string(32, '\0') + "acsp" + std::string(88, '\0');
         bytes[8] = 2; // version
-        bytes += big_endian<std::uint32_t>(1) + "desc" + big_endian<std::uint32_t>(chunk_size) +
-                 big_endian<std::uint32_t>(100);
+        bytes += big32(1) + "desc" + big32(chunk_size) + big32(100);
         return bytes + std::string(chunk_size - bytes.size(), '.');
     }
     static std::string name(const std::string& text) {
         std::string bytes = "desc" + std::string(4, '\0') +
-                            big_endian<std::uint32_t>(static_cast<std::uint32_t>(text.size() + 1)) +
-                            text;
+                            big32(static_cast<std::uint32_t>(text.size() + 1)) + text;
         return bytes + std::string(chunk_size - bytes.size(), '\0');
     }
 };

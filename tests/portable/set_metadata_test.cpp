@@ -114,8 +114,7 @@ TEST(SetMetadata, WritesIptcBesideTheOtherResources) {
               photoshop(iptc(version + dataset(2, 25, "one") + dataset(2, 25, "two"))));
     const std::string odd = added("-SetIPTC", "##IPTC 5\n1234\n##END 5\n##IPTC 7\r\n\r\n##END 7");
     EXPECT_EQ(odd, photoshop(iptc(version + dataset(2, 5, "1234") + dataset(2, 7, ""))));
-    EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n123\n##END 5").substr(2, 2),
-              big_endian<std::uint16_t>(7 + 8 + 28 + 1));
+    EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n123\n##END 5").substr(2, 2), big16(7 + 8 + 28 + 1));
     EXPECT_EQ(added("-SetIPTC", "##IPTC 0\n2\n##END 0"),
               photoshop(iptc(dataset(2, 0, std::string("\0\2", 2)))));
 

@@ -1,0 +1,124 @@
+// Archives on real disks, through the host.
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "tests/windows/plugin_fixture.h"
+
+namespace vell::test {
+namespace {
+
+class Archives : public Plugin {
+  protected:
+    Archives() {
+        start();
+        make_folder(L"in");
+        make_folder(L"in\\.point");
+        make_folder(L"out");
+    }
+    void make_folder(const std::wstring& name) const {
+        ASSERT_TRUE(CreateDirectoryW(folder.path(name).c_str(), nullptr));
+    }
+    std::u16string path(std::wstring_view name) const { return to_utf16(folder.path(name)); }
+    std::u16string create(const std::u16string& source, const std::u16string& target) {
+        return call(u"VlFile_CreateZip", {u"", Value(source), Value(target)});
+    }
+    std::u16string expand(const char16_t* switches, const std::wstring& name) {
+        return call(u"VlFile_UnZip", {Value(switches), Value(path(name)), Value(path(L"out"))});
+    }
+    // An archive with one stored, empty file of this name for each.
+    std::u16string archive(const std::vector<std::string>& names) const {
+        std::string bytes;
+        const auto number = [&](std::uint64_t value, int width) {
+            for (int i = 0; i < width; ++i)
+                bytes += static_cast<char>(value >> 8 * i);
+        };
+        for (const std::string& name : names) {
+            bytes += "PK\1\2" + std::string(24, '\0');
+            number(name.size(), 2);
+            bytes += std::string(16, '\0') + name;
+        }
+        // An entry's place is checked against the archive's length, which the end record makes long
+        // enough.
+        const std::size_t size = bytes.size();
+        bytes += "PK\5\6" + std::string(4, '\0');
+        number(names.size(), 2);
+        number(names.size(), 2);
+        number(size, 4);
+        number(0, 6);
+        return folder.file(L"made.zip", bytes);
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(Archives, KeepNamesContentsAndTimes) {
+    const std::wstring name = L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.txt";
+    folder.file(L"in\\" + name, std::string(100'000, 'x'));
+    folder.file(L"in\\.point\\hidden.lnk", "12");
+    SetFileAttributesW(folder.path(L"in\\.point\\hidden.lnk").c_str(), FILE_ATTRIBUTE_HIDDEN);
+    // A path beyond 260 characters, whose archive name is as long.
+    std::wstring deep = L"in";
+    for (int i = 0; i < 5; ++i) {
+        deep += L"\\" + std::wstring(60, L'd');
+        ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + folder.path(deep)).c_str(), nullptr));
+    }
+    CloseHandle(CreateFileW((L"\\\\?\\" + folder.path(deep + L"\\f")).c_str(), GENERIC_WRITE, 0,
+                            nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const UniqueFile others(CreateFileW(folder.path(L"in\\" + name).c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_EQ(create(path(L"in"), path(L"in\\archive.zip")), u"0"); // within itself
+    EXPECT_EQ(expand(u"", L"in\\archive.zip"), u"0");
+    EXPECT_EQ(read_file(folder.path(L"out\\in\\" + name)), std::string(100'000, 'x'));
+    EXPECT_EQ(read_file(folder.path(L"out\\in\\.point\\hidden.lnk")), "12");
+    EXPECT_NE(GetFileAttributesW((L"\\\\?\\" + folder.path(L"out\\" + deep + L"\\f")).c_str()),
+              INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetFileAttributesW(folder.path(L"out\\in\\archive.zip").c_str()),
+              INVALID_FILE_ATTRIBUTES);
+    WIN32_FILE_ATTRIBUTE_DATA before, after;
+    GetFileAttributesExW(folder.path(L"in\\" + name).c_str(), GetFileExInfoStandard, &before);
+    GetFileAttributesExW(folder.path(L"out\\in\\" + name).c_str(), GetFileExInfoStandard, &after);
+    const auto seconds = [](FILETIME time) {
+        return (std::int64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime) / 10'000'000;
+    };
+    const std::int64_t lost = seconds(before.ftLastWriteTime) - seconds(after.ftLastWriteTime);
+    EXPECT_TRUE(lost == 0 || lost == 1) << lost; // an even number of seconds is kept
+
+    const UniqueFile own(CreateFileW(folder.path(L"in\\own").c_str(), GENERIC_WRITE, 0, nullptr,
+                                     CREATE_NEW, 0, nullptr));
+    EXPECT_EQ(create(path(L"in"), path(L"b.zip")), u"$$-54");
+    EXPECT_EQ(GetFileAttributesW(folder.path(L"b.zip").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(create(path(L"in"), path(L"none\\b.zip")), u"$$-4402");
+    EXPECT_EQ(create(path(L"in"), path(L"b?.zip")), u"$$-208");
+}
+
+TEST_F(Archives, ReadNamesInTheirCodePage) {
+    const auto names = [&](const char16_t* switches, const std::string& name) {
+        return call(u"VlFile_GetZipInfo", {Value(switches), Value(archive({name}))});
+    };
+    EXPECT_EQ(names(u"", "\x84"), u"\u00E4\r");
+    EXPECT_EQ(names(u"-Encoding=ISO_8859_1", "\xE4"), u"\u00E4\r");
+    EXPECT_EQ(names(u"-Encoding=ShiftJIS_Win", "\x83\x5C/a"), u"\u30BD/a\r");
+    EXPECT_EQ(names(u"-Encoding=UTF8", "\xF0\x9F\x98\x80"), u"\xD83D\xDE00\r");
+}
+
+TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
+    archive({"A.txt", "a.TXT", "a.txt."});
+    EXPECT_EQ(expand(u"", L"made.zip"), u"0"); // the later ones take the place of the first
+    WIN32_FIND_DATAW found;
+    const UniqueFind search(FindFirstFileW(folder.path(L"out\\made\\*.*").c_str(), &found));
+    int files = 0;
+    do
+        files += found.cFileName[0] != L'.';
+    while (FindNextFileW(search.get(), &found));
+    EXPECT_EQ(files, 1);
+    for (const char* name : {"..\\x", "nul", "sub/../../x", "CON.txt"}) {
+        archive({name});
+        EXPECT_EQ(expand(u"", L"made.zip"), u"$$-37") << name;
+    }
+    EXPECT_EQ(GetFileAttributesW(folder.path(L"x").c_str()), INVALID_FILE_ATTRIBUTES);
+    archive({"C:\\x:y", "/\x01"});
+    EXPECT_EQ(expand(u"-DontCreateArchiveFolder", L"made.zip"), u"$$-208");
+    EXPECT_EQ(read_file(folder.path(L"out\\C_\\x_y")), "");
+}
+
+} // namespace
+} // namespace vell::test
