@@ -14,7 +14,10 @@ import zipfile
 import zlib
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent.parent
+sys.dont_write_bytecode = True  # the folder is that of the sources
+
+import vellhost
+
 failures = 0
 
 
@@ -28,21 +31,6 @@ def check(what, expected, actual):
 def run(*command, cwd=None):
     return subprocess.run(command, cwd=cwd, stdin=subprocess.DEVNULL, capture_output=True,
                           env={**os.environ, "LC_ALL": "C.UTF-8"}, check=False)
-
-
-def quoted(path):
-    return '"Z:' + str(path).replace("/", "\\\\") + '"'
-
-
-def vell(statements):
-    """Runs all statements in one process; their results in order."""
-    process = subprocess.run(
-        [ROOT / "scripts/wine", sys.argv[1] + "/vellhost.exe", "--json"],
-        input="\n".join(statements) + "\n", capture_output=True, text=True, check=False)
-    lines = [json.loads(line) for line in process.stdout.splitlines()]
-    if len(lines) != len(statements):
-        sys.exit(f"vellhost answered {len(lines)} of {len(statements)}:\n{process.stderr}")
-    return [str(line.get("result", line.get("error"))) for line in lines]
 
 
 def tree(folder):
@@ -122,38 +110,43 @@ def archives_of_others(folder, work):
     return made
 
 
-# Archives that we treat differently from unzip: what each makes of it, and why.
+# Archives that another program treats differently: what each makes of it, and why.
 DIFFERENCES = json.loads((Path(__file__).parent / "zip_differences.json").read_text())
+PEERS = {"unzip": lambda archive, target: run("unzip", "-q", "-o", "-P", "", archive, "-d", target),
+         "7z": lambda archive, target: run("7z", "x", "-y", "-pnone", archive, f"-o{target}")}
 
 
-def unzip_result(archive, target):
-    """What unzip makes of an archive: "" when all is well, else in a word what is wrong."""
-    done = run("unzip", "-q", "-o", "-P", "", archive, "-d", target)
-    return "expands" if done.returncode == 0 else "fails"
+def contents(folder):
+    return {name: data and data[0] for name, data in tree(folder).items()}
 
 
 def compare_corpus(corpus, work):
     archives = sorted((corpus / "zip").iterdir()) + sorted((corpus / "zip-refused").iterdir())
+    targets = {archive: {side: work / f"{number} by {side}" for side in ("ours", *PEERS)}
+               for number, archive in enumerate(archives)}
     statements = []
-    for number, archive in enumerate(archives):
-        (work / f"ours {number}").mkdir()
-        (work / f"theirs {number}").mkdir()
-        statements.append(f'VlFile_GetZipInfo( "" ; {quoted(archive)} )')
+    for archive, folders in targets.items():
+        for folder in folders.values():
+            folder.mkdir()
         statements.append('VlFile_UnZip( "-DontCreateArchiveFolder -OverwriteExisting" ; '
-                          f'{quoted(archive)} ; {quoted(work / f"ours {number}")} )')
-    results = vell(statements)
-    for number, archive in enumerate(archives):
-        listed, expanded = results[2 * number:2 * number + 2]
-        ours = expanded if expanded != "0" else "expands"
-        theirs = unzip_result(archive, work / f"theirs {number}")
-        mine, other = tree(work / f"ours {number}"), tree(work / f"theirs {number}")
-        contents = [{name: data and data[0] for name, data in side.items()}
-                    for side in (mine, other)]
-        if (ours == "expands") == (theirs == "expands") and contents[0] == contents[1]:
-            continue
-        known = DIFFERENCES.get(archive.name, {"ours": "", "theirs": ""})
-        check(f"{archive.name} (listed: {listed[:60]!r}, ours: {mine}, theirs: {other})",
-              (known["ours"], known["theirs"]), (ours, theirs))
+                          f'{vellhost.path(archive)} ; {vellhost.path(folders["ours"])} )')
+    agreed = explained = 0
+    for archive, result in zip(archives, vellhost.results(sys.argv[1], statements)):
+        folders = targets[archive]
+        found = {"ours": "expands" if result == "0" else result}
+        same = True
+        for peer, expand in PEERS.items():
+            done = expand(archive, folders[peer]).returncode == 0
+            found[peer] = "expands" if done else "fails"
+            same = (same and done == (result == "0") and
+                    contents(folders["ours"]) == contents(folders[peer]))
+        row = DIFFERENCES.get(archive.name)
+        agreed += same and not row
+        explained += row is not None
+        if row or not same:
+            check(f"{archive.name} ({[contents(folder) for folder in folders.values()]})",
+                  {side: (row or {}).get(side) for side in found}, found)
+    print(f"archives of the collection: {agreed} the same, {explained} explained")
 
 
 def main():
@@ -166,7 +159,8 @@ def main():
         make_tree(source)
         expected = tree(source)
         others = archives_of_others(source, work)
-        statements = [f'VlFile_CreateZip( "{switches}" ; {quoted(source)} ; {quoted(work / to)} )'
+        statements = [f'VlFile_CreateZip( "{switches}" ; {vellhost.path(source)} ; '
+                      f'{vellhost.path(work / to)} )'
                       for switches, to in (("-DontAddEnclosingFolder", "ours.zip"),
                                            ("-DontAddEnclosingFolder -ForceUTF8Filenames",
                                             "utf8.zip"))]
@@ -175,9 +169,9 @@ def main():
             target.mkdir()
             # zip does not mark its names, which are UTF-8.
             switches = "-DontCreateArchiveFolder -Encoding=UTF8"
-            statements.append(f'VlFile_UnZip( "{switches}" ; {quoted(archive)} ; '
-                              f'{quoted(target)} )')
-        check("results", ["0"] * len(statements), vell(statements))
+            statements.append(f'VlFile_UnZip( "{switches}" ; {vellhost.path(archive)} ; '
+                              f'{vellhost.path(target)} )')
+        check("results", ["0"] * len(statements), vellhost.results(sys.argv[1], statements))
         for program in others:
             check(f"what {program} wrote", expected, tree(work / f"{program} by us"))
         for archive in ("ours.zip", "utf8.zip"):
