@@ -35,7 +35,8 @@ need_packages() {
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
     googletest wine64 wine dpkg-dev)
 test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb xauth python3
-    libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools)
+    libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
+    qpdf poppler-utils)
 
 # build PRESET TARGET… [-- CMAKE-OPTION…]: configures where that is due and builds. Says so when it
 # takes more than a moment.

@@ -1,5 +1,6 @@
 #include "src/metadata/get_metadata.h"
 
+#include "src/documents/pdf_information.h"
 #include "src/metadata/ifd.h"
 #include "src/metadata/image_description.h"
 #include "src/metadata/iptc.h"
@@ -86,6 +87,15 @@ Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRe
     return read_other(file, request, text);
 }
 
+// The description's first line ends the text before it; at the start it ends nothing.
+Result<void> append_pdf_description(BufferedReader& file, MetadataText& text) {
+    std::string description;
+    VELL_TRY(documents::describe_pdf(file, description));
+    text.append(description, TextEncoding::Utf8);
+    text.drop_leading_line_end();
+    return {};
+}
+
 Result<void> give_metadata(Call& call, files::FileSystem& files) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
@@ -94,13 +104,13 @@ Result<void> give_metadata(Call& call, files::FileSystem& files) {
     const auto file = VELL_TRY(files.open(path, files::Permission::Read));
     BufferedReader reader = VELL_TRY(BufferedReader::over(*file));
 
-    // The readers of movies and documents are not built.
-    if (request.pdf_description)
-        return params::not_available(call);
     MetadataText text;
-    VELL_TRY(read_image_metadata(reader, request, text));
-    if (request.wants_movie())
-        return params::not_available(call);
+    Result<void> done = read_image_metadata(reader, request, text);
+    if (done && request.wants_movie())
+        done = params::not_available(call); // the readers of movies are not built
+    if (request.pdf_description)
+        done = append_pdf_description(reader, text); // whatever became of the rest
+    VELL_TRY(done);
     if (text.size() > MetadataText::max_size)
         return Failure{ErrorCode::ResourceTooLarge};
     call.set_decoded_text(text.encoded(), params::LineEndings::Keep);

@@ -65,6 +65,13 @@ void MetadataText::append_utf16(std::string_view bytes, ByteOrder order) {
     append(utf8_from_utf16(units));
 }
 
+void MetadataText::drop_leading_line_end() {
+    if (pieces_.empty() || !pieces_.front().bytes.starts_with('\r'))
+        return;
+    pieces_.front().bytes.erase(0, 1);
+    --size_;
+}
+
 std::vector<params::EncodedText> MetadataText::encoded() const {
     std::vector<params::EncodedText> pieces;
     pieces.reserve(pieces_.size());

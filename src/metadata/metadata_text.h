@@ -38,6 +38,9 @@ class MetadataText {
     // UTF-16 in the file's byte order, without its zero end; an odd last byte is left out.
     void append_utf16(std::string_view bytes, ByteOrder order);
 
+    // Takes away a carriage return at the start.
+    void drop_leading_line_end();
+
     // Bytes that the text holds; what was appended since is told by comparing.
     std::uint64_t size() const { return size_; }
     bool empty() const { return size_ == 0; }

@@ -172,7 +172,7 @@ TEST_F(GetMetadataCall, GivesTextOrACode) {
     // Nothing of a result with a failure in it is given.
     EXPECT_EQ(result({u"GetExif -GetMovieBoxes", u"a.jpg"}), u"-4221");
     EXPECT_EQ(result({u"-GetMovieDescription", u"a.jpg"}), u"-4221");
-    EXPECT_EQ(result({u"-GetPDFDescription", u"a.jpg"}), u"-4221");
+    EXPECT_EQ(result({u"-GetPDFDescription", u"a.jpg"}), u"-208"); // not a PDF file
     EXPECT_EQ(result({u"-GetMovieWidth", u"b.jpg"}), u"-43");
     for (const char16_t* const path : {u"a.jpg", u"b.jpg", u""})
         EXPECT_EQ(result({u"-IsValidMovie", path}), u"0");

@@ -329,6 +329,7 @@ int fail_everywhere(const Scene& scene, const std::u16string& target,
         files.fail(failing, disk_full);
         FakeCall call(scene.parameters);
         const std::string result = run(scene.function, files, call);
+        EXPECT_EQ(files.open_files(), 0);
         if (files.operations() < failing) {
             EXPECT_EQ(result, "0");
             EXPECT_EQ(files.at(target), scene.new_contents);

@@ -1,0 +1,58 @@
+// Descriptions of PDF files, against a native reader that bench/run has timed on the same files.
+#include "bench/function_call.h"
+#include "bench/harness.h"
+#include "bench/peers.h"
+#include "src/base/win32_text.h"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vell::bench {
+namespace {
+
+constexpr std::int16_t get_metadata = 4260;
+
+std::vector<std::wstring> documents() {
+    std::vector<std::wstring> paths;
+    const std::wstring folder = sample_path(L"documents\\");
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW((folder + L"*.pdf").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE)
+        return paths;
+    do
+        paths.push_back(folder + entry.cFileName);
+    while (FindNextFileW(search, &entry));
+    FindClose(search);
+    return paths;
+}
+
+} // namespace
+
+std::vector<Row> pdf_rows() {
+    if (!has_sample_files() || native_ns(L"VELL_PDFINFO") == 0)
+        return {}; // no files, or started without bench/run
+    std::vector<std::unique_ptr<FunctionCall>> calls;
+    for (const std::wstring& path : documents())
+        calls.push_back(std::make_unique<FunctionCall>(
+            get_metadata,
+            std::initializer_list<std::u16string_view>{u"-GetPDFDescription", to_utf16(path)}));
+    const auto describe_all = [&] {
+        for (const auto& call : calls)
+            call->run();
+    };
+    describe_all();
+    const std::size_t before = peak_memory();
+    const double ours = best_of(15, describe_all);
+    char note[120];
+    std::snprintf(note, sizeof note,
+                  "peer: pdfinfo, native, without its start; %zu KB of memory beyond a first round",
+                  (peak_memory() - before) / 1024);
+    return {{"VlFile_GetMetaData, description of " + std::to_string(calls.size()) + " PDF files",
+             ours, native_ns(L"VELL_PDFINFO"), 0.3, note}};
+}
+
+} // namespace vell::bench

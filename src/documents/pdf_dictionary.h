@@ -1,0 +1,15 @@
+// The document information dictionary (ISO 32000-1, 14.3.3).
+#pragma once
+
+#include "src/documents/pdf_strings.h"
+#include "src/documents/pdf_tables.h"
+
+namespace vell::documents {
+
+// Appends a line "Key: value" for each entry of the dictionary at the file's position, each
+// beginning with a carriage return. not_in_file when it is too long to be told in full, and
+// EndOfFile when the file ends in it; what was read stays.
+Result<void> append_dictionary(files::BufferedReader& file, const Trailer& trailer,
+                               LimitedText& text);
+
+} // namespace vell::documents

@@ -1,0 +1,204 @@
+#include "src/documents/pdf_information.h"
+
+#include "src/base/number_text.h"
+#include "src/documents/pdf_dictionary.h"
+#include "src/documents/pdf_page_count.h"
+#include "src/documents/pdf_strings.h"
+#include "src/documents/pdf_syntax.h"
+#include "src/documents/pdf_tables.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+namespace vell::documents {
+namespace {
+
+using files::BufferedReader;
+
+constexpr std::size_t npos = std::string_view::npos;
+constexpr std::string_view line_ends = "\r\n";
+
+struct Header {
+    std::string_view version;
+    std::size_t first_object = 0; // where it is looked for
+};
+
+std::optional<Header> header_in(std::string_view block) {
+    constexpr std::string_view mark = "%PDF-";
+    const std::size_t at = block.find(mark);
+    if (at == npos)
+        return std::nullopt;
+    const std::size_t start = at + mark.size();
+    const std::size_t line_end = block.find_first_of(line_ends, start);
+    if (line_end == npos)
+        return std::nullopt;
+    Header header;
+    header.version = block.substr(start, block.find_first_of("\r\n ", start) - start);
+    header.first_object = line_end + 1;
+    // A comment marks the file as binary. With CR LF the LF stands in its place, and it is not
+    // skipped; the object is found behind it all the same.
+    if (block.substr(header.first_object).starts_with('%')) {
+        const std::size_t comment_end = block.find_first_of(line_ends, header.first_object);
+        header.first_object = comment_end == npos ? block.size() : comment_end + 1;
+    }
+    return header;
+}
+
+struct Linearization {
+    std::uint32_t pages = 0;
+    std::size_t end = 0; // behind the dictionary's object
+};
+
+std::optional<Linearization> linearization_in(std::string_view block, std::size_t first_object) {
+    constexpr std::string_view keyword = "obj";
+    constexpr std::string_view end_keyword = "endobj";
+    constexpr std::string_view key = "/Linearized";
+    const std::size_t object = block.find(keyword);
+    const std::size_t end = block.find(end_keyword);
+    if (block.find(' ', first_object) == npos || end == npos || object >= end)
+        return std::nullopt;
+    std::string_view dictionary =
+        block.substr(object + keyword.size(), end - object - keyword.size());
+    skip_pdf_white(dictionary);
+    if (!dictionary.starts_with("<<") || !after_pdf_key(dictionary, key))
+        return std::nullopt;
+    Linearization found;
+    found.end = end + end_keyword.size();
+    if (auto value = after_pdf_key(dictionary, "/N")) {
+        const auto pages = take_pdf_number(*value);
+        if (pages && *pages <= std::numeric_limits<std::uint32_t>::max())
+            found.pages = static_cast<std::uint32_t>(*pages);
+    }
+    return found;
+}
+
+// Whether text is ASCII without controls, as hardly any that is encrypted.
+bool is_readable(std::string_view text) {
+    return std::ranges::all_of(
+        text, [](char c) { return (c >= ' ' && c <= '~') || c == '\t' || c == '\n' || c == '\r'; });
+}
+
+// Looks for the information dictionary and appends its entries.
+class InformationSearch {
+  public:
+    InformationSearch(BufferedReader& file, LimitedText& text) : file_(file), text_(text) {}
+
+    Result<void> in_linearized(std::string_view block, const Linearization& linearization) {
+        const Trailer trailer = VELL_TRY(first_page_trailer(file_, block, linearization.end));
+        return in(trailer);
+    }
+
+    // Through the trailers of all updates, newest first. A file without a dictionary is sound; one
+    // that refers to an object which cannot be found is not.
+    Result<void> in_updates() {
+        // More updates than anybody makes, so that a file of nothing but trailers ends soon.
+        constexpr int most_trailers = 1000;
+        std::uint64_t end = file_.size();
+        Result<void> outcome;
+        for (int trailers = 0; trailers < most_trailers; ++trailers) {
+            const Result<Trailer> trailer = find_trailer(file_, end);
+            if (!trailer) {
+                const bool none_left = trailers > 0 && trailer.error() == not_in_file;
+                return none_left ? outcome : Result<void>(Failure{trailer.error()});
+            }
+            const Result<void> done = in(trailer.value());
+            if (found_dictionary_ || (!done && !may_be_in_older(done.error())))
+                return done;
+            if (!done)
+                outcome = done;
+        }
+        return outcome;
+    }
+
+    bool encrypted() const { return encrypted_; }
+    // Whether what was appended is a dictionary.
+    bool has_read() const { return has_read_; }
+
+  private:
+    static bool may_be_in_older(ErrorCode error) {
+        return error == not_in_file || error == ErrorCode::BadArgument;
+    }
+
+    Result<void> in(const Trailer& trailer) {
+        encrypted_ = encrypted_ || trailer.encrypted;
+        if (!trailer.information)
+            return {};
+        VELL_TRY(go_to_object(file_, trailer, *trailer.information));
+        found_dictionary_ = true;
+        const std::size_t start = text_.size();
+        const Result<void> done = append_dictionary(file_, trailer, text_);
+        // The strings of an encrypted file mostly are encrypted too, and tell nobody anything.
+        // Some writers leave them as they are, and then they can be told.
+        has_read_ = !encrypted_ || is_readable(text_.from(start));
+        if (!has_read_)
+            text_.replace_from(start, "");
+        return done;
+    }
+
+    BufferedReader& file_;
+    LimitedText& text_;
+    bool encrypted_ = false;
+    bool found_dictionary_ = false;
+    bool has_read_ = false;
+};
+
+Result<void> append_description(BufferedReader& file, LimitedText& text) {
+    constexpr std::size_t block_size = 1024;
+    file.seek(0);
+    const std::string bytes = VELL_TRY(file.read_bytes(block_size));
+    if (bytes.empty())
+        return Failure{ErrorCode::EndOfFile};
+    const auto header = header_in(bytes);
+    if (!header)
+        return Failure{ErrorCode::BadArgument};
+    text.append("\rPDF Version: ");
+    text.append_pdf_doc(header->version);
+    const auto linearization = linearization_in(bytes, header->first_object);
+    text.append(linearization ? "\rFast Web View: Yes" : "\rFast Web View: No");
+
+    InformationSearch search(file, text);
+    const Result<void> done =
+        linearization ? search.in_linearized(bytes, *linearization) : search.in_updates();
+    if (search.encrypted() && !search.has_read())
+        text.append("\rEncrypted: Yes");
+    if (!done && done.error() == cross_reference_stream)
+        text.append("\rVersion compatibility: contains cross-reference stream object introduced "
+                    "with PDF 1.5");
+    VELL_TRY(done);
+    std::uint32_t pages = linearization ? linearization->pages : 0;
+    if (pages == 0)
+        pages = VELL_TRY(largest_count(file));
+    if (pages > 0)
+        text.append("\rNumber of pages: " + to_text(std::uint64_t{pages}));
+    return {};
+}
+
+} // namespace
+
+Result<void> describe_pdf(BufferedReader& file, std::string& text) {
+    LimitedText limited(text);
+    const Result<void> done = append_description(file, limited);
+    if (done)
+        return {};
+    struct ParseError {
+        ErrorCode error;
+        std::string_view reason;
+    };
+    constexpr ParseError parse_errors[] = {
+        {table_malformed, " (PDF may be corrupt)"},
+        {cross_reference_stream, " (PDF version not supported)"},
+        {not_in_file, ""},
+    };
+    for (const ParseError& each : parse_errors) {
+        if (done.error() == each.error) {
+            limited.append("\rParseError: could not parse further");
+            limited.append(each.reason);
+            return {};
+        }
+    }
+    return done;
+}
+
+} // namespace vell::documents

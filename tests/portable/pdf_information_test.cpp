@@ -1,0 +1,352 @@
+// Descriptions of PDF files made for the purpose, sound or not.
+#include "src/documents/pdf_information.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/fake_files.h"
+#include "tests/portable/image_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <random>
+
+namespace vell::documents {
+namespace {
+
+using testing::EndlessFile;
+using testing::FakeCall;
+using testing::FakeContents;
+using testing::FakeFiles;
+
+// The text with "|" for carriage returns, then "!" and the code of a failure.
+std::string description_of(files::File& file, std::size_t buffer = 4096) {
+    auto reader = *files::BufferedReader::over(file, buffer);
+    std::string text;
+    const Result<void> done = describe_pdf(reader, text);
+    std::ranges::replace(text, '\r', '|');
+    return done ? text : text + '!' + std::to_string(number(done.error()));
+}
+std::string description_of(const std::string& bytes) {
+    const auto file = files::memory_file(bytes);
+    return description_of(*file);
+}
+
+constexpr const char* further = "|ParseError: could not parse further";
+std::string lines(const std::string& version, const std::string& rest) {
+    return "|PDF Version: " + version + "|Fast Web View: No" + rest;
+}
+
+// A file as it grows by objects and updates.
+struct Pdf {
+    std::string bytes = "%PDF-1.4\n";
+    std::map<int, std::size_t> offsets{}; // of the update in work
+    std::size_t table = 0;
+
+    Pdf& object(int number, const std::string& body) {
+        offsets[number] = bytes.size();
+        bytes += std::to_string(number) + " 0 obj\n" + body + "\nendobj\n";
+        return *this;
+    }
+    // One subsection for each object.
+    Pdf& add_table() {
+        table = bytes.size();
+        bytes += "xref\n0 1\n0000000000 65535 f \n";
+        for (const auto& [number, offset] : offsets) {
+            char entry[40];
+            std::snprintf(entry, sizeof entry, "%d 1\n%010zu 00000 n \n", number, offset);
+            bytes += entry;
+        }
+        offsets.clear();
+        return *this;
+    }
+    Pdf& finish(const std::string& trailer) {
+        add_table();
+        bytes +=
+            "trailer\n<< " + trailer + " >>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n";
+        return *this;
+    }
+};
+
+// The lines of an information dictionary.
+std::string information(const std::string& entries) {
+    Pdf pdf;
+    pdf.object(7, "(referred \\(to\\))").object(8, "7 0 R").object(9, "9 0 R").object(6, "[1 2]");
+    const std::string text = description_of(
+        pdf.object(5, "<<" + entries + ">>").finish("/Information 1 /Info 5 0 R").bytes);
+    const std::string start = lines("1.4", "");
+    EXPECT_TRUE(text.starts_with(start)) << text;
+    return text.substr(start.size());
+}
+
+TEST(PdfInformation, ReadsTheHeader) {
+    const std::string rest = std::string("\n") + std::string(60, ' ');
+    for (const auto& [start, expected] : std::initializer_list<std::pair<std::string, std::string>>{
+             {"", "!-39"},
+             {"%PDE-1.4" + rest, "!-208"},
+             {std::string(1020, ' ') + "%PDF-1.4" + rest, "!-208"},
+             {"%PDF-1.4" + std::string(1100, ' ') + rest, "!-208"},
+             {"junk %PDF-1.4 and more" + rest, lines("1.4", further)},
+             {"%PDF-\xE9\x80\r" + rest, lines("\u00e9\u2022", further)},
+             {"%PDF-1.4\n", lines("1.4", further)}})
+        EXPECT_EQ(description_of(start), expected);
+}
+
+TEST(PdfInformation, ReadsValuesOfAllKinds) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"/A(x)/B (y) /C/Name", "|A: x|B: y|C: Name"},
+        {"/A (a(b(c))d\\)\\\\\\053\\53x\\0534\\q\\\r\nz\\n.)", "|A: a(b(c))d)\\++x+4qz\n."},
+        {"/A<4 1\n4>/B <4142>%comment)>>\n/C<>", "|A: A@|B: AB|C: "},
+        {"/A#20B#2 (x)/\xC3\xA9 1 /\xE9 2", "|A B#2: x|\u00e9: 1|\u00e9: 2"},
+        {"/A 12/B -1.5 /C true /D null /E 3 4 /F(x)", "|A: 12|B: -1.5|C: true|D: |E: 3|F: x"},
+        {"/A[1 (]\\)) <<>>]/B << /C (D) >> /E(F)", "|A: [1 (]\\)) <<>>]|B: << /C (D) >>|E: F"},
+        {"/A 7 0 R/B 8 0 R /C 6 0 R/D(x)", "|A: referred (to)|B: referred (to)|C: [1 2]|D: x"},
+        {"/A 9 0 R/B 70 0 R/C 7 1 R/D 5 0 R",
+         "|A: |B: |C: |D: <</A 9 0 R/B 70 0 R/C 7 1 R/D 5 0 R>>"},
+        {"/A( \r\n x y\\040\\n)/B(x\\000\\000)/C(  )", "|A: x y|B: x|C: "},
+        {"/A(\\030\x80\x9E\x9F\xA0\xAD\xE9\x7F)",
+         "|A: \u02d8\u2022\u017e\u009f\u20ac\u00ad\u00e9\x7F"},
+        {"/A<FEFF00E4D83DDE00D83D00780A>", "|A: \u00e4\U0001f600\ufffdx"},
+        {"/A<FFFEE4003DD800DE3DD8>", "|A: \u00e4\U0001f600\ufffd"},
+        {"/A(\xEF\xBB\xBF\xC3\xA4\xF0\x9F\x98\x80\xE2\x82x\xC3)",
+         "|A: \u00e4\U0001f600\u00e2\u2021x\u00c3"},
+        {"/A(\xEF\xBB)/B<FE>/C(\xEF\xBB\xBF)", "|A: \u00ef\u00bb|B: \u00fe|C: "},
+        {"/CreationDate(D:20220801123456+02'00')/X(D:1)",
+         "|CreationDate: 2022:08:01 12:34:56|X: D:1"},
+        {"/Date<FEFF0044003A0031003900390039>/DateB(x D:19991)/CDate(D:200)",
+         "|Date: 1999|DateB: 1999|CDate: "},
+        {"/Date(D:2022080112Z)/ADate(D:202208011234567)/BDate(May 1)",
+         "|Date: 2022:08:01 12|ADate: 2022:08:01 12:34:56|BDate: May 1"},
+    };
+    for (const auto& [entries, expected] : cases)
+        EXPECT_EQ(information(entries), expected) << entries;
+    // Not closed, or no dictionary at all.
+    EXPECT_EQ(information("/A(x) endobj /B(y)"), "|A: x");
+    EXPECT_EQ(information("/A endobj /B(y)"), "|A: ");
+    EXPECT_EQ(description_of(Pdf().object(1, "(x)").finish("/Info 1 0 R").bytes), lines("1.4", ""));
+}
+
+TEST(PdfInformation, FollowsUpdates) {
+    const auto base = [] {
+        return Pdf().object(1, "<</A(old)>>").finish("/Info 1 0 R");
+    };
+    const std::string prev = " /Prev " + std::to_string(base().table);
+    const std::string old = lines("1.4", "|A: old");
+    const std::string far(2000, ' ');
+    struct Case {
+        Pdf pdf;
+        std::string expected;
+    } const cases[] = {
+        {base().object(1, "<</A(new)>>").finish("/Info 1 0 R" + prev), lines("1.4", "|A: new")},
+        {base().object(2, "(x)").finish("/Info 1 0 R" + prev), old},
+        {base().object(2, "(x)").finish("/Root 2 0 R"), old},
+        {base().object(2, "(x)").finish("/Info 3 0 R"), old},
+        {base().object(2, far).finish("/Info 1 0 R" + prev), old},
+        {base().object(2, far).finish("/Info 1 0 R"), lines("1.4", further)},
+        {base().object(2, far).finish("/Root 2 0 R"), lines("1.4", "")},
+        {base().object(2, far).finish("/Encrypt 2 0 R"), lines("1.4", "|Encrypted: Yes")},
+        {base().finish("/Encrypt 2 0 R"), old}, // a dictionary that is not encrypted itself
+        {Pdf().object(1, "<</A(\x01\x9F)>>").finish("/Info 1 0 R /Encrypt 2 0 R"),
+         lines("1.4", "|Encrypted: Yes")},
+        {Pdf().object(1, "<</A(x)>>").finish("/Info 1 1 R"), lines("1.4", "!-208")},
+        {Pdf().object(1, "<</A(x)>>").finish("/Info 1 0 R /Prev 9"), lines("1.4", "|A: x")},
+        {Pdf().finish("/Info 1 0 R /Prev 9"), lines("1.4", further)},
+        {Pdf().finish("/Info 1 0"), lines("1.4", "")},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(description_of(each.pdf.bytes), each.expected) << &each - cases;
+}
+
+TEST(PdfInformation, SaysWhatIsWrongWithTables) {
+    const std::string corrupt = lines("1.4", std::string(further) + " (PDF may be corrupt)");
+    const std::string missing = lines("1.4", further);
+    const std::string objects = "%PDF-1.4\n1 0 obj <</A(x)>> endobj\n";
+    const auto with_table = [&](const std::string& table) {
+        return objects + table + "trailer <</Info 1 0 R>> startxref " +
+               std::to_string(objects.size()) + " %%EOF";
+    };
+    const std::string entry = "0000000009 00000 n \n";
+    const std::pair<std::string, std::string> cases[] = {
+        {with_table("xref\r\n1 1\r\n" + entry), lines("1.4", "|A: x")},
+        {with_table("  xref 0 1 \n" + entry + "1 1\n" + entry), lines("1.4", "|A: x")},
+        {with_table("xref\n1 x\n" + entry), corrupt},
+        {with_table("xref\n1\n1\n" + entry), corrupt},
+        {with_table("xref\n1 1\n000000000x 00000 n \n"), lines("1.4", "!-208")},
+        {with_table("xref\n1 1\nx00000000x 00000 n \n"), corrupt},
+        {with_table("xref\n0 99999999999\n" + entry), missing},
+        {with_table("xref\n2 99999999999\n" + entry), missing},
+        {with_table("xref\n1 999999999999999999999\n" + entry), corrupt},
+        {with_table("xref\n"), missing},
+        {with_table("table\n"), missing},
+        {objects + "trailer <</Info 1 0 R>> startxref %%EOF          ", missing},
+        {objects + "trailer <</Info 1 0 R>> startxref 7              ", missing},
+        {objects + "xref trailer <</Info 1 0 R>> startxref 99999999999999 %%EOF ", missing},
+    };
+    for (const auto& [bytes, expected] : cases)
+        EXPECT_EQ(description_of(bytes), expected) << bytes;
+
+    const std::string in_streams =
+        "|Version compatibility: contains cross-reference stream object introduced with PDF 1.5" +
+        std::string(further) + " (PDF version not supported)";
+    const std::string stream = "%PDF-1.5\n4 0 obj << /Type /XRef >> stream\nendobj /Count 3\n";
+    EXPECT_EQ(description_of(stream + "startxref 9 %%EOF\n"), lines("1.5", in_streams));
+    EXPECT_EQ(description_of(stream + "startxref 30 %%EOF\n"), lines("1.5", further));
+}
+
+TEST(PdfInformation, ReadsLinearizedFiles) {
+    struct Case {
+        std::string dictionary;
+        std::string table; // and what follows
+        std::string expected;
+    } const cases[] = {
+        {"<</Linearized 1/L 99/N 3/T 1>>", "trailer<</Info 4 0 R>>startxref 0 %%EOF /Count 9",
+         "Yes|A: x|Number of pages: 3"},
+        {"\r\n<< /Linearized 1 >>", "trailer<</Root 4 0 R>>startxref 0 /Info 4 0 R /Count 9",
+         "Yes|Number of pages: 9"},
+        {"<</Linearized 1/N 3>>", "trailer<</Info 4 0 R/Encrypt 2 0 R>>",
+         "Yes|A: x|Number of pages: 3"},
+        {"<</Linearized 1/N 3>>", "trailer<</Info 5 0 R/Encrypt 2 0 R>>",
+         std::string("Yes|Encrypted: Yes") + further},
+        {"<</Linearized 1/N 3>>", "no end", std::string("Yes") + further},
+        {"(/Linearized) <</N 3>>", "trailer<</Info 4 0 R>>", std::string("No") + further},
+        {"<</LinearizedBy (x)>>", "", std::string("No") + further},
+    };
+    for (const Case& each : cases) {
+        Pdf pdf{"%PDF-1.4\r%\xE2\xE3\r\n"};
+        pdf.object(3, each.dictionary).object(4, "<</A(x)>>");
+        // The table has one subsection.
+        pdf.offsets.erase(3);
+        pdf.add_table();
+        pdf.bytes.erase(pdf.table + 5, 24);
+        EXPECT_EQ(description_of(pdf.bytes + each.table),
+                  "|PDF Version: 1.4|Fast Web View: " + each.expected)
+            << &each - cases;
+    }
+    const std::string stream =
+        "%PDF-1.5\n1 0 obj <</Linearized 1/N 3>> endobj 2 0 obj <</Type/XRef>>";
+    EXPECT_TRUE(description_of(stream + "startxref 0 %%EOF").ends_with("not supported)"));
+}
+
+TEST(PdfInformation, CountsPages) {
+    for (const auto& [bytes, pages] : std::initializer_list<std::pair<std::string, std::string>>{
+             {"/Count 3 /Count/Count\r\n12>> /Count 7", "12"},
+             {"/Count 0 /Counts 5 /Count -5 /CCount 6 /Count x9 //Count2", "2"},
+             {"/Count 4294967295 /Count 4294967296 /Count 99999999999999999999", "4294967295"},
+             {"/Count" + std::string(9000, ' ') + "8/Count", "8"},
+             {"/Count" + std::string(1999, '0') + "12", "1"}})
+        EXPECT_EQ(description_of(Pdf().object(1, bytes).finish("").bytes),
+                  lines("1.4", "|Number of pages: " + pages))
+            << bytes.substr(0, 70);
+    // Wherever a block of the search ends.
+    for (std::size_t length = 8190; length-- > 8165;)
+        EXPECT_EQ(description_of(Pdf{std::string("%PDF-1.4\n").append(length, 'x')}
+                                     .object(1, "/Count 123")
+                                     .finish("")
+                                     .bytes),
+                  lines("1.4", "|Number of pages: 123"));
+}
+
+// Whatever a file repeats, it is read a fixed number of times, and little of it is kept.
+TEST(PdfInformation, ReadsLargeFilesOnceInSmallPieces) {
+    constexpr std::uint64_t size = 50'000'000;
+    constexpr std::uint64_t constant = 12'000'000;
+    const auto start = [](const std::string& entries) {
+        // The tail of the file is the pattern: the dictionary is found through a first-page table.
+        std::string bytes = "%PDF-1.4\n1 0 obj <</Linearized 1>> endobj\nxref\n2 1\n0000000125 "
+                            "00000 n \ntrailer<</Info 2 0 R/Prev 42>>startxref";
+        bytes.resize(125, ' ');
+        return bytes + "2 0 obj << /Loop 2 0 R " + entries;
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {"%PDF-1.4\n", "trailer<<>>startxref 0%%EOF"},
+        {"%PDF-1.4\n", "trailer<</Info 1 0 R/Prev 9>>startxref 9%%EOF xref 1 1\n0000000000"},
+        {"%PDF-1.4\n", "/Count 1 "},
+        {"%PDF-1.4\n", "/"},
+        {start("/A (x"), "long "},
+        {start("/A <"), "FEFF"},
+        {start(""), "/A"},
+        {start(""), "/A 2 0 R "},
+        {start("/A "), "["},
+        {start("/A "), " "},
+        {start("/"), "A"},
+    };
+    for (const auto& [bytes, pattern] : cases) {
+        EndlessFile file(bytes, pattern, size);
+        const std::string text = description_of(file);
+        EXPECT_TRUE(text.starts_with("|PDF Version: 1.4|Fast Web View: "));
+        EXPECT_EQ(text.find('!'), std::string::npos) << text.substr(0, 200);
+        EXPECT_LE(text.size(), 33'000u) << pattern;
+        EXPECT_LE(file.bytes_read(), size + constant) << pattern;
+        EXPECT_LE(file.longest_read(), 8192u);
+    }
+    EXPECT_TRUE(
+        description_of(
+            Pdf().object(1, "<</A(" + std::string(40'000, 'x') + ")>>").finish("/Info 1 0 R").bytes)
+            .ends_with("xx" + std::string(further)));
+}
+
+// A call gives the description behind what else it asks for.
+TEST(PdfInformation, IsPartOfTheMetadata) {
+    FakeFiles files;
+    const std::string packet = "<?xpacket begin=''?><?xpacket end='r'?>";
+    files.add(u"a.pdf",
+              FakeContents::of(Pdf().object(1, packet + std::string(9000, ' ')).finish("").bytes));
+    files.add(u"a.txt", FakeContents::of(packet));
+    const auto result = [&](const std::u16string& switches, const std::u16string& path) {
+        FakeCall call({switches, path});
+        const Result<void> done = metadata::get_metadata(call, files);
+        return done ? utf8_from_utf16(*call.result()) : std::to_string(number(done.error()));
+    };
+    const std::string description = "PDF Version: 1.4\rFast Web View: No";
+    EXPECT_EQ(result(u"-GetPDFDescription", u"a.pdf"), description);
+    EXPECT_EQ(result(u"-GetPDFDescription GetXMP", u"a.pdf"), packet + '\r' + description);
+    EXPECT_EQ(result(u"-GetPDFDescription -GetImageDescription", u"a.pdf"), description);
+    EXPECT_EQ(result(u"-GetPDFDescription -GetMovieWidth", u"a.pdf"), description);
+    EXPECT_EQ(result(u"-GetPDFDescription GetXMP", u"a.txt"), "-208");
+    EXPECT_EQ(result(u"-GetPDFDescription", u"b.pdf"), "-43");
+    // Every operation on the file may fail.
+    files.fail(0, ErrorCode::Ok);
+    result(u"-GetPDFDescription", u"a.pdf");
+    const int operations = files.operations();
+    EXPECT_GE(operations, 6);
+    for (int operation = 1; operation <= operations; ++operation) {
+        files.fail(operation, ErrorCode::DiskError);
+        EXPECT_EQ(result(u"-GetPDFDescription", u"a.pdf"), "-80") << operation;
+    }
+}
+
+// Real files: sound ones, cut off, and with bytes changed. The size of the buffer never matters.
+TEST(PdfInformation, SurvivesRealFilesAndWhatIsLeftOfThem) {
+    const char* const corpus = std::getenv("VELL_CORPUS");
+    if (!corpus || !std::filesystem::is_directory(corpus))
+        GTEST_SKIP() << "no corpus of real files (VELL_CORPUS)";
+    std::minstd_rand random(4290);
+    int files = 0;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(std::filesystem::path(corpus) / "pdf")) {
+        std::ifstream stream(entry.path(), std::ios::binary);
+        std::string bytes((std::istreambuf_iterator<char>(stream)), {});
+        EXPECT_TRUE(description_of(bytes).starts_with("|PDF Version: 1.")) << entry.path();
+        if (bytes.size() > 100'000) // the ends are what counts
+            bytes.erase(5000, bytes.size() - 100'000);
+        for (std::size_t part = 0; part < 50; ++part)
+            description_of(bytes.substr(0, bytes.size() * part / 50));
+        for (int round = 0; round < 50; ++round) {
+            std::string changed = bytes;
+            for (int change = 0; change < 10; ++change) {
+                const std::size_t at = random() % std::min<std::size_t>(changed.size(), 2000);
+                changed[change % 2 == 0 ? at : changed.size() - 1 - at] =
+                    static_cast<char>(random());
+            }
+            const auto file = files::memory_file(changed);
+            EXPECT_EQ(description_of(*file), description_of(*file, 7));
+        }
+        ++files;
+    }
+    EXPECT_GT(files, 20);
+}
+
+} // namespace
+} // namespace vell::documents
