@@ -15,20 +15,6 @@ namespace {
 
 constexpr std::int16_t get_metadata = 4260;
 
-std::vector<std::wstring> photographs() {
-    std::vector<std::wstring> paths;
-    const std::wstring folder = sample_path(L"photographs\\");
-    WIN32_FIND_DATAW entry;
-    const HANDLE search = FindFirstFileW((folder + L"*.j*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE)
-        return paths;
-    do
-        paths.push_back(folder + entry.cFileName);
-    while (FindNextFileW(search, &entry));
-    FindClose(search);
-    return paths;
-}
-
 // What Wine takes to open a file, read its first bytes and close it.
 void touch(const std::wstring& path) {
     const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
@@ -41,7 +27,7 @@ void touch(const std::wstring& path) {
 // The four kinds of metadata of every photograph, in the two calls that this takes; one that lacks
 // a kind answers with a code.
 Row photographs_row() {
-    const std::vector<std::wstring> paths = photographs();
+    const std::vector<std::wstring> paths = sample_files(L"photographs", L"*.j*");
     std::vector<std::unique_ptr<FunctionCall>> calls;
     for (const std::wstring& path : paths)
         for (const std::u16string_view switches : {u"GetExif GetGPS GetIPTC", u"GetXMP"})

@@ -4,8 +4,6 @@
 #include "bench/peers.h"
 #include "src/base/win32_text.h"
 
-#include <windows.h>
-
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -16,27 +14,13 @@ namespace {
 
 constexpr std::int16_t get_metadata = 4260;
 
-std::vector<std::wstring> documents() {
-    std::vector<std::wstring> paths;
-    const std::wstring folder = sample_path(L"documents\\");
-    WIN32_FIND_DATAW entry;
-    const HANDLE search = FindFirstFileW((folder + L"*.pdf").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE)
-        return paths;
-    do
-        paths.push_back(folder + entry.cFileName);
-    while (FindNextFileW(search, &entry));
-    FindClose(search);
-    return paths;
-}
-
 } // namespace
 
 std::vector<Row> pdf_rows() {
     if (!has_sample_files() || native_ns(L"VELL_PDFINFO") == 0)
         return {}; // no files, or started without bench/run
     std::vector<std::unique_ptr<FunctionCall>> calls;
-    for (const std::wstring& path : documents())
+    for (const std::wstring& path : sample_files(L"documents", L"*.pdf"))
         calls.push_back(std::make_unique<FunctionCall>(
             get_metadata,
             std::initializer_list<std::u16string_view>{u"-GetPDFDescription", to_utf16(path)}));

@@ -1,6 +1,6 @@
 #include "bench/peers.h"
 
-#include <windows.h>
+#include "src/base/win32_handle.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,6 +23,19 @@ bool has_sample_files() {
 
 std::wstring sample_path(const wchar_t* name) {
     return environment(L"VELL_BENCH_DATA") + L"\\" + name;
+}
+
+std::vector<std::wstring> sample_files(const wchar_t* folder, const wchar_t* pattern) {
+    std::vector<std::wstring> paths;
+    const std::wstring start = sample_path(folder) + L"\\";
+    WIN32_FIND_DATAW entry;
+    const UniqueFind search(FindFirstFileW((start + pattern).c_str(), &entry));
+    if (!search)
+        return paths;
+    do
+        paths.push_back(start + entry.cFileName);
+    while (FindNextFileW(search.get(), &entry));
+    return paths;
 }
 
 double native_ns(const wchar_t* name) {

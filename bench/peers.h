@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace vell::bench {
 
@@ -11,6 +12,8 @@ namespace vell::bench {
 bool has_sample_files();
 // The path of one of these files, or of one to be made beside them.
 std::wstring sample_path(const wchar_t* name);
+// The paths of the files in a folder of samples, by a pattern such as L"*.pdf".
+std::vector<std::wstring> sample_files(const wchar_t* folder, const wchar_t* pattern);
 
 // Nanoseconds that a native tool took, by the name of its variable; 0 when bench/run did not time
 // it.

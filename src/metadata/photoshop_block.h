@@ -1,5 +1,5 @@
-// The image resources in one segment of a JPEG file (Adobe Photoshop File Formats Specification,
-// "Image Resource Blocks").
+// The image resources in one segment of a JPEG file (Adobe Photoshop File Formats, "Image Resource
+// Blocks").
 #pragma once
 
 #include "src/metadata/photoshop_resources.h"

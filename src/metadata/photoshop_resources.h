@@ -1,5 +1,5 @@
-// Finds image resources (Adobe Photoshop File Formats Specification, "Image Resource Blocks")
-// wherever they stand in a file.
+// Finds image resources (Adobe Photoshop File Formats, "Image Resource Blocks") wherever they stand
+// in a file.
 #pragma once
 
 #include "src/base/result.h"

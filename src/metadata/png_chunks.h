@@ -1,4 +1,4 @@
-// Reads metadata chunks of a PNG file (PNG specification, third edition, section 5).
+// Reads metadata chunks of a PNG file (PNG, third edition, section 5).
 #pragma once
 
 #include "src/base/result.h"

@@ -1,4 +1,4 @@
-// Makes XMP packets (XMP specification part 1, section 7.3).
+// Makes XMP packets (ISO 16684-1, section 7.3).
 #pragma once
 
 #include "src/base/result.h"
