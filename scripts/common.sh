@@ -38,6 +38,11 @@ test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb x
     libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils)
 
+# Calls Wine's server for this build's prefix, never the user's own.
+wine_server() {
+    WINEPREFIX="${VELL_WINEPREFIX:-$root/build/wine}" wineserver "$@" </dev/null >/dev/null 2>&1
+}
+
 # build PRESET TARGET… [-- CMAKE-OPTION…]: configures where that is due and builds. Says so when it
 # takes more than a moment.
 build() {
