@@ -9,11 +9,20 @@ namespace vell {
 enum class ErrorCode : std::int32_t {
     OperationAborted = 299, // by the user, in the shell's progress window
     PathTooLong = 206,      // for the shell, which takes no long paths
+    PdfFailed = 99,         // text of a PDF file: for a reason without a number of its own
     FolderExists = 17,      // a folder to be expanded stands there already
+    // What the PDF library refuses, by its own numbers.
+    PdfReadFailed = 10,
+    PdfCopyForbidden = 8, // by the document's permissions
+    PdfPassword = 4,      // encrypted with a password that is not known
+    PdfDamaged = 3,
+    PdfWithoutPages = 2, // the catalogue or the page tree cannot be read
+    PdfCannotOpen = 1,
     Ok = 0,
     NotConfirmed = -1, // the user did not agree, or could not be asked
     CannotOpen = -23,  // an archive or a target file, for a reason without a code of its own
     CannotClose = -24, // what was written may not have reached the disk
+    VolumeNotFound = -35,
     BadName = -37,
     EndOfFile = -39,
     BeforeStart = -40, // a seek to a negative position
@@ -21,7 +30,9 @@ enum class ErrorCode : std::int32_t {
     Busy = -47, // in use, or access denied
     AlreadyExists = -48,
     BadParameter = -50,    // or too few of them
+    VolumeOffline = -53,   // a drive without a medium, a share that is not reachable
     WriteDenied = -54,     // access denied to a file to be archived
+    VolumeOnline = -55,    // the drive letter or the share is connected already
     NotAJpeg = -71,        // no SOI at the start
     EngineFailed = -76,    // an archive to write could not be set up
     SizeUnknown = -77,     // an archive to read could not be set up
@@ -48,7 +59,8 @@ enum class ErrorCode : std::int32_t {
     FunctionsDisabled = -4220,
     NotAvailable = -4221, // on this platform, or in this build
     LicenceExpired = -4222,
-    WrongSignature = -4224, // or an ICC chunk that runs over its profile
+    TooManyHandlers = -4223, // of dropped files
+    WrongSignature = -4224,  // or an ICC chunk that runs over its profile
     TimeLimitPassed = -4230,
     TimeLimitOutOfRange = -4239,
     NumberOutOfRange = -4241,
@@ -71,6 +83,7 @@ enum class ErrorCode : std::int32_t {
     SystemFolderUnknown = -4301,
     CreationDenied = -4401, // access denied where an archive is to be made
     PlaceNotFound = -4402,  // no such folder for an archive
+    NoFrontWindow = -5600,
 };
 
 constexpr std::int32_t number(ErrorCode code) {

@@ -1,11 +1,10 @@
-#include "src/base/win32_handle.h"
+#include "src/base/win32_com.h"
 #include "src/base/win32_text.h"
 #include "src/files/information.h"
 #include "src/files/item_properties.h"
 #include "src/files/path_to.h"
 #include "src/files/shell_information.h"
 
-#include <objbase.h>
 #include <shellapi.h>
 
 #include <array>
@@ -15,21 +14,6 @@ namespace vell::files {
 namespace {
 
 using params::Call;
-
-// The shell's functions need COM; a thread that has it in another way keeps it.
-class ComUse {
-  public:
-    ComUse() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
-    ComUse(const ComUse&) = delete;
-    ComUse& operator=(const ComUse&) = delete;
-    ~ComUse() {
-        if (SUCCEEDED(result_))
-            CoUninitialize();
-    }
-
-  private:
-    HRESULT result_;
-};
 
 // Names separated by zeros.
 Result<std::u16string> preferred_languages() {
@@ -69,7 +53,7 @@ Result<void> get_file_kind(Call& call) {
         flags |= SHGFI_USEFILEATTRIBUTES;
         asked = u"x." + std::u16string(extension_of(path.wide).substr(0, MAX_PATH / 2));
     }
-    const ComUse com;
+    const ComApartment com;
     SHFILEINFOW info{};
     if (!SHGetFileInfoW(as_wide(asked), attributes, &info, sizeof info, flags))
         return Failure{ErrorCode::NotAvailable};

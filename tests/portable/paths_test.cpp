@@ -1,4 +1,5 @@
 // Path prefixes and the way from a path parameter to a native path.
+#include "src/params/path_form.h"
 #include "src/params/paths.h"
 
 #include <gtest/gtest.h>
@@ -176,6 +177,23 @@ TEST(Paths, ANewItemMustNotExist) {
     EXPECT_EQ(resolved_new(u"filewin:/C:/taken"), "-48");
     EXPECT_EQ(resolved_new(u"$$-43"), "-4299");
     EXPECT_EQ(resolved_new(u""), "-50");
+}
+
+TEST(Paths, HostFormsOfDrivesComeBackAsTheSamePath) {
+    constexpr std::tuple<const char16_t*, const char*, const char*> cases[] = {
+        {u"C:\\a b\\c.txt", "filewin:/C:/a b/c.txt", "C:/a b/c.txt"},
+        {u"C:\\", "filewin:/C:/", "C:/"},
+        {u"\\\\server\\share\\a", "file://server/share/a", "file://server/share/a"},
+        {u"\\\\?\\C:\\a", "filewin:/C:/a", "C:/a"},
+        {u"\\\\?\\UNC\\server\\share\\", "file://server/share/", "file://server/share/"},
+    };
+    const SwitchSet wanted("-Files -filemakerpathformat");
+    for (const auto& [native, form, back] : cases) {
+        const std::u16string host = path_result(wanted, native);
+        EXPECT_EQ(narrow(host), form);
+        EXPECT_EQ(resolved(0x1000333, host), back);
+        EXPECT_EQ(path_result(SwitchSet("-Files"), native), native);
+    }
 }
 
 } // namespace

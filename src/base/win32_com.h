@@ -1,0 +1,72 @@
+// COM objects of Windows and their owners. Windows only.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/base/win32_handle.h"
+
+#include <objbase.h>
+
+namespace vell {
+
+// COM for the calling thread, in the apartment that dialogs and the shell need, unless the thread
+// has one already.
+class ComApartment {
+  public:
+    ComApartment() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+    ~ComApartment() {
+        if (SUCCEEDED(result_))
+            CoUninitialize();
+    }
+
+  private:
+    HRESULT result_;
+};
+
+// Owns one reference to a COM object.
+template <typename T>
+class ComPointer {
+  public:
+    ComPointer() = default;
+    ComPointer(const ComPointer&) = delete;
+    ComPointer& operator=(const ComPointer&) = delete;
+    ~ComPointer() {
+        if (object_)
+            object_->Release();
+    }
+    T* operator->() const { return object_; }
+    T* get() const { return object_; }
+    void** out() { return reinterpret_cast<void**>(&object_); }
+    T** typed_out() { return &object_; }
+
+  private:
+    T* object_ = nullptr;
+};
+
+// Memory that COM calls hand over, such as the text of a path.
+template <typename Pointer>
+struct TaskMemoryKind {
+    using Type = Pointer;
+    static Pointer empty() { return nullptr; }
+    static void close(Pointer memory) { CoTaskMemFree(memory); }
+};
+using UniqueTaskText = UniqueResource<TaskMemoryKind<wchar_t*>>;
+
+// The Windows error inside an HRESULT where there is one; the low 16 bits of the others.
+inline ErrorCode error_from_hresult(HRESULT result) {
+    constexpr HRESULT cancelled = static_cast<HRESULT>(0x800704C7); // ERROR_CANCELLED
+    if (result == cancelled)
+        return ErrorCode::Cancelled;
+    if (result == E_OUTOFMEMORY)
+        return ErrorCode::OutOfMemory;
+    return error_from_win32(static_cast<std::int32_t>(HRESULT_CODE(result)));
+}
+
+inline Result<void> check_hresult(HRESULT result) {
+    if (FAILED(result))
+        return Failure{error_from_hresult(result)};
+    return {};
+}
+
+} // namespace vell
