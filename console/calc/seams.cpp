@@ -15,11 +15,16 @@ constexpr GetItemName item_names[] = {
     {u"DesktopPath", GetItem::DesktopPath},
     {u"DocumentsPath", GetItem::DocumentsPath},
     {u"FilePath", GetItem::FilePath},
+    {u"HostName", GetItem::HostName},
     {u"InstalledFMPlugins", GetItem::InstalledFMPlugins},
+    {u"StatusAreaState", GetItem::StatusAreaState},
     {u"SystemDrive", GetItem::SystemDrive},
     {u"SystemPlatform", GetItem::SystemPlatform},
     {u"TemporaryPath", GetItem::TemporaryPath},
     {u"UserName", GetItem::UserName},
+    {u"WindowContentHeight", GetItem::WindowContentHeight},
+    {u"WindowContentWidth", GetItem::WindowContentWidth},
+    {u"WindowName", GetItem::WindowName},
 };
 
 } // namespace

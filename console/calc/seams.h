@@ -43,11 +43,16 @@ enum class GetItem : std::uint8_t {
     DesktopPath,
     DocumentsPath,
     FilePath,
+    HostName,
     InstalledFMPlugins,
+    StatusAreaState,
     SystemDrive,
     SystemPlatform,
     TemporaryPath,
     UserName,
+    WindowContentHeight,
+    WindowContentWidth,
+    WindowName,
 };
 
 struct GetItemName {

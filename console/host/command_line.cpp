@@ -66,6 +66,7 @@ class CommandLineReader {
     Result<void, std::string> json(std::string_view) { return set(result_.json); }
     Result<void, std::string> raw(std::string_view) { return set(result_.raw); }
     Result<void, std::string> check_leaks(std::string_view) { return set(result_.check_leaks); }
+    Result<void, std::string> window(std::string_view) { return set(result_.window); }
     Result<void, std::string> plugin(std::string_view option) {
         result_.plugin = to_wide(VELL_TRY(value(option)));
         return {};
@@ -82,6 +83,7 @@ class CommandLineReader {
     Result<void, std::string> application_type(std::string_view option);
     Result<void, std::string> api_version(std::string_view option);
     Result<void, std::string> idle(std::string_view option);
+    Result<void, std::string> window_scale(std::string_view option);
     Result<void, std::string> fail_call(std::string_view option);
 
     static Result<void, std::string> set(bool& flag) {
@@ -110,6 +112,8 @@ const CommandLineReader::Option CommandLineReader::options[] = {
     {u"--api-version", &CommandLineReader::api_version},
     {u"--host-version", &CommandLineReader::host_version},
     {u"--idle", &CommandLineReader::idle},
+    {u"--window", &CommandLineReader::window},
+    {u"--window-scale", &CommandLineReader::window_scale},
     {u"--fail-call", &CommandLineReader::fail_call},
 };
 
@@ -204,6 +208,12 @@ Result<void, std::string> CommandLineReader::idle(std::string_view option) {
         result_.idle_level = VELL_TRY(
             whole_number<std::uint8_t>(text.substr(colon + 1), "the level of --idle", 0, 255));
     return {};
+}
+
+Result<void, std::string> CommandLineReader::window_scale(std::string_view option) {
+    const std::u16string percent = VELL_TRY(value(option));
+    result_.window_scale = VELL_TRY(whole_number<std::int32_t>(percent, option, 50, 400));
+    return set(result_.window);
 }
 
 // N[:STATUS]

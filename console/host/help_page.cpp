@@ -26,6 +26,9 @@ The host that is played
   --host-version T  version text (Pro 19.5.1)
   --idle N[:LEVEL]  send N idle messages after start-up and after each statement; LEVEL (0) is
                     0 idle, 1 not idle, 2 script paused, 3 script running, 4 unsafe
+  --window          show a window of the host's class, and hold it open after the statements until
+                    it is closed; every script that a drop starts is printed
+  --window-scale P  the same on a display scaled to P percent (100)
 
 Checks
   --check-leaks     exit with 3 when the plug-in leaves host objects behind
@@ -52,6 +55,8 @@ Exit codes
 Examples
   vellhost 'VlFile_Version( "" )'
   vellhost 'VlFile_GetContents( "-Encoding=UTF8" ; "README.md" )'
+  vellhost --window 'VlFile_DragAndDrop( "-AddDragAndDropHandler" ; "Solution" ; "Dropped" ;
+                    "40 60 300 180" )'
   vellhost --save copy.png 'Container( "picture.png" )'
 )";
 

@@ -1,6 +1,7 @@
 #include "console/host/host_services.h"
 
 #include "console/calc/unicode.h"
+#include "console/host/host_window.h"
 #include "console/host/wide_text.h"
 
 #include <windows.h>
@@ -82,8 +83,12 @@ Value host_answer(GetItem item, const PluginHost& host) {
         return known_folder(CSIDL_PERSONAL);
     case GetItem::FilePath: // the session knows it
         return Value();
+    case GetItem::HostName:
+        return HostWindow::host_name();
     case GetItem::InstalledFMPlugins:
         return installed_plugins(host);
+    case GetItem::StatusAreaState:
+        return Decimal(0); // hidden
     case GetItem::SystemDrive:
         return system_drive();
     case GetItem::SystemPlatform:
@@ -92,6 +97,12 @@ Value host_answer(GetItem item, const PluginHost& host) {
         return temporary_folder();
     case GetItem::UserName:
         return user_name();
+    case GetItem::WindowContentHeight:
+        return Decimal(HostWindow::current() ? HostWindow::content_height : 0);
+    case GetItem::WindowContentWidth:
+        return Decimal(HostWindow::current() ? HostWindow::content_width : 0);
+    case GetItem::WindowName:
+        return HostWindow::current() ? HostWindow::name() : std::u16string();
     }
     return Value();
 }

@@ -3,6 +3,7 @@
 #include "console/host/command_line.h"
 #include "console/host/container_file.h"
 #include "console/host/help_page.h"
+#include "console/host/host_window.h"
 #include "console/host/interactive.h"
 #include "console/host/report.h"
 #include "console/host/session.h"
@@ -28,6 +29,7 @@ class Run {
         : command_line_(command_line), host_(host), session_(host) {}
 
     ExitCode perform();
+    void hold_open(const HostWindow& window);
 
   private:
     void statements(std::istream& stream, const std::string& name);
@@ -39,6 +41,7 @@ class Run {
     void show_error(const CalcError& error, std::u16string_view source);
     void save(const Value& value);
     void after_statement();
+    void show_started_scripts();
     void worsen(ExitCode code) { exit_code_ = std::max(exit_code_, code); }
 
     const CommandLine& command_line_;
@@ -48,14 +51,6 @@ class Run {
     std::size_t line_ = 1;
     ExitCode exit_code_ = exit_fine;
 };
-
-void pump_window_messages() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-}
 
 // As the host writes the path of an open solution.
 std::u16string file_path_of(const std::u16string& name) {
@@ -201,8 +196,23 @@ void Run::after_statement() {
         write_error("vellhost: the failure struck " + host_.failed_call() + "\n");
         host_.fail_calls(command_line_.fail_call, command_line_.failure);
     }
+    show_started_scripts();
+}
+
+void Run::show_started_scripts() {
     for (const ScriptRequest& request : host_.take_script_requests())
         write_error(script_request_text(request));
+}
+
+void Run::hold_open(const HostWindow& window) {
+    constexpr DWORD idle_interval = 250; // milliseconds
+    while (window.is_open()) {
+        MsgWaitForMultipleObjectsEx(0, nullptr, idle_interval, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+        pump_window_messages();
+        if (host_.identity().wants_idle())
+            host_.idle(command_line_.idle_level);
+        show_started_scripts();
+    }
 }
 
 std::wstring default_plugin() {
@@ -222,7 +232,17 @@ ExitCode run_started(const CommandLine& command_line, PluginHost& host) {
             write_error("vellhost: the host does not accept the definition of " + error);
         return exit_error;
     }
-    return Run(command_line, host).perform();
+    std::optional<HostWindow> window;
+    if (command_line.window) {
+        window.emplace(command_line.host, command_line.window_scale);
+        if (!window->is_open())
+            return failed("there is no display to show a window on");
+    }
+    Run run(command_line, host);
+    const ExitCode code = run.perform();
+    if (window)
+        run.hold_open(*window);
+    return code;
 }
 
 ExitCode run(const CommandLine& command_line) {

@@ -93,6 +93,8 @@ class PluginHost {
 
     std::int64_t start_up(); // the plug-in's answer
     void idle(std::uint8_t level = 0);
+    // Whether later messages say that they do not come on the host's main thread.
+    void set_unsafe(bool unsafe) { record_.unsafe = unsafe ? 1 : 0; }
     void shut_down();
     void preferences();
     void session_shutdown(std::uint64_t session_id);

@@ -1,5 +1,6 @@
 #include "src/archive/zip_functions.h"
 #include "src/archive/zip_writer.h"
+#include "src/base/ascii.h"
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/files/folder_lister.h"
@@ -127,10 +128,6 @@ Result<NativePath> destination_path(Call& call, files::FileSystem& files) {
     }
     VELL_TRY(files::check_new_name(path.wide));
     return path;
-}
-
-bool is_ascii(std::u16string_view text) {
-    return std::ranges::all_of(text, [](char16_t c) { return c <= 127; });
 }
 
 struct EntryName {

@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/base/utf8.h"
+#include "src/files/path_parts.h"
 
 #include <algorithm>
 
@@ -29,23 +30,6 @@ bool is_parent(std::basic_string_view<Char> name) {
 
 bool is_dots_and_blanks(std::u16string_view name) {
     return std::ranges::all_of(name, [](char16_t c) { return c == u'.' || c == u' '; });
-}
-
-// Windows takes the part before the first dot for the device, whatever follows.
-bool is_device(std::u16string_view name) {
-    constexpr std::u16string_view devices[] = {u"con", u"prn",    u"aux",
-                                               u"nul", u"conin$", u"conout$"};
-    constexpr std::u16string_view ports[] = {u"com", u"lpt"};
-    constexpr std::u16string_view port_numbers = u"123456789\u00B9\u00B2\u00B3";
-    name = name.substr(0, name.find(u'.'));
-    name = name.substr(0, name.find_last_not_of(u' ') + 1);
-    std::u16string small(name);
-    std::ranges::transform(small, small.begin(), fold_ascii<char16_t>);
-    if (std::ranges::find(devices, small) != std::end(devices))
-        return true;
-    return small.size() == 4 &&
-           std::ranges::find(ports, std::u16string_view(small).substr(0, 3)) != std::end(ports) &&
-           port_numbers.find(small[3]) != port_numbers.npos;
 }
 
 // What Windows gives no file name.
@@ -92,7 +76,7 @@ Result<std::u16string> entry_path(std::string_view stored_name, std::u16string n
     const auto append = [&](std::u16string_view part) {
         if (part.empty() || part == u".")
             return true;
-        if (is_dots_and_blanks(part) || is_device(part)) // ".." among them
+        if (is_dots_and_blanks(part) || files::is_device_name(part)) // ".." among them
             return false;
         path.append(path.empty() ? u"" : u"\\").append(part);
         return true;

@@ -3,6 +3,7 @@
 #include "src/base/ascii.h"
 
 #include <algorithm>
+#include <string>
 
 namespace vell::files {
 namespace {
@@ -75,10 +76,30 @@ std::u16string_view last_name(std::u16string_view path) {
 }
 
 std::u16string_view parent_path(std::u16string_view path) {
+    path = without_trailing_separator(folder_part(path));
+    return path.size() == root_length(path) ? std::u16string_view() : path;
+}
+
+bool is_device_name(std::u16string_view name) {
+    constexpr std::u16string_view devices[] = {u"con", u"prn",    u"aux",
+                                               u"nul", u"conin$", u"conout$"};
+    constexpr std::u16string_view ports[] = {u"com", u"lpt"};
+    constexpr std::u16string_view port_numbers = u"123456789\u00B9\u00B2\u00B3";
+    name = name.substr(0, name.find(u'.'));
+    name = name.substr(0, name.find_last_not_of(u' ') + 1);
+    std::u16string small(name);
+    std::ranges::transform(small, small.begin(), fold_ascii<char16_t>);
+    if (std::ranges::find(devices, small) != std::end(devices))
+        return true;
+    return small.size() == 4 &&
+           std::ranges::find(ports, std::u16string_view(small).substr(0, 3)) != std::end(ports) &&
+           port_numbers.find(small[3]) != port_numbers.npos;
+}
+
+std::u16string_view folder_part(std::u16string_view path) {
     path = without_trailing_separator(path);
     path.remove_suffix(last_name(path).size());
-    path = without_trailing_separator(path);
-    return path.size() == root_length(path) ? std::u16string_view() : path;
+    return path;
 }
 
 Result<void> check_new_name(std::u16string_view path) {
@@ -86,6 +107,16 @@ Result<void> check_new_name(std::u16string_view path) {
     if (name.empty() || name == u"." || name == u".." || is_verbatim(path))
         return {};
     if (name.back() == u'.' || name.back() == u' ')
+        return Failure{ErrorCode::BadName};
+    return {};
+}
+
+Result<void> check_name_characters(std::u16string_view name) {
+    constexpr std::u16string_view forbidden = u"<>:\"/\\|?*";
+    const bool is_allowed = std::ranges::none_of(name, [&](char16_t unit) {
+        return unit < u' ' || forbidden.find(unit) != std::u16string_view::npos;
+    });
+    if (!is_allowed)
         return Failure{ErrorCode::BadName};
     return {};
 }

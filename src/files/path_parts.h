@@ -21,9 +21,21 @@ std::u16string_view last_name(std::u16string_view path);
 // The path of the folder that holds the item; empty where that is a root or is not named.
 std::u16string_view parent_path(std::u16string_view path);
 
+// Whether Windows takes a name for a device, such as "NUL" or "com1.txt": it is the part before the
+// first dot that counts.
+bool is_device_name(std::u16string_view name);
+
+// What stands before the last name, with the separator between them: the folder that holds the
+// item. Empty where the path does not name it.
+std::u16string_view folder_part(std::u16string_view path);
+
 // For items that are to be made: BadName when the last name ends in dots or spaces that Windows
 // would silently cut off, so that an item of another name would be made. "." and ".." are whole
 // names, and in a "\\?\" path nothing is cut.
 Result<void> check_new_name(std::u16string_view path);
+
+// BadName when a name has a character that Windows forbids in names: a control character or one of
+// < > : " / \ | ? *
+Result<void> check_name_characters(std::u16string_view name);
 
 } // namespace vell::files

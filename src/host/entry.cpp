@@ -13,6 +13,7 @@ std::u16string_view text_at(fm::PtrType address) {
 
 void handle(CallRecord& record) {
     plugin_state().start_script = record.start_script;
+    plugin_state().unsafe_call = record.unsafe != 0;
     plugin_state().instance = record.instance;
     switch (static_cast<Message>(record.message)) {
     case Message::StartUp:

@@ -2,6 +2,7 @@
 
 #include "src/base/number_text.h"
 #include "src/base/win32_text.h"
+#include "src/host/drop_functions.h"
 #include "src/host/late_entry_points.h"
 #include "src/host/licence.h"
 #include "src/host/log_file.h"
@@ -93,9 +94,9 @@ std::int64_t start_up(std::int16_t api_version, std::uint8_t application_type,
 }
 
 void idle(std::uint8_t level) {
-    // No function waits for idle time; those that will (dropped files) are called behind this.
     if (!plugin_state().idle_enabled || level > highest_idle_level)
         return;
+    idle_drops();
 }
 
 void shut_down() {
@@ -103,6 +104,7 @@ void shut_down() {
     state.idle_enabled = false;
     if (state.logs_calls())
         log_line("Plug-in shutdown started.");
+    shut_down_drops();
     const Unregistration outcome = unregister_all();
     if (!state.logs_calls())
         return;

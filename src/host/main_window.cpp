@@ -26,23 +26,6 @@ BOOL CALLBACK check_window(HWND window, LPARAM argument) {
 
 } // namespace
 
-std::wstring_view main_window_class(std::int16_t api_version) {
-    if (api_version < 57)
-        return {};
-    switch (api_version) {
-    case 57:
-        return L"FMPRO16.0APP";
-    case 59:
-        return L"FMPRO17.0APP";
-    case 60:
-        return L"FMPRO18.0APP";
-    case 62:
-        return L"FMPRO19.0APP";
-    default:
-        return L"FMPROxx.0APP";
-    }
-}
-
 bool is_main_window_class(std::wstring_view class_name, std::wstring_view wanted) {
     return class_name.size() >= wanted.size() &&
            std::ranges::equal(class_name.substr(0, wanted.size()), wanted, {}, fold_ascii<wchar_t>,

@@ -53,6 +53,7 @@ std::int32_t host_version_number(std::u16string_view version_text);
 struct PluginState {
     // From the latest call record, which itself is gone when its call ends.
     std::atomic<StartScript> start_script = nullptr;
+    std::atomic<bool> unsafe_call = false; // the host is not to be called back
     std::atomic<fm::PtrType> instance = 0; // module handle, owner of dialogs' resources
     std::int16_t api_version = 0;
     ApplicationType application_type = ApplicationType::Pro;

@@ -1,0 +1,15 @@
+// Drag and drop, with the host behind it.
+#pragma once
+
+#include "src/params/call.h"
+
+namespace vell::host {
+
+Result<void> drag_and_drop(params::Call& call);
+Result<void> stop_drop_handlers(params::Call& call);
+
+// What the idle and the shutdown message bring to drag and drop.
+void idle_drops();
+void shut_down_drops();
+
+} // namespace vell::host
