@@ -2,8 +2,11 @@
 // accepted; the rest is the path.
 #include "fuzz/input.h"
 #include "src/base/utf8.h"
+#include "src/files/path_references.h"
+#include "src/params/path_form.h"
 #include "src/params/paths.h"
 
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -101,6 +104,20 @@ void check_resolving(const Choice& choice, const std::u16string& path) {
     FUZZ_CHECK(native->narrow.has_value() && native->narrow->size() == wide.size());
 }
 
+// The path of a reference is one line, and reads the same once more in the host's form.
+void check_reference(const std::u16string& reference) {
+    const auto full_path = [](std::u16string path) -> vell::Result<std::u16string> {
+        std::ranges::replace(path, u'/', u'\\');
+        return path.starts_with(u"C:\\") ? path : u"C:\\here\\" + path;
+    };
+    const auto path = vell::files::path_of_reference(reference, full_path);
+    if (!path)
+        return;
+    FUZZ_CHECK(path->find(u'\r') == std::u16string::npos);
+    const auto again = vell::files::path_of_reference(host_form(*path), full_path);
+    FUZZ_CHECK(again && *again == *path);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -110,5 +127,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::u16string path = vell::utf16_from_utf8(vell::fuzz::as_text(data + 1, size - 1));
     check_stripping(choice.flags, path);
     check_resolving(choice, path);
+    check_reference(path);
     return 0;
 }

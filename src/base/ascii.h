@@ -1,14 +1,22 @@
-// Letter folding that touches A to Z only, whatever the character set.
+// What concerns the characters of ASCII only, whatever the character set.
 #pragma once
 
 #include <algorithm>
 #include <string_view>
+#include <type_traits>
 
 namespace vell {
 
+// Letters A to Z become small.
 template <typename Char>
 constexpr Char fold_ascii(Char c) {
     return c >= Char('A') && c <= Char('Z') ? static_cast<Char>(c + ('a' - 'A')) : c;
+}
+
+template <typename Char>
+constexpr bool is_ascii(std::basic_string_view<Char> text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](Char c) { return static_cast<std::make_unsigned_t<Char>>(c) < 0x80; });
 }
 
 // Position of the first occurrence of `wanted` in `text`, letters A to Z compared without case;

@@ -107,13 +107,17 @@ void set_utf8_text(Call& call, const RangeBytes& range, LineEndings line_endings
     call.set_decoded_text(pieces, line_endings);
 }
 
+void set_decoded(Call& call, const RangeBytes& range, TextEncoding encoding,
+                 LineEndings line_endings) {
+    if (encoding == TextEncoding::Utf8)
+        set_utf8_text(call, range, line_endings);
+    else
+        call.set_decoded_text(std::array{EncodedText{range.bytes, encoding}}, line_endings);
+}
+
 Result<void> give_range(Call& call, FileSystem& files, const NativePath& path, ByteRange range,
                         TextEncoding encoding, LineEndings line_endings) {
-    const RangeBytes read = VELL_TRY(read_range(files, path, range));
-    if (encoding == TextEncoding::Utf8)
-        set_utf8_text(call, read, line_endings);
-    else
-        call.set_decoded_text(std::array{EncodedText{read.bytes, encoding}}, line_endings);
+    set_decoded(call, VELL_TRY(read_range(files, path, range)), encoding, line_endings);
     return {};
 }
 
@@ -124,8 +128,6 @@ Result<void> get_contents(Call& call, FileSystem& files) {
         return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, TextEncoding::Native);
-    if (switches.has("-ExperimentalPDFToPlainText"))
-        return params::not_available(call); // the text of PDF files is not built in
 
     const NativePath path = VELL_TRY(call.path(1));
     ByteRange range;
@@ -141,6 +143,10 @@ LineEndings reading_line_endings(const SwitchSet& switches) {
 Result<void> give_contents(Call& call, FileSystem& files, const NativePath& path,
                            TextEncoding encoding, LineEndings line_endings) {
     return give_range(call, files, path, {}, encoding, line_endings);
+}
+
+void give_bytes(Call& call, std::string bytes, TextEncoding encoding) {
+    set_decoded(call, {std::move(bytes)}, encoding, LineEndings::Keep);
 }
 
 } // namespace vell::files

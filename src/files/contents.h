@@ -25,4 +25,7 @@ params::LineEndings reading_line_endings(const params::SwitchSet& switches);
 Result<void> give_contents(params::Call& call, FileSystem& files, const NativePath& path,
                            params::TextEncoding encoding, params::LineEndings line_endings);
 
+// Bytes as the call's result, decoded as the whole of a file.
+void give_bytes(params::Call& call, std::string bytes, params::TextEncoding encoding);
+
 } // namespace vell::files

@@ -33,16 +33,17 @@ Result<void> contents_dialog(Call& call) {
     if (call.is_server_host())
         return Failure{ErrorCode::DialogNotAllowed};
     const SwitchSet switches = call.switches();
-    FileDialog dialog{.title = call.text(prompt_position),
-                      .initial_folder = {},
-                      .types = defaults().type(),
-                      .owner = call.main_window()};
+    FileDialog dialog;
+    dialog.title = call.text(prompt_position);
+    dialog.types = defaults().type();
+    dialog.owner = call.main_window();
     if (dialog.title.empty())
         dialog.title = u"Select a file.";
     if (!call.text(folder_position).empty())
         dialog.initial_folder = VELL_TRY(call.path(folder_position, {.as_folder = true})).wide;
 
-    const NativePath chosen{VELL_TRY(select_file(dialog)), std::nullopt};
+    const std::vector<std::u16string> selected = VELL_TRY(show_dialog(dialog));
+    const NativePath chosen{selected.front(), std::nullopt};
     return give_contents(call, system_files(), chosen,
                          params::contents_encoding_of(switches, TextEncoding::Native,
                                                       call.step_option(encoding_position)),

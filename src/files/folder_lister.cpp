@@ -54,7 +54,8 @@ void FolderLister::write_line(const FolderEntry& entry, std::u16string& text) co
 }
 
 Result<void> FolderLister::enter() {
-    if (path_.size() >= path_limit || (!path_.ends_with(u'\\') && !path_.ends_with(u':')))
+    if ((path_.size() >= path_limit && !options_.any_depth) ||
+        (!path_.ends_with(u'\\') && !path_.ends_with(u':')))
         return Failure{ErrorCode::BadParameter};
     auto reader = source_.open_folder(path_);
     if (!reader)
@@ -67,6 +68,10 @@ Result<void> FolderLister::enter() {
     level.path_length = path_.size();
     level.prefix_length = prefix_.size();
     return {};
+}
+
+void FolderLister::leave() {
+    levels_[--depth_].reader.reset();
 }
 
 // Null at the end of the folder.
@@ -83,31 +88,48 @@ Result<const FolderEntry*> FolderLister::next_entry(Level& level) {
     return &level.batch[level.next++];
 }
 
+// What becomes of a folder, below those that are entered, that cannot be read.
+Result<void> FolderLister::pass_over(ErrorCode code) {
+    if (!options_.skip_unreadable || depth_ == 0)
+        return Failure{code};
+    ++skipped_;
+    return {};
+}
+
 Result<void> FolderLister::append(const std::u16string& folder, std::u16string& text) {
     levels_.clear(); // what a listing that failed left open
     depth_ = 0;
+    skipped_ = 0;
     path_ = folder;
     prefix_ = options_.prefix;
     VELL_TRY(enter());
-    while (depth_ > 0) {
+    for (std::uint64_t lines = 0; depth_ > 0 && lines < options_.most_lines;) {
         Level& level = levels_[depth_ - 1];
         path_.resize(level.path_length);
         prefix_.resize(level.prefix_length);
-        const FolderEntry* entry = VELL_TRY(next_entry(level));
-        if (!entry) {
-            level.reader.reset();
-            --depth_;
+        if (level.next == level.count && options_.time_is_up && options_.time_is_up())
+            return Failure{ErrorCode::TimeLimitPassed};
+        const auto next = next_entry(level);
+        if (!next || !next.value()) {
+            leave();
+            if (!next)
+                VELL_TRY(pass_over(next.error()));
             continue;
         }
+        const FolderEntry* const entry = next.value();
         if (!keeps(*entry))
             continue;
-        if (!options_.recursive || !entry->is_folder || options_.folders)
+        if ((!options_.recursive || !entry->is_folder || options_.folders) &&
+            (!options_.wants || options_.wants(entry->name))) {
             write_line(*entry, text);
+            ++lines;
+        }
         if (options_.recursive && entry->is_folder && !entry->is_link &&
             !is_self_or_parent(entry->name)) {
             path_.append(entry->name) += u'\\';
-            prefix_.append(listed_name(*entry, options_)) += u'/';
-            VELL_TRY(enter());
+            prefix_.append(listed_name(*entry, options_)) += options_.separator;
+            if (const auto entered = enter(); !entered)
+                VELL_TRY(pass_over(entered.error()));
         }
     }
     return {};

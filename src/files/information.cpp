@@ -17,11 +17,6 @@ Result<NativePath> path_of(Call& call) {
     return call.path(1);
 }
 
-bool is_shell_link(std::u16string_view path) {
-    constexpr std::u16string_view link_extension = u"lnk";
-    return std::ranges::equal(extension_of(path), link_extension, {}, fold_ascii<char16_t>);
-}
-
 } // namespace
 
 Result<void> exists(Call& call, FileSystem& files) {
@@ -67,6 +62,11 @@ std::u16string_view extension_of(std::u16string_view path) {
     const std::u16string_view name = last_name(path);
     const std::size_t dot = name.rfind(u'.');
     return dot == std::u16string_view::npos ? std::u16string_view() : name.substr(dot + 1);
+}
+
+bool is_shell_link(std::u16string_view path) {
+    constexpr std::u16string_view link_extension = u"lnk";
+    return std::ranges::equal(extension_of(path), link_extension, {}, fold_ascii<char16_t>);
 }
 
 Result<void> get_file_name(Call& call) {

@@ -35,6 +35,9 @@ Result<void> get_resource_fork_size(params::Call& call);
 // a separator.
 std::u16string_view extension_of(std::u16string_view path);
 
+// Whether a file of this path is a shell link (an alias): its name ends with ".lnk".
+bool is_shell_link(std::u16string_view path);
+
 // VlFile_GetFileName( switches ; filePath ), VlFile_GetExtension( switches ; filePath ): of the
 // path as it is written; nothing has to exist there.
 Result<void> get_file_name(params::Call& call);

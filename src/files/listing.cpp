@@ -1,11 +1,8 @@
 #include "src/files/listing.h"
 
-#include "src/base/ascii.h"
 #include "src/files/folder_lister.h"
 #include "src/files/folder_size.h"
-
-#include <algorithm>
-#include <string_view>
+#include "src/files/listing_words.h"
 
 namespace vell::files {
 namespace {
@@ -23,28 +20,6 @@ Result<std::u16string> existing_folder(Call& call, FileSystem& files) {
     return Failure{is_file ? ErrorCode::NotAFolder : ErrorCode::FolderNotFound};
 }
 
-Result<ListingOptions> listing_options(const SwitchSet& switches) {
-    ListingOptions options;
-    options.files = switches.has("files");
-    // The word "folders" is also found in "-AddFolderSuffix", whose "Fol" is painted over for that.
-    std::string words(switches.text());
-    const std::size_t suffix = find_ignoring_case(words, "-AddFolderSuffix");
-    if (suffix != std::string::npos) {
-        options.folder_suffix = u"/";
-        if (suffix + 7 < words.size())
-            words.replace(suffix + 4, 3, "***");
-    }
-    options.folders = SwitchSet(words).has("folders");
-    if (!options.files && !options.folders)
-        return Failure{ErrorCode::BadParameter};
-    options.point_folders = switches.has("showpointdirs");
-    options.invisibles = switches.has("showinvisibles");
-    options.aliases = switches.has("showaliases") || switches.has("showshortcuts");
-    options.recursive = switches.has("-recursive");
-    options.short_names = switches.has("shortnames");
-    return options;
-}
-
 } // namespace
 
 Result<void> list_folder(Call& call, FileSystem& files, FolderSource& folders) {
@@ -52,7 +27,9 @@ Result<void> list_folder(Call& call, FileSystem& files, FolderSource& folders) {
         return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const std::u16string folder = VELL_TRY(existing_folder(call, files));
-    ListingOptions options = VELL_TRY(listing_options(switches));
+    ListingOptions options = listing_words(switches);
+    if (!options.files && !options.folders)
+        return Failure{ErrorCode::BadParameter};
     std::u16string text;
     VELL_TRY(FolderLister(folders, std::move(options)).append(folder, text));
     if (!text.empty() && !switches.has("-ReturnAtEnd"))

@@ -1,5 +1,6 @@
 #include "src/files/path_to.h"
 
+#include "src/params/path_form.h"
 #include "src/params/paths.h"
 
 #include <algorithm>
@@ -29,7 +30,7 @@ Result<void> get_path_to(params::Call& call, const ProgramPath& program) {
         return Failure{ErrorCode::BadParameter};
     const params::SwitchSet switches = call.switches();
     if (switches.has("currentFileName")) {
-        call.set_text(VELL_TRY(current_file(call)));
+        call.set_text(params::path_result(switches, VELL_TRY(current_file(call))));
         return {};
     }
     const bool folder = switches.has("currentAppFolder");
@@ -38,7 +39,7 @@ Result<void> get_path_to(params::Call& call, const ProgramPath& program) {
     std::u16string path = VELL_TRY(program());
     if (folder)
         path.erase(path.find_last_of(u'\\') + 1);
-    call.set_text(path);
+    call.set_text(params::path_result(switches, std::move(path)));
     return {};
 }
 

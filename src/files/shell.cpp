@@ -1,17 +1,18 @@
 #include "src/files/shell.h"
 
-#include <limits>
-#include <string_view>
+#include "src/params/switch_number.h"
+
+#include <algorithm>
 
 namespace vell::files {
 namespace {
 
 using params::Call;
+using params::switch_number;
 using params::SwitchSet;
 using params::TextEncoding;
 
 constexpr std::size_t switches_read = 1000;
-constexpr std::size_t value_capacity = 100;
 constexpr Ticks longest_seconds = 86'400;
 constexpr Ticks longest_ticks = longest_seconds * ticks_per_second;
 
@@ -21,20 +22,6 @@ constexpr std::size_t wait_option = 3;
 constexpr std::size_t encoding_option = 4;
 constexpr std::size_t wait_after_exit_option = 5;
 constexpr std::size_t show_window_option = 6;
-
-// The number behind the switch's name, with or without "=" between them; nullopt when there is
-// none. Beyond 18 digits the value no longer grows.
-std::optional<Ticks> switch_number(const SwitchSet& switches, std::string_view name) {
-    const std::string value = switches.value(name, value_capacity);
-    const std::size_t start = value.find_first_not_of("= ", name.size());
-    std::optional<Ticks> number;
-    for (std::size_t i = start; i < value.size() && value[i] >= '0' && value[i] <= '9'; ++i) {
-        const Ticks digit = value[i] - '0';
-        constexpr Ticks almost_largest = std::numeric_limits<Ticks>::max() / 10 - 1;
-        number = std::min(number.value_or(0), almost_largest) * 10 + digit;
-    }
-    return number;
-}
 
 Result<Ticks> time_limit(const SwitchSet& switches, std::int32_t step_seconds) {
     if (step_seconds != Call::not_given) {

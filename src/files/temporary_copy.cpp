@@ -1,12 +1,47 @@
 #include "src/files/temporary_copy.h"
 
+#include "src/files/write_turn.h"
+
 namespace vell::files {
+namespace {
+
+Result<void> fill(FileSystem& files, const NativePath& path,
+                  const std::function<Result<void>(File&)>& write) {
+    const std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
+    VELL_TRY(write(*file));
+    return file->close();
+}
+
+} // namespace
 
 Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& source,
                                        std::u16string_view extension) {
     NativePath copy = VELL_TRY(files.temporary_name(extension));
     VELL_TRY(files.copy(source, copy, Replace::Yes));
     return copy;
+}
+
+Result<NativePath> name_beside(FileSystem& files, const NativePath& target) {
+    constexpr std::u16string_view ends_of_folders = u"\\/:";
+    const std::u16string temporary = VELL_TRY(files.temporary_name({})).wide;
+    // npos + 1 is 0: a bare name stands in no folder that the path names.
+    const std::size_t folder_length = target.wide.find_last_of(ends_of_folders) + 1;
+    return NativePath{target.wide.substr(0, folder_length) +
+                          temporary.substr(temporary.find_last_of(ends_of_folders) + 1),
+                      std::nullopt};
+}
+
+Result<void> write_whole_file(FileSystem& files, const NativePath& target, Replace replace,
+                              const std::function<Result<void>(File&)>& write) {
+    const WriteTurn turn = VELL_TRY(WriteTurn::take(target));
+    const NativePath beside = VELL_TRY(name_beside(files, target));
+    VELL_TRY(files.create_new(beside));
+    Result<void> done = fill(files, beside, write);
+    if (done)
+        done = files.rename(beside, target, replace);
+    if (!done)
+        static_cast<void>(files.remove(beside)); // the first failure is the one to report
+    return done;
 }
 
 } // namespace vell::files

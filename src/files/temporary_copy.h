@@ -1,12 +1,24 @@
-// Copies of files in the temporary folder, for work that replaces a file in its place.
+// Temporary files: copies for work that replaces a file in its place, and new files that take their
+// name when they are complete.
 #pragma once
 
 #include "src/files/file_access.h"
+
+#include <functional>
 
 namespace vell::files {
 
 // A copy of `source`; the caller removes it. The extension replaces "tmp" where one is given.
 Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& source,
                                        std::u16string_view extension = {});
+
+// A name for a new file in the folder of `target`, of which nothing is made.
+Result<NativePath> name_beside(FileSystem& files, const NativePath& target);
+
+// Lets `write` fill a file that takes the target's name when it is complete: what fails leaves no
+// file behind, and the old one where there is one. AlreadyExists for a target that may not be
+// replaced, Busy while another call writes it.
+Result<void> write_whole_file(FileSystem& files, const NativePath& target, Replace replace,
+                              const std::function<Result<void>(File&)>& write);
 
 } // namespace vell::files

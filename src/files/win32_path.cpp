@@ -1,6 +1,8 @@
 #include "src/files/win32_path.h"
 
+#include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
+#include "src/files/path_references.h"
 
 #include <windows.h>
 
@@ -18,13 +20,28 @@ std::wstring win32_path(const params::NativePath& path) {
     if (wide.size() < long_path_length || wide.starts_with(L"\\\\?\\") ||
         wide.starts_with(L"\\\\.\\"))
         return wide;
-    std::wstring full(wide.size() + MAX_PATH, L'\0');
-    const DWORD length =
-        GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-    if (length == 0 || length >= full.size())
+    const Result<std::wstring> full = full_wide_path(wide);
+    if (!full)
         return wide; // the call that gets it reports what is wrong with it
-    full.resize(length);
-    return full.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full.substr(2) : L"\\\\?\\" + full;
+    return full->starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full->substr(2) : L"\\\\?\\" + *full;
+}
+
+Result<std::wstring> full_wide_path(const std::wstring& path) {
+    std::wstring full(path.size() + MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length =
+            GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+        if (length == 0)
+            return Failure{last_error()};
+        const bool complete = length < full.size();
+        full.resize(length);
+        if (complete)
+            return full;
+    }
+}
+
+Result<std::u16string> full_path(const std::u16string& path) {
+    return to_utf16(VELL_TRY(full_wide_path(to_wide(path))));
 }
 
 } // namespace vell::files

@@ -10,4 +10,7 @@ namespace vell::files {
 // The path in the form that has no limit of length ("\\?\"), where it needs it.
 std::wstring win32_path(const params::NativePath& path);
 
+// The path from its root, without "." and "..".
+Result<std::wstring> full_wide_path(const std::wstring& path);
+
 } // namespace vell::files

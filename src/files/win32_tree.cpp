@@ -22,20 +22,6 @@ std::wstring without_verbatim_prefix(std::wstring path) {
     return path.starts_with(verbatim) ? path.substr(verbatim.size()) : path;
 }
 
-Result<std::wstring> full_wide_path(const std::wstring& path) {
-    std::wstring full(path.size() + MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length =
-            GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
-        if (length == 0)
-            return Failure{last_error()};
-        const bool complete = length < full.size();
-        full.resize(length);
-        if (complete)
-            return full;
-    }
-}
-
 std::optional<BY_HANDLE_FILE_INFORMATION> identity_of(const NativePath& path) {
     constexpr DWORD everyone = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const UniqueFile file(CreateFileW(win32_path(path).c_str(), 0, everyone, nullptr, OPEN_EXISTING,

@@ -1,16 +1,11 @@
 #include "src/metadata/metadata_text.h"
 
+#include "src/base/ascii.h"
 #include "src/base/bytes.h"
 #include "src/base/utf8.h"
 
-#include <algorithm>
-
 namespace vell::metadata {
 namespace {
-
-bool is_ascii(std::string_view bytes) {
-    return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
 
 // The encodings in which bytes below 128 are what they are in ASCII.
 bool extends_ascii(TextEncoding encoding) {

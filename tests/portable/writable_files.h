@@ -138,10 +138,11 @@ class WritableFiles : public files::FileSystem {
                 return Failure{ErrorCode::Busy};
             const Result<void> counted = files_.count_operation();
             const std::string_view written = counted ? given : given.substr(0, given.size() / 2);
-            if (bytes().size() < position_ + written.size())
-                bytes().resize(position_ + written.size());
-            bytes().replace(position_, written.size(), written);
-            position_ += written.size();
+            std::string& all = bytes();
+            if (all.size() < position_ + written.size())
+                all.resize(position_ + written.size());
+            // Not replace, which moves what lies before, too, in one of our compilers.
+            position_ += written.copy(all.data() + position_, written.size());
             return counted;
         }
         Result<void> set_end_of_file() override {

@@ -15,125 +15,48 @@ using testing::native;
 
 constexpr EntryOptions thorough{9, false};
 
-// A file that takes everything and can fail; what was written can be looked at afterwards.
-struct Written {
-    std::string bytes;
-    std::uint64_t position = 0;
-};
-
-class WrittenFile : public files::File {
-  public:
-    explicit WrittenFile(Written& written) : written_(written) {}
-    Result<std::uint64_t> size() override { return written_.bytes.size(); }
-    Result<void> seek(files::SeekFrom, std::int64_t offset) override {
-        written_.position = static_cast<std::uint64_t>(offset);
-        return {};
+// A writer of the file "zip" in memory, beside a file "a".
+class ZipWriting : public ::testing::Test {
+  protected:
+    static std::unique_ptr<files::File> new_archive(FakeArchives& system) {
+        system.store.add(u"a", "abc");
+        system.store.add(u"zip", "");
+        return *system.store.open(native(u"zip"), files::Permission::Write);
     }
-    Result<std::size_t> read(std::span<char>) override { return Failure{ErrorCode::Busy}; }
-    Result<void> write(std::string_view bytes) override {
-        const std::uint64_t end = written_.position + bytes.size();
-        if (written_.bytes.size() < end)
-            written_.bytes.resize(end);
-        bytes.copy(written_.bytes.data() + written_.position, bytes.size());
-        written_.position = end;
-        return {};
-    }
-    Result<void> set_end_of_file() override {
-        written_.bytes.resize(written_.position);
-        return {};
-    }
-    Result<void> close() override { return {}; }
+    std::string written() const { return system.store.at(u"zip"); }
 
-  private:
-    Written& written_;
-};
-
-TEST(ZipWriter, WritesEveryRecordAsTheFormatHasIt) {
     FakeArchives system;
-    system.store.add(u"a", "abc");
-    Written written;
-    ZipWriter writer(std::make_unique<WrittenFile>(written));
+    ZipWriter writer{new_archive(system)};
+};
+
+std::string from_hex(std::string_view digits) {
+    std::string bytes;
+    for (std::size_t at = 0; at < digits.size(); at += digits[at] == ' ' ? 1 : 2)
+        if (digits[at] != ' ')
+            bytes += static_cast<char>(std::stoi(std::string(digits.substr(at, 2)), nullptr, 16));
+    return bytes;
+}
+
+TEST_F(ZipWriting, WritesEveryRecordAsTheFormatHasIt) {
     ASSERT_TRUE(writer.add_folder("f/", dos_time(system.now()), {0, false}));
     ASSERT_TRUE(writer.add_file(system, "f/\xC3\xA4", native(u"a"), {9, true}));
     ASSERT_TRUE(writer.finish());
-    // 2024-02-29 12:34:56: date 0x585D, time 0x645C
-    const std::string expected("PK\3\4"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\x5C\x64"
-                               "\x5D\x58"
-                               "\0\0\0\0"
-                               "\0\0\0\0"
-                               "\0\0\0\0"
-                               "\2\0"
-                               "\0\0"
-                               "f/"
-                               "PK\3\4"
-                               "\0\0"
-                               "\0\x08"
-                               "\0\0"
-                               "\x5C\x64"
-                               "\x5D\x58"
-                               "\xC2\x41\x24\x35"
-                               "\3\0\0\0"
-                               "\3\0\0\0"
-                               "\4\0"
-                               "\0\0"
-                               "f/\xC3\xA4"
-                               "abc"
-                               "PK\1\2"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\x5C\x64"
-                               "\x5D\x58"
-                               "\0\0\0\0"
-                               "\0\0\0\0"
-                               "\0\0\0\0"
-                               "\2\0"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\x10\0\0\0"
-                               "\0\0\0\0"
-                               "f/"
-                               "PK\1\2"
-                               "\0\0"
-                               "\0\0"
-                               "\0\x08"
-                               "\0\0"
-                               "\x5C\x64"
-                               "\x5D\x58"
-                               "\xC2\x41\x24\x35"
-                               "\3\0\0\0"
-                               "\3\0\0\0"
-                               "\4\0"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0"
-                               "\0\0\0\0"
-                               "\x20\0\0\0"
-                               "f/\xC3\xA4"
-                               "PK\5\6"
-                               "\0\0"
-                               "\0\0"
-                               "\2\0"
-                               "\2\0"
-                               "\x62\0\0\0"
-                               "\x45\0\0\0"
-                               "\0\0",
-                               69 + 98 + 22);
-    EXPECT_EQ(written.bytes, expected);
+    // 2024-02-29 12:34:56: date 0x585D, time 0x645C. Behind the signature of a local header stand
+    // version, flags, method, time, date, checksum, both sizes, the lengths of name and extra data.
+    const std::string expected =
+        from_hex("504B0304 0000 0000 0000 5C64 5D58 00000000 00000000 00000000 0200 0000") + "f/" +
+        from_hex("504B0304 0000 0008 0000 5C64 5D58 C2412435 03000000 03000000 0400 0000") +
+        "f/\xC3\xA4" + "abc" +
+        from_hex("504B0102 0000 0000 0000 0000 5C64 5D58 00000000 00000000 00000000 0200 0000 0000"
+                 "0000 0000 10000000 00000000") +
+        "f/" +
+        from_hex("504B0102 0000 0000 0008 0000 5C64 5D58 C2412435 03000000 03000000 0400 0000 0000"
+                 "0000 0000 00000000 20000000") +
+        "f/\xC3\xA4" + from_hex("504B0506 0000 0000 0200 0200 62000000 45000000 0000");
+    EXPECT_EQ(written(), expected);
 }
 
-TEST(ZipWriter, StoresTheSmallestFilesAndDeflatesOthers) {
-    FakeArchives system;
-    Written written;
-    ZipWriter writer(std::make_unique<WrittenFile>(written));
+TEST_F(ZipWriting, StoresTheSmallestFilesAndDeflatesOthers) {
     const std::string text(200'000, 'x');
     const std::size_t sizes[] = {0, 1, 3, 4, 65'536, 65'537, 200'000};
     for (const std::size_t size : sizes) {
@@ -143,7 +66,7 @@ TEST(ZipWriter, StoresTheSmallestFilesAndDeflatesOthers) {
         ASSERT_TRUE(writer.add_file(system, "6", native(u"a"), {-1, true}));
     }
     ASSERT_TRUE(writer.finish());
-    auto reader = ZipReader::open(files::memory_file(written.bytes));
+    auto reader = ZipReader::open(files::memory_file(written()));
     ASSERT_TRUE(reader);
     ASSERT_EQ(reader->entry_count(), std::size(sizes) * 3);
     for (std::uint32_t i = 0; i < reader->entry_count(); ++i) {
@@ -162,11 +85,7 @@ TEST(ZipWriter, StoresTheSmallestFilesAndDeflatesOthers) {
     }
 }
 
-TEST(ZipWriter, RefusesNamesLevelsAndLateEntries) {
-    FakeArchives system;
-    system.store.add(u"a", "abc");
-    Written written;
-    ZipWriter writer(std::make_unique<WrittenFile>(written));
+TEST_F(ZipWriting, RefusesNamesLevelsAndLateEntries) {
     for (const std::string name : {"", "/a", "a\\b", "a:b"})
         EXPECT_FALSE(writer.add_file(system, name, native(u"a"), thorough)) << name;
     EXPECT_FALSE(writer.add_file(system, std::string(65'536, 'n'), native(u"a"), thorough));
@@ -180,14 +99,12 @@ TEST(ZipWriter, RefusesNamesLevelsAndLateEntries) {
     EXPECT_FALSE(writer.finish());
 }
 
-TEST(ZipWriter, HoldsSixteenBitsOfEntries) {
-    Written written;
-    ZipWriter writer(std::make_unique<WrittenFile>(written));
+TEST_F(ZipWriting, HoldsSixteenBitsOfEntries) {
     for (int i = 0; i < 65'535; ++i)
         ASSERT_TRUE(writer.add_folder(std::to_string(i) + "/", {}, {0, false}));
     EXPECT_FALSE(writer.add_folder("one more/", {}, {0, false}));
     ASSERT_TRUE(writer.finish());
-    const auto reader = ZipReader::open(files::memory_file(written.bytes));
+    const auto reader = ZipReader::open(files::memory_file(written()));
     ASSERT_TRUE(reader);
     EXPECT_EQ(reader->entry_count(), 65'535u);
     EXPECT_EQ(reader->entry(65'534)->name, "65534/");
@@ -207,20 +124,18 @@ class HugeSource : public FakeArchives {
     testing::FakeFiles fake;
 };
 
-TEST(ZipWriter, RefusesFourGigabytesAndSourcesThatEndEarly) {
-    Written written;
-    ZipWriter writer(std::make_unique<WrittenFile>(written));
+TEST_F(ZipWriting, RefusesFourGigabytesAndSourcesThatEndEarly) {
     HugeSource too_large(0x1'0000'0000, 0x1'0000'0000);
     const Result<void> added = writer.add_file(too_large, "huge", native(u"huge"), thorough);
     EXPECT_EQ(added.error(), ErrorCode::AddFailed);
-    EXPECT_EQ(written.bytes.size(), 0u); // before anything was read or written
+    EXPECT_EQ(written().size(), 0u); // before anything was read or written
     HugeSource shrunk(100'000, 70'000);
     EXPECT_EQ(writer.add_file(shrunk, "huge", native(u"huge"), thorough).error(),
               ErrorCode::AddFailed);
     EXPECT_EQ(shrunk.fake.open_files(), 0);
     // What the failed add left does not show.
     ASSERT_TRUE(writer.finish());
-    EXPECT_EQ(written.bytes.size(), 22u);
+    EXPECT_EQ(written().size(), 22u);
 }
 
 TEST(ZipWriter, AFailedAddLeavesAValidArchive) {

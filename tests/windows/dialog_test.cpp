@@ -1,4 +1,4 @@
-// The dialog of VlFile_ContentsDialog, driven as a user drives it.
+// The dialogs to select files and folders, driven as a user drives them.
 #include "src/base/win32_text.h"
 #include "src/files/file_dialog.h"
 #include "tests/windows/plugin_fixture.h"
@@ -17,6 +17,8 @@ TEST(FilePatterns, TakeTypesInEveryForm) {
 }
 
 constexpr int file_name_control = 1152; // the dialog's field for the name
+
+constexpr const char16_t* accepted = u"\1"; // the name that the dialog proposes
 
 // Waits for the dialog of a title and answers it: with a file name, or with Cancel for an empty
 // one.
@@ -37,7 +39,8 @@ class User {
             const HWND name = dialog ? GetDlgItem(dialog, file_name_control) : nullptr;
             if (!name || !IsWindowVisible(dialog))
                 continue;
-            SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(as_wide(file_name)));
+            if (file_name != accepted)
+                SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(as_wide(file_name)));
             PostMessageW(dialog, WM_COMMAND, file_name.empty() ? IDCANCEL : IDOK, 0);
             Sleep(200);
         }
@@ -77,6 +80,63 @@ TEST_F(Plugin, ContentsDialogGivesTheFileThatTheUserSelects) {
         const User user(u"The step's", file);
         EXPECT_EQ(call_id(7202, {u"", u"The step's", folder_path, number(4200), number(0)}),
                   u"gr\u00C3\u00BC\u00C3\u009F\r\n");
+    }
+}
+
+TEST_F(Plugin, SelectDialogsGiveThePathsThatTheUserSelects) {
+    if (!has_display())
+        GTEST_SKIP() << "no display";
+    start();
+    const TemporaryFolder folder;
+    const std::u16string folder_path = to_utf16(folder.path());
+    const std::u16string a = folder.file(L"a \u00E4.txt", "");
+    const std::u16string b = folder.file(L"b.txt", "");
+    const auto number = [](int value) {
+        return Value(console::Decimal(value));
+    };
+    const std::u16string both = u"\"a \u00E4.txt\" \"b.txt\"";
+    const auto lines_are_a_and_b = [&](const std::u16string& lines) {
+        return lines == a + u'\r' + b || lines == b + u'\r' + a;
+    };
+    {
+        const User user(u"One", a);
+        EXPECT_EQ(call(u"VlFile_SelectFileDialog", {u"-Types=txt", u"One", folder_path}), a);
+    }
+    {
+        const User user(u"Several", both);
+        EXPECT_TRUE(lines_are_a_and_b(
+            call(u"VlFile_SelectFileDialog", {u"-AllowMultipleFiles", u"Several", folder_path})));
+    }
+    {
+        const User user(u"The step's", both);
+        EXPECT_TRUE(lines_are_a_and_b(call_id(
+            7271, {u"", u"The step's", folder_path, number(1), number(0), number(0), number(0)})));
+    }
+    {
+        const User user(u"Save", u"new");
+        EXPECT_EQ(call(u"VlFile_SaveFileDialog", {u"", u"Save", u"report.pdf", folder_path}),
+                  folder_path + u"new.pdf");
+    }
+    {
+        const User user(u"Default", accepted);
+        EXPECT_EQ(call(u"VlFile_SaveFileDialog", {u"", u"Default", u"report.pdf", folder_path}),
+                  folder_path + u"report.pdf");
+    }
+    {
+        const User user(u"Over", u"b.txt");
+        EXPECT_EQ(call(u"VlFile_SaveFileDialog",
+                       {u"-NoOverwritePrompt", u"Over", u"report.txt", folder_path}),
+                  b);
+    }
+    {
+        // Wine gives this dialog a title of its own, which is the one of the call here.
+        const User user(u"Select Folder", folder_path.substr(0, folder_path.size() - 1));
+        EXPECT_EQ(call(u"VlFile_SelectFolderDialog", {u"", u"Select Folder", u"C:/"}), folder_path);
+    }
+    for (const char16_t* function :
+         {u"VlFile_SelectFileDialog", u"VlFile_SelectFolderDialog", u"VlFile_SaveFileDialog"}) {
+        const User user(u"Select Folder", u"");
+        EXPECT_EQ(call(function, {u"", u"Select Folder"}), u"$$-128");
     }
 }
 

@@ -6,6 +6,7 @@
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -29,15 +30,15 @@ constexpr host::LicenceChecks adjustable{
 TEST_F(Dispatcher, ChecksInTheirOrder) {
     host::replace_licence_checks(&adjustable);
     start();
-    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4221"); // reaches its (missing) body
+    EXPECT_EQ(call(u"VlFile_ReferenceToClip", {u"", u"a"}), u"$$-4221"); // its body
     EXPECT_EQ(call(u"VlFile_Control", {u"-DisableAllFunctions", u"secret"}), u"0");
     licence_state = static_cast<ErrorCode>(-4219);
     within_time = false;
-    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4222");
+    EXPECT_EQ(call(u"VlFile_ReferenceToClip", {u"", u"a"}), u"$$-4222");
     within_time = true;
-    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4219");
+    EXPECT_EQ(call(u"VlFile_ReferenceToClip", {u"", u"a"}), u"$$-4219");
     licence_state = ErrorCode::Ok;
-    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4220");
+    EXPECT_EQ(call(u"VlFile_ReferenceToClip", {u"", u"a"}), u"$$-4220");
     EXPECT_EQ(call_id(7210, {u"", u"a", u"b"}), u"$$-4220");
 
     within_time = false;
@@ -48,7 +49,7 @@ TEST_F(Dispatcher, ChecksInTheirOrder) {
     EXPECT_EQ(call(u"VlFile_Control", {u"-EnableAllFunctions", u"secret"}), u"0");
     within_time = true;
     licence_state = ErrorCode::Ok;
-    EXPECT_EQ(call(u"VlFile_ListDisks", {u""}), u"$$-4221");
+    EXPECT_EQ(call(u"VlFile_ReferenceToClip", {u"", u"a"}), u"$$-4221");
 }
 
 TEST_F(Dispatcher, UnknownIdsDoNothing) {
@@ -137,7 +138,7 @@ TEST_F(Dispatcher, SurvivesTheFailureOfEveryHostCall) {
           Case{u"VlFile_Control", {u"CurrentEnabledStatus", u"x"}},
           Case{u"VlFile_GetContents", {u"-Encoding=UTF8 -ConvertToFMPLinebreaks", file}},
           Case{u"VlFile_GetContents", {u"-Encoding=BytesOnly", file, number(1), number(3)}},
-          Case{u"VlFile_ListDisks", {u""}}}) {
+          Case{u"VlFile_ReferenceToClip", {u"", u"a"}}}) {
         const std::u16string expected = call(c.function, c.arguments);
         for (const auto failure :
              {console::StandInFailure::Allocation, console::StandInFailure::Unknown}) {
@@ -189,10 +190,14 @@ TEST(Registry, RowsAreConsistent) {
     EXPECT_EQ(host::step_name(7200), "VlFile_STEP_NAME_NOT_SET");
 }
 
+std::string text_of(const std::filesystem::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 // The README's list of what is not built is that of the registry.
 TEST(Registry, ReadmeListsWhatIsNotBuilt) {
-    std::ifstream file(VELL_README);
-    const std::string readme{std::istreambuf_iterator<char>(file), {}};
+    const std::string readme = text_of(VELL_README);
     const std::size_t start = readme.find("<!-- not built: begin -->");
     const std::size_t end = readme.find("<!-- not built: end -->");
     ASSERT_NE(start, std::string::npos);
@@ -202,6 +207,34 @@ TEST(Registry, ReadmeListsWhatIsNotBuilt) {
         EXPECT_EQ(list.find("`" + std::string(row.name()) + "`") != std::string::npos,
                   row.body == params::not_available)
             << row.name();
+}
+
+// The table of functions has a line for each prototype, and the documents that it names describe
+// them.
+TEST(Registry, DocumentsListTheFunctions) {
+    const auto folder = std::filesystem::path(VELL_README).parent_path() / "docs" / "functions";
+    const std::string index = text_of(folder / "README.md");
+    std::size_t lines = 0;
+    for (std::size_t at = 0; (at = index.find("\n| `VlFile_", at)) != std::string::npos; ++at)
+        ++lines;
+    EXPECT_EQ(lines, host::function_rows().size());
+    for (const host::FunctionRow& row : host::function_rows()) {
+        const std::string cell = "\n| `" + std::string(row.prototype) + "` | ";
+        const std::size_t at = index.find(cell);
+        ASSERT_NE(at, std::string::npos) << row.prototype;
+        const std::size_t link = at + cell.size();
+        if (index[link] != '[') {
+            EXPECT_TRUE(row.body == params::not_available) << row.prototype;
+            continue;
+        }
+        const std::size_t name = index.find('(', link) + 1;
+        const std::string document = index.substr(name, index.find(')', name) - name);
+        const std::string text = text_of(folder / document);
+        // A header may describe functions of a kind together.
+        EXPECT_TRUE(document.ends_with(".md") ? text.find(row.name()) != std::string::npos
+                                              : !text.empty())
+            << row.name() << " in " << document;
+    }
 }
 
 } // namespace

@@ -1,0 +1,14 @@
+// Link files: what is read of them, and that a relative path put in comes out again.
+#include "fuzz/input.h"
+#include "src/files/shell_link_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const auto link = vell::files::read_link_file(bytes);
+    const auto changed = vell::files::with_relative_target(bytes, u"..\\file.txt");
+    if (!changed)
+        return 0;
+    const auto read_again = vell::files::read_link_file(*changed);
+    FUZZ_CHECK(link && read_again && read_again->relative_target == u"..\\file.txt");
+    return 0;
+}

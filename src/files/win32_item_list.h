@@ -1,0 +1,17 @@
+// Owners of the shell's names of items. Windows only.
+#pragma once
+
+#include "src/base/win32_handle.h"
+
+#include <shlobj.h>
+
+namespace vell::files {
+
+struct ItemListKind {
+    using Type = PIDLIST_ABSOLUTE;
+    static PIDLIST_ABSOLUTE empty() { return nullptr; }
+    static void close(PIDLIST_ABSOLUTE list) { ILFree(list); }
+};
+using UniqueItemList = UniqueResource<ItemListKind>;
+
+} // namespace vell::files

@@ -1,0 +1,57 @@
+#include "src/params/switch_text.h"
+
+#include "src/base/ascii.h"
+
+#include <algorithm>
+
+namespace vell::params {
+namespace {
+
+constexpr auto npos = std::u16string_view::npos;
+
+bool begins_with(std::u16string_view text, std::u16string_view name) {
+    return text.size() >= name.size() &&
+           std::ranges::equal(text.substr(0, name.size()), name, {}, fold_ascii<char16_t>,
+                              fold_ascii<char16_t>);
+}
+
+// Takes a quoted text, or what there is of it, from the front of `rest`.
+std::u16string take_quoted(std::u16string_view& rest) {
+    std::u16string value;
+    rest.remove_prefix(1);
+    for (;;) {
+        const std::size_t quote = rest.find(u'"');
+        value += rest.substr(0, quote);
+        rest.remove_prefix(quote == npos ? rest.size() : quote + 1);
+        if (!rest.starts_with(u'"'))
+            return value;
+        value += u'"';
+        rest.remove_prefix(1);
+    }
+}
+
+std::u16string_view trimmed(std::u16string_view text) {
+    const std::size_t start = text.find_first_not_of(u' ');
+    return start == npos ? std::u16string_view()
+                         : text.substr(start, text.find_last_not_of(u' ') - start + 1);
+}
+
+} // namespace
+
+std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name) {
+    for (std::u16string_view rest = switches; !rest.empty();) {
+        if (begins_with(rest, name)) {
+            rest.remove_prefix(name.size());
+            if (rest.starts_with(u'"'))
+                return take_quoted(rest);
+            return std::u16string(trimmed(rest.substr(0, rest.find(u'-', 1))));
+        }
+        const bool is_equals_sign = rest.front() == u'=';
+        rest.remove_prefix(1);
+        if (is_equals_sign && rest.starts_with(u'"'))
+            take_quoted(rest);
+    }
+    return std::nullopt;
+}
+
+} // namespace vell::params

@@ -1,0 +1,219 @@
+// Functions on disks and special folders that exist only here.
+#include "src/base/ascii.h"
+#include "src/files/disk_names.h"
+#include "src/files/disks.h"
+#include "src/files/special_folders.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/table_text.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace vell::files {
+namespace {
+
+struct FakeDisk {
+    DiskType type = DiskType::Fixed;
+    const char16_t* name = nullptr; // none: no medium
+    const char16_t* share = u"";
+};
+
+// Notes what was done with the disks.
+class FakeDisks : public DiskSystem {
+  public:
+    std::map<char16_t, FakeDisk> disks{
+        {u'C', {DiskType::Fixed, u"Windows"}},
+        {u'D', {DiskType::Fixed, u"Data"}},
+        {u'E', {DiskType::Optical}},
+        {u'F', {DiskType::Removable, u"STICK"}},
+        {u'G', {DiskType::Removable, u"TWIN"}},
+        {u'H', {DiskType::Removable, u"TWIN"}},
+        {u'Y', {DiskType::Network, u"", u"\\\\server\\Sales"}},
+    };
+    std::set<char16_t> remembered; // letters of connections that are not there
+    std::u16string done;
+    ErrorCode failure = ErrorCode::Ok;
+
+    std::uint32_t letters() override {
+        std::uint32_t bits = 0;
+        for (const auto& [letter, disk] : disks)
+            bits |= 1u << (letter - u'A');
+        return bits;
+    }
+    DiskType type_of(const std::u16string& root) override { return disks.at(root[0]).type; }
+    Result<VolumeInformation> information(const std::u16string& root) override {
+        VolumeInformation information{u"", u"NTFS", 0x1A2B003C, true};
+        if (root[1] == u':') {
+            if (!disks.at(root[0]).name)
+                return Failure{ErrorCode::VolumeOffline};
+            information.name = disks.at(root[0]).name;
+        }
+        return information;
+    }
+    Result<DiskSpace> space(const std::u16string&) override {
+        return DiskSpace{5'000'000'000'000, 4'999'999'999'999};
+    }
+    std::u16string share_of(char16_t letter) override { return disks.at(letter).share; }
+    char16_t system_letter() override { return u'C'; }
+    bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
+        return std::ranges::equal(a, b, {}, fold_ascii<char16_t>, fold_ascii<char16_t>);
+    }
+    Result<void> connect(const ShareConnection& connection) override {
+        if (!connection.drive.empty() && remembered.contains(connection.drive[0]))
+            return Failure{ErrorCode::VolumeOnline};
+        return note(u"connect " + connection.drive + u' ' + connection.share + u' ' +
+                    connection.user + u' ' + connection.password +
+                    (connection.is_kept ? u" kept" : u""));
+    }
+    Result<void> disconnect(const std::u16string& name, OpenFiles open_files) override {
+        return note(u"disconnect " + name + forced(open_files));
+    }
+    Result<void> eject(char16_t letter, OpenFiles open_files) override {
+        return note(u"eject " + std::u16string(1, letter) + forced(open_files));
+    }
+
+  private:
+    static const char16_t* forced(OpenFiles open_files) {
+        return open_files == OpenFiles::CutOff ? u" forced" : u"";
+    }
+    Result<void> note(std::u16string what) {
+        if (failure != ErrorCode::Ok)
+            return Failure{failure};
+        done = std::move(what);
+        return {};
+    }
+};
+
+class Disks : public ::testing::Test {
+  protected:
+    using Function = Result<void> (*)(params::Call&, DiskSystem&);
+
+    // ";" for the ends of lines.
+    std::u16string result(Function function, testing::FakeCall& call) {
+        system.done.clear();
+        const Result<void> done = function(call, system);
+        std::u16string text =
+            done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
+        std::ranges::replace(text, u'\r', u';');
+        return text;
+    }
+    std::u16string result(Function function, std::vector<std::u16string> parameters) {
+        testing::FakeCall call(std::move(parameters));
+        return result(function, call);
+    }
+    std::u16string mounted(std::u16string switches, std::u16string server, std::u16string disk) {
+        const std::u16string text =
+            result(mount_disk, {std::move(switches), u"zone", std::move(server), std::move(disk)});
+        return system.done.empty() ? text : text + u" " + system.done;
+    }
+
+    FakeDisks system;
+};
+
+TEST_F(Disks, AreListedByType) {
+    const auto cases = testing::cells(
+        u"|C:\\;D:\\;E:\\;F:\\;G:\\;H:\\;Y:\\|-local -ReadyOnly|C:\\;D:\\;F:\\;G:\\;H:\\|-Ram||"
+        u"-network -optical -FileMakerPathFormat|filewin:/E:/;filewin:/Y:/|"
+        u"-VolumeNames|Windows;Data;E:\\;STICK;TWIN;TWIN;Y:\\|"
+        u"-Fixed -Network -ShareNames|C:\\;D:\\;\\\\server\\Sales|");
+    for (std::size_t i = 0; i < cases.size(); i += 2)
+        EXPECT_EQ(result(list_disks, {cases[i]}), cases[i + 1]) << utf8_from_utf16(cases[i]);
+}
+
+TEST_F(Disks, TellOfThemselvesByAnyName) {
+    const auto cases = testing::cells(
+        u"-DiskPath|d|D:\\|-DiskPath|D:|D:\\|-DiskPath|D:\\|D:\\|-DiskPath|/D:/|D:\\|"
+        u"-DiskPath|filewin:/D:/|D:\\|-DiskPath|data|D:\\|-DiskPath|D:\\folder\\x|D:\\|"
+        u"-DiskPath|sales|Y:\\|-DiskPath|\\\\SERVER\\sales\\|Y:\\|-DiskPath|//server/sales|Y:\\|"
+        u"-DiskPath|smb://server/sales|Y:\\|-DiskPath|\\\\other\\x\\folder|\\\\other\\x\\|"
+        u"||-50||$$-35|-4299||C\rD|-4254||Q:|-35||nobody|-35||twin|-37||a<b|-37||\\\\server|-37|"
+        u"|\\\\server\\..|-37|-FreeSpace|D|4999999999999|-usedspace|D|1|"
+        u"-SerialNumber -Type|F|Type: Removable;SerialNumber: 1A2B-003C|"
+        u"|sales|DiskPath: Y:\\;Type: Network;ShareName: \\\\server\\Sales;VolumeName: ;"
+        u"FileSystem: NTFS;SerialNumber: 1A2B-003C;ReadOnly: 1;TotalSpace: 5000000000000;"
+        u"FreeSpace: 4999999999999;UsedSpace: 1|"
+        u"-Type|E|Optical||E|-53|-NumberOfFiles|C|-4243|"); // E has no medium
+    for (std::size_t i = 0; i < cases.size(); i += 3)
+        EXPECT_EQ(result(disk_info, {cases[i], cases[i + 1]}), cases[i + 2])
+            << utf8_from_utf16(cases[i] + u" | " + cases[i + 1]);
+}
+
+TEST_F(Disks, AreMountedOnFreeLetters) {
+    // Switches, server, disk, result and what was done.
+    const auto cases = testing::cells(
+        u"|srv|/pub|0 connect Z: \\\\srv\\pub  ||\\\\srv|pub/|0 connect Z: \\\\srv\\pub  |"
+        u"|SMB://srv/pub||0 connect Z: \\\\srv\\pub  |||\\\\srv\\pub|0 connect Z: \\\\srv\\pub  |"
+        u"|SRV|//srv/pub|0 connect Z: \\\\srv\\pub  |"
+        u"-DriveLetter=q: -Persistent -ReturnPath|srv|pub\\x|Q:\\ connect Q: \\\\srv\\pub\\x   "
+        u"kept|"
+        u"-WithoutDriveLetter -ReturnPath|srv|pub|\\\\srv\\pub\\ connect  \\\\srv\\pub  |"
+        u"||pub|-50||srv||-50||smb://||-50||srv|a:b|-37||s<v|pub|-37||srv|\\\\other\\pub|-37|"
+        u"|srv|..|-37|-DriveLetter=|srv|pub|-37|-DriveLetter=ZZ|srv|pub|-37|"
+        u"|SERVER|sales|-55|-DriveLetter=D|srv|pub|-55|"
+        u"-reuse drive letter -ReturnPath|server|sales|Y:\\|");
+    for (std::size_t i = 0; i < cases.size(); i += 4)
+        EXPECT_EQ(mounted(cases[i], cases[i + 1], cases[i + 2]), cases[i + 3])
+            << utf8_from_utf16(cases[i] + u" | " + cases[i + 1] + u" | " + cases[i + 2]);
+    system.remembered = {u'Z', u'X'};
+    EXPECT_EQ(mounted(u"", u"srv", u"pub"), u"0 connect W: \\\\srv\\pub  ");
+    for (char16_t letter = u'D'; letter <= u'W'; ++letter)
+        system.disks.try_emplace(letter);
+    EXPECT_EQ(mounted(u"", u"srv", u"pub"), u"1248");
+}
+
+TEST_F(Disks, ReuseALetterWhenTheStepSaysSo) {
+    testing::FakeCall step({u"", u"", u"server", u"sales", u"me", u"secret", u"1"});
+    step.set_step_option(6, 1);
+    EXPECT_EQ(result(mount_disk, step), u"0");
+    step.set_step_option(6, 0);
+    EXPECT_EQ(result(mount_disk, step), u"-55");
+    system.disks.erase(u'Y');
+    EXPECT_EQ(result(mount_disk, step), u"0");
+    EXPECT_EQ(system.done, u"connect Z: \\\\server\\sales me secret");
+    system.failure = static_cast<ErrorCode>(1326);
+    EXPECT_EQ(result(mount_disk, step), u"1326");
+}
+
+TEST_F(Disks, AreUnmountedByTheirKind) {
+    const auto cases = testing::cells(
+        u"Y|0|disconnect Y:|\\\\server\\sales|0|disconnect Y:|\\\\other\\pub|0|"
+        u"disconnect \\\\other\\pub|stick|0|eject F|E:|0|eject E|C:|-47||Data|-4243||F:\\folder|"
+        u"-37||\\\\server\\sales\\folder|-37||");
+    for (std::size_t i = 0; i < cases.size(); i += 3) {
+        EXPECT_EQ(result(unmount_disk, {u"", cases[i]}), cases[i + 1]) << utf8_from_utf16(cases[i]);
+        EXPECT_EQ(system.done, cases[i + 2]) << utf8_from_utf16(cases[i]);
+    }
+    EXPECT_EQ(result(unmount_disk, {u"-Force", u"F"}), u"0");
+    EXPECT_EQ(system.done, u"eject F forced");
+    system.failure = disk_error(2401);
+    EXPECT_EQ(result(unmount_disk, {u"", u"Y"}), u"-47");
+}
+
+TEST(FindFolder, TakesTheLongestWord) {
+    SpecialFolder asked{};
+    MakeFolder made{};
+    const auto source = [&](SpecialFolder folder, MakeFolder make) -> Result<std::u16string> {
+        asked = folder;
+        made = make;
+        return std::u16string(u"C:\\x");
+    };
+    for (const auto& [word, folder] : special_folder_words()) {
+        testing::FakeCall call({u"-" + utf16_from_utf8(word) + u"Folder -CreateFolder"});
+        ASSERT_TRUE(find_folder(call, source).has_value()) << word;
+        EXPECT_EQ(asked, folder) << word;
+        EXPECT_EQ(call.result(), u"C:\\x\\");
+        EXPECT_EQ(made, MakeFolder::Yes);
+    }
+    testing::FakeCall host_form({u"-FileMakerPathFormat desktop"});
+    ASSERT_TRUE(find_folder(host_form, source).has_value());
+    EXPECT_EQ(host_form.result(), u"filewin:/C:/x/");
+    EXPECT_EQ(made, MakeFolder::No);
+    for (const char16_t* switches : {u"", u"-Unknown", u"-CreateFolder -FileMakerPathFormat"}) {
+        testing::FakeCall call({switches});
+        EXPECT_EQ(find_folder(call, source).error(), ErrorCode::BadParameter);
+    }
+}
+
+} // namespace
+} // namespace vell::files

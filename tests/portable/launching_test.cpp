@@ -1,0 +1,156 @@
+// What the desktop is asked for, and what the dialogs are.
+#include "src/files/launching.h"
+#include "src/files/select_dialogs.h"
+#include "tests/portable/fake_call.h"
+
+#include <gtest/gtest.h>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using testing::FakeCall;
+
+std::string text_of(const FakeCall& call, const Result<void>& done) {
+    EXPECT_EQ(call.result().has_value(), done.has_value());
+    return done ? utf8_from_utf16(call.result().value_or(u"<no result>"))
+                : "$$" + std::to_string(number(done.error()));
+}
+
+struct ServerCall : FakeCall {
+    using FakeCall::FakeCall;
+    bool is_server_host() const override { return true; }
+};
+
+// Knows two items, and writes down what it is asked for.
+class NotedDesktop : public Desktop {
+  public:
+    std::u16string asked;
+
+    Result<FoundItem> find(const NativePath& path) override {
+        if (path.wide == u"C:\\d\\a b.txt")
+            return FoundItem{path.wide, false};
+        if (path.wide == u"C:\\d" || path.wide == u"C:\\d\\")
+            return FoundItem{path.wide, true};
+        if (path.wide == u"C:\\long")
+            return FoundItem{std::u16string(260, u'x'), false};
+        return Failure{ErrorCode::NotFound};
+    }
+    Result<void> launch(const LaunchRequest& request) override {
+        asked = u"launch " + request.target + u'|' + request.parameters + u'|' +
+                request.working_folder + u'|' + request.verb + u'|' +
+                static_cast<char16_t>(u'0' + static_cast<int>(request.window));
+        return {};
+    }
+    Result<void> reveal(const std::u16string& path) override {
+        asked = u"reveal " + path;
+        return {};
+    }
+    Result<void> bring_to_front(void*) override { return Failure{ErrorCode::NoFrontWindow}; }
+};
+
+using DesktopBody = Result<void> (*)(Call&, Desktop&);
+
+TEST(Launching, AsksTheDesktop) {
+    const struct {
+        DesktopBody body;
+        std::vector<std::u16string> parameters;
+        const char* result; // what was asked for, or the code
+    } cases[] = {
+        {launch, {u"", u"C:\\d\\a b.txt"}, "launch C:\\d\\a b.txt||C:\\d\\||0"},
+        {launch,
+         {u"-print -hide", u"C:\\d\\a b.txt", u"/x"},
+         "launch C:\\d\\a b.txt|/x|C:\\d\\|print|1"},
+        {launch, {u"-Edit-Maximize", u"C:\\d"}, "launch C:\\d||C:\\d|edit|3"},
+        {launch, {u"-Open", u"calc"}, "launch calc|||open|0"},
+        {launch, {u"", u"d\\calc"}, "$$-43"},
+        {launch, {u"", u"C:\\long"}, "$$206"},
+        {launch, {u"", u"a\rb"}, "$$-4254"},
+        {launch, {u"", u"C:\\d", std::u16string(1, u'\0')}, "$$-50"},
+        {launch, {u"", u"HTTPS://x.example/\"a b", u"p"}, "launch HTTPS://x.example/%22a%20b||||0"},
+        {launch, {u"", u"fmp20:$x"}, "launch fmp20:$x||||0"},
+        {launch, {u"", u"http:\ta"}, "$$-43"},
+        {launch, {u"", u"fmpx:y"}, "$$-43"},
+        {open_folder, {u"", u"C:\\d"}, "launch C:\\d||C:\\d|open|0"},
+        {open_folder, {u"", u"C:\\d\\a b.txt"}, "$$-1407"},
+        {open_folder, {u"", u"C:\\none"}, "$$-120"},
+        {reveal, {u"", u"C:\\d\\a b.txt"}, "reveal C:\\d\\a b.txt"},
+        {reveal, {u"", u"C:\\d\\"}, "reveal C:\\d"},
+        {reveal, {u"-OpenFolder", u"C:\\d"}, "launch C:\\d||C:\\d|open|0"},
+        {reveal, {u"", u""}, "$$-50"},
+        {bring_to_front, {}, "$$-5600"},
+    };
+    for (const auto& c : cases) {
+        NotedDesktop desktop;
+        FakeCall call(c.parameters);
+        const std::string result = text_of(call, c.body(call, desktop));
+        EXPECT_EQ(result == "0" ? utf8_from_utf16(desktop.asked) : result, c.result);
+        ServerCall on_server(c.parameters);
+        NotedDesktop untouched;
+        EXPECT_EQ(text_of(on_server, c.body(on_server, untouched)), "$$-4251") << c.result;
+        EXPECT_EQ(untouched.asked, u"");
+    }
+}
+
+// The options of a dialog in one line.
+std::string shown(const FileDialog& dialog) {
+    return utf8_from_utf16(dialog.title + u'|' + dialog.initial_folder + u'|' + dialog.types +
+                           u'|' + dialog.name + u'|') +
+           (dialog.several ? "several " : "") + (dialog.show_hidden ? "hidden " : "") +
+           (dialog.ask_before_replacing ? "ask" : "");
+}
+
+using DialogBody = Result<void> (*)(Call&, const ShowDialog&);
+
+TEST(SelectDialogs, ShowWhatTheCallSays) {
+    const struct {
+        DialogBody body;
+        std::vector<std::u16string> parameters;
+        const char* dialog; // or the code
+        const char* result = "C:\\a\rC:\\b";
+    } cases[] = {
+        {select_file_dialog, {u"", u""}, "Select a file.||||ask"},
+        {select_file_dialog,
+         {u"-AllowMultipleFiles -Types=txt, pdf -ShowInvisibles -FileMakerPathFormat", u"Two",
+          u"filewin:/C:/d"},
+         "Two|C:/d\\|txt, pdf||several hidden ask",
+         "filewin:/C:/a\rfilewin:/C:/b"},
+        {select_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
+        {select_folder_dialog, {u"-ShowInvisibles", u"Where"}, "Where||||hidden ask", "C:\\a\\"},
+        {save_file_dialog,
+         {u"", u"", u"r.pdf", u"D:\\"},
+         "Save the file as:|D:\\||r.pdf|ask",
+         "C:\\a"},
+        {save_file_dialog, {u"-NoOverwritePrompt -Types=x", u"P"}, "P||x||", "C:\\a"},
+        {save_file_dialog, {u"", u"", u"a/b"}, "$$-37"},
+        {save_file_dialog, {u"", u"", u"a\nb"}, "$$-37"},
+        {save_file_dialog, {u"", u"", u"a."}, "$$-37"},
+        {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},
+        {save_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
+        {save_file_dialog, {u""}, "$$-50"},
+    };
+    for (const auto& c : cases) {
+        std::string dialog;
+        const auto show = [&](const FileDialog& wanted) {
+            dialog = shown(wanted);
+            return Result<std::vector<std::u16string>>(
+                std::vector<std::u16string>{u"C:\\a", u"C:\\b"});
+        };
+        FakeCall call(c.parameters);
+        const std::string result = text_of(call, c.body(call, show));
+        EXPECT_EQ(dialog.empty() ? result : dialog, c.dialog);
+        if (!dialog.empty())
+            EXPECT_EQ(result, c.result) << c.dialog;
+    }
+    FakeCall step({u"", u"", u""});
+    step.set_step_option(3, 1);
+    step.set_step_option(4, 0);
+    const auto cancel = [&](const FileDialog& wanted) -> Result<std::vector<std::u16string>> {
+        EXPECT_EQ(shown(wanted), "Select a file.||||several ask");
+        return Failure{ErrorCode::Cancelled};
+    };
+    EXPECT_EQ(text_of(step, select_file_dialog(step, cancel)), "$$-128");
+}
+
+} // namespace
+} // namespace vell::files

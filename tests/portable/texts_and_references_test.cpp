@@ -1,0 +1,132 @@
+// Texts converted for and from files, characters by number, references as paths, classic types.
+#include "src/files/character_codes.h"
+#include "src/files/mac_properties.h"
+#include "src/files/path_references.h"
+#include "src/files/text_conversion.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/fake_files.h"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using testing::FakeCall;
+
+template <typename Function>
+std::string result_of(const Function& function, std::vector<std::u16string> parameters) {
+    FakeCall call(std::move(parameters));
+    const Result<void> done = function(call);
+    EXPECT_EQ(call.result().has_value(), done.has_value());
+    return done ? utf8_from_utf16(call.result().value_or(u"<no result>"))
+                : "$$" + std::to_string(number(done.error()));
+}
+
+TEST(TextConversion, LineEndsAndBytesGoBothWays) {
+    constexpr std::tuple<const char16_t*, const char16_t*, const char*, const char*> cases[] = {
+        {u"", u"a\rb\r\nc\nd\r\re", "a\r\nb\r\nc\r\nd\r\n\r\ne", "a\rb\rc\rd\r\re"},
+        {u"-CRtoCRLF", u"a\rb\nc", "a\r\nb\nc", "a\r\nb\nc"},
+        {u"-CRLFtoCR", u"a\r\nb\nc", "a\rb\nc", "a\rb\nc"},
+        {u"-Encoding=none such", u"\u20AC\r", "\u20AC\r\n", "\u20AC\r"},
+        {u"-Encoding=UTF8", u"\u00C3\u00A9\n", "\u00C3\u0083\u00C2\u00A9\r\n", "\u00E9\r"},
+        {u"-encoding=utf-8", u"\u00E9", "\u00C3\u00A9",
+         "<INVALID UTF8; trying native encoding>\u00E9"},
+        {u"-Encoding=UTF8", u"\u20AC", "\u00E2\u0082\u00AC", "$$-4297"},
+        {u"-Encoding=BytesOnly", u"\u20AC", "$$-4297", "$$-4297"},
+        {u"-Encoding=BytesOnly", u"\u0080\u00FF", "\u0080\u00FF", "\u0080\u00FF"},
+    };
+    for (const auto& [switches, text, from_host, to_host] : cases) {
+        EXPECT_EQ(result_of(convert_from_host_text, {switches, text}), from_host);
+        EXPECT_EQ(result_of(convert_to_host_text, {switches, text}), to_host);
+    }
+}
+
+TEST(CharacterCodes, AreCodePointsOrBytesOfTheEncoding) {
+    constexpr std::tuple<const char16_t*, const char16_t*, const char16_t*, const char*> cases[] = {
+        {u"", u"x-65.066y", u"--", "A--B"},
+        {u"", u"8364 128512 55295 57344 1114111", u"", "\u20AC\U0001F600\uD7FF\uE000\U0010FFFF"},
+        {u"", u"none", u"-", ""},
+        {u"", u"65 0", u"", "$$-4241"},
+        {u"", u"57343", u"", "$$-4241"},
+        {u"", u"1114112", u"", "$$-4241"},
+        {u"", u"18446744073709551681", u"", "$$-4241"}, // 65 in 64 bits
+        {u"-Encoding=ISO_8859_1", u"233 255", u"-", "\u00E9-\u00FF"},
+        {u"-Encoding=ISO_8859_1", u"256", u"", "$$-4241"},
+        {u"-Encoding=UTF8", u"195 169 65", u"", "\u00E9A"},
+        {u"-Encoding=UTF8", u"50089 14844588 4036991104 65", u"\u20AC",
+         "\u00E9\u20AC\u20AC\u20AC\U0001F600\u20ACA"},
+        {u"-Encoding=UTF8", u"195 169", u"-", "$$-4280"},
+        {u"-Encoding=UTF8", u"4294967296", u"", "$$-4241"},
+        {u"-Encoding=UTF8", u"", u"-", ""},
+        {u"-Encoding=ShiftJIS_Win", u"33440", u"-", "\u0082\u00A0"},
+    };
+    for (const auto& [switches, values, separator, expected] : cases)
+        EXPECT_EQ(result_of(ascii_value_to_text, {switches, values, separator}), expected)
+            << utf8_from_utf16(values);
+}
+
+TEST(References, NameOneFullPath) {
+    const FullPath full_path = [](std::u16string path) -> Result<std::u16string> {
+        std::ranges::replace(path, u'/', u'\\');
+        const bool has_root = path.starts_with(u"\\\\") || path.substr(0, 2) == u"C:";
+        return has_root ? path : u"C:\\here\\" + path;
+    };
+    constexpr std::pair<const char16_t*, const char*> cases[] = {
+        {u"C:/a/", "C:\\a\\"},
+        {u"/C:/a", "C:\\a"},
+        {u"a.txt", "C:\\here\\a.txt"},
+        {u"filewin:/C:/a b", "C:\\a b"},
+        {u"filewin:C:/a", "C:\\a"},
+        {u"moviewin://server/share/a", "\\\\server\\share\\a"},
+        {u"file:a/b", "C:\\here\\a\\b"},
+        {u"image:/C:/a", "C:\\a"},
+        {u"smb://user:p@ss@server/share/a@b", "\\\\server\\share\\a@b"},
+        {u"\\\\server\\share", "\\\\server\\share"},
+        // What containers say.
+        {u"size:20,30\rimage:../a.jpg\rimagewin:/C:/a.jpg\rimagemac:/Disk/a.jpg", "C:\\a.jpg"},
+        {u"file:/C:/a\rfilewin:/C:/a\r", "C:\\a"},
+        {u"movie:a.mov\rmoviewin://server/share/a.mov", "\\\\server\\share\\a.mov"},
+        {u"C:\\a\rC:\\b", "$$-4254"},
+        {u"size:1,2\rimage:a.jpg\rimagemac:/Disk/a.jpg", "$$-50"},
+        {u"size:1,2\r$$-43", "$$-4299"},
+        {u"", "$$-50"},
+        {u"smb://", "$$-50"},
+        {u"size:1,2", "$$-50"},
+        {u"filemac:/Disk/a", "$$-4221"},
+        {u"filewin:/$$-43", "$$-4299"},
+    };
+    const auto to_path = [&](Call& call) {
+        return file_spec_to_full_path(call, full_path);
+    };
+    for (const auto& [reference, expected] : cases)
+        EXPECT_EQ(result_of(to_path, {u"", reference}), expected) << utf8_from_utf16(reference);
+    EXPECT_EQ(result_of(to_path, {u"-FileMakerPathFormat", u"a/b"}), "filewin:/C:/here/a/b");
+    FakeCall call({u"", u"smb://server/share"});
+    ASSERT_TRUE(full_path_to_file_spec(call, full_path));
+    EXPECT_EQ(call.result(), u"file://server/share");
+}
+
+TEST(MacProperties, AreToldByTheNameOrNotAtAll) {
+    class Files : public testing::FakeFiles {
+        ItemKind kind_of(const NativePath& path) override {
+            return path.wide.starts_with(u"none") ? ItemKind::None
+                   : path.wide == u"a.pdf\\"      ? ItemKind::Folder
+                                                  : ItemKind::File;
+        }
+    } files;
+    const auto type = [&](Call& call) {
+        return get_file_type(call, files);
+    };
+    constexpr std::pair<const char16_t*, const char*> cases[] = {
+        {u"a.txt", "TEXT"}, {u"b\\A.JPEG", "JPEG"}, {u"a.pdf\\", "fold"}, {u"a.unknown", ""},
+        {u"pdf", ""},       {u"none.txt", "$$-43"}, {u"", "$$-50"}};
+    for (const auto& [path, expected] : cases)
+        EXPECT_EQ(result_of(type, {u"", path}), expected) << utf8_from_utf16(path);
+    EXPECT_EQ(result_of(set_finder_comment, {u"", u"", u"comment"}), "$$-50");
+}
+
+} // namespace
+} // namespace vell::files
