@@ -1,4 +1,5 @@
-// Descriptions of PDF files, against a native reader that bench/run has timed on the same files.
+// Descriptions and texts of PDF files, against native readers that bench/run has timed on the same
+// files.
 #include "bench/function_call.h"
 #include "bench/harness.h"
 #include "bench/peers.h"
@@ -13,6 +14,14 @@ namespace vell::bench {
 namespace {
 
 constexpr std::int16_t get_metadata = 4260;
+constexpr std::int16_t get_as_plain_text = 4327;
+
+Row text_row() {
+    FunctionCall call(get_as_plain_text, {u"", to_utf16(sample_path(L"pages.pdf"))});
+    const double ours = best_of(5, [&] { call.run(); });
+    return {"VlFile_GetAsPlainText, 100 pages", ours, native_ns(L"VELL_PDFTOTEXT"), 1.1,
+            "peer: pdftotext, native, without its start"};
+}
 
 } // namespace
 
@@ -35,8 +44,12 @@ std::vector<Row> pdf_rows() {
     std::snprintf(note, sizeof note,
                   "peer: pdfinfo, native, without its start; %zu KB of memory beyond a first round",
                   (peak_memory() - before) / 1024);
-    return {{"VlFile_GetMetaData, description of " + std::to_string(calls.size()) + " PDF files",
-             ours, native_ns(L"VELL_PDFINFO"), 0.3, note}};
+    std::vector<Row> rows{
+        {"VlFile_GetMetaData, description of " + std::to_string(calls.size()) + " PDF files", ours,
+         native_ns(L"VELL_PDFINFO"), 0.3, note}};
+    if (native_ns(L"VELL_PDFTOTEXT") != 0)
+        rows.push_back(text_row());
+    return rows;
 }
 
 } // namespace vell::bench

@@ -33,7 +33,7 @@ need_packages() {
 }
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
-    googletest wine64 wine dpkg-dev)
+    googletest wine64 wine dpkg-dev poppler-data)
 test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb xauth python3
     libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils)
@@ -59,6 +59,9 @@ build() {
         tail -30 "$log" >&2
         die "A part of the source could not be fetched; the whole output is in build/$preset.log"
     }
+    if [ "$preset" = windows ]; then # its own words go to the terminal: it may take minutes
+        "$root/scripts/poppler.sh" >/dev/null || die "Poppler could not be built"
+    fi
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "Building ($preset; a few minutes the first time)"
         (cd "$root" && cmake --preset "$preset" "$@") </dev/null >"$log" 2>&1 || {

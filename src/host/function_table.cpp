@@ -1,24 +1,36 @@
 // One row a function, in the order of registration.
 #include "src/archive/zip_functions.h"
+#include "src/files/aliases.h"
 #include "src/files/attributes.h"
+#include "src/files/character_codes.h"
 #include "src/files/code_signature.h"
 #include "src/files/contents.h"
 #include "src/files/contents_dialog.h"
 #include "src/files/defaults.h"
 #include "src/files/digest.h"
+#include "src/files/disks.h"
 #include "src/files/edit_contents.h"
 #include "src/files/export_to_file.h"
 #include "src/files/file_times.h"
 #include "src/files/folder_operations.h"
 #include "src/files/information.h"
+#include "src/files/launching.h"
 #include "src/files/listing.h"
+#include "src/files/mac_properties.h"
+#include "src/files/path_references.h"
 #include "src/files/path_to.h"
+#include "src/files/search.h"
+#include "src/files/select_dialogs.h"
 #include "src/files/shell.h"
 #include "src/files/shell_information.h"
+#include "src/files/special_folders.h"
+#include "src/files/text_conversion.h"
 #include "src/files/tree.h"
 #include "src/files/write_contents.h"
 #include "src/host/archive_functions.h"
+#include "src/host/drop_functions.h"
 #include "src/host/fm_api.h"
+#include "src/host/pdf_functions.h"
 #include "src/host/plugin_functions.h"
 #include "src/host/registry.h"
 #include "src/metadata/get_metadata.h"
@@ -57,11 +69,11 @@ constexpr FunctionRow rows[] = {
     {4204, 2, 2, all_dialogs, "VlFile_ConvertFromFMText( switches ; text )",
      "Converts text formatted in the internal FileMaker format to text formatted in the format of "
      "the current operating system running on this computer.",
-     not_available},
+     files::convert_from_host_text},
     {4205, 2, 2, all_dialogs, "VlFile_ConvertToFMText( switches ; text )",
      "Converts text formatted in the format of the current operating system running on this "
      "computer to text formatted in the internal FileMaker format.",
-     not_available},
+     files::convert_to_host_text},
     {4210, 3, 3, all_dialogs, "VlFile_CopyFile( switches ; sourceFilePath ; destinationFilePath )",
      "Copies a file to the specified path.", files::copy_file},
     {4211, 2, 2, all_dialogs, "VlFile_CreateFile( switches ; filePath )",
@@ -77,18 +89,18 @@ constexpr FunctionRow rows[] = {
     {4214, 2, 2, all_dialogs, "VlFile_DeleteFolder( switches ; folderPath )",
      "Deletes the folder indicated by the folderPath.", files::delete_folder},
     {4215, 2, 2, all_dialogs, "VlFile_DiskInfo( switches ; diskname )",
-     "Retrieves information about a specified disk, like the number of files.", not_available},
+     "Retrieves information about a specified disk, like the number of files.", files::disk_info},
     {4216, 2, 2, all_dialogs, "VlFile_Exists( switches ; filePath )",
      "Check for the existence of a file or folder.", files::exists},
     {4220, 2, 2, all_dialogs, "VlFile_FileSpecToFullPath( switches ; FileSpec )",
-     "Returns full path of a file or folder from the FSSpec.", not_available},
+     "Returns full path of a file or folder from the FSSpec.", files::file_spec_to_full_path},
     {4221, 1, 1, all_dialogs, "VlFile_FindFolder( folderswitch )",
-     "Returns the path to special folders (subdirectories).", not_available},
+     "Returns the path to special folders (subdirectories).", files::find_folder},
     {4222, 2, 2, all_dialogs, "VlFile_FullPathToFileSpec( switches ; filePath )",
-     "Changes the full name path to the standard Macintosh FSSpec.", not_available},
+     "Changes the full name path to the standard Macintosh FSSpec.", files::full_path_to_file_spec},
     {4223, 2, 4, all_dialogs, "VlFile_GetContents( switches ; filePath { ; start ; { size } } )",
      "Returns (a part of) the contents of the file specified by the filePath.",
-     files::get_contents},
+     get_contents},
     {4224, 2, 2, all_dialogs, "VlFile_GetDataSize( switches ; filePath )",
      "Returns the size of the data for the file specified by the filePath.", files::get_file_size,
      Served::WhenEnabled, RegistrationGroup::First, "GetDataSize"},
@@ -106,11 +118,11 @@ constexpr FunctionRow rows[] = {
     {4234, 2, 2, all_dialogs, "VlFile_GetFileAttribute( switches ; filePath )",
      "Returns an attribute of the file specified by the filePath.", files::get_file_attribute},
     {4240, 2, 2, all_dialogs, "VlFile_GetFileCreator( switches ; filePath )",
-     "Returns the Creator for the file specified by the filePath.", not_available},
+     "Returns the Creator for the file specified by the filePath.", files::get_file_creator},
     {4241, 2, 2, all_dialogs, "VlFile_GetFileSize( switches ; filePath )",
      "Returns the file size for the file specified by the filePath.", files::get_file_size},
     {4242, 2, 2, all_dialogs, "VlFile_GetFileType( switches ; filePath )",
-     "Returns the FileType for the file specified by the filePath.", not_available},
+     "Returns the FileType for the file specified by the filePath.", files::get_file_type},
     {4243, 1, 3, all_dialogs, "VlFile_GetPathTo( switches ; desiredFilename ; fileSize )",
      "Returns the path to an object, at the moment the path to the FileMaker application or the "
      "current FileMaker file.",
@@ -124,32 +136,32 @@ constexpr FunctionRow rows[] = {
      "Returns the modification time for the file specified by the filePath.",
      files::get_time_modified},
     {4252, 2, 3, all_dialogs, "VlFile_Launch( switches ; filePath ; { params } )",
-     "Opens a file with the application that has registered it.", not_available},
+     "Opens a file with the application that has registered it.", files::launch},
     {4253, 1, 1, all_dialogs, "VlFile_ListDisks( switches )",
-     "Lists the names of all currently available disks.", not_available},
+     "Lists the names of all currently available disks.", files::list_disks},
     {4254, 2, 2, all_dialogs, "VlFile_ListFolder( switches ; folderPath )",
      "Lists what is inside a folder (directory).", files::list_folder},
     {4260, 2, 2, all_dialogs, "VlFile_GetMetaData( switches ; filePath )",
      "Gets metadata out of a graphic file.", metadata::get_metadata},
     {4261, 4, 6, all_dialogs,
      "VlFile_MountDisk( switches ; zone ; server ; disk; { username ; password } )",
-     "Connect to a shared network volume, by mounting the disk.", not_available},
+     "Connect to a shared network volume, by mounting the disk.", files::mount_disk},
     {4262, 3, 3, all_dialogs, "VlFile_MoveFile( switches ; sourceFilePath ; destinationFilePath )",
      "Moves (or renames) a file from one disk location to another.", files::move_file},
     {4263, 2, 3, all_dialogs, "VlFile_ReferenceToClip( switches ; filePath ; { pathToFMFile } )",
-     "OBSOLETE VlFile_ReferenceToClip", not_available},
+     "OBSOLETE VlFile_ReferenceToClip", files::reference_to_clip},
     {4264, 2, 4, interactive,
      "VlFile_SaveFileDialog( switches ; prompt ; { defaultName ; { initialFolder } } )",
      "Presents the user with a dialog, in which the user can specify where to save a file.",
-     not_available},
+     files::save_file_dialog},
     {4270, 3, 3, all_dialogs,
      "VlFile_Search( switches /* Use \"-files\" and/or \"-folders\" */ ; folderPath ; searchName )",
-     "Search a folder (or volume) for a file or folder (directory).", not_available},
+     "Search a folder (or volume) for a file or folder (directory).", files::search},
     {4271, 2, 3, interactive, "VlFile_SelectFileDialog( switches ; prompt ; { initialFolder } )",
      "Presents the user with a standard dialog and displays all files in a directory.",
-     not_available},
+     files::select_file_dialog},
     {4272, 2, 3, interactive, "VlFile_SelectFolderDialog( switches ; prompt ; { initialFolder } )",
-     "With this function the user can select a folder on disk.", not_available},
+     "With this function the user can select a folder on disk.", files::select_folder_dialog},
     {4273, 2, 2, all_dialogs, "VlFile_SetContents( switches ; text )",
      "Sets the contents of an existing file indicated by the SetDefaultFileSpec function.",
      files::set_contents},
@@ -178,7 +190,7 @@ constexpr FunctionRow rows[] = {
      "sensitive.",
      files::substitute},
     {4290, 2, 2, all_dialogs, "VlFile_UnmountDisk( switches ; diskname )",
-     "Unmounts and ejects a remote or removable disk.", not_available},
+     "Unmounts and ejects a remote or removable disk.", files::unmount_disk},
     {4287, 4, 4, all_dialogs,
      "VlFile_SetMetaData( switches ; sourceFilePath ; destFilePath ; metadata )",
      "Sets metadata into an image file.", metadata::set_metadata},
@@ -190,7 +202,8 @@ constexpr FunctionRow rows[] = {
      "Returns the date and time a file was accessed (opened) for the last time.",
      files::get_time_stamp_accessed},
     {4294, 2, 3, all_dialogs, "VlFile_AsciiValueToText( switches ; AsciiValues ; { separator } )",
-     "Converts (one or more) numbers to their equivalent ASCII characters.", not_available},
+     "Converts (one or more) numbers to their equivalent ASCII characters.",
+     files::ascii_value_to_text},
     {4295, 2, 2, all_dialogs, "VlFile_ExecuteShell( switches ; shellCommand )",
      "Execute a command in the (UNIX or Windows) shell of the operating system.",
      files::execute_shell},
@@ -203,9 +216,9 @@ constexpr FunctionRow rows[] = {
     {4298, 3, 4, interactive,
      "VlFile_DragAndDrop( switches ; fileName ; scriptName ; { fieldBounds } )",
      "This function implements drag and drop of files and folders onto a FileMaker window.",
-     not_available},
+     drag_and_drop},
     {4299, 2, 2, all_dialogs, "VlFile_Reveal( switches ; filePath )",
-     "Reveals a file (or folder) in the Finder or Explorer.", not_available},
+     "Reveals a file (or folder) in the Finder or Explorer.", files::reveal},
     {4300, 2, 2, all_dialogs, "VlFile_GetTypeOfItem( switches ; filePath )",
      "Returns the type of an item, for example if it is a folder or a file.",
      files::get_type_of_item},
@@ -217,7 +230,7 @@ constexpr FunctionRow rows[] = {
     {4308, 3, 3, all_dialogs, "VlFile_AppendToFile( switches ; filePath ; text )",
      "Append characters to the contents of a file.", files::append_to_file},
     {4311, 3, 3, all_dialogs, "VlFile_SetFinderComment( switches ; filePath ; commentText )",
-     "Sets the Finder comment of a file (Mac OS only).", not_available},
+     "Sets the Finder comment of a file (Mac OS only).", files::set_finder_comment},
     {4313, 3, 3, all_dialogs, "VlFile_SetContentsOfFile( switches ; filePath ; text )",
      "Sets the content of a file with the specified text.", files::set_contents_of_file},
     {4315, 2, 2, all_dialogs, "VlFile_GetFolderSize( switches ; folderPath )",
@@ -225,7 +238,7 @@ constexpr FunctionRow rows[] = {
      files::get_folder_size},
     {4316, 2, 2, all_dialogs, "VlFile_ResolveAlias( switches ; aliasPath )",
      "Resolves the alias file (or shortcut), returns the path to the destination of the alias.",
-     not_available},
+     files::resolve_alias},
     {4317, 3, 3, all_dialogs, "VlFile_ExchangeFiles( switches ; filePath1 ; filePath2 )",
      "Exchanges two files on the same disk.", files::exchange_files},
     {4318, 2, 2, all_dialogs, "VlFile_GetCodeSignInfo( switches ; filePath )",
@@ -245,11 +258,11 @@ constexpr FunctionRow rows[] = {
     {4323, 2, 2, all_dialogs, "VlFile_GetExtension( switches ; filepath )",
      "Returns the extension of a file in a filepath.", files::get_extension},
     {4325, 0, 0, all_dialogs, "VlFile_BringToFront", "Brings the FileMaker app to the front.",
-     not_available},
+     files::bring_to_front},
     {4326, 2, 2, all_dialogs, "VlFile_GetFileKind( switches ; filePath )",
      "Returns the file type description (kind) of a file.", files::get_file_kind},
     {4327, 2, 2, all_dialogs, "VlFile_GetAsPlainText( switches ; filePath )",
-     "Returns the contents of a PDF file converted to plain text.", not_available},
+     "Returns the contents of a PDF file converted to plain text.", get_as_plain_text},
     {4328, 1, 1, all_dialogs, "VlFile_GetPreferredLanguages( switches )",
      "Returns a list of preferred language-country codes, like \"en-GB\".",
      files::get_preferred_languages},
@@ -258,8 +271,8 @@ constexpr FunctionRow rows[] = {
      files::get_file_name},
     // A second group: a failure in the first does not keep these from being tried.
     {4306, 3, 3, all_dialogs, "VlFile_CreateAlias( switches ; sourceFilePath ; destAliasFilePath )",
-     "Create an alias file (or shortcut) from the source file or source folder.", not_available,
-     Served::WhenEnabled, RegistrationGroup::Second},
+     "Create an alias file (or shortcut) from the source file or source folder.",
+     files::create_alias, Served::WhenEnabled, RegistrationGroup::Second},
     {4307, 2, 3, all_dialogs, "VlFile_GetIcon( switches ; filePath ; { iconName })",
      "Gets the icon of a file and returns it as a PNG image.", not_available, Served::WhenEnabled,
      RegistrationGroup::Second},

@@ -1,14 +1,20 @@
 // One row a script step, in the order of registration, with the parameters that the host shows.
 #include "src/archive/zip_functions.h"
-#include "src/files/contents_dialog.h"
+#include "src/files/aliases.h"
 #include "src/files/attributes.h"
+#include "src/files/contents_dialog.h"
+#include "src/files/disks.h"
 #include "src/files/edit_contents.h"
 #include "src/files/file_times.h"
 #include "src/files/folder_operations.h"
+#include "src/files/launching.h"
+#include "src/files/mac_properties.h"
+#include "src/files/select_dialogs.h"
 #include "src/files/shell.h"
 #include "src/files/tree.h"
 #include "src/files/write_contents.h"
 #include "src/host/archive_functions.h"
+#include "src/host/drop_functions.h"
 #include "src/host/plugin_functions.h"
 #include "src/host/registry.h"
 #include "src/metadata/set_metadata.h"
@@ -188,7 +194,7 @@ constexpr StepRow rows[] = {
     {7296, "Copy Folder", "Copies a folder to the specified path.", copy_folder,
      files::copy_folder},
     {7306, "Create Alias", "Creates an alias (shortcut) of a file or folder.", create_alias,
-     not_available},
+     files::create_alias},
     {7211, "Create File", "Creates a new empty file.", create_file, files::create_file},
     {7212, "Create Folder", "Creates a new empty folder.", one_folder, files::create_folder},
     {7284, "Create Thumbnail", "Creates a thumbnail (a small image) from an image file.",
@@ -199,36 +205,37 @@ constexpr StepRow rows[] = {
     {7214, "Delete Folder", "Deletes a folder.", delete_folder, files::delete_folder},
     {7298, "Add DragAndDrop Handler",
      "Add a drag and drop handler for dropping files and folders onto a FileMaker window.",
-     add_drop_handler, not_available},
-    {7309, "Stop DragAndDrop Handlers", "Stops the drag and drop handlers.", {}, not_available},
+     add_drop_handler, drag_and_drop},
+    {7309, "Stop DragAndDrop Handlers", "Stops the drag and drop handlers.", {},
+     stop_drop_handlers},
     {7295, "Execute Shell",
      "Executes a command in the shell of the operating system and returns its output.",
      execute_shell, files::execute_shell},
     {7302, "Insert in File", "Inserts text into a file at the specified position.", insert_in_file,
      files::insert_contents},
     {7314, "Launch File", "Opens a file with the application that is registered for it.", one_file,
-     not_available},
+     files::launch},
     {7252, "Launch Application", "Starts an application, with parameters where they are given.",
-     launch_application, not_available},
-    {7312, "Open Folder", "Opens a folder in the file manager.", one_folder, not_available},
-    {7261, "Mount Disk", "Connects to a shared network volume.", mount_disk, not_available},
+     launch_application, files::launch},
+    {7312, "Open Folder", "Opens a folder in the file manager.", one_folder, files::open_folder},
+    {7261, "Mount Disk", "Connects to a shared network volume.", mount_disk, files::mount_disk},
     {7262, "Move File", "Moves (or renames) a file.", move_file, files::move_file},
     {7297, "Move Folder", "Moves (or renames) a folder.", copy_folder, files::move_folder},
     {7299, "Reveal File", "Shows a file in its folder in the file manager.", one_file,
-     not_available},
-    {7310, "Reveal Folder", "Shows a folder in the file manager.", one_folder, not_available},
+     files::reveal},
+    {7310, "Reveal Folder", "Shows a folder in the file manager.", one_folder, files::reveal},
     {7264, "Show Save File Dialog", "Asks the user where to save a file.", save_file_dialog,
-     not_available},
+     files::save_file_dialog},
     {7271, "Show Select File Dialog", "Asks the user to select one file or several.",
-     select_file_dialog, not_available},
+     select_file_dialog, files::select_file_dialog},
     {7272, "Show Select Folder Dialog", "Asks the user to select a folder.", select_folder_dialog,
-     not_available},
+     files::select_folder_dialog},
     {7313, "Set Contents of File", "Replaces the contents of a file by the specified text.",
      set_contents, files::set_contents_of_file},
     {7282, "Set File Attributes", "Sets attributes of a file.", set_attributes,
      files::set_file_attribute},
     {7311, "Set Finder Comment", "Sets the Finder comment of a file (Mac OS only).",
-     set_finder_comment, not_available},
+     set_finder_comment, files::set_finder_comment},
     {7287, "Set MetaData of Image File", "Writes metadata into an image file.", set_image_metadata,
      metadata::set_metadata},
     {7285, "Set Timestamp Created", "Sets the creation date and time of a file.", set_time_stamp,
@@ -238,13 +245,14 @@ constexpr StepRow rows[] = {
     {7283, "Substitute in File", "Replaces every occurrence of a text in a file by another text.",
      substitute_in_file, files::substitute},
     {7290, "Unmount Disk", "Unmounts and ejects a remote or removable disk.", unmount_disk,
-     not_available},
+     files::unmount_disk},
     {7304, "UnZip", "Expands a zip file into a folder.", unzip, host::unzip},
     {7317, "Exchange Files", "Exchanges the contents of two files on the same disk.",
      exchange_files, files::exchange_files},
     {7320, "Set MetaData of Movie", "Writes metadata into a movie file.", set_movie_metadata,
      not_available},
-    {7325, "Bring To Front", "Brings FileMaker to the front.", bring_to_front, not_available},
+    {7325, "Bring To Front", "Brings FileMaker to the front.", bring_to_front,
+     files::bring_to_front},
 };
 
 } // namespace

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""VlFile_GetMetaData's descriptions of PDF files against pdfinfo, over VELL_CORPUS and variants.
+"""Descriptions of PDF files against pdfinfo, and their texts against pdftotext, over VELL_CORPUS and
+variants.
 
 usage: pdf_test.py FOLDER-OF-VELLHOST
 
-qpdf makes the variants: linearized, with object streams, encrypted; updates are appended here. What
-differs for a reason is listed in REASONS. Exit codes: 0, 1 for a difference without a reason, 77
+qpdf makes the variants: linearized, with object streams, to be read by humans, encrypted; updates are
+appended here. What differs for a reason is listed in REASONS; texts do not differ. Exit codes: 0, 1 for a difference without a reason, 77
 without the files or the programs.
 """
 import collections
@@ -52,9 +53,15 @@ VARIANTS = {
     "linearized": [*PLAIN, "--linearize"],
     "with objects": ["--object-streams=generate"],
     "linearized with objects": ["--object-streams=generate", "--linearize"],
+    "readable": [*PLAIN, "--qdf"],
     "encrypted": [*PLAIN, "--encrypt", "", "owner", "256", "--extract=y", "--"],
     "encrypted against copying": [*PLAIN, "--encrypt", "", "owner", "256", "--extract=n", "--"],
     "encrypted weakly": [*PLAIN, "--allow-weak-crypto", "--encrypt", "", "owner", "40", "--"],
+    "encrypted by RC4": [*PLAIN, "--allow-weak-crypto", "--encrypt", "", "owner", "128",
+                         "--use-aes=n", "--extract=y", "--"],
+    "encrypted by RC4 against copying": [*PLAIN, "--allow-weak-crypto", "--encrypt", "", "owner",
+                                         "128", "--use-aes=n", "--extract=n", "--"],
+    "encrypted with a password": [*PLAIN, "--encrypt", "secret", "owner", "256", "--"],
 }
 
 
@@ -110,6 +117,8 @@ def ask_pdfinfo(path):
     options = ("-enc", "UTF-8", "-rawdates")
     if path.name in PASSWORDS:
         options += ("-upw", PASSWORDS[path.name])
+    if path.parent.name == "encrypted with a password":
+        options += ("-upw", "secret")
     outputs = [run("pdfinfo", *extra, *options, path) for extra in ((), ("-custom",))]
     if any(output.returncode for output in outputs):
         return None
@@ -175,12 +184,35 @@ def compare(files, texts):
     return differences
 
 
+def ask_pdftotext(path):
+    """The text as we are to give it, or the code."""
+    done = run("pdftotext", "-enc", "UTF-8", path, "-")
+    if done.returncode == 0:
+        return done.stdout.decode("utf-8").removesuffix("\f").replace("\n", "\r").replace(
+            "\f", "\r<---------->\r")
+    if done.returncode == 99:  # no pages
+        return "$$2"
+    return "$$4" if b"Incorrect password" in done.stderr else "$$3"
+
+
+def compare_texts(files, texts):
+    """Differences; an empty text of a corpus of documents would be one, too."""
+    # Debian's pdftotext gives the text of files that forbid it, too.
+    theirs = ["$$8" if variant.endswith("against copying") else ask_pdftotext(path)
+              for (variant, _), path in files.items()]
+    codes = collections.Counter(text for text in theirs if text.startswith("$$"))
+    print(f"{len(theirs)} texts with {sum(map(len, theirs))} characters, of which " +
+          ", ".join(f"{count} are {code}" for code, count in sorted(codes.items())))
+    return [f"{variant}: {name}: text: we have {ours[:200]!r}, pdftotext has {text[:200]!r}"
+            for (variant, name), ours, text in zip(files, texts, theirs) if ours != text]
+
+
 def main(folder):
     if not os.path.isdir(os.environ.get("VELL_CORPUS", "")):
         print("skipped: the folder VELL_CORPUS is not there")
         return 77
-    if not shutil.which("pdfinfo") or not shutil.which("qpdf"):
-        print("skipped: no pdfinfo or no qpdf")
+    if not shutil.which("pdftotext") or not shutil.which("qpdf"):
+        print("skipped: no poppler-utils or no qpdf")
         return 77
     with tempfile.TemporaryDirectory() as work:
         files = make_files(pathlib.Path(work))
@@ -188,6 +220,10 @@ def main(folder):
             folder, [f'VlFile_GetMetaData( "-GetPDFDescription" ; {vellhost.path(path.resolve())} )'
                      for path in files.values()])
         differences = compare(files, texts)
+        texts = vellhost.results(
+            folder, [f'VlFile_GetAsPlainText( "" ; {vellhost.path(path.resolve())} )'
+                     for path in files.values()])
+        differences += compare_texts(files, texts)
     print("\n".join(differences))
     return 1 if differences else 0
 

@@ -139,8 +139,9 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
         FakeCall call(c.parameters);
         const std::string result = text_of(call, c.body(call, show));
         EXPECT_EQ(dialog.empty() ? result : dialog, c.dialog);
-        if (!dialog.empty())
+        if (!dialog.empty()) {
             EXPECT_EQ(result, c.result) << c.dialog;
+        }
     }
     FakeCall step({u"", u"", u""});
     step.set_step_option(3, 1);

@@ -1,0 +1,73 @@
+#include "src/documents/plain_text.h"
+
+#include "src/base/ascii.h"
+#include "src/files/command_output.h"
+#include "src/files/information.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace vell::documents {
+namespace {
+
+constexpr std::u16string_view page_separator = u"\r<---------->\r";
+
+bool is_pdf(std::u16string_view path) {
+    constexpr std::u16string_view wanted = u"pdf";
+    const std::u16string_view extension = files::extension_of(path);
+    return std::equal(extension.begin(), extension.end(), wanted.begin(), wanted.end(),
+                      [](char16_t a, char16_t b) { return fold_ascii(a) == b; });
+}
+
+} // namespace
+
+Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
+    if (call.parameter_count() < 2)
+        return Failure{ErrorCode::BadParameter};
+    const params::NativePath path = VELL_TRY(call.path(1));
+    if (!is_pdf(path.wide)) {
+        call.set_text(u"");
+        return {};
+    }
+    files::Utf8Stream text;
+    std::uint64_t bytes_so_far = 0;
+    const params::ByteSink sink = [&](std::string_view bytes) -> Result<void> {
+        // A character of UTF-16 comes from three bytes at most.
+        bytes_so_far += bytes.size();
+        if (bytes_so_far > std::uint64_t{3} * longest_plain_text)
+            return Failure{ErrorCode::ResourceTooLarge};
+        text.append(bytes);
+        return {};
+    };
+    std::vector<std::string> notes;
+    const Result<void> outcome = read(path, sink, notes);
+    for (const std::string& note : notes)
+        call.debug_note(note);
+    VELL_TRY(outcome);
+    std::u16string& units = text.finish();
+    VELL_TRY(separate_pages(units));
+    call.set_text(units);
+    return {};
+}
+
+Result<void> separate_pages(std::u16string& text, std::size_t longest) {
+    if (text.ends_with(u'\f'))
+        text.pop_back();
+    const auto pages = static_cast<std::size_t>(std::count(text.begin(), text.end(), u'\f'));
+    const std::size_t size = text.size();
+    if (size > longest || pages > (longest - size) / (page_separator.size() - 1))
+        return Failure{ErrorCode::ResourceTooLarge};
+    // From the end on, so that the text moves within its own memory.
+    text.resize(size + pages * (page_separator.size() - 1));
+    auto to = text.end();
+    for (auto from = text.begin() + static_cast<std::ptrdiff_t>(size); from != text.begin();) {
+        const char16_t unit = *--from;
+        if (unit == u'\f')
+            to = std::copy_backward(page_separator.begin(), page_separator.end(), to);
+        else
+            *--to = unit == u'\n' ? u'\r' : unit;
+    }
+    return {};
+}
+
+} // namespace vell::documents

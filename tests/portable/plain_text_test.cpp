@@ -1,0 +1,117 @@
+// Text of PDF files: what becomes of a reader's bytes, and the data that the reader needs.
+#include "src/documents/encoding_data.h"
+#include "src/documents/plain_text.h"
+#include "tests/portable/fake_archives.h"
+#include "tests/portable/fake_call.h"
+
+#include <gtest/gtest.h>
+
+namespace vell::documents {
+namespace {
+
+using testing::FakeArchives;
+using testing::FakeCall;
+using testing::native;
+
+// The result for a file that reads as these bytes, whatever the pieces; "$$code" for a failure.
+std::u16string plain_text(std::vector<std::u16string> parameters, std::string_view bytes,
+                          std::size_t piece_size, Result<void> outcome = {}) {
+    FakeCall call(std::move(parameters));
+    const auto result =
+        get_as_plain_text(call,
+                          [&](const files::NativePath&, const params::ByteSink& sink,
+                              std::vector<std::string>& notes) -> Result<void> {
+                              notes.push_back("a note");
+                              for (std::size_t at = 0; at < bytes.size(); at += piece_size)
+                                  VELL_TRY(sink(bytes.substr(at, piece_size)));
+                              return outcome;
+                          });
+    EXPECT_TRUE(call.notes().empty() || call.notes() == std::vector<std::string>{"a note"});
+    if (result)
+        return call.result().value_or(u"<none>");
+    EXPECT_FALSE(call.result());
+    return u"$$" + utf16_from_utf8(std::to_string(number(result.error())));
+}
+
+TEST(PlainText, SeparatesPagesAndLines) {
+    const struct {
+        std::string_view bytes;
+        std::u16string_view text;
+    } cases[] = {
+        {"", u""},
+        {"\f", u""},
+        {"one\n\f", u"one\r"},
+        {"one\n\ftwo\f\fthree\n\f", u"one\r\r<---------->\rtwo\r<---------->\r"
+                                    u"\r<---------->\rthree\r"},
+        {"no form feed at the end\r\n", u"no form feed at the end\r\r"},
+        {"a\xED\xA0\x80\xFF z\xF0\x9F\x98\x80\f\xE2\x82", u"a<INVALID UTF8> z\xD83D\xDE00"
+                                                          u"\r<---------->\r<INVALID UTF8>"},
+    };
+    for (const auto& [bytes, text] : cases)
+        for (const std::size_t piece_size : {1, 3, 100})
+            EXPECT_EQ(plain_text({u"", u"C:\\a.pDf"}, bytes, piece_size), text) << bytes;
+}
+
+TEST(PlainText, TellsWhatKeepsItFromATextOfItsOwn) {
+    const Result<void> refused = Failure{ErrorCode::PdfCopyForbidden};
+    EXPECT_EQ(plain_text({u"", u"C:\\a.pdf"}, "part", 9, refused), u"$$8");
+    EXPECT_EQ(plain_text({u"", u"C:\\a.txt"}, "part", 9, refused), u"");
+    EXPECT_EQ(plain_text({u"", u"C:\\pdf"}, "part", 9, refused), u"");
+    EXPECT_EQ(plain_text({u""}, "", 1), u"$$-50");
+    EXPECT_EQ(plain_text({u"", u""}, "", 1), u"$$-50");
+    std::u16string text = u"a\fb";
+    EXPECT_TRUE(separate_pages(text, 16));
+    text = u"a\fb";
+    EXPECT_EQ(separate_pages(text, 15).error(), ErrorCode::ResourceTooLarge);
+}
+
+std::string archive_of_two_files() {
+    FakeArchives source;
+    source.store.folders.insert(u"C:");
+    source.store.add(u"C:\\long", std::string(100'000, 'a'));
+    source.store.add(u"C:\\empty", "");
+    archive::ZipWriter writer(source.open_emptied(native(u"C:\\zip")).value());
+    EXPECT_TRUE(writer.add_file(source, "f/g/long", native(u"C:\\long"), {}));
+    EXPECT_TRUE(writer.add_file(source, "empty", native(u"C:\\empty"), {}));
+    EXPECT_TRUE(writer.finish());
+    return source.store.at(u"C:\\zip");
+}
+
+TEST(EncodingData, IsWholeWhateverFailedOrWentMissingBefore) {
+    const std::string archive = archive_of_two_files();
+    const auto unpack = [&](FakeArchives& system) {
+        return unpack_missing(system, archive, native(u"C:\\top\\data"));
+    };
+    const auto is_whole = [](const FakeArchives& system) {
+        return system.store.contents().size() == 2 && system.store.open_files() == 0 &&
+               system.store.at(u"C:\\top\\data\\f\\g\\long") == std::string(100'000, 'a') &&
+               system.store.at(u"C:\\top\\data\\empty").empty();
+    };
+    FakeArchives first;
+    first.store.folders.insert(u"C:");
+    ASSERT_TRUE(unpack(first));
+    EXPECT_TRUE(is_whole(first));
+    first.store.add(u"C:\\top\\data\\f\\g\\long", "cut off"); // what a full disk left
+    ASSERT_TRUE(unpack(first));
+    EXPECT_TRUE(is_whole(first));
+
+    for (int operation = 1;; ++operation) {
+        FakeArchives system;
+        system.store.folders.insert(u"C:");
+        system.store.fail(operation, ErrorCode::Busy);
+        const bool done = static_cast<bool>(unpack(system));
+        if (system.store.operations() < operation)
+            break;
+        EXPECT_EQ(done, is_whole(system)) << operation;
+        const std::string file = system.store.at(u"C:\\top\\data\\f\\g\\long");
+        EXPECT_TRUE(file == "<none>" || file.size() == 100'000) << operation;
+        EXPECT_TRUE(unpack(system)) << operation;
+        EXPECT_TRUE(is_whole(system)) << operation;
+    }
+    FakeArchives full;
+    full.folder_failure = ErrorCode::Busy;
+    EXPECT_EQ(unpack(full).error(), ErrorCode::Busy);
+}
+
+} // namespace
+} // namespace vell::documents

@@ -1,0 +1,313 @@
+// Texts of PDF files through Poppler: sound, strange and hostile ones.
+#include "src/base/utf8.h"
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "src/documents/win32_poppler_text.h"
+#include "src/host/large_stack.h"
+#include "tests/windows/plugin_fixture.h"
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <thread>
+
+namespace vell::test {
+namespace {
+
+// A document of objects as they are given; number 1 is the catalogue.
+std::string pdf(const std::vector<std::string>& objects, const std::string& trailer = "") {
+    std::string bytes = "%PDF-1.7\n", table;
+    std::array<char, 32> line;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        std::snprintf(line.data(), line.size(), "%010zu 00000 n \n", bytes.size());
+        table += line.data();
+        bytes += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const std::string size = std::to_string(objects.size() + 1),
+                      start = std::to_string(bytes.size());
+    return bytes + "xref\n0 " + size + "\n0000000000 65535 f \n" + table +
+           "trailer << /Root 1 0 R /Size " + size + trailer + " >>\nstartxref\n" + start +
+           "\n%%EOF\n";
+}
+
+std::string stream(const std::string& data, const std::string& entries = "") {
+    return "<< /Length " + std::to_string(data.size()) + entries + " >>\nstream\n" + data +
+           "\nendstream";
+}
+
+std::string repeated(std::string_view text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i)
+        result += text;
+    return result;
+}
+
+// One page of this content, with a font F and more objects from number 5 on.
+std::string
+page(const std::string& content, std::vector<std::string> more = {},
+     const std::string& resources = "", const std::string& catalogue = "",
+     const std::string& font = "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>") {
+    std::vector<std::string> objects{
+        "<< /Type /Catalog /Pages 2 0 R " + catalogue + " >>",
+        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 600 800] /Contents 4 0 R "
+        "/Resources << /Font << /F " +
+            font + " >> " + resources + " >> >>",
+        stream(content)};
+    objects.insert(objects.end(), more.begin(), more.end());
+    return pdf(objects);
+}
+
+const std::string some_text = "BT /F 12 Tf 100 700 Td (Some text) Tj ET";
+
+// A font without its own outlines or a mapping to Unicode.
+std::string japanese_font(const std::string& encoding) {
+    return "<< /Type /Font /Subtype /Type0 /BaseFont /Ryumin-Light /Encoding " + encoding +
+           " /DescendantFonts [<< /Type /Font /Subtype /CIDFontType0 /BaseFont /Ryumin-Light "
+           "/CIDSystemInfo << /Registry (Adobe) /Ordering (Japan1) /Supplement 2 >> >>] >>";
+}
+std::string japanese(const std::string& encoding, const std::string& codes) {
+    return page("BT /F 12 Tf 100 700 Td <" + codes + "> Tj ET", {}, "", "",
+                japanese_font("/" + encoding));
+}
+constexpr std::u16string_view nihongo = u"\u65E5\u672C\u8A9E";
+
+class PlainText : public Plugin {
+  protected:
+    PlainText() { start(); }
+    std::u16string text_of(const std::u16string& path) {
+        return call(u"VlFile_GetAsPlainText", {u"", Value(path)});
+    }
+    std::u16string text(const std::string& bytes) {
+        return text_of(folder.file(L"made.pdf", bytes));
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(PlainText, IsThatOfTheDocument) {
+    EXPECT_EQ(text(page(some_text)), u"Some text\r\r");
+    EXPECT_EQ(text(japanese("90ms-RKSJ-H", "93FA967B8CEA")), std::u16string(nihongo) + u"\r\r");
+    EXPECT_EQ(text(japanese("UniJIS-UCS2-H", "65E5672C8A9E")), std::u16string(nihongo) + u"\r\r");
+    const std::u16string file = folder.file(L"made.pdf", page(some_text));
+    EXPECT_EQ(call(u"VlFile_GetContents", {u"-ExperimentalPDFToPlainText", Value(file)}),
+              u"Some text\r\r");
+}
+
+TEST_F(PlainText, ComesFromEveryPathThatWindowsOpens) {
+    std::wstring name = L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.PDF";
+    EXPECT_EQ(text_of(folder.file(name, page(some_text))), u"Some text\r\r");
+    std::wstring deep;
+    for (int i = 0; i < 5; ++i) {
+        deep += std::wstring(60, L'd') + L"\\";
+        ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + folder.path(deep)).c_str(), nullptr));
+    }
+    ASSERT_TRUE(CopyFileW(folder.path(name).c_str(),
+                          (L"\\\\?\\" + folder.path(deep + name)).c_str(), TRUE));
+    std::u16string path = to_utf16(folder.path(deep + name));
+    EXPECT_EQ(text_of(path), u"Some text\r\r");
+    EXPECT_EQ(text_of(u"\\\\?\\" + path), u"Some text\r\r");
+    std::ranges::replace(path, u'\\', u'/');
+    EXPECT_EQ(text_of(path), u"Some text\r\r");
+    EXPECT_EQ(text_of(u"filewin:/" + path), u"Some text\r\r");
+}
+
+TEST_F(PlainText, TellsWhyThereIsNone) {
+    EXPECT_EQ(text_of(to_utf16(folder.path(L"none.pdf"))), u"$$-43");
+    EXPECT_EQ(text_of(to_utf16(folder.path(L"none\\none.pdf"))), u"$$-120");
+    ASSERT_TRUE(CreateDirectoryW(folder.path(L"folder.pdf").c_str(), nullptr));
+    EXPECT_EQ(text_of(to_utf16(folder.path(L"folder.pdf"))), u"$$-47");
+    const std::u16string file = folder.file(L"busy.pdf", page(some_text));
+    {
+        const UniqueFile own(
+            CreateFileW(as_wide(file), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_EQ(text_of(file), u"$$-47");
+    }
+    EXPECT_EQ(text(""), u"$$3");
+    EXPECT_EQ(text("no document"), u"$$3");
+    EXPECT_EQ(text("%PDF-1.7\n1 0 obj << /Type /Catalog >> endobj trailer << "
+                   "/Root 1 0 R >>"),
+              u"$$2");
+    EXPECT_EQ(text(pdf({"<< /Type /Catalog /Pages 2 0 R >>", "<< /Kids [] /Count 0 >>"},
+                       " /ID [(a)(b)] "
+                       "/Encrypt << /Filter /Standard /V 1 /R 2 /P -4 /O <" +
+                           repeated("4f", 32) + "> /U <" + repeated("55", 32) + "> >>")),
+              u"$$4");
+    EXPECT_EQ(text_of(folder.file(L"a.txt", page(some_text))), u"");
+}
+
+// Each would take ages, or the host's stack, if everything that it asks for were done.
+TEST_F(PlainText, EndsForHostileDocuments) {
+    const std::string catalogue = "<< /Type /Catalog /Pages 2 0 R >>",
+                      x = "/XObject << /X 5 0 R >>";
+    const std::string form = " /Subtype /Form /BBox [0 0 600 800] /Resources << /XObject << /X ";
+    std::vector<std::string> million{catalogue, "<< /Kids [3 0 R] /Count 1 >>",
+                                     "<< /Type /Page >>"};
+    million.resize(1'000'000, "null");
+    std::vector<std::string> forms, fields, functions; // each twice below the one before
+    for (int i = 6; i < 5'000; ++i) {
+        const std::string next = std::to_string(i) + " 0 R ", both = "[" + next + next + "] >>";
+        forms.push_back(stream("/X Do /X Do", form + next + ">> >>"));
+        fields.push_back("<< /T (a) /Parent " + std::to_string(i - 2) + " 0 R /Kids " + both);
+        functions.push_back(
+            "<< /FunctionType 3 /Domain [0 1] /Bounds [0.5] /Encode [0 1 0 1] /Functions " + both);
+    }
+    const std::string tint = "/ColorSpace << /C [/Separation /A /DeviceGray 5 0 R] >>";
+    const struct {
+        const char* what;
+        std::string bytes;
+        std::u16string_view text = u"Some text\r\r";
+    } cases[] = {
+        {"pages in a loop",
+         pdf({catalogue, "<< /Kids [2 0 R 3 0 R] /Count 2 >>", "<< /Kids [2 0 R] /Count 1 >>"}),
+         u""},
+        {"pages beyond all objects", pdf({catalogue, "<< /Kids [] /Count 2000000000 >>"}), u"$$2"},
+        {"a million objects", pdf(million), u""},
+        {"arrays", page("/X Do " + some_text, {repeated("[", 1'000'000)}, x)},
+        {"filters",
+         page("/X Do " + some_text,
+              {stream("", " /Subtype /Form /Filter [" + repeated("/AHx ", 200'000) + "]")}, x)},
+        {"forms", page("/X Do " + some_text, forms, x), u"$$99"},
+        {"CMaps",
+         page(some_text, {stream("", " /Type /CMap /UseCMap 5 0 R")}, "", "",
+              japanese_font("5 0 R")),
+         u""},
+        {"PostScript",
+         page("/C cs " + some_text,
+              {stream(repeated("{", 1'000'000), " /FunctionType 4 /Domain [0 1] /Range [0 1]")},
+              tint)},
+        {"functions", page("/C cs " + some_text, functions, tint)},
+        {"form fields", page(some_text, fields, "", "/AcroForm << /Fields [5 0 R] >>")},
+    };
+    for (const auto& [what, bytes, expected] : cases)
+        EXPECT_EQ(text(bytes), expected) << what;
+    EXPECT_EQ(text(page(some_text)), u"Some text\r\r"); // the next one is read as ever
+}
+
+// The outcome and the text, without the host's objects.
+std::string read(const std::wstring& path) {
+    std::string text;
+    std::vector<std::string> notes;
+    host::run_on_large_stack([&] {
+        const auto outcome = documents::read_by_poppler(
+            {to_utf16(path), std::nullopt},
+            [&](std::string_view bytes) {
+                text += bytes;
+                return Result<void>();
+            },
+            notes);
+        if (!outcome)
+            text = "$$" + std::to_string(number(outcome.error()));
+    });
+    return text;
+}
+
+TEST_F(PlainText, IsTheSameInEightThreads) {
+    std::vector<std::wstring> paths;
+    for (const auto& [name, bytes] : {std::pair(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA")),
+                                      {L"b.pdf", japanese("UniJIS-UCS2-H", "65E5672C8A9E")},
+                                      {L"c.pdf", page(some_text)}}) {
+        folder.file(name, bytes);
+        paths.push_back(folder.path(name));
+    }
+    std::array<wchar_t, 1000> corpus{};
+    if (GetEnvironmentVariableW(L"VELL_CORPUS", corpus.data(), corpus.size()) > 0)
+        for (const auto& item :
+             std::filesystem::directory_iterator(L"Z:" + std::wstring(corpus.data()) + L"/pdf"))
+            paths.push_back(item.path().wstring());
+    std::vector<std::string> alone;
+    for (const std::wstring& path : paths)
+        alone.push_back(read(path));
+    std::array<std::vector<std::string>, 8> together;
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < together.size(); ++i)
+        threads.emplace_back([&, i] {
+            together[i].resize(paths.size());
+            for (std::size_t j = 0; j < paths.size(); ++j) { // each begins elsewhere
+                const std::size_t place = (i * paths.size() / together.size() + j) % paths.size();
+                together[i][place] = read(paths[place]);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const auto& texts : together)
+        EXPECT_EQ(texts, alone);
+}
+
+// The console host in a process of its own, with its own place for the encoding
+// data.
+class OtherProcess {
+  public:
+    OtherProcess(const TemporaryFolder& folder, const std::wstring& name,
+                 const std::wstring& local_data, const std::wstring& document)
+        : output_(folder.path(name)) {
+        SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+        const UniqueFile output(CreateFileW(output_.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                            &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                            nullptr));
+        std::wstring path = document;
+        for (std::size_t at = 0; (at = path.find(L'\\', at)) != std::wstring::npos; at += 2)
+            path.insert(at, 1, L'\\');
+        std::wstring command =
+            L"vellhost.exe --raw \"VlFile_GetAsPlainText( \\\"\\\" ; \\\"" + path + L"\\\" )\"";
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = startup.hStdError = output.get();
+        PROCESS_INFORMATION started{};
+        std::array<wchar_t, 1000> before{};
+        GetEnvironmentVariableW(L"LOCALAPPDATA", before.data(), before.size());
+        SetEnvironmentVariableW(L"LOCALAPPDATA", local_data.c_str());
+        EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                   nullptr, &startup, &started))
+            << GetLastError();
+        SetEnvironmentVariableW(L"LOCALAPPDATA", before.data());
+        CloseHandle(started.hThread);
+        process_ = UniqueHandle(started.hProcess);
+    }
+    // All that it wrote, errors included; its exit code in front unless that is
+    // 0.
+    std::string output() {
+        WaitForSingleObject(process_.get(), INFINITE);
+        DWORD code = 0;
+        GetExitCodeProcess(process_.get(), &code);
+        return (code ? std::to_string(code) : "") + read_file(output_);
+    }
+
+  private:
+    std::wstring output_;
+    UniqueHandle process_;
+};
+
+TEST_F(PlainText, BringsItsEncodingDataAlong) {
+    folder.file(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA"));
+    const std::wstring document = folder.path(L"a.pdf");
+    const std::wstring local = folder.path(L"\u5BB6 Local");
+    ASSERT_TRUE(CreateDirectoryW(local.c_str(), nullptr));
+    const std::string expected = utf8_from_utf16(nihongo);
+    {
+        OtherProcess first(folder, L"first.txt", local, document);
+        OtherProcess second(folder, L"second.txt", local, document);
+        EXPECT_EQ(first.output().substr(0, expected.size()), expected) << first.output();
+        EXPECT_EQ(second.output(), first.output());
+    }
+    // What was lost since is renewed.
+    std::size_t files = 0;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(local)) {
+        files += item.is_regular_file();
+        if (item.path().filename() == L"90ms-RKSJ-H" || item.path().filename() == L"Adobe-Japan1")
+            if (item.is_regular_file())
+                std::filesystem::resize_file(item.path(), 10);
+    }
+    EXPECT_GT(files, 200u);
+    EXPECT_EQ(
+        OtherProcess(folder, L"third.txt", local, document).output().substr(0, expected.size()),
+        expected);
+    // A file where the folder should be: the temporary folder takes its place.
+    EXPECT_EQ(
+        OtherProcess(folder, L"fourth.txt", document, document).output().substr(0, expected.size()),
+        expected);
+}
+
+} // namespace
+} // namespace vell::test
