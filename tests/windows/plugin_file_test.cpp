@@ -72,6 +72,7 @@ TEST(PluginFile, IsSelfContainedAndExportsOneFunction) {
         "bcrypt.dll",   // checksums
         "crypt32.dll",  // certificates
         "kernel32.dll", //
+        "mpr.dll",      // connections to shared volumes
         "msvcrt.dll",   //
         "ole32.dll",    // COM, for the shell
         "rpcrt4.dll",   // UUIDs
