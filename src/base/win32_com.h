@@ -6,6 +6,8 @@
 
 #include <objbase.h>
 
+#include <utility>
+
 namespace vell {
 
 // COM for the calling thread, in the apartment that dialogs and the shell need, unless the thread
@@ -29,20 +31,38 @@ template <typename T>
 class ComPointer {
   public:
     ComPointer() = default;
-    ComPointer(const ComPointer&) = delete;
-    ComPointer& operator=(const ComPointer&) = delete;
-    ~ComPointer() {
-        if (object_)
-            object_->Release();
+    explicit ComPointer(T* object) : object_(object) {} // takes the reference over
+    ComPointer(ComPointer&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    ComPointer& operator=(ComPointer&& other) noexcept {
+        if (this != &other) {
+            reset();
+            object_ = std::exchange(other.object_, nullptr);
+        }
+        return *this;
     }
+    ~ComPointer() { reset(); }
+
+    explicit operator bool() const { return object_ != nullptr; }
     T* operator->() const { return object_; }
     T* get() const { return object_; }
     void** out() { return reinterpret_cast<void**>(&object_); }
     T** typed_out() { return &object_; }
+    void reset() {
+        if (T* object = std::exchange(object_, nullptr))
+            object->Release();
+    }
 
   private:
     T* object_ = nullptr;
 };
+
+// One more reference to an object, which may be null.
+template <typename T>
+ComPointer<T> share(T* object) {
+    if (object)
+        object->AddRef();
+    return ComPointer<T>(object);
+}
 
 // Memory that COM calls hand over, such as the text of a path.
 template <typename Pointer>

@@ -60,7 +60,7 @@ ULONG CDropTarget::Release() {
 // callback holds a reference until it ends.
 
 HRESULT CDropTarget::DragEnter(IDataObject* data, DWORD keys, POINTL point, DWORD* effect) {
-    const UniqueReference<CDropTarget> alive = share(this);
+    const ComPointer<CDropTarget> alive = share(this);
     return guarded(effect, [&](DWORD& chosen) {
         enter(data);
         move(keys, point, chosen);
@@ -68,17 +68,17 @@ HRESULT CDropTarget::DragEnter(IDataObject* data, DWORD keys, POINTL point, DWOR
 }
 
 HRESULT CDropTarget::DragOver(DWORD keys, POINTL point, DWORD* effect) {
-    const UniqueReference<CDropTarget> alive = share(this);
+    const ComPointer<CDropTarget> alive = share(this);
     return guarded(effect, [&](DWORD& chosen) { move(keys, point, chosen); });
 }
 
 HRESULT CDropTarget::DragLeave() {
-    const UniqueReference<CDropTarget> alive = share(this);
+    const ComPointer<CDropTarget> alive = share(this);
     return guarded([this] { leave(); });
 }
 
 HRESULT CDropTarget::Drop(IDataObject* data, DWORD keys, POINTL point, DWORD* effect) {
-    const UniqueReference<CDropTarget> alive = share(this);
+    const ComPointer<CDropTarget> alive = share(this);
     const HRESULT result = guarded(effect, [&](DWORD& chosen) {
         // Some sources hand over another object than the one that entered.
         if (data != data_.get())
@@ -150,7 +150,7 @@ void CDropTarget::drop(DWORD keys, POINTL point, DWORD& effect) {
     }
     in_earlier_ = false; // a drop ends its drag
     effect = allowed;
-    if (FAILED(earlier_.get()->Drop(data_.get(), keys, point, &effect)))
+    if (FAILED(earlier_->Drop(data_.get(), keys, point, &effect)))
         effect = no_effect;
 }
 
@@ -170,15 +170,15 @@ void CDropTarget::move_in_earlier(DWORD keys, POINTL point, DWORD& effect) {
     }
     const bool entering = !in_earlier_;
     in_earlier_ = true;
-    const HRESULT result = entering ? earlier_.get()->DragEnter(data_.get(), keys, point, &effect)
-                                    : earlier_.get()->DragOver(keys, point, &effect);
+    const HRESULT result = entering ? earlier_->DragEnter(data_.get(), keys, point, &effect)
+                                    : earlier_->DragOver(keys, point, &effect);
     if (FAILED(result))
         effect = no_effect;
 }
 
 void CDropTarget::leave_earlier() {
     if (earlier_ && std::exchange(in_earlier_, false))
-        earlier_.get()->DragLeave();
+        earlier_->DragLeave();
 }
 
 void CDropTarget::show_outline(const std::optional<Rectangle>& outline) {

@@ -1,7 +1,7 @@
 // The OLE drop target of one window of the host. Windows only.
 #pragma once
 
-#include "src/base/win32_handle.h"
+#include "src/base/win32_com.h"
 #include "src/dragdrop/drop_windows.h"
 #include "src/dragdrop/win32_drop_data.h"
 
@@ -10,23 +10,6 @@
 #include <optional>
 
 namespace vell::dragdrop {
-
-// Owns one reference to a COM object.
-template <typename T>
-struct ReferenceKind {
-    using Type = T*;
-    static T* empty() { return nullptr; }
-    static void close(T* object) { object->Release(); }
-};
-template <typename T>
-using UniqueReference = UniqueResource<ReferenceKind<T>>;
-
-template <typename T>
-UniqueReference<T> share(T* object) {
-    if (object)
-        object->AddRef();
-    return UniqueReference<T>(object);
-}
 
 // Begins with one reference, which belongs to its maker.
 class CDropTarget final : public IDropTarget {
@@ -37,7 +20,7 @@ class CDropTarget final : public IDropTarget {
     CDropTarget& operator=(const CDropTarget&) = delete;
 
     // The target that had the window before. It gets what no handler takes.
-    void set_earlier(UniqueReference<IDropTarget> earlier) { earlier_ = std::move(earlier); }
+    void set_earlier(ComPointer<IDropTarget> earlier) { earlier_ = std::move(earlier); }
     IDropTarget* earlier() const { return earlier_.get(); }
     // Serves no handler from now on. Everything goes to the earlier target, for as long as somebody
     // holds a reference.
@@ -70,9 +53,9 @@ class CDropTarget final : public IDropTarget {
     HWND window_;
     DropReceiver* receiver_; // null once disconnected
     WrittenFiles& written_;
-    UniqueReference<IDropTarget> earlier_;
+    ComPointer<IDropTarget> earlier_;
     // Of the drag that is under way.
-    UniqueReference<IDataObject> data_;
+    ComPointer<IDataObject> data_;
     Offer offer_;
     bool in_earlier_ = false;          // the earlier target was told that the drag has entered
     std::optional<Rectangle> outline_; // as it is drawn

@@ -95,7 +95,7 @@ void stay_loaded() {
 
 struct ServedWindow {
     HWND window;
-    UniqueReference<CDropTarget> target;
+    ComPointer<CDropTarget> target;
 
     bool exists() const {
         return IsWindow(window) && GetPropW(window, own_property) == target.get();
@@ -195,16 +195,16 @@ Result<void> SystemWindows::serve(Window handle, DropReceiver& receiver, Earlier
     VELL_TRY(ole_.begin());
     const HWND window = static_cast<HWND>(handle);
     ServedWindow served{window,
-                        UniqueReference<CDropTarget>(new CDropTarget(window, receiver, written_))};
+                        ComPointer<CDropTarget>(new CDropTarget(window, receiver, written_))};
     if (earlier == EarlierTarget::Keep)
-        served.target.get()->set_earlier(share(target_on(window)));
+        served.target->set_earlier(share(target_on(window)));
     RevokeDragDrop(window);
 
     CoLockObjectExternal(served.target.get(), TRUE, FALSE);
     const Result<void> registered = put_on(window, served.target.get());
     if (!registered) {
         CoLockObjectExternal(served.target.get(), FALSE, TRUE);
-        if (IDropTarget* before = served.target.get()->earlier())
+        if (IDropTarget* before = served.target->earlier())
             RegisterDragDrop(window, before);
         return registered;
     }
