@@ -33,7 +33,7 @@ struct CommandLine {
     bool check_leaks = false;
     std::uint32_t idle_count = 0; // messages after start-up and after each statement
     std::uint8_t idle_level = 0;
-    bool window = false; // shown, and held open after the statements
+    bool window = false;             // shown, and held open after the statements
     std::int32_t window_scale = 100; // percent
     std::uint64_t fail_call = 0;
     StandInFailure failure = StandInFailure::Allocation;

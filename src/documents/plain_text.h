@@ -16,10 +16,9 @@ namespace vell::documents {
 using PdfTextReader = std::function<Result<void>(
     const files::NativePath& path, const params::ByteSink& sink, std::vector<std::string>& notes)>;
 
-// VlFile_GetAsPlainText( switches ; filePath ): the text of all pages, with
-// "\r<---------->\r" between one page and the next, and empty text for a file whose extension is
-// not "pdf". Bytes that are not UTF-8 become "<INVALID UTF8>". The code of the reader, or
-// ResourceTooLarge.
+// VlFile_GetAsPlainText( switches ; filePath ): the text of all pages, with "\r<---------->\r"
+// between one page and the next, and empty text for a file whose extension is not "pdf". Bytes that
+// are not UTF-8 become "<INVALID UTF8>". The code of the reader, or ResourceTooLarge.
 Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read);
 
 // The longest text that a result can hold, in characters of UTF-16.

@@ -38,8 +38,8 @@ std::wstring temporary_folder() {
     return length < folder.size() ? std::wstring(folder.data(), length) : std::wstring();
 }
 
-// In the form without a limit of length, which also keeps Windows from reading
-// names in it as devices.
+// In the form without a limit of length, which also keeps Windows from reading names in it as
+// devices.
 files::NativePath data_folder(const std::wstring& base) {
     std::wstring path = base + L"\\Vell File\\poppler-data-" VELL_ENCODING_DATA_KEY;
     if (const auto full = files::full_wide_path(path))

@@ -19,8 +19,7 @@
 namespace vell::documents {
 namespace {
 
-// What Poppler says of the document that this thread reads; null for nobody to
-// listen.
+// What Poppler says of the document that this thread reads; null for nobody to listen.
 thread_local std::vector<std::string>* current_notes = nullptr;
 
 void note_error(ErrorCategory, Goffset position, const char* message) {
@@ -41,8 +40,7 @@ class NoteScope {
     ~NoteScope() { current_notes = nullptr; }
 };
 
-// What all documents of the process share. Poppler locks its tables itself;
-// they are made once.
+// What all documents of the process share. Poppler locks its tables itself; they are made once.
 class SharedPoppler {
   public:
     explicit SharedPoppler(std::vector<std::string>& notes)
@@ -59,9 +57,8 @@ void make_shared_poppler(std::vector<std::string>& notes) {
     static const SharedPoppler shared(notes);
 }
 
-// Bounds what a small file can make of itself by drawing the same things again
-// and again: the steps of its drawing, and the characters of a page, which are
-// sorted all together.
+// Bounds what a small file can make of itself by drawing the same things again and again: the steps
+// of its drawing, and the characters of a page, which are sorted all together.
 class Workload {
   public:
     explicit Workload(std::int64_t file_size)
@@ -126,8 +123,7 @@ class TextPages : public TextOutputDev {
             TextOutputDev::drawChar(state, x, y, dx, dy, origin_x, origin_y, code, bytes, unicode,
                                     length);
     }
-    // Poppler follows a form only when the device does not draw it, and asks just
-    // before.
+    // Poppler follows a form only when the device does not draw it, and asks just before.
     bool useDrawForm() override {
         constexpr int steps_of_a_form = 500;
         workload_.spend(steps_of_a_form);
@@ -135,8 +131,7 @@ class TextPages : public TextOutputDev {
     }
 
   private:
-    // C++ exceptions must not be thrown through it: Poppler holds locks and
-    // memory.
+    // C++ exceptions must not be thrown through it: Poppler holds locks and memory.
     static void take(void* self, const char* text, int length) noexcept {
         auto& pages = *static_cast<TextPages*>(self);
         try {
@@ -200,8 +195,7 @@ BaseStream* make_stream(GooFile& file, std::int64_t size, std::string& bytes) {
 }
 
 Result<void> read_pages(PDFDoc& document, std::int64_t file_size, const params::ByteSink& sink) {
-    // A page is an object of its own: numbers beyond that are not worth the
-    // trying.
+    // A page is an object of its own: numbers beyond that are not worth the trying.
     const int pages = std::min(document.getNumPages(), document.getXRef()->getNumObjects());
     if (pages <= 0)
         return Failure{ErrorCode::PdfWithoutPages};
@@ -237,8 +231,7 @@ Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSi
             return Failure{ErrorCode::PdfCopyForbidden};
         }
         return read_pages(document, size, sink);
-    } catch (...) { // memory that cannot be had, mostly for what a damaged file
-                    // asks for
+    } catch (...) { // mostly memory that cannot be had, for what a damaged file asks for
         return Failure{ErrorCode::PdfFailed};
     }
 }

@@ -1,5 +1,5 @@
-// Finds XMP packets (ISO 16684-1 and XMP part 3: where they stand in JPEG and TIFF files, and how to
-// look for them in any other).
+// Finds XMP packets (ISO 16684-1 and XMP part 3: where they stand in JPEG and TIFF files, and how
+// to look for them in any other).
 //
 // Each packet comes with its header made readable: the byte-order mark in it is told by its bytes.
 #pragma once

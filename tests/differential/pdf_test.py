@@ -5,8 +5,8 @@ variants.
 usage: pdf_test.py FOLDER-OF-VELLHOST
 
 qpdf makes the variants: linearized, with object streams, to be read by humans, encrypted; updates are
-appended here. What differs for a reason is listed in REASONS; texts do not differ. Exit codes: 0, 1 for a difference without a reason, 77
-without the files or the programs.
+appended here. What differs for a reason is listed in REASONS; texts do not differ. Exit codes: 0, 1
+for a difference without a reason, 77 without the files or the programs.
 """
 import collections
 import fnmatch

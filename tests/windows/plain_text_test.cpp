@@ -234,8 +234,7 @@ TEST_F(PlainText, IsTheSameInEightThreads) {
         EXPECT_EQ(texts, alone);
 }
 
-// The console host in a process of its own, with its own place for the encoding
-// data.
+// The console host in a process of its own, with its own place for the encoding data.
 class OtherProcess {
   public:
     OtherProcess(const TemporaryFolder& folder, const std::wstring& name,
@@ -265,8 +264,7 @@ class OtherProcess {
         CloseHandle(started.hThread);
         process_ = UniqueHandle(started.hProcess);
     }
-    // All that it wrote, errors included; its exit code in front unless that is
-    // 0.
+    // All that it wrote, errors included; its exit code in front unless that is 0.
     std::string output() {
         WaitForSingleObject(process_.get(), INFINITE);
         DWORD code = 0;
