@@ -1,7 +1,7 @@
 #!/bin/bash
 # Prints the folder of Poppler for Windows: include, lib (libpoppler.a and libfreetype.a) and
-# poppler-data.zip, the encoding data that GlobalParams takes a folder of. Builds it where that has not
-# been done, which takes a few minutes.
+# poppler-data.zip, the encoding data that GlobalParams takes a folder of. Builds it where that has
+# not been done, which takes a few minutes.
 #
 # What is in the cache is not built again as long as this script, the patch, the toolchain, the
 # compiler and the versions of the Debian packages stay the same.
@@ -68,12 +68,13 @@ install_library Poppler "$work/source" -DFREETYPE_LIBRARY="$work/installed/lib/l
     -DENABLE_DCTDECODER=unmaintained -DENABLE_LIBOPENJPEG=none -DENABLE_LIBCURL=OFF \
     -DENABLE_NSS3=OFF -DENABLE_GPGME=OFF -DENABLE_CMS=none -DENABLE_ZLIB=OFF \
     -DENABLE_GLIB=OFF -DENABLE_GOBJECT_INTROSPECTION=OFF -DENABLE_QT5=OFF -DENABLE_QT6=OFF \
-    -DENABLE_CPP=OFF -DENABLE_UTILS=OFF -DENABLE_RELOCATABLE=OFF -DBUILD_GTK_TESTS=OFF -DBUILD_QT5_TESTS=OFF \
-    -DBUILD_QT6_TESTS=OFF -DBUILD_CPP_TESTS=OFF -DBUILD_MANUAL_TESTS=OFF \
+    -DENABLE_CPP=OFF -DENABLE_UTILS=OFF -DENABLE_RELOCATABLE=OFF \
+    -DBUILD_GTK_TESTS=OFF -DBUILD_QT5_TESTS=OFF -DBUILD_QT6_TESTS=OFF -DBUILD_CPP_TESTS=OFF -DBUILD_MANUAL_TESTS=OFF \
     -DRUN_GPERF_IF_PRESENT=OFF -DWITH_NSS3=OFF -DPKG_CONFIG_EXECUTABLE=/bin/false \
     -DWITH_JPEG=OFF -DWITH_PNG=OFF -DWITH_TIFF=OFF -DWITH_Cairo=OFF
 # With one time for all files, so that the same data gives the same archive.
-(cd "$data" && find cMap cidToUnicode nameToUnicode unicodeMap -type f | LC_ALL=C sort >"$work/names" &&
+(cd "$data" &&
+    find cMap cidToUnicode nameToUnicode unicodeMap -type f | LC_ALL=C sort >"$work/names" &&
     cmake -E tar cf "$work/installed/poppler-data.zip" --format=zip --mtime=2000-01-01 \
         --files-from="$work/names")
 
