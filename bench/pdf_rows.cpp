@@ -18,7 +18,7 @@ constexpr std::int16_t get_as_plain_text = 4327;
 
 Row text_row() {
     FunctionCall call(get_as_plain_text, {u"", to_utf16(sample_path(L"pages.pdf"))});
-    const double ours = best_of(5, [&] { call.run(); });
+    const double ours = best_of(15, [&] { call.run(); });
     return {"VlFile_GetAsPlainText, 100 pages", ours, native_ns(L"VELL_PDFTOTEXT"), 1.1,
             "peer: pdftotext, native, without its start"};
 }
