@@ -1,6 +1,5 @@
 #include "src/documents/plain_text.h"
 
-#include "src/base/ascii.h"
 #include "src/files/command_output.h"
 #include "src/files/information.h"
 
@@ -12,20 +11,13 @@ namespace {
 
 constexpr std::u16string_view page_separator = u"\r<---------->\r";
 
-bool is_pdf(std::u16string_view path) {
-    constexpr std::u16string_view wanted = u"pdf";
-    const std::u16string_view extension = files::extension_of(path);
-    return std::equal(extension.begin(), extension.end(), wanted.begin(), wanted.end(),
-                      [](char16_t a, char16_t b) { return fold_ascii(a) == b; });
-}
-
 } // namespace
 
 Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
     const params::NativePath path = VELL_TRY(call.path(1));
-    if (!is_pdf(path.wide)) {
+    if (!files::has_extension(path.wide, u"pdf")) {
         call.set_text(u"");
         return {};
     }

@@ -44,9 +44,7 @@ files::NativePath data_folder(const std::wstring& base) {
     std::wstring path = base + L"\\Vell File\\poppler-data-" VELL_ENCODING_DATA_KEY;
     if (const auto full = files::full_wide_path(path))
         path = *full;
-    if (!path.starts_with(L"\\\\?\\"))
-        path = path.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + path.substr(2) : L"\\\\?\\" + path;
-    return {to_utf16(path), std::nullopt};
+    return {to_utf16(files::without_length_limit(path)), std::nullopt};
 }
 
 } // namespace

@@ -64,9 +64,12 @@ std::u16string_view extension_of(std::u16string_view path) {
     return dot == std::u16string_view::npos ? std::u16string_view() : name.substr(dot + 1);
 }
 
+bool has_extension(std::u16string_view path, std::u16string_view extension) {
+    return std::ranges::equal(extension_of(path), extension, {}, fold_ascii<char16_t>);
+}
+
 bool is_shell_link(std::u16string_view path) {
-    constexpr std::u16string_view link_extension = u"lnk";
-    return std::ranges::equal(extension_of(path), link_extension, {}, fold_ascii<char16_t>);
+    return has_extension(path, u"lnk");
 }
 
 Result<void> get_file_name(Call& call) {

@@ -35,6 +35,9 @@ Result<void> get_resource_fork_size(params::Call& call);
 // a separator.
 std::u16string_view extension_of(std::u16string_view path);
 
+// Whether that is `extension`, which is given in small letters; A to Z compared without case.
+bool has_extension(std::u16string_view path, std::u16string_view extension);
+
 // Whether a file of this path is a shell link (an alias): its name ends with ".lnk".
 bool is_shell_link(std::u16string_view path);
 

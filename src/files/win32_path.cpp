@@ -23,7 +23,14 @@ std::wstring win32_path(const params::NativePath& path) {
     const Result<std::wstring> full = full_wide_path(wide);
     if (!full)
         return wide; // the call that gets it reports what is wrong with it
-    return full->starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full->substr(2) : L"\\\\?\\" + *full;
+    return without_length_limit(*full);
+}
+
+std::wstring without_length_limit(const std::wstring& full_path) {
+    if (full_path.starts_with(L"\\\\?\\"))
+        return full_path;
+    return full_path.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full_path.substr(2)
+                                          : L"\\\\?\\" + full_path;
 }
 
 Result<std::wstring> full_wide_path(const std::wstring& path) {
