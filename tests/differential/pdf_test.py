@@ -109,6 +109,12 @@ def make_files(folder):
             made = files.get((variant, source.name))
             if made and update(made, target, b"Updated \\344"):
                 files[target.parent.name, source.name] = target
+    # All pages twice: fonts are shared, and more than are kept at hand.
+    pages = [path for (variant, _), path in files.items() if variant == "rewritten"
+             and run("qpdf", "--show-npages", path).stdout.strip() not in (b"", b"0")]
+    target = folder / "merged.pdf"
+    if run("qpdf", "--empty", "--pages", *pages, *pages, "--", target).returncode in (0, 3):
+        files["merged", target.name] = target
     return files
 
 

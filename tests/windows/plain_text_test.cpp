@@ -94,6 +94,24 @@ TEST_F(PlainText, IsThatOfTheDocument) {
               u"Some text\r\r");
 }
 
+// What is kept of a font for later pages must be that of the font, whatever they call it.
+TEST_F(PlainText, KeepsFontsApartThatSwapNames) {
+    const auto page_with = [](const std::string& fonts) {
+        return "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 600 800] /Contents 5 0 R "
+               "/Resources << /Font << " +
+               fonts + " >> >> >>";
+    };
+    EXPECT_EQ(text(pdf({"<< /Type /Catalog /Pages 2 0 R >>",
+                        "<< /Type /Pages /Kids [3 0 R 4 0 R 3 0 R] /Count 3 >>",
+                        page_with("/F 6 0 R /G 7 0 R"), page_with("/G 6 0 R /F 7 0 R"),
+                        stream("BT /F 12 Tf 100 700 Td <65E5> Tj 0 -50 Td /G 12 Tf <65E5> Tj ET"),
+                        "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /Encoding "
+                        "/WinAnsiEncoding >>",
+                        japanese_font("/UniJIS-UCS2-H")})),
+              u"e\u00E5\r\r\u65E5\r\r\r<---------->\r\u65E5\r\re\u00E5\r\r\r<---------->\r"
+              u"e\u00E5\r\r\u65E5\r\r");
+}
+
 TEST_F(PlainText, ComesFromEveryPathThatWindowsOpens) {
     std::wstring name = L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.PDF";
     EXPECT_EQ(text_of(folder.file(name, page(some_text))), u"Some text\r\r");
