@@ -1,6 +1,7 @@
 #include "console/calc/lexer.h"
 
 #include "console/calc/unicode.h"
+#include "src/base/ascii.h"
 
 #include <algorithm>
 #include <optional>
@@ -11,13 +12,8 @@ namespace {
 
 constexpr char16_t paragraph_sign = u'\u00B6';
 
-bool is_digit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
-
 bool begins_name(char16_t unit) {
-    const bool letter = (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z');
-    return letter || unit == u'_' ||
+    return is_letter(unit) || unit == u'_' ||
            (unit >= 0x00C0 && unit != u'\u00D7' && unit != u'\u00F7' &&
             !(unit >= 0x2000 && unit < 0x2C00) && !(unit >= 0x3000 && unit < 0x3005) &&
             unit < 0xFF00);

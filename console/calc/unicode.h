@@ -2,6 +2,7 @@
 // JSON strings.
 #pragma once
 
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
 
 #include <compare>
@@ -9,13 +10,6 @@
 #include <string_view>
 
 namespace vell::console {
-
-constexpr bool is_high_surrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-constexpr bool is_low_surrogate(char16_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
 
 // A double-quoted JSON string. Lone surrogates are kept as \uXXXX.
 std::string json_string(std::u16string_view text);

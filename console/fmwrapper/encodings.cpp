@@ -1,6 +1,7 @@
 #include "console/fmwrapper/encodings.h"
 
 #include "console/fmwrapper/guard.h"
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
 
 #include <windows.h>
@@ -27,13 +28,6 @@ constexpr std::array<UINT, 37> code_pages = {
 // Input is converted in pieces whose sizes fit the int parameters of Windows' functions.
 constexpr std::size_t piece_bytes = std::size_t{1} << 20;
 constexpr std::size_t piece_units = 4096;
-
-bool is_high_surrogate(char16_t unit) {
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool is_low_surrogate(char16_t unit) {
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
 
 std::size_t to_wide(UINT page, std::string_view bytes, char16_t* units, std::size_t room) {
     const int size = MultiByteToWideChar(page, 0, bytes.data(), static_cast<int>(bytes.size()),

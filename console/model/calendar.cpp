@@ -1,5 +1,7 @@
 #include "console/model/calendar.h"
 
+#include "src/base/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -30,9 +32,6 @@ constexpr std::int64_t days_before_year(std::int64_t year) {
     return full * 365 + floor_divide(full, 4) - floor_divide(full, 100) + floor_divide(full, 400);
 }
 
-bool is_digit(char16_t unit) {
-    return unit >= u'0' && unit <= u'9';
-}
 bool is_blank(char16_t unit) {
     return unit == u' ' || unit == u'\t';
 }

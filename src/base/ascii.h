@@ -14,9 +14,36 @@ constexpr Char fold_ascii(Char c) {
 }
 
 template <typename Char>
+constexpr bool is_digit(Char c) {
+    return c >= Char('0') && c <= Char('9');
+}
+template <typename Char>
+constexpr bool is_letter(Char c) {
+    return fold_ascii(c) >= Char('a') && fold_ascii(c) <= Char('z');
+}
+
+template <typename Char>
 constexpr bool is_ascii(std::basic_string_view<Char> text) {
     return std::all_of(text.begin(), text.end(),
                        [](Char c) { return static_cast<std::make_unsigned_t<Char>>(c) < 0x80; });
+}
+
+// Letters A to Z compared without case, all else as it is.
+template <typename Char>
+constexpr bool equal_ignoring_case(std::basic_string_view<Char> a,
+                                   std::type_identity_t<std::basic_string_view<Char>> b) {
+    return std::ranges::equal(a, b, {}, fold_ascii<Char>, fold_ascii<Char>);
+}
+template <typename Char>
+constexpr bool starts_ignoring_case(std::basic_string_view<Char> text,
+                                    std::type_identity_t<std::basic_string_view<Char>> start) {
+    return equal_ignoring_case(text.substr(0, start.size()), start);
+}
+template <typename Char>
+constexpr bool ends_ignoring_case(std::basic_string_view<Char> text,
+                                  std::type_identity_t<std::basic_string_view<Char>> end) {
+    return text.size() >= end.size() &&
+           equal_ignoring_case(text.substr(text.size() - end.size()), end);
 }
 
 // Position of the first occurrence of `wanted` in `text`, letters A to Z compared without case;

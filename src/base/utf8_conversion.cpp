@@ -1,5 +1,6 @@
 #include "src/base/utf8.h"
 
+#include "src/base/utf16.h"
 #include "src/base/utf8_sequence.h"
 
 #include <cstdint>
@@ -32,10 +33,10 @@ bool is_ascii_block(const char16_t* units) {
 
 Character read_utf16(const char16_t* at, const char16_t* end) {
     const char32_t unit = at[0];
-    if (unit < 0xD800 || unit > 0xDFFF)
+    if (!is_surrogate(unit))
         return {unit, 1};
-    if (unit < 0xDC00 && at + 1 != end && at[1] >= 0xDC00 && at[1] <= 0xDFFF)
-        return {0x10000 + ((unit - 0xD800) << 10) + (at[1] - 0xDC00u), 2};
+    if (is_high_surrogate(unit) && at + 1 != end && is_low_surrogate(at[1]))
+        return {character_of_pair(unit, at[1]), 2};
     return {replacement_character, 1};
 }
 
@@ -94,8 +95,8 @@ void decode_utf8(std::string_view utf8, char16_t* units) {
         },
         [&units](char32_t code) {
             if (code >= 0x10000) {
-                *units++ = static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-                code = 0xDC00 + (code & 0x3FF);
+                *units++ = high_surrogate(code);
+                code = low_surrogate(code);
             }
             *units++ = static_cast<char16_t>(code);
         });

@@ -1,5 +1,6 @@
 #include "src/documents/pdf_strings.h"
 
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
 #include "src/base/utf8_sequence.h"
 
@@ -39,8 +40,8 @@ void LimitedText::append_character(char32_t character) {
     char16_t units[2];
     std::size_t count = 1;
     if (character > 0xFFFF) {
-        units[0] = static_cast<char16_t>(0xD7C0 + (character >> 10));
-        units[1] = static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+        units[0] = high_surrogate(character);
+        units[1] = low_surrogate(character);
         count = 2;
     } else {
         units[0] = static_cast<char16_t>(character);
@@ -121,15 +122,15 @@ void StringDecoder::take_utf8() {
 }
 
 void StringDecoder::take_unit(char32_t unit) {
-    const bool is_low = unit >= 0xDC00 && unit < 0xE000;
+    const bool is_low = is_low_surrogate(unit);
     if (high_surrogate_ != 0) {
         const char32_t high = high_surrogate_;
         high_surrogate_ = 0;
         if (is_low)
-            return text_.append_character(0x10000 + ((high - 0xD800) << 10) + (unit - 0xDC00));
+            return text_.append_character(character_of_pair(high, unit));
         text_.append_character(replacement_character);
     }
-    if (unit >= 0xD800 && unit < 0xDC00)
+    if (is_high_surrogate(unit))
         high_surrogate_ = unit;
     else
         text_.append_character(is_low ? char32_t{replacement_character} : unit);

@@ -6,15 +6,6 @@
 #include <utility>
 
 namespace vell::dragdrop {
-namespace {
-
-bool same_name(std::u16string_view a, std::u16string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char16_t x, char16_t y) { return fold_ascii(x) == fold_ascii(y); });
-}
-
-} // namespace
-
 Effect allowed_effect(Effect wanted, std::uint32_t allowed) {
     const Effect other = wanted == Effect::Copy ? Effect::Link : Effect::Copy;
     for (const Effect effect : {wanted, other}) {
@@ -27,8 +18,9 @@ Effect allowed_effect(Effect wanted, std::uint32_t allowed) {
 bool matches(const Script& script, std::u16string_view file_name, std::u16string_view script_name) {
     if (file_name.empty())
         return true;
-    return same_name(script.file_name, file_name) &&
-           (script_name.empty() || same_name(script.name, script_name));
+    return equal_ignoring_case(std::u16string_view(script.file_name), file_name) &&
+           (script_name.empty() ||
+            equal_ignoring_case(std::u16string_view(script.name), script_name));
 }
 
 void HandlerList::add(Handler handler) {

@@ -1,5 +1,7 @@
 #include "src/dragdrop/drop_zone.h"
 
+#include "src/base/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -15,10 +17,6 @@ std::int32_t within_32_bits(std::int64_t value) {
     using Limits = std::numeric_limits<std::int32_t>;
     return static_cast<std::int32_t>(
         std::clamp(value, std::int64_t{Limits::min()}, std::int64_t{Limits::max()}));
-}
-
-bool is_digit(char16_t c) {
-    return c >= u'0' && c <= u'9';
 }
 
 bool is_blank(char16_t c) {

@@ -3,6 +3,7 @@
 #include "src/base/ascii.h"
 #include "src/base/bytes.h"
 #include "src/base/number_text.h"
+#include "src/base/utf16.h"
 #include "src/files/path_parts.h"
 
 #include <algorithm>
@@ -59,10 +60,6 @@ constexpr std::u16string_view nameless = u"item";
 
 bool is_forbidden(char16_t c) {
     return c < u' ' || std::u16string_view(u"\"*/:<>?\\|").find(c) != std::u16string_view::npos;
-}
-
-bool is_high_surrogate(char16_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
 }
 
 struct NameParts {

@@ -1,5 +1,6 @@
 #include "src/files/aliases.h"
 
+#include "src/base/ascii.h"
 #include "src/files/information.h"
 #include "src/files/path_parts.h"
 #include "src/files/shell_link_file.h"
@@ -47,11 +48,9 @@ void split_icon_index(std::u16string& icon, std::int32_t& index) {
     std::u16string_view digits = std::u16string_view(icon).substr(comma + 1);
     const bool is_negative = digits.starts_with(u'-');
     digits.remove_prefix(is_negative ? 1 : 0);
-    const auto is_digit = [](char16_t unit) {
-        return unit >= u'0' && unit <= u'9';
-    };
     constexpr std::size_t most_digits = 9;
-    if (digits.empty() || digits.size() > most_digits || !std::ranges::all_of(digits, is_digit))
+    if (digits.empty() || digits.size() > most_digits ||
+        !std::ranges::all_of(digits, is_digit<char16_t>))
         return;
     for (const char16_t digit : digits)
         index = index * 10 + (digit - u'0');

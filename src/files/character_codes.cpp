@@ -1,5 +1,7 @@
 #include "src/files/character_codes.h"
 
+#include "src/base/ascii.h"
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
 
 #include <algorithm>
@@ -18,10 +20,6 @@ using params::TextEncoding;
 
 constexpr TextEncoding no_encoding{-1}; // code points then
 
-constexpr bool is_digit(char16_t c) {
-    return c >= u'0' && c <= u'9';
-}
-
 // The numbers of a text; one that is too large for any use stays so.
 std::vector<std::uint64_t> numbers_in(std::u16string_view text) {
     constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max() + std::uint64_t{1};
@@ -37,15 +35,14 @@ std::vector<std::uint64_t> numbers_in(std::u16string_view text) {
 }
 
 Result<void> append_code_point(std::u16string& text, std::uint64_t number) {
-    const bool is_surrogate = number >= 0xD800 && number <= 0xDFFF;
-    if (number == 0 || number > 0x10FFFF || is_surrogate)
+    const auto character = static_cast<char32_t>(number);
+    if (number == 0 || number > 0x10FFFF || is_surrogate(character))
         return Failure{ErrorCode::NumberOutOfRange};
-    if (number > 0xFFFF) {
-        const std::uint64_t above = number - 0x10000;
-        text += static_cast<char16_t>(0xD800 + (above >> 10));
-        text += static_cast<char16_t>(0xDC00 + (above & 0x3FF));
+    if (character > 0xFFFF) {
+        text += high_surrogate(character);
+        text += low_surrogate(character);
     } else {
-        text += static_cast<char16_t>(number);
+        text += static_cast<char16_t>(character);
     }
     return {};
 }

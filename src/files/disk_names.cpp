@@ -14,10 +14,6 @@
 namespace vell::files {
 namespace {
 
-constexpr bool is_letter(char16_t unit) {
-    return fold_ascii(unit) >= u'a' && fold_ascii(unit) <= u'z';
-}
-
 constexpr char16_t capital(char16_t letter) {
     return static_cast<char16_t>(fold_ascii(letter) - u'a' + u'A');
 }
@@ -140,15 +136,14 @@ Result<Disk> find_disk(DiskSystem& system, std::u16string name, Below below) {
 
 Result<std::u16string> share_name(std::u16string_view server, std::u16string_view disk) {
     constexpr std::u16string_view scheme = u"smb:";
-    if (std::ranges::equal(server.substr(0, scheme.size()), scheme, {}, fold_ascii<char16_t>))
+    if (starts_ignoring_case(server, scheme))
         server.remove_prefix(scheme.size());
     std::vector<std::u16string_view> parts = parts_of(server);
     const std::vector<std::u16string_view> more = parts_of(disk);
     if (disk.starts_with(u"\\\\") || disk.starts_with(u"//")) {
         // The whole name, with the server in it.
-        if (!parts.empty() && (parts.size() > 1 || more.empty() ||
-                               !std::ranges::equal(parts[0], more[0], {}, fold_ascii<char16_t>,
-                                                   fold_ascii<char16_t>)))
+        if (!parts.empty() &&
+            (parts.size() > 1 || more.empty() || !equal_ignoring_case(parts[0], more[0])))
             return Failure{ErrorCode::BadName};
         parts.clear();
     } else if (parts.empty()) {

@@ -2,7 +2,6 @@
 
 #include "src/base/ascii.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace vell::files {
@@ -17,9 +16,7 @@ bool is_self_or_parent(std::u16string_view name) {
 // Shortcut files. No dot is looked for.
 bool is_alias(std::u16string_view name) {
     constexpr std::u16string_view ending = u"lnk";
-    return name.size() > ending.size() &&
-           std::ranges::equal(name.substr(name.size() - ending.size()), ending, {},
-                              fold_ascii<char16_t>);
+    return name.size() > ending.size() && ends_ignoring_case(name, ending);
 }
 
 // Listings pass the system's number as it is.

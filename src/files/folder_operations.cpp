@@ -1,5 +1,6 @@
 #include "src/files/folder_operations.h"
 
+#include "src/base/utf16.h"
 #include "src/base/win32_error.h"
 #include "src/files/path_parts.h"
 
@@ -99,11 +100,9 @@ Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMess
 
 std::u16string deletion_question(std::u16string_view name) {
     constexpr std::size_t longest_name = 25;
-    constexpr char16_t first_half = 0xD800;
-    constexpr char16_t last_first_half = 0xDBFF;
     if (name.size() > longest_name) {
         name = name.substr(0, longest_name);
-        if (name.back() >= first_half && name.back() <= last_first_half)
+        if (is_high_surrogate(name.back()))
             name.remove_suffix(1); // half a character
     }
     return u"Do you really want to delete the folder \"" + std::u16string(name) +

@@ -65,7 +65,7 @@ std::u16string_view extension_of(std::u16string_view path) {
 }
 
 bool has_extension(std::u16string_view path, std::u16string_view extension) {
-    return std::ranges::equal(extension_of(path), extension, {}, fold_ascii<char16_t>);
+    return equal_ignoring_case(extension_of(path), extension);
 }
 
 bool is_shell_link(std::u16string_view path) {

@@ -55,7 +55,7 @@ Result<void> get_file_type(Call& call, FileSystem& files) {
     }
     const std::u16string_view extension = extension_of(item.path.wide);
     const auto known = std::ranges::find_if(types, [extension](const TypeOfExtension& type) {
-        return std::ranges::equal(extension, type.extension, {}, fold_ascii<char16_t>);
+        return equal_ignoring_case(extension, type.extension);
     });
     call.set_literal(known == std::end(types) ? "" : known->type);
     return {};

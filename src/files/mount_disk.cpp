@@ -39,10 +39,9 @@ Result<char16_t> wanted_letter(const SwitchSet& switches) {
     std::string value = switches.value(name, 100).substr(name.size());
     value.erase(0, value.find_first_not_of("= "));
     value.erase(value.find_last_not_of(" :\\") + 1);
-    const char letter = value.size() == 1 ? fold_ascii(value[0]) : '\0';
-    if (letter < 'a' || letter > 'z')
+    if (value.size() != 1 || !is_letter(value[0]))
         return Failure{ErrorCode::BadName};
-    return static_cast<char16_t>(letter - 'a' + u'A');
+    return static_cast<char16_t>(fold_ascii(value[0]) - 'a' + u'A');
 }
 
 bool is_used(DiskSystem& system, char16_t letter) {

@@ -1,5 +1,7 @@
 #include "src/files/name_pattern.h"
 
+#include "src/base/utf16.h"
+
 #include <algorithm>
 
 namespace vell::files {
@@ -11,7 +13,7 @@ constexpr char16_t one = u'?';
 // Units of the character at `at`: a surrogate pair is one character.
 std::size_t character_length(std::u16string_view text, std::size_t at) {
     const bool is_pair =
-        (text[at] & 0xFC00) == 0xD800 && at + 1 < text.size() && (text[at + 1] & 0xFC00) == 0xDC00;
+        is_high_surrogate(text[at]) && at + 1 < text.size() && is_low_surrogate(text[at + 1]);
     return is_pair ? 2 : 1;
 }
 

@@ -33,8 +33,7 @@ std::size_t skip_drive(std::u16string_view path, std::size_t at) {
 }
 
 bool names_network(std::u16string_view rest) {
-    return rest.size() > 3 && fold_ascii(rest[0]) == u'u' && fold_ascii(rest[1]) == u'n' &&
-           fold_ascii(rest[2]) == u'c' && is_separator(rest[3]);
+    return rest.size() > 3 && starts_ignoring_case(rest, u"unc") && is_separator(rest[3]);
 }
 
 bool is_verbatim(std::u16string_view path) {

@@ -24,7 +24,7 @@ constexpr std::size_t name_position = 2;
 Result<std::u16string> searched_folder(Call& call, FileSystem& files, SearchSystem& system) {
     std::u16string given = call.text(folder_position);
     VELL_TRY(params::strip_prefix(Accept::OnePath, given));
-    if (given.size() == 1 && fold_ascii(given[0]) >= u'a' && fold_ascii(given[0]) <= u'z')
+    if (given.size() == 1 && is_letter(given[0]))
         given += u':';
     const bool has_separator = given.ends_with(u'/');
     const NativePath native =

@@ -4,7 +4,6 @@
 #include "src/base/bytes.h"
 #include "src/files/path_parts.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace vell::files {
@@ -80,11 +79,6 @@ std::optional<Layout> layout_of(std::string_view bytes) {
     return layout;
 }
 
-// Letters beyond ASCII that differ in case make a way longer than it need be, not a wrong one.
-bool is_same_name(std::u16string_view a, std::u16string_view b) {
-    return std::ranges::equal(a, b, {}, fold_ascii<char16_t>, fold_ascii<char16_t>);
-}
-
 std::u16string_view take_name(std::u16string_view& path) {
     const std::size_t end = path.find(u'\\');
     const std::u16string_view name = path.substr(0, end);
@@ -132,15 +126,16 @@ std::optional<std::u16string> relative_path(std::u16string_view folder, std::u16
     folder = without_trailing_separator(folder);
     item = without_trailing_separator(item);
     const std::size_t root = root_length(folder);
+    // Letters beyond ASCII that differ in case make a way longer than it need be, not a wrong one.
     if (root == 0 || root != root_length(item) ||
-        !is_same_name(folder.substr(0, root), item.substr(0, root)))
+        !equal_ignoring_case(folder.substr(0, root), item.substr(0, root)))
         return std::nullopt;
     folder.remove_prefix(root);
     item.remove_prefix(root);
     while (!folder.empty() && !item.empty()) {
         std::u16string_view folder_rest = folder;
         std::u16string_view item_rest = item;
-        if (!is_same_name(take_name(folder_rest), take_name(item_rest)))
+        if (!equal_ignoring_case(take_name(folder_rest), take_name(item_rest)))
             break;
         folder = folder_rest;
         item = item_rest;

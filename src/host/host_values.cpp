@@ -1,5 +1,7 @@
 #include "src/host/host_values.h"
 
+#include "src/base/utf16.h"
+
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -62,10 +64,6 @@ std::u16string to_utf16(const fm::Text* text) {
 }
 
 namespace {
-
-bool is_high_surrogate(char16_t unit) {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
 
 // Bytes that the host wrote before its terminating zero. A zero character encodes as one zero byte
 // in every encoding, and nothing else does, so the terminator is the one after all of those.

@@ -3,7 +3,6 @@
 #include "src/base/ascii.h"
 #include "src/host/plugin_state.h"
 
-#include <algorithm>
 #include <array>
 
 namespace vell::host {
@@ -27,9 +26,7 @@ BOOL CALLBACK check_window(HWND window, LPARAM argument) {
 } // namespace
 
 bool is_main_window_class(std::wstring_view class_name, std::wstring_view wanted) {
-    return class_name.size() >= wanted.size() &&
-           std::ranges::equal(class_name.substr(0, wanted.size()), wanted, {}, fold_ascii<wchar_t>,
-                              fold_ascii<wchar_t>);
+    return starts_ignoring_case(class_name, wanted);
 }
 
 HWND main_window() {

@@ -2,18 +2,11 @@
 
 #include "src/base/ascii.h"
 
-#include <algorithm>
 
 namespace vell::params {
 namespace {
 
 constexpr auto npos = std::u16string_view::npos;
-
-bool begins_with(std::u16string_view text, std::u16string_view name) {
-    return text.size() >= name.size() &&
-           std::ranges::equal(text.substr(0, name.size()), name, {}, fold_ascii<char16_t>,
-                              fold_ascii<char16_t>);
-}
 
 // Takes a quoted text, or what there is of it, from the front of `rest`.
 std::u16string take_quoted(std::u16string_view& rest) {
@@ -40,7 +33,7 @@ std::u16string_view trimmed(std::u16string_view text) {
 
 std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name) {
     for (std::u16string_view rest = switches; !rest.empty();) {
-        if (begins_with(rest, name)) {
+        if (starts_ignoring_case(rest, name)) {
             rest.remove_prefix(name.size());
             if (rest.starts_with(u'"'))
                 return take_quoted(rest);
