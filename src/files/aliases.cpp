@@ -155,7 +155,7 @@ Result<void> create_alias(Call& call, FileSystem& files, ShellLinks& links) {
     const ItemKind existing = files.kind_of(alias);
     if (existing == ItemKind::Folder || (existing == ItemKind::File && replace == Replace::No))
         return Failure{ErrorCode::AlreadyExists};
-    if (existing == ItemKind::File && links.is_same_file(native(source.path), alias))
+    if (existing == ItemKind::File && files.is_same_file(native(source.path), alias))
         return Failure{ErrorCode::BadParameter}; // it would be lost, and lead to itself
 
     const ShellLink link = VELL_TRY(link_to(call, links, source));

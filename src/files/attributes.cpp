@@ -43,14 +43,17 @@ Result<QuestionSwitch> question_of(const SwitchSet& switches) {
     return *found;
 }
 
-// Whether the file can be opened, which nobody else may have done: files are opened unshared.
-Result<bool> can_open(FileSystem& files, const NativePath& path, Permission permission) {
-    const auto file = files.open(path, permission);
-    if (file)
-        return true;
-    if (file.error() == ErrorCode::Busy)
+// What is missing is so whether or not there is the folder that would hold it.
+Result<bool> about_an_item(Result<bool> answer) {
+    if (!answer && answer.error() == ErrorCode::FolderNotFound)
+        return Failure{ErrorCode::NotFound};
+    return answer;
+}
+
+Result<bool> can_be_changed(ItemProperties& properties, const NativePath& path) {
+    if (VELL_TRY(properties.attributes(path)) & bit(Attribute::ReadOnly))
         return false;
-    return Failure{file.error()};
+    return properties.is_unused(path, Permission::Write);
 }
 
 // A bit that switches or a step's list turn on or off.
@@ -111,7 +114,7 @@ Result<AttributeChange> change_of_step(Call& call) {
 
 } // namespace
 
-Result<void> get_file_attribute(Call& call, ItemProperties& properties, FileSystem& files) {
+Result<void> get_file_attribute(Call& call, ItemProperties& properties) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
     const QuestionSwitch asked = VELL_TRY(question_of(call.switches()));
@@ -123,7 +126,7 @@ Result<void> get_file_attribute(Call& call, ItemProperties& properties, FileSyst
         return {};
     }
     case Question::IsFree:
-        call.set_number(VELL_TRY(can_open(files, path, Permission::Read)));
+        call.set_number(VELL_TRY(about_an_item(properties.is_unused(path, Permission::Read))));
         return {};
     case Question::Zero:
         call.set_number(0);
@@ -150,12 +153,14 @@ Result<void> set_file_attribute(Call& call, ItemProperties& properties) {
     return {};
 }
 
-Result<void> is_free(Call& call, ItemProperties& properties, FileSystem& files) {
+Result<void> is_free(Call& call, ItemProperties& properties) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
     const NativePath path = VELL_TRY(call.path(1));
-    const bool is_locked = VELL_TRY(properties.attributes(path)) & bit(Attribute::ReadOnly);
-    call.set_number(!is_locked && VELL_TRY(can_open(files, path, Permission::Write)));
+    Result<bool> free = can_be_changed(properties, path);
+    if (!free && free.error() == ErrorCode::Busy)
+        free = false;
+    call.set_number(VELL_TRY(about_an_item(free)));
     return {};
 }
 

@@ -1,7 +1,6 @@
 // Attributes of files and folders.
 #pragma once
 
-#include "src/files/file_access.h"
 #include "src/files/item_properties.h"
 #include "src/params/call.h"
 
@@ -11,12 +10,12 @@ namespace vell::files {
 // name; BadParameter unless they name exactly one.
 //
 // "-lockAttr", "-archiveAttr" and "-hiddenAttr" look at the item; "-IsFree" tells whether nobody
-// has the file open. What this platform lacks has a fixed answer, without a look at the item:
-// "-labelNumAttr" and "-PackageFolderAttr" are 0, "-findercommentAttr" is empty, "-iCloudStatus"
-// is NotAvailable.
-Result<void> get_file_attribute(params::Call& call, ItemProperties& properties, FileSystem& files);
+// has the file or folder open (NotFound when there is none, Busy when it may not be opened). What
+// this platform lacks has a fixed answer, without a look at the item: "-labelNumAttr" and
+// "-PackageFolderAttr" are 0, "-findercommentAttr" is empty, "-iCloudStatus" is NotAvailable.
+Result<void> get_file_attribute(params::Call& call, ItemProperties& properties);
 inline Result<void> get_file_attribute(params::Call& call) {
-    return get_file_attribute(call, system_properties(), system_files());
+    return get_file_attribute(call, system_properties());
 }
 
 // VlFile_SetFileAttribute( switches ; filePath ; cftype ; comment ), and step Set File Attributes:
@@ -28,11 +27,12 @@ inline Result<void> set_file_attribute(params::Call& call) {
     return set_file_attribute(call, system_properties());
 }
 
-// VlFile_IsFree( switches ; filePath ): 1 when the file can be opened for changing: nobody has it
-// open and it is not read-only; else 0. NotFound when there is none.
-Result<void> is_free(params::Call& call, ItemProperties& properties, FileSystem& files);
+// VlFile_IsFree( switches ; filePath ): 1 when the file or folder can be opened for changing:
+// nobody has it open, it is not read-only, and the user may change it; else 0. NotFound when there
+// is none.
+Result<void> is_free(params::Call& call, ItemProperties& properties);
 inline Result<void> is_free(params::Call& call) {
-    return is_free(call, system_properties(), system_files());
+    return is_free(call, system_properties());
 }
 
 } // namespace vell::files

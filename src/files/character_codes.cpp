@@ -99,6 +99,9 @@ Result<void> ascii_value_to_text(Call& call) {
     const TextEncoding encoding = params::contents_encoding_of(call.switches(), no_encoding);
     const std::vector<std::uint64_t> numbers = numbers_in(call.text(1));
     const std::u16string separator = call.text(2);
+    constexpr std::size_t longest_result = 1 << 28; // of separators, in characters
+    if (numbers.size() * separator.size() > longest_result)
+        return Failure{ErrorCode::ResourceTooLarge};
     if (encoding != no_encoding)
         return give_encoded(call, numbers, separator, encoding);
     std::u16string text;

@@ -40,6 +40,8 @@ Result<void> insert_contents(Call& call, FileSystem& files) {
     if (call.parameter_count() < 4)
         return Failure{ErrorCode::BadParameter};
     const RewrittenFile file = VELL_TRY(rewritten_file(call, 1, 2));
+    if (file.destination && files.kind_of(*file.destination) != ItemKind::None)
+        return Failure{ErrorCode::AlreadyExists};
     const auto position = static_cast<std::uint64_t>(std::max<std::int64_t>(call.number(4), 0));
     const params::SwitchSet switches = call.switches();
     const TextEncoding encoding =

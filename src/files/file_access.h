@@ -57,6 +57,8 @@ class FileSystem {
 
     // None for whatever keeps the system from telling.
     virtual ItemKind kind_of(const NativePath& path) = 0;
+    // Whether both paths lead to one file that exists, however they are written.
+    virtual bool is_same_file(const NativePath& a, const NativePath& b) = 0;
     // AlreadyExists when there is a target and it may not be replaced.
     virtual Result<void> copy(const NativePath& source, const NativePath& target,
                               Replace replace) = 0;

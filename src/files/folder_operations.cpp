@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace vell::files {
 namespace {
@@ -27,15 +28,13 @@ NativePath native(std::u16string_view path) {
     return {std::u16string(path), std::nullopt};
 }
 
-// Full paths without separators at their ends.
-enum class Inside : std::uint8_t { No, Same, Below };
-Inside is_inside(TreeSystem& tree, std::u16string_view target, std::u16string_view source) {
-    if (tree.equal_ignoring_case(target, source))
-        return Inside::Same;
-    const bool below = target.size() > source.size() &&
-                       (target[source.size()] == u'\\' || source.ends_with(u'\\')) &&
-                       tree.equal_ignoring_case(target.substr(0, source.size()), source);
-    return below ? Inside::Below : Inside::No;
+// Whether the target is the source or lies in it, by their full paths without separators at their
+// ends.
+bool is_inside(TreeSystem& tree, std::u16string_view target, std::u16string_view source) {
+    const bool on_its_way = target.size() == source.size() ||
+                            (target.size() > source.size() &&
+                             (target[source.size()] == u'\\' || source.ends_with(u'\\')));
+    return on_its_way && tree.equal_ignoring_case(target.substr(0, source.size()), source);
 }
 
 struct FolderPaths {
@@ -46,15 +45,16 @@ struct FolderPaths {
 Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
     if (call.parameter_count() < 3)
         return Failure{ErrorCode::BadParameter};
-    const NativePath source = VELL_TRY(call.path(1));
-    const std::u16string_view trimmed_source = without_trailing_separator(source.wide);
-    if (tree.files().kind_of(native(trimmed_source)) != ItemKind::Folder) {
+    const Result<NativePath> given = call.path(1);
+    const NativePath source = native(given ? without_trailing_separator(given->wide) : u"");
+    if (!given || tree.files().kind_of(source) != ItemKind::Folder) {
         call.debug_note("DoCopyFolder001A errFSNotAFolder ");
         return Failure{ErrorCode::NotAFolder};
     }
     const NativePath target = VELL_TRY(call.path(2));
     VELL_TRY(check_new_name(target.wide));
-    return FolderPaths{native(trimmed_source), native(without_trailing_separator(target.wide))};
+    VELL_TRY(check_name_characters(last_name(target.wide))); // the shell takes "*" for a pattern
+    return FolderPaths{source, native(without_trailing_separator(target.wide))};
 }
 
 // The path as the comparison and the shell take it.
@@ -77,25 +77,88 @@ NativePath place_of_copy(TreeSystem& tree, const FolderPaths& paths) {
                : paths.target;
 }
 
-Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMessages messages) {
-    const NativePath place = place_of_copy(tree, paths);
-    if (tree.equal_ignoring_case(place.wide, paths.source.wide))
-        return Failure{same_folder};
-    if (is_inside(tree, paths.target.wide, paths.source.wide) != Inside::No)
-        return Failure{target_in_source};
-    // Nobody can be asked whether files are to be replaced.
-    if (messages == ShellMessages::Suppressed && tree.files().kind_of(place) != ItemKind::None)
-        return Failure{ErrorCode::AlreadyExists};
+// A full path, those of the folders above it, and its root.
+std::vector<NativePath> way_up(std::u16string_view path) {
+    std::vector<NativePath> way;
+    const NativePath root = native(path.substr(0, root_length(path)));
+    for (; !path.empty() && path != root.wide; path = parent_path(path))
+        way.push_back(native(path));
+    way.push_back(root);
+    return way;
+}
+
+bool is_same_folder(TreeSystem& tree, const NativePath& a, const NativePath& b) {
+    return tree.equal_ignoring_case(a.wide, b.wide) || tree.files().is_same_file(a, b);
+}
+
+bool contains(TreeSystem& tree, const std::vector<NativePath>& folders, const NativePath& folder) {
+    return std::ranges::any_of(
+        folders, [&](const NativePath& other) { return is_same_folder(tree, other, folder); });
+}
+
+// The links to folders below a folder. PathTooLong when the path of anything below it is longer
+// than the folder's by more than `longest` characters.
+Result<std::vector<NativePath>> links_below(TreeSystem& tree, const NativePath& folder,
+                                            std::size_t longest) {
+    std::vector<NativePath> links;
+    VELL_TRY(tree.for_each_below(folder, [&](const ItemBelow& item) -> Result<void> {
+        if (item.path.wide.size() > folder.wide.size() + longest)
+            return Failure{ErrorCode::PathTooLong};
+        if (item.is_link)
+            links.push_back(item.path);
+        return {};
+    }));
+    return links;
+}
+
+// The shell goes through links: the copy would hold itself, over and over, where one leads to a
+// folder above it or above the copy.
+Result<void> check_links(TreeSystem& tree, const FolderPaths& paths, const NativePath& place) {
     const std::size_t longest = std::max(paths.source.wide.size(), place.wide.size());
     if (longest > longest_shell_path)
         return Failure{ErrorCode::PathTooLong};
-    VELL_TRY(tree.links_below(paths.source, longest_shell_path - longest));
+    const std::vector<NativePath> above_copy = way_up(place.wide);
+    for (const NativePath& link :
+         VELL_TRY(links_below(tree, paths.source, longest_shell_path - longest))) {
+        const auto above_link = way_up(without_trailing_separator(folder_part(link.wide)));
+        if (contains(tree, above_link, link) || contains(tree, above_copy, link))
+            return Failure{target_in_source};
+    }
+    return {};
+}
+
+// The shell also reports success when it has passed over things, such as files in use.
+Result<void> check_copied(TreeSystem& tree, const NativePath& source, const NativePath& copy) {
+    if (tree.files().kind_of(copy) != ItemKind::Folder)
+        return Failure{ErrorCode::Busy};
+    return tree.for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
+        std::u16string_view below = std::u16string_view(item.path.wide).substr(source.wide.size());
+        if (below.starts_with(u'\\'))
+            below.remove_prefix(1);
+        if (tree.files().kind_of(joined(copy, below)) != item.kind)
+            return Failure{ErrorCode::Busy};
+        return {};
+    });
+}
+
+Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMessages messages) {
+    const NativePath place = place_of_copy(tree, paths);
+    if (is_same_folder(tree, place, paths.source))
+        return Failure{same_folder};
+    if (contains(tree, way_up(place.wide), paths.source))
+        return Failure{target_in_source};
+    const ItemKind there = tree.files().kind_of(place);
+    // Nobody can be asked on a server host whether files are to be replaced.
+    if (there == ItemKind::File ||
+        (there == ItemKind::Folder && messages == ShellMessages::Suppressed))
+        return Failure{ErrorCode::AlreadyExists};
+    VELL_TRY(check_links(tree, paths, place));
     const ShellOutcome outcome = tree.shell_copy(paths.source, paths.target, messages);
     if (outcome.aborted)
         return Failure{ErrorCode::OperationAborted};
     if (outcome.code != 0)
         return Failure{static_cast<ErrorCode>(outcome.code)};
-    return {};
+    return check_copied(tree, paths.source, place);
 }
 
 std::u16string deletion_question(std::u16string_view name) {
@@ -122,7 +185,7 @@ Result<void> delete_by_shell(TreeSystem& tree, const NativePath& folder, void* o
     if (folder.wide.size() > longest_shell_path)
         return Failure{ErrorCode::PathTooLong};
     for (const NativePath& link :
-         VELL_TRY(tree.links_below(folder, longest_shell_path - folder.wide.size())))
+         VELL_TRY(links_below(tree, folder, longest_shell_path - folder.wide.size())))
         VELL_TRY(tree.remove_folder(link));
     const ShellOutcome outcome = tree.shell_delete(folder, owner, messages);
     if (outcome.aborted)
@@ -195,7 +258,7 @@ Result<void> move_folder(Call& call, TreeSystem& tree) {
     const FolderPaths paths = VELL_TRY(folder_paths(call, tree));
     const NativePath source = VELL_TRY(trimmed_full_path(tree, paths.source));
     const NativePath target = VELL_TRY(trimmed_full_path(tree, paths.target));
-    if (is_inside(tree, target.wide, source.wide) != Inside::No)
+    if (is_inside(tree, target.wide, source.wide))
         return Failure{ErrorCode::MoveIntoItself};
     VELL_TRY(tree.move(paths.source, paths.target));
     call.set_done();

@@ -20,8 +20,10 @@ inline Result<void> delete_folder(params::Call& call) {
 
 // VlFile_CopyFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
 // source is none. By the shell's rule the copy gets the destination's name, or the source's name in
-// the destination when that is a folder already. The code is the shell's own number,
-// OperationAborted when the user ends it.
+// the destination when that is a folder already; AlreadyExists when a file has that name. The code
+// is the shell's own number, OperationAborted when the user ends it, Busy when anything of the
+// source is missing in what the shell reports as done. A copy that would hold itself, also by way
+// of a link, is refused before (125).
 Result<void> copy_folder(params::Call& call, TreeSystem& tree);
 inline Result<void> copy_folder(params::Call& call) {
     return copy_folder(call, system_tree());

@@ -1,14 +1,11 @@
 // What the system keeps about a file or folder beside its contents.
 #pragma once
 
-#include "src/base/result.h"
-#include "src/params/paths.h"
+#include "src/files/file_access.h"
 
 #include <cstdint>
 
 namespace vell::files {
-
-using params::NativePath;
 
 // Bits of a file's attributes, by the names and values of Windows.
 enum class Attribute : std::uint32_t {
@@ -32,6 +29,9 @@ class ItemProperties {
     virtual Result<void> set_attributes(const NativePath& path, std::uint32_t attributes) = 0;
     // Length of a file in bytes, whoever has it open. Busy for a folder.
     virtual Result<std::uint64_t> size(const NativePath& path) = 0;
+    // Whether nobody else has the file or folder open, however shared: opens it for a moment. Busy
+    // when it may not be opened so, whoever else has it open.
+    virtual Result<bool> is_unused(const NativePath& path, Permission permission) = 0;
 };
 
 // The properties of the operating system's files.

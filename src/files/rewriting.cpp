@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 
 namespace vell::files {
 namespace {
@@ -78,10 +79,17 @@ Result<void> rewrite_to_new(FileSystem& files, const RewrittenFile& file,
     const WriteTurn turn = VELL_TRY(WriteTurn::take(destination));
     const std::unique_ptr<File> from = VELL_TRY(files.open(file.source, Permission::Read));
     VELL_TRY(files.create_new(destination));
-    const Result<void> done = write_new(files, *from, destination, work);
-    if (!done)
-        static_cast<void>(files.remove(destination)); // the first failure is the one to report
-    return done;
+    UnfinishedFile unfinished(files, destination);
+    VELL_TRY(write_new(files, *from, destination, work));
+    unfinished.keep();
+    return {};
+}
+
+Result<void> overwrite(File& file, std::string_view bytes) {
+    VELL_TRY(file.seek(SeekFrom::Start, 0));
+    VELL_TRY(file.write(bytes));
+    VELL_TRY(file.set_end_of_file());
+    return file.close();
 }
 
 } // namespace
@@ -93,7 +101,7 @@ Result<RewrittenFile> rewritten_file(Call& call, std::size_t source_index,
     if (call.text(destination_index).empty())
         return file;
     NativePath destination = VELL_TRY(call.path(destination_index));
-    if (destination.wide != file.source.wide)
+    if (call.text(destination_index) != call.text(source_index))
         file.destination = std::move(destination);
     return file;
 }
@@ -102,6 +110,23 @@ Result<void> rewrite(Call& call, FileSystem& files, const RewrittenFile& file,
                      const RewritingWork& work) {
     return file.destination ? rewrite_to_new(files, file, work)
                             : rewrite_in_place(call, files, file.source, work);
+}
+
+Result<void> replace_contents(Call& call, FileSystem& files, const NativePath& path,
+                              std::string_view bytes) {
+    std::optional<KeptCopy> copy;
+    // Without a place for the copy, the contents are still to be replaced.
+    if (Result<NativePath> made = make_temporary_copy(files, path))
+        copy.emplace(call, files, std::move(*made));
+    const Result<std::unique_ptr<File>> file = files.open(path, Permission::Write);
+    if (file) {
+        VELL_TRY(overwrite(**file, bytes));
+    }
+    if (copy)
+        static_cast<void>(copy->remove()); // no failure of this work: the log tells of what stays
+    if (!file)
+        return Failure{file.error()};
+    return {};
 }
 
 Result<void> BlockWriter::write(File& to, std::string_view bytes) {

@@ -20,8 +20,8 @@ struct RewrittenFile {
     std::optional<NativePath> destination; // nullopt: the source's own place
 };
 
-// The two paths of a call, by index. An empty destination, or one that reads like the source once
-// it is resolved, means the source's own place.
+// The two paths of a call, by index. An empty destination, or one that is the same text as the
+// source, means the source's own place.
 Result<RewrittenFile> rewritten_file(params::Call& call, std::size_t source_index,
                                      std::size_t destination_index);
 
@@ -36,6 +36,12 @@ using RewritingWork = std::function<Result<void>(File& from, File& to)>;
 // (AlreadyExists), and is removed when the work fails.
 Result<void> rewrite(params::Call& call, FileSystem& files, const RewrittenFile& file,
                      const RewritingWork& work);
+
+// Puts these bytes in the place of all that a file holds. While they are written there is a
+// temporary copy of the old contents, which stays, named in the debug log, when that fails; nothing
+// is written, and no copy is left, when the file cannot be opened. Whoever calls has the turn.
+Result<void> replace_contents(params::Call& call, FileSystem& files, const NativePath& path,
+                              std::string_view bytes);
 
 // Gathers pieces into whole blocks; only the last one that is flushed is shorter.
 class BlockWriter {

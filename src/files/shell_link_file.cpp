@@ -43,6 +43,20 @@ std::optional<std::size_t> string_size(std::string_view bytes, std::size_t at,
     return size;
 }
 
+// Whether a list of items (MS-SHLLINK 2.2.2) is whole. The system believes the sizes in it.
+bool is_item_list(std::string_view list) {
+    for (;;) {
+        const auto size = load<std::uint16_t>(list, 0, ByteOrder::Little);
+        if (!size || *size > list.size())
+            return false;
+        if (*size == 0)
+            return true;
+        if (*size < sizeof *size)
+            return false;
+        list.remove_prefix(*size);
+    }
+}
+
 std::optional<Layout> layout_of(std::string_view bytes) {
     if (bytes.size() < header_size || !bytes.starts_with(header_start))
         return std::nullopt;
@@ -51,9 +65,9 @@ std::optional<Layout> layout_of(std::string_view bytes) {
     std::size_t at = header_size;
     if (layout.flags & has_link_target_id_list) {
         const auto size = load<std::uint16_t>(bytes, at, ByteOrder::Little);
-        if (!size)
+        if (!size || !is_item_list(bytes.substr(at + sizeof *size, *size)))
             return std::nullopt;
-        at += std::size_t{2} + *size;
+        at += sizeof *size + *size;
     }
     if (layout.flags & has_link_info) {
         const auto size = load<std::uint32_t>(bytes, at, ByteOrder::Little); // with itself

@@ -27,8 +27,6 @@ class ShellLinks {
     // See find_item.
     virtual Result<FoundItem> find(const NativePath& path) = 0;
     virtual Result<NativePath> full_path(const NativePath& path) = 0;
-    // Whether both paths lead to one file, however they are written.
-    virtual bool is_same_file(const NativePath& a, const NativePath& b) = 0;
 
     // A link file's bytes.
     virtual Result<std::string> make(const ShellLink& link) = 0;

@@ -2,6 +2,8 @@
 
 #include "src/files/write_turn.h"
 
+#include <exception>
+
 namespace vell::files {
 namespace {
 
@@ -14,10 +16,22 @@ Result<void> fill(FileSystem& files, const NativePath& path,
 
 } // namespace
 
+UnfinishedFile::~UnfinishedFile() {
+    if (kept_)
+        return;
+    try {
+        static_cast<void>(files_.remove(path_));
+    } catch (const std::exception&) {
+        // What made the work end is the failure to report, not this one.
+    }
+}
+
 Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& source,
                                        std::u16string_view extension) {
     NativePath copy = VELL_TRY(files.temporary_name(extension));
+    UnfinishedFile unfinished(files, copy);
     VELL_TRY(files.copy(source, copy, Replace::Yes));
+    unfinished.keep();
     return copy;
 }
 
@@ -36,12 +50,11 @@ Result<void> write_whole_file(FileSystem& files, const NativePath& target, Repla
     const WriteTurn turn = VELL_TRY(WriteTurn::take(target));
     const NativePath beside = VELL_TRY(name_beside(files, target));
     VELL_TRY(files.create_new(beside));
-    Result<void> done = fill(files, beside, write);
-    if (done)
-        done = files.rename(beside, target, replace);
-    if (!done)
-        static_cast<void>(files.remove(beside)); // the first failure is the one to report
-    return done;
+    UnfinishedFile unfinished(files, beside);
+    VELL_TRY(fill(files, beside, write));
+    VELL_TRY(files.rename(beside, target, replace));
+    unfinished.keep();
+    return {};
 }
 
 } // namespace vell::files

@@ -8,7 +8,23 @@
 
 namespace vell::files {
 
-// A copy of `source`; the caller removes it. The extension replaces "tmp" where one is given.
+// A file that is being made: removed again, whatever ends the work, unless it is kept.
+class UnfinishedFile {
+  public:
+    UnfinishedFile(FileSystem& files, const NativePath& path) : files_(files), path_(path) {}
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+    ~UnfinishedFile();
+    void keep() { kept_ = true; }
+
+  private:
+    FileSystem& files_;
+    const NativePath& path_;
+    bool kept_ = false;
+};
+
+// A copy of `source`; the caller removes it. What fails leaves none. The extension replaces "tmp"
+// where one is given.
 Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& source,
                                        std::u16string_view extension = {});
 

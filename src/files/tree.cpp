@@ -38,14 +38,16 @@ Result<NativePath> path_to_make(Call& call, std::size_t index) {
     return path;
 }
 
-// A folder that must be there before another is made in it; one that is there already will do.
-Result<void> make_parent(TreeSystem& tree, const NativePath& path) {
+// A folder that must be there before another is made in it.
+enum class Parent : std::uint8_t { Made, WasThere };
+Result<Parent> make_parent(TreeSystem& tree, const NativePath& path) {
     VELL_TRY(check_new_name(path.wide));
     const Result<void> made = tree.create_folder(path);
-    if (!made && made.error() == ErrorCode::AlreadyExists &&
-        tree.files().kind_of(path) == ItemKind::Folder)
-        return {};
-    return made;
+    if (made)
+        return Parent::Made;
+    if (made.error() == ErrorCode::AlreadyExists && tree.files().kind_of(path) == ItemKind::Folder)
+        return Parent::WasThere;
+    return Failure{made.error()};
 }
 
 Result<void> transfer_file(Call& call, TreeSystem& tree, Transfer transfer) {
@@ -110,23 +112,32 @@ Result<void> exchange(Call& call, TreeSystem& tree, const NativePath& first,
 
 Result<void> make_folders(TreeSystem& tree, const NativePath& path) {
     VELL_TRY(check_new_name(path.wide));
-    Result<void> made = tree.create_folder(path);
-    // From the folder up to the first that can be made or is there, and down again.
-    std::vector<NativePath> missing;
-    NativePath current = path;
-    while (!made && is_missing_parent(made.error())) {
-        NativePath parent{std::u16string(parent_path(current.wide)), std::nullopt};
-        if (parent.wide.empty())
-            return made;
-        missing.push_back(std::move(current));
-        current = std::move(parent);
-        made = make_parent(tree, current);
-    }
-    if (!made)
+    const Result<void> made = tree.create_folder(path);
+    if (made || !is_missing_parent(made.error()))
         return made;
-    for (; !missing.empty(); missing.pop_back())
-        static_cast<void>(tree.create_folder(missing.back()));
-    return {};
+    // Up to the first folder that can be made or is there, and down again.
+    std::vector<NativePath> missing;
+    Result<Parent> parent = Failure{made.error()};
+    NativePath current = path;
+    while (!parent && is_missing_parent(parent.error())) {
+        current.wide = std::u16string(parent_path(current.wide));
+        if (current.wide.empty())
+            break;
+        parent = make_parent(tree, current);
+        if (!parent)
+            missing.push_back(current);
+    }
+    bool any_made = VELL_TRY(parent) == Parent::Made;
+    for (; !missing.empty(); missing.pop_back()) {
+        parent = make_parent(tree, missing.back());
+        if (!parent && !any_made)
+            return Failure{parent.error()};
+        any_made = any_made || *parent == Parent::Made;
+    }
+    // Without a new folder above it this one failed for a reason of its own, or another program has
+    // made what was missing in the meantime.
+    const Result<void> made_at_last = tree.create_folder(path);
+    return any_made ? Result<void>{} : made_at_last;
 }
 
 Result<void> create_file(Call& call, TreeSystem& tree) {
@@ -182,7 +193,7 @@ Result<void> exchange_files(Call& call, TreeSystem& tree) {
     const NativePath second = VELL_TRY(existing_file(call, tree, 2));
     if (!other_volumes && !tree.on_same_volume(first, second))
         return Failure{ErrorCode::DifferentVolumes};
-    if (first.wide != second.wide && !tree.is_same_file(first, second))
+    if (first.wide != second.wide && !tree.files().is_same_file(first, second))
         VELL_TRY(exchange(call, tree, first, second));
     call.set_done();
     return {};

@@ -11,8 +11,8 @@
 namespace vell::files {
 
 // Makes a folder and every missing folder above it. AlreadyExists when there is anything of its
-// name. The outcome for a folder that was made below a missing one does not count, once that is
-// there.
+// name. Once one that was missing above it has been made, the outcome for those below that one does
+// not count.
 Result<void> make_folders(TreeSystem& tree, const NativePath& path);
 
 // VlFile_CreateFile( switches ; filePath ): an empty file. "-CreateFolders", or the step's "Create

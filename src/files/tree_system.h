@@ -5,9 +5,9 @@
 #include "src/files/file_access.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace vell::files {
 
@@ -18,6 +18,14 @@ struct ShellOutcome {
 };
 
 enum class ShellMessages : std::uint8_t { Shown, Suppressed };
+
+// Something that stands in a folder, at any depth.
+struct ItemBelow {
+    NativePath path;
+    ItemKind kind;
+    bool is_link; // to a folder: a junction, a symbolic link, a mounted volume
+};
+using VisitItem = std::function<Result<void>(const ItemBelow&)>;
 
 class TreeSystem {
   public:
@@ -31,8 +39,6 @@ class TreeSystem {
     // Whether two names or paths differ in letter case at most, by the file system's own rule.
     virtual bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) = 0;
     virtual bool on_same_volume(const NativePath& a, const NativePath& b) = 0;
-    // Whether both paths lead to one file, however they are written.
-    virtual bool is_same_file(const NativePath& a, const NativePath& b) = 0;
     // Milliseconds since the system was started.
     virtual std::uint32_t tick_count() = 0;
 
@@ -45,10 +51,9 @@ class TreeSystem {
 
     // Whether the folder itself is a link (junction, symbolic link, mounted volume).
     virtual bool is_link(const NativePath& folder) = 0;
-    // All links to folders below a folder, none of them followed. PathTooLong when the path of
-    // anything below it is longer than the folder's by more than `longest` characters.
-    virtual Result<std::vector<NativePath>> links_below(const NativePath& folder,
-                                                        std::size_t longest) = 0;
+    // Calls `visit` with everything below a folder, a folder before what it holds, until it fails.
+    // No link is followed.
+    virtual Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) = 0;
 
     // Whether this process has the shell's file operation, which the next two are made of. Full
     // paths are given to them.

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <optional>
 
 namespace vell::files {
 namespace {
@@ -59,6 +61,8 @@ class Win32File : public File {
             DWORD done = 0;
             if (!WriteFile(handle_.get(), bytes.data(), wanted, &done, nullptr))
                 return Failure{last_error()};
+            if (done == 0) // a device that takes no more
+                return Failure{ErrorCode::DiskError};
             bytes.remove_prefix(done);
         }
         return {};
@@ -94,6 +98,52 @@ std::wstring new_uuid() {
     return result;
 }
 
+// Where a file really is, with what the system tells of it.
+struct FileIdentity {
+    BY_HANDLE_FILE_INFORMATION information;
+    std::wstring final_path;
+};
+
+std::optional<FileIdentity> identity_of(const NativePath& path) {
+    constexpr DWORD everyone = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const UniqueFile file(CreateFileW(win32_path(path).c_str(), 0, everyone, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    FileIdentity identity;
+    if (!file || !GetFileInformationByHandle(file.get(), &identity.information))
+        return std::nullopt;
+    const DWORD room = GetFinalPathNameByHandleW(file.get(), nullptr, 0, FILE_NAME_NORMALIZED);
+    identity.final_path.resize(room);
+    identity.final_path.resize(GetFinalPathNameByHandleW(file.get(), identity.final_path.data(),
+                                                         room, FILE_NAME_NORMALIZED));
+    return identity;
+}
+
+// By place, and by what the system tells where there are several ways to it (hard links, shares).
+// The file index alone is not enough: servers may give 0 for every file, and ReFS has more bits.
+bool is_same(const FileIdentity& a, const FileIdentity& b) {
+    const auto index = [](const BY_HANDLE_FILE_INFORMATION& information) {
+        return std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow;
+    };
+    if (index(a.information) != index(b.information))
+        return false;
+    const bool same_place =
+        !a.final_path.empty() && CompareStringOrdinal(a.final_path.c_str(), -1,
+                                                      b.final_path.c_str(), -1, TRUE) == CSTR_EQUAL;
+    return same_place || (index(a.information) != 0 &&
+                          std::memcmp(&a.information, &b.information, sizeof a.information) == 0);
+}
+
+ItemKind kind_by(DWORD attributes) {
+    return attributes & FILE_ATTRIBUTE_DIRECTORY ? ItemKind::Folder : ItemKind::File;
+}
+
+// What the folder tells of a file that nobody may look at, such as the page file.
+ItemKind kind_in_folder(const std::wstring& path) {
+    WIN32_FIND_DATAW found;
+    const UniqueFind search(FindFirstFileW(path.c_str(), &found));
+    return search ? kind_by(found.dwFileAttributes) : ItemKind::None;
+}
+
 class Win32FileSystem : public FileSystem {
   public:
     Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) override {
@@ -117,10 +167,17 @@ class Win32FileSystem : public FileSystem {
     }
 
     ItemKind kind_of(const NativePath& path) override {
-        const DWORD attributes = GetFileAttributesW(win32_path(path).c_str());
-        if (attributes == INVALID_FILE_ATTRIBUTES)
-            return ItemKind::None;
-        return attributes & FILE_ATTRIBUTE_DIRECTORY ? ItemKind::Folder : ItemKind::File;
+        const std::wstring name = win32_path(path);
+        const DWORD attributes = GetFileAttributesW(name.c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES)
+            return kind_by(attributes);
+        return GetLastError() == ERROR_SHARING_VIOLATION ? kind_in_folder(name) : ItemKind::None;
+    }
+
+    bool is_same_file(const NativePath& a, const NativePath& b) override {
+        const auto first = identity_of(a);
+        const auto second = identity_of(b);
+        return first && second && is_same(*first, *second);
     }
 
     Result<void> copy(const NativePath& source, const NativePath& target,

@@ -42,6 +42,17 @@ class Win32ItemProperties : public ItemProperties {
             return Failure{last_error()};
         return static_cast<std::uint64_t>(size.QuadPart);
     }
+
+    Result<bool> is_unused(const NativePath& path, Permission permission) override {
+        const DWORD access = permission == Permission::Write ? GENERIC_WRITE : GENERIC_READ;
+        const UniqueFile file(CreateFileW(win32_path(path).c_str(), access, 0, nullptr,
+                                          OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        if (file)
+            return true;
+        if (GetLastError() == ERROR_SHARING_VIOLATION)
+            return false;
+        return Failure{last_error()};
+    }
 };
 
 } // namespace

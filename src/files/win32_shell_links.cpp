@@ -47,7 +47,10 @@ Result<void> load(LinkPointer& link, std::string_view bytes) {
     VELL_TRY(check_hresult(link->QueryInterface(IID_IPersistStream, persistent.out())));
     ComPointer<IStream> stream;
     VELL_TRY(create_stream(stream, bytes));
-    return check_hresult(persistent->Load(stream.get()));
+    const HRESULT loaded = persistent->Load(stream.get());
+    if (FAILED(loaded) && loaded != E_OUTOFMEMORY)
+        return Failure{ErrorCode::CorruptStructure}; // what the system says of it is no file's code
+    return check_hresult(loaded);
 }
 
 // What `get` writes to a buffer; empty where it fails.
@@ -98,9 +101,6 @@ class Win32ShellLinks : public ShellLinks {
     Result<FoundItem> find(const NativePath& path) override { return find_item(path); }
     Result<NativePath> full_path(const NativePath& path) override {
         return system_tree().full_path(path);
-    }
-    bool is_same_file(const NativePath& a, const NativePath& b) override {
-        return system_tree().is_same_file(a, b);
     }
 
     Result<std::string> make(const ShellLink& wanted) override {

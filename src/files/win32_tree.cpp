@@ -8,7 +8,8 @@
 #include <shellapi.h>
 
 #include <algorithm>
-#include <optional>
+#include <utility>
+#include <vector>
 
 namespace vell::files {
 namespace {
@@ -20,16 +21,6 @@ std::wstring without_verbatim_prefix(std::wstring path) {
     if (path.starts_with(verbatim_network))
         return L"\\\\" + path.substr(verbatim_network.size());
     return path.starts_with(verbatim) ? path.substr(verbatim.size()) : path;
-}
-
-std::optional<BY_HANDLE_FILE_INFORMATION> identity_of(const NativePath& path) {
-    constexpr DWORD everyone = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const UniqueFile file(CreateFileW(win32_path(path).c_str(), 0, everyone, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    BY_HANDLE_FILE_INFORMATION information;
-    if (!file || !GetFileInformationByHandle(file.get(), &information))
-        return std::nullopt;
-    return information;
 }
 
 // The root of the volume that holds a path; empty when the system cannot tell.
@@ -121,14 +112,6 @@ class Win32Tree : public TreeSystem {
         return !volume.empty() && equal_ignoring_case(to_utf16(volume), to_utf16(volume_of(b)));
     }
 
-    bool is_same_file(const NativePath& a, const NativePath& b) override {
-        const auto first = identity_of(a);
-        const auto second = identity_of(b);
-        return first && second && first->dwVolumeSerialNumber == second->dwVolumeSerialNumber &&
-               first->nFileIndexHigh == second->nFileIndexHigh &&
-               first->nFileIndexLow == second->nFileIndexLow;
-    }
-
     std::uint32_t tick_count() override { return GetTickCount(); }
 
     Result<void> create_folder(const NativePath& path) override {
@@ -155,27 +138,27 @@ class Win32Tree : public TreeSystem {
         return search && is_folder_link(found);
     }
 
-    Result<std::vector<NativePath>> links_below(const NativePath& folder,
-                                                std::size_t longest) override {
-        const std::size_t longest_path = folder.wide.size() + longest;
-        std::vector<NativePath> links;
+    Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) override {
         std::vector<NativePath> open{folder};
+        NativePath current;
+        const auto visit_found = [&](const WIN32_FIND_DATAW& found) -> Result<void> {
+            const bool is_folder = found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
+            ItemBelow item{current, is_folder ? ItemKind::Folder : ItemKind::File,
+                           is_folder_link(found)};
+            if (!item.path.wide.ends_with(u'\\'))
+                item.path.wide += u'\\';
+            item.path.wide += to_utf16(found.cFileName);
+            VELL_TRY(visit(item));
+            if (is_folder && !item.is_link)
+                open.push_back(std::move(item.path));
+            return {};
+        };
         while (!open.empty()) {
-            const NativePath current = std::move(open.back());
+            current = std::move(open.back());
             open.pop_back();
-            VELL_TRY(for_each_item(current, [&](const WIN32_FIND_DATAW& found) -> Result<void> {
-                NativePath item = current;
-                item.wide += u'\\' + to_utf16(found.cFileName);
-                if (item.wide.size() > longest_path)
-                    return Failure{ErrorCode::PathTooLong};
-                if (is_folder_link(found))
-                    links.push_back(std::move(item));
-                else if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                    open.push_back(std::move(item));
-                return {};
-            }));
+            VELL_TRY(for_each_item(current, visit_found));
         }
-        return links;
+        return {};
     }
 
     bool has_shell_operations() override { return shell_file_operation() != nullptr; }

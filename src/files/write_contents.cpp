@@ -42,28 +42,30 @@ Result<void> add_at_end(File& file, std::string_view bytes) {
     return file.set_end_of_file();
 }
 
-// Writes the end of the file: false, with nothing written, when there are contents to be replaced.
-Result<bool> write_end(FileSystem& files, const NativePath& path, std::string_view bytes,
-                       Place place) {
-    const WriteTurn turn = VELL_TRY(WriteTurn::take(path));
-    const std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
-    const std::uint64_t old_length = VELL_TRY(file->size());
-    if (place == Place::InsteadOfAll && old_length > 0)
-        return false;
-    const Result<void> done = add_at_end(*file, bytes);
+// Leaves the file as long as it was when that fails.
+Result<void> write_at_end(File& file, std::uint64_t old_length, std::string_view bytes) {
+    const Result<void> done = add_at_end(file, bytes);
     if (!done)
-        static_cast<void>(cut_to(*file, old_length)); // the first failure is the one to report
+        static_cast<void>(cut_to(file, old_length)); // the first failure is the one to report
     VELL_TRY(done);
-    VELL_TRY(file->close());
-    return true;
+    return file.close();
 }
 
 Result<void> write_text(Call& call, FileSystem& files, const NativePath& path,
                         const TextToWrite& content, Place place) {
+    const WriteTurn turn = VELL_TRY(WriteTurn::take(path));
+    std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
     const std::string bytes = VELL_TRY(encode_contents(call, content.text, content.encoding));
-    if (!VELL_TRY(write_end(files, path, bytes, place)))
-        VELL_TRY(rewrite(call, files, {path, std::nullopt},
-                         [&](File&, File& to) { return to.write(bytes); }));
+    const std::uint64_t old_length = VELL_TRY(file->size());
+    if (place == Place::AtEnd || old_length == 0) {
+        VELL_TRY(write_at_end(*file, old_length, bytes));
+    } else if (bytes.empty()) {
+        VELL_TRY(cut_to(*file, 0));
+        VELL_TRY(file->close());
+    } else {
+        file.reset(); // so that it can be copied
+        VELL_TRY(replace_contents(call, files, path, bytes));
+    }
     call.set_done();
     return {};
 }

@@ -48,10 +48,16 @@ struct WriteRequest {
     std::u16string text;
 };
 
+bool has_movie_switch(const SwitchSet& switches) {
+    return std::ranges::any_of(movie_switches,
+                               [&](std::string_view name) { return switches.has(name); });
+}
+
 Result<Target> target_of(const SwitchSet& switches) {
-    if (std::ranges::any_of(movie_switches,
-                            [&](std::string_view name) { return switches.has(name); }))
+    if (has_movie_switch(switches))
         return Failure{ErrorCode::NotSupported};
+    if (switches.has("JPEGComment"))
+        return Target::Comment;
     std::optional<Target> target;
     for (const TargetSwitch& entry : target_switches) {
         if (!switches.has(entry.name))
@@ -60,8 +66,6 @@ Result<Target> target_of(const SwitchSet& switches) {
             return Failure{ErrorCode::BadParameter};
         target = entry.target;
     }
-    if (switches.has("JPEGComment"))
-        return Target::Comment;
     if (!target)
         return Failure{ErrorCode::BadParameter};
     return *target;
@@ -163,7 +167,9 @@ Result<std::string> new_content(const WriteRequest& request, std::string_view te
 
 Result<void> set_metadata(Call& call, files::FileSystem& files) {
     const WriteRequest request = VELL_TRY(request_of(call));
-    const files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, 1, 2));
+    files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, 1, 2));
+    if (file.destination && files.is_same_file(*file.destination, file.source))
+        file.destination.reset(); // the source's own place, written in another way
     const TextStore store(call, request.encoding);
     const std::string text = utf8_from_utf16(request.text);
     const SegmentKind kind = segment_of(request.target, text);
@@ -184,6 +190,11 @@ Result<void> set_metadata(Call& call, files::FileSystem& files) {
     }));
     call.set_done();
     return {};
+}
+
+Result<void> set_movie_metadata(Call& call) {
+    const bool names_what = call.is_step() || has_movie_switch(call.switches());
+    return Failure{names_what ? ErrorCode::NotSupported : ErrorCode::BadParameter};
 }
 
 } // namespace vell::metadata

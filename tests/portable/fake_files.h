@@ -66,6 +66,9 @@ class FakeFiles : public files::FileSystem {
     files::ItemKind kind_of(const files::NativePath& path) override {
         return contents_.contains(path.wide) ? files::ItemKind::File : files::ItemKind::None;
     }
+    bool is_same_file(const files::NativePath& a, const files::NativePath& b) override {
+        return a.wide == b.wide;
+    }
     Result<void> copy(const files::NativePath&, const files::NativePath&, files::Replace) override {
         return Failure{ErrorCode::Busy};
     }

@@ -24,6 +24,7 @@ class OneItem : public ItemProperties {
     int changes = 0;
     ErrorCode reading = ErrorCode::Ok;
     ErrorCode writing = ErrorCode::Ok;
+    Result<bool> unused = true;
 
     Result<std::uint32_t> attributes(const NativePath& path) override {
         if (path.wide != u"item" && !path.wide.starts_with(u"item."))
@@ -40,6 +41,11 @@ class OneItem : public ItemProperties {
         return {};
     }
     Result<std::uint64_t> size(const NativePath&) override { return (std::uint64_t{1} << 53) + 1; }
+    Result<bool> is_unused(const NativePath& path, Permission) override {
+        if (path.wide != u"item")
+            return Failure{ErrorCode::FolderNotFound};
+        return unused;
+    }
 };
 
 template <typename Function>
@@ -51,10 +57,8 @@ std::string result_of(FakeCall& call, const Function& function) {
 }
 
 std::string get(OneItem& item, std::vector<std::u16string> parameters) {
-    FakeFiles files;
-    files.add(u"item", FakeContents::of("contents"));
     FakeCall call(std::move(parameters));
-    return result_of(call, [&](Call& c) { return get_file_attribute(c, item, files); });
+    return result_of(call, [&](Call& c) { return get_file_attribute(c, item); });
 }
 
 std::string set(OneItem& item, std::vector<std::u16string> parameters) {
@@ -101,19 +105,22 @@ TEST(FileAttribute, WhatThePlatformLacksIsFixed) {
 }
 
 TEST(FileAttribute, OnlyBeingInUseMakesAFileNotFree) {
-    FakeFiles files;
-    files.add(u"item", FakeContents::of("contents"));
     OneItem item(0);
-    const auto free_now = [&] {
-        FakeCall call({u"-IsFree", u"item"});
-        return result_of(call, [&](Call& c) { return get_file_attribute(c, item, files); });
+    const auto can_be_changed = [&] {
+        FakeCall call({u"", u"item"});
+        return result_of(call, [&](Call& c) { return is_free(c, item); });
     };
-    EXPECT_EQ(free_now(), "1");
-    files.fail(1, ErrorCode::Busy);
-    EXPECT_EQ(free_now(), "0");
-    files.fail(1, static_cast<ErrorCode>(21)); // the drive is not ready
-    EXPECT_EQ(free_now(), "$$21");
-    EXPECT_EQ(files.open_files(), 0);
+    EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "1");
+    EXPECT_EQ(can_be_changed(), "1");
+    item.unused = false;
+    EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "0");
+    EXPECT_EQ(can_be_changed(), "0");
+    item.unused = Failure{ErrorCode::Busy}; // access denied
+    EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "$$-47");
+    EXPECT_EQ(can_be_changed(), "0");
+    item.unused = Failure{static_cast<ErrorCode>(21)}; // the drive is not ready
+    EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "$$21");
+    EXPECT_EQ(can_be_changed(), "$$21");
 }
 
 TEST(SetFileAttribute, SwitchesSetAndClearBitsAndLeaveTheOthers) {

@@ -8,6 +8,8 @@
 namespace vell::files {
 namespace {
 
+using namespace std::string_view_literals;
+
 // MS-SHLLINK 2.1 with the flags HasLinkTargetIDList, HasLinkInfo, HasName and IsUnicode; then an ID
 // list, link information, a name, and what a test wants behind them.
 std::string link_bytes(char attributes, std::string_view rest) {
@@ -36,6 +38,13 @@ TEST(ShellLinkFile, TakesARelativePathBetweenItsParts) {
     std::string huge = related; // link information that says it has 4 GiB
     huge.replace(0x4C + 4, 4, "\xFF\xFF\xFF\xFF");
     EXPECT_FALSE(read_link_file(huge));
+    // Lists of items that the system would follow beyond their ends.
+    for (const auto& [list, is_whole] : {std::pair{"\x06\0\x04\0ab\0\0"sv, true},
+                                         {"\x06\0\x05\0ab\0\0"sv, false},
+                                         {"\x04\0\x04\0ab"sv, false},
+                                         {"\x04\0\x01\0\0\0"sv, false},
+                                         {"\0\0"sv, false}})
+        EXPECT_EQ(read_link_file(std::string(plain).replace(0x4C, 4, list)).has_value(), is_whole);
 }
 
 TEST(ShellLinkFile, KnowsTheWayToAnItem) {

@@ -63,6 +63,10 @@ TEST(CharacterCodes, AreCodePointsOrBytesOfTheEncoding) {
         {u"-Encoding=UTF8", u"", u"-", ""},
         {u"-Encoding=ShiftJIS_Win", u"33440", u"-", "\u0082\u00A0"},
     };
+    std::u16string many;
+    for (int i = 0; i < 257; ++i)
+        many += u"65 ";
+    EXPECT_EQ(result_of(ascii_value_to_text, {u"", many, std::u16string(1 << 20, u'-')}), "$$-207");
     for (const auto& [switches, values, separator, expected] : cases)
         EXPECT_EQ(result_of(ascii_value_to_text, {switches, values, separator}), expected)
             << utf8_from_utf16(values);

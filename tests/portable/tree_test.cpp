@@ -12,13 +12,15 @@ namespace {
 
 using testing::FakeCall;
 
+using Items = std::map<std::u16string, std::string>;
+
 // Items by path, with their contents; folders end with a backslash.
 class FakeTree : public TreeSystem, private FileSystem {
   public:
-    std::map<std::u16string, std::string> items;
-    std::vector<std::u16string> links;
-    std::size_t longest_below = 0;
-    int failing_move = 0; // counted from 1
+    Items items;
+    std::map<std::u16string, std::u16string> links; // to what they lead
+    std::u16string passed_over;                     // by the shell
+    int failing_move = 0;                           // counted from 1
     ErrorCode failure = ErrorCode::Busy;
     bool has_shell = true;
     bool same_volume = true;
@@ -35,14 +37,14 @@ class FakeTree : public TreeSystem, private FileSystem {
     }
     bool on_same_volume(const NativePath&, const NativePath&) override { return same_volume; }
     bool is_same_file(const NativePath& a, const NativePath& b) override {
-        return a.wide == b.wide;
+        return behind(a.wide) == behind(b.wide);
     }
     std::uint32_t tick_count() override { return 4'294'967'295u; }
     Result<void> create_folder(const NativePath& path) override {
         const std::u16string parent(parent_path(path.wide));
         if (!parent.empty() && !items.contains(parent + u"\\"))
             return Failure{ErrorCode::FolderNotFound};
-        if (path.wide.starts_with(u"Q:"))
+        if (path.wide.starts_with(u"Q:") || path.wide.ends_with(u"cannot be"))
             return Failure{ErrorCode::FolderNotFound};
         if (!items.try_emplace(path.wide + u"\\").second)
             return Failure{ErrorCode::AlreadyExists};
@@ -60,20 +62,24 @@ class FakeTree : public TreeSystem, private FileSystem {
         items.insert(std::move(item));
         return {};
     }
-    bool is_link(const NativePath& folder) override {
-        return std::ranges::find(links, folder.wide) != links.end();
-    }
-    Result<std::vector<NativePath>> links_below(const NativePath&, std::size_t longest) override {
-        if (longest < longest_below)
-            return Failure{ErrorCode::PathTooLong};
-        std::vector<NativePath> result;
-        for (const std::u16string& link : links)
-            result.push_back({link, {}});
-        return result;
+    bool is_link(const NativePath& folder) override { return links.contains(folder.wide); }
+    Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) override {
+        for (const auto& [path, contents] : Items(items)) {
+            if (!path.starts_with(folder.wide + u"\\") || path == folder.wide + u"\\")
+                continue;
+            const NativePath item{std::u16string(without_trailing_separator(path)), {}};
+            VELL_TRY(visit({item, kind_of(item), is_link(item)}));
+        }
+        return {};
     }
     bool has_shell_operations() override { return has_shell; }
-    ShellOutcome shell_copy(const NativePath&, const NativePath&, ShellMessages) override {
+    ShellOutcome shell_copy(const NativePath& folder, const NativePath& target,
+                            ShellMessages) override {
         ++shell_calls;
+        if (outcome.code == 0 && !outcome.aborted)
+            for (const auto& [path, contents] : Items(items))
+                if (path.starts_with(folder.wide + u"\\") && path != passed_over)
+                    items[target.wide + path.substr(folder.wide.size())] = contents;
         return outcome;
     }
     ShellOutcome shell_delete(const NativePath& folder, void*, ShellMessages) override {
@@ -88,6 +94,10 @@ class FakeTree : public TreeSystem, private FileSystem {
     }
 
   private:
+    std::u16string behind(const std::u16string& path) const {
+        const auto link = links.find(path);
+        return link == links.end() ? path : link->second;
+    }
     Result<std::unique_ptr<File>> open(const NativePath&, Permission) override {
         return Failure{ErrorCode::Busy};
     }
@@ -111,7 +121,6 @@ class FakeTree : public TreeSystem, private FileSystem {
     int moves_ = 0;
 };
 
-using Items = std::map<std::u16string, std::string>;
 constexpr auto with_contents = u"-deleteAllSubFoldersAndAllContents";
 
 ErrorCode code_of(const Result<void>& result) {
@@ -160,6 +169,10 @@ TEST(MakeFolders, GoesUpToWhatIsThereAndNoFurther) {
     EXPECT_EQ(code_of(make_folders(tree, {u"Q:\\a\\b", {}})), ErrorCode::FolderNotFound);
     EXPECT_EQ(code_of(make_folders(tree, {u"C:\\x \\y\\z", {}})), ErrorCode::BadName);
     EXPECT_EQ(tree.items.size(), 3u);
+    for (const auto* path : {u"C:\\a\\cannot be", u"C:\\a\\cannot be\\d", u"cannot be"})
+        EXPECT_EQ(code_of(make_folders(tree, {path, {}})), ErrorCode::FolderNotFound);
+    EXPECT_EQ(code_of(make_folders(tree, {u"C:\\new\\cannot be", {}})), ErrorCode::Ok);
+    EXPECT_EQ(tree.items.size(), 4u);
 }
 
 TEST(ExchangeFiles, LeavesEveryFileSomewhereWhicheverRenameFails) {
@@ -229,20 +242,57 @@ TEST(FolderOperations, DoNothingWithoutAShellOrBeyondItsReach) {
     EXPECT_EQ(code_of(copy_folder(copy, tree)), ErrorCode::NotAvailable);
     EXPECT_EQ(code_of(delete_folder(removal, tree)), ErrorCode::NotAvailable);
     tree.has_shell = true;
-    tree.links = {u"C:\\a\\link"};
-    tree.longest_below = 256;
+    tree.links = {{u"C:\\a\\link", u"D:\\"}};
+    tree.items[u"C:\\a\\link\\"];
+    const auto add_below = [&](std::size_t length) { // with the separator before it
+        tree.items[u"C:\\a\\" + std::u16string(length - 1, u'n')];
+    };
+    add_below(256);
     EXPECT_EQ(code_of(copy_folder(copy, tree)), ErrorCode::PathTooLong);
     EXPECT_EQ(code_of(delete_folder(removal, tree)), ErrorCode::PathTooLong);
     EXPECT_TRUE(tree.removed_folders.empty());
-    tree.longest_below = 255;
+    tree.items.erase(std::prev(tree.items.end()));
+    add_below(255);
     EXPECT_EQ(code_of(copy_folder(copy, tree)), ErrorCode::PathTooLong); // the copy's are longer
     EXPECT_EQ(tree.shell_calls, 0);
     EXPECT_EQ(code_of(delete_folder(removal, tree)), ErrorCode::Ok);
-    EXPECT_EQ(tree.removed_folders, tree.links);
+    EXPECT_EQ(tree.removed_folders, std::vector<std::u16string>{u"C:\\a\\link"});
     FakeCall volume({std::u16string(with_contents) + u"noWarning", u"C:\\"});
     tree.items = {{u"C:\\\\", ""}};
     EXPECT_EQ(code_of(delete_folder(volume, tree)), ErrorCode::Busy);
     EXPECT_EQ(tree.shell_calls, 1);
+}
+
+TEST(CopyFolder, GivesNothingThatHoldsItselfOrIsIncomplete) {
+    struct Case {
+        std::u16string target;
+        std::u16string link, behind; // a link in the source; what it leads to
+        std::u16string passed_over;
+        int code;
+        int shell_calls;
+    };
+    for (const Case& c : {
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"D:\\else", u"", 0, 1},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\a\\sub", u"", 125, 0},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\a", u"", 125, 0},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\", u"", 125, 0},
+             Case{u"D:\\b", u"C:\\a\\sub\\link", u"D:\\", u"", 125, 0},
+             Case{u"D:\\link\\b", u"D:\\link", u"C:\\a", u"", 125, 0},
+             Case{u"C:\\file", u"C:\\l", u"", u"", -48, 0},
+             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\sub\\file", -47, 1},
+             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\empty\\", -47, 1},
+             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\", -47, 1},
+         }) {
+        SCOPED_TRACE(utf8_from_utf16(c.target + u" " + c.link + u" " + c.behind + c.passed_over));
+        FakeTree tree;
+        tree.items = {{u"C:\\a\\", ""},          {u"C:\\a\\empty\\", ""}, {u"C:\\a\\sub\\", ""},
+                      {u"C:\\a\\sub\\file", ""}, {u"C:\\file", ""},       {c.link + u"\\", ""}};
+        tree.links = {{c.link, c.behind}};
+        tree.passed_over = c.passed_over;
+        FakeCall copy({u"", u"C:\\a", c.target});
+        EXPECT_EQ(number(code_of(copy_folder(copy, tree))), c.code);
+        EXPECT_EQ(tree.shell_calls, c.shell_calls);
+    }
 }
 
 TEST(DeleteFolder, AsksWithTheNameCutAtAWholeCharacter) {

@@ -59,6 +59,9 @@ class WritableFiles : public files::FileSystem {
     files::ItemKind kind_of(const files::NativePath& path) override {
         return contents_.contains(path.wide) ? files::ItemKind::File : files::ItemKind::None;
     }
+    bool is_same_file(const files::NativePath& a, const files::NativePath& b) override {
+        return contents_.contains(a.wide) && a.wide == b.wide;
+    }
     // A failing copy has copied half.
     Result<void> copy(const files::NativePath& source, const files::NativePath& target,
                       files::Replace replace) override {

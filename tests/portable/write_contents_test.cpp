@@ -10,11 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 namespace vell::files {
 namespace {
 
+using namespace std::string_literals;
 using testing::FakeCall;
 using testing::WritableFiles;
 
@@ -33,11 +35,14 @@ class ContainerCall : public FakeCall {
         stream_ = std::move(stream);
         end_ = end;
     }
+    void throw_on_reading() { throws_ = true; }
     bool is_container(std::size_t index) override { return index == 1 && stream_.has_value(); }
     // In two pieces, with the failure between them.
     Result<void> read_container(std::size_t, const params::ByteSink& sink) override {
         const std::string_view stream = *stream_;
         VELL_TRY(sink(stream.substr(0, stream.size() / 2)));
+        if (throws_)
+            throw std::bad_alloc();
         if (end_ != ErrorCode::Ok)
             return Failure{end_};
         return sink(stream.substr(stream.size() / 2));
@@ -46,6 +51,7 @@ class ContainerCall : public FakeCall {
   private:
     std::optional<std::string> stream_;
     ErrorCode end_ = ErrorCode::Ok;
+    bool throws_ = false;
 };
 
 std::string run(Function function, WritableFiles& files, params::Call& call) {
@@ -84,7 +90,7 @@ TEST(WriteContents, ReplacesOrExtendsAndLeavesNothingBehind) {
 
     WritableFiles files;
     EXPECT_EQ(run(set_file, files, {u"", u"f", u"x"}), "-43");
-    EXPECT_EQ(run(append_file, files, {u"", u"f", u"x"}), "-43");
+    EXPECT_EQ(run(append_file, files, {u"-Encoding=BytesOnly", u"f", u"\u20AC"}), "-43");
     EXPECT_TRUE(files.contents().empty());
     EXPECT_EQ(run(set_file, files, {u"", u"f"}), "-50");
     EXPECT_EQ(run(append_file, files, {u"", u"", u"x"}), "-50");
@@ -145,9 +151,10 @@ TEST(InsertContents, PutsTheTextBehindThePosition) {
         {u"99999999999", "-39 01234"},
     };
     for (const auto& [position, expected] : cases)
-        for (const char16_t* destination : {u"", u"f", u"/f"}) // all of them the source itself
+        for (const char16_t* destination : {u"", u"f"}) // both of them the source itself
             EXPECT_EQ(outcome(insert, "01234", {u"", u"f", destination, u"<>", position}),
                       expected);
+    EXPECT_EQ(outcome(insert, "01234", {u"", u"f", u"/f", u"<>"}), "-48 01234");
     // Longer than a block on both sides.
     const std::string contents(380'000, 'x');
     EXPECT_EQ(outcome(insert, contents, {u"", u"f", u"", u"<>", u"300000"}),
@@ -159,7 +166,7 @@ TEST(InsertContents, PutsTheTextBehindThePosition) {
               "0");
     EXPECT_EQ(files.at(u"f") + ' ' + files.at(u"n"), "01234 \xC3\xA9"
                                                      "01234");
-    EXPECT_EQ(run(insert, files, {u"", u"f", u"n", u"x", u"1"}), "-48");
+    EXPECT_EQ(run(insert, files, {u"-Encoding=BytesOnly", u"f", u"n", u"\u20AC", u"9"}), "-48");
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new", u"x", u"6"}), "-39");
     EXPECT_EQ(run(insert, files, {u"", u"none", u"new", u"x"}), "-43");
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new.", u"x"}), "-37");
@@ -275,6 +282,12 @@ TEST(ExportToFile, WritesContainersAndTexts) {
     EXPECT_EQ(files.at(u"C:\\f"), "\xC3\xA9");
     EXPECT_EQ(export_container(u"-OverwriteExisting", ErrorCode::NotFound), "-43");
     EXPECT_EQ(files.at(u"C:\\f"), "\xC3\xA9");
+    ContainerCall failing({u"-OverwriteExisting", u"", u"C:\\f"});
+    failing.set_container("ab");
+    failing.throw_on_reading();
+    EXPECT_THROW(run(export_file, files, failing), std::bad_alloc);
+    EXPECT_EQ(files.open_files(), 0);
+    EXPECT_EQ(files.contents().size(), 1U);
     EXPECT_EQ(run(export_file, files, {u"", u"x", u"C:\\g..."}), "-37");
     EXPECT_EQ(run(export_file, files, {u"", u"x", u""}), "-50");
     EXPECT_EQ(run(export_file, files, std::vector<std::u16string>{u"", u"x"}), "-50");
@@ -356,8 +369,6 @@ TEST(InPlace, NoFailureLosesTheContents) {
          {u"", u"f", u"", u"old", u"new"},
          text,
          std::string(300'000, '-') + "new" + std::string(300'000, '+')},
-        {"longer", set_file, {u"", u"f", u"longer text"}, "old", "longer text"},
-        {"shorter", set_file, {u"", u"f", u"x"}, "old contents", "x"},
     };
     for (const Scene& scene : scenes) {
         const int operations = fail_everywhere(
@@ -373,6 +384,32 @@ TEST(InPlace, NoFailureLosesTheContents) {
                                             "The temporary copy is left at T:\\VELLTEMP{0}.tmp"});
             });
         EXPECT_GE(operations, 14);
+    }
+}
+
+TEST(WriteContents, NoFailureLosesTheContents) {
+    for (const std::u16string& text : {u"much longer contents"s, u"x"s}) {
+        for (int failing = 1;; ++failing) {
+            SCOPED_TRACE(failing);
+            WritableFiles files;
+            files.add(u"f", "old contents");
+            files.fail(failing, disk_full);
+            FakeCall call({u"", u"f", text});
+            const std::string result = run(set_file, files, call);
+            if (files.operations() < failing) {
+                EXPECT_EQ(failing, 11);
+                break;
+            }
+            // That there is no place for a copy, or that it stays, does not keep the text away.
+            const bool is_about_copy = failing == 3 || failing == 4 || failing == 10;
+            EXPECT_EQ(result, is_about_copy ? "0" : "112");
+            if (is_about_copy) {
+                EXPECT_EQ(files.at(u"f"), std::string(text.begin(), text.end()));
+            } else if (files.at(u"f") != "old contents") {
+                EXPECT_EQ(files.at(u"T:\\VELLTEMP{0}.tmp"), "old contents");
+            }
+            EXPECT_EQ(files.contents().size(), 1 + call.notes().size()); // what stays is named
+        }
     }
 }
 

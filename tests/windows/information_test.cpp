@@ -214,8 +214,11 @@ TEST_F(Information, AFileInUseOrLockedIsNotFree) {
     EXPECT_EQ(set_attribute(u"-unlock", file), u"0");
     EXPECT_EQ(read_file(folder.path(L"free.txt")), "x");
 
-    EXPECT_EQ(ask(u"VlFile_IsFree", u"", path(L"none")), u"$$-43");
-    EXPECT_EQ(attribute(u"-IsFree", path(L"none")), u"$$-43");
+    for (const wchar_t* missing : {L"none", L"none\\none"}) {
+        EXPECT_EQ(ask(u"VlFile_IsFree", u"", path(missing)), u"$$-43");
+        EXPECT_EQ(attribute(u"-IsFree", path(missing)), u"$$-43");
+    }
+    EXPECT_EQ(attribute(u"-IsFree", path(L"")), u"1"); // a folder
     EXPECT_EQ(ask(u"VlFile_IsFree", u"", u""), u"$$-50");
     EXPECT_EQ(call_id(4322, {u""}), u"$$-50");
 }

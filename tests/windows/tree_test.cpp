@@ -106,6 +106,7 @@ TEST_F(Tree, CreatesFoldersToAnyDepth) {
     EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"file.txt\\below")), u"$$-48");
     EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"six.\\")), u"$$-37");
     EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"six \\seven")), u"$$-37");
+    EXPECT_NE(run(u"VlFile_CreateFolder", u"", path(std::wstring(300, L'n'))), u"0");
     EXPECT_FALSE(exists(path(L"six")));
     EXPECT_EQ(run(u"VlFile_CreateFolder", u"", u""), u"$$-50");
     EXPECT_EQ(step(u"Create Folder", {path(L"eight\\nine")}), u"0");
@@ -241,7 +242,8 @@ TEST_F(Tree, MovesFoldersButNotIntoThemselves) {
     EXPECT_EQ(run(u"VlFile_MoveFolder", u"", file(L"file.txt"), path(L"new")), u"$$-1407");
     EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, path(L"new.")), u"$$-37");
     EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, path(L"none\\new")), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", u"$$-43", path(L"new")), u"$$-4299");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", u"$$-43", path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, u"$$-43"), u"$$-4299");
     EXPECT_EQ(step(u"Move Folder", {sibling, path(L"by step")}), u"0");
     EXPECT_TRUE(exists(path(L"by step\\sub")));
 }
@@ -263,7 +265,10 @@ TEST_F(Tree, CopiesFolders) {
     EXPECT_FALSE(exists(path(L"source\\copy")));
     EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
     EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"source\\b.txt"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"new ")), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", u"", path(L"new")), u"$$-1407");
+    for (const wchar_t* bad : {L"new ", L"n*w"})
+        EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(bad)), u"$$-37");
+    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, file(L"plain.txt")), u"$$-48");
 
     // Where nobody can be asked, nothing is replaced.
     start({.application_type = server});
@@ -272,6 +277,8 @@ TEST_F(Tree, CopiesFolders) {
     EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "kept");
     EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"by server")), u"0");
     EXPECT_EQ(contents(path(L"by server\\b.txt")), "too");
+    const UniqueFile held = hold(path(L"source\\b.txt"));
+    EXPECT_NE(run(u"VlFile_CopyFolder", u"", source, path(L"incomplete")), u"0");
 }
 
 TEST_F(Tree, DeletesFolders) {
