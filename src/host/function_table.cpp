@@ -248,7 +248,7 @@ constexpr FunctionRow rows[] = {
      "Returns the structure of a (movie) file.", not_available},
     {4320, 4, 4, all_dialogs,
      "VlFile_SetMovieMetaData( switches ; sourceFilePath ; destFilePath ; metadata )",
-     "Sets metadata into a movie file.", not_available},
+     "Sets metadata into a movie file.", metadata::set_movie_metadata},
     {4321, 3, 3, all_dialogs, "VlFile_ExportToFile( switches ; source ; filepath )",
      "Exports the (binary) contents of a container field or variable to a new file.",
      files::export_to_file},

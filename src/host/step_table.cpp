@@ -250,7 +250,7 @@ constexpr StepRow rows[] = {
     {7317, "Exchange Files", "Exchanges the contents of two files on the same disk.",
      exchange_files, files::exchange_files},
     {7320, "Set MetaData of Movie", "Writes metadata into a movie file.", set_movie_metadata,
-     not_available},
+     metadata::set_movie_metadata},
     {7325, "Bring To Front", "Brings FileMaker to the front.", bring_to_front,
      files::bring_to_front},
 };

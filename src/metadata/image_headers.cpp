@@ -67,15 +67,6 @@ std::optional<Resolution> jfif_resolution(std::string_view segment) {
                     units == 1 ? 1 : centimetres_per_inch);
 }
 
-Result<SegmentMarker> next_marker(files::BufferedReader& file) {
-    while (VELL_TRY(file.read_byte()) != marker_prefix) {
-    }
-    std::uint8_t code = marker_prefix;
-    while (code == marker_prefix)
-        code = VELL_TRY(file.read_byte());
-    return SegmentMarker{code};
-}
-
 // PNG ---------------------------------------------------------------------------------------------
 
 struct ImageHeaderChunk {
@@ -149,7 +140,7 @@ Result<ImageHeader> read_jpeg_header(files::BufferedReader& file) {
     std::optional<Resolution> from_tags;
     file.seek(2); // behind SOI
     for (;;) {
-        const SegmentMarker marker = VELL_TRY(next_marker(file));
+        const SegmentMarker marker = VELL_TRY(next_marker(file)).code;
         if (marker == SegmentMarker::Eoi || marker == SegmentMarker::Sos)
             return Failure{ErrorCode::WrongImageKind};
         if (stands_alone(marker) || marker == SegmentMarker{0})

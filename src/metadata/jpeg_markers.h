@@ -1,5 +1,8 @@
-// Marker codes of JPEG streams (ITU-T T.81, table B.1): the byte that follows 0xFF.
+// Markers of JPEG streams (ITU-T T.81, table B.1): 0xFF, any number of times, and a code.
 #pragma once
+
+#include "src/base/result.h"
+#include "src/files/buffered_reader.h"
 
 #include <cstdint>
 
@@ -54,5 +57,13 @@ constexpr bool stands_alone(SegmentMarker marker) {
     return (marker >= SegmentMarker::Rst0 && marker <= SegmentMarker::Eoi) ||
            marker == SegmentMarker::Tem;
 }
+
+struct Marker {
+    SegmentMarker code;
+    std::uint64_t start; // of its first 0xFF
+};
+
+// The next marker at the file's position or behind it; the position is then behind its code.
+Result<Marker> next_marker(files::BufferedReader& file);
 
 } // namespace vell::metadata

@@ -21,37 +21,9 @@ struct Segment {
     std::uint64_t end;
 };
 
-// Moves to the next 0xFF. Between segments it comes at once; what stands there otherwise is passed
-// in blocks that grow, so that neither many gaps nor a long one costs much.
-Result<void> find_prefix(BufferedReader& file) {
-    if (VELL_TRY(file.read_byte()) == marker_prefix) {
-        file.seek(file.position() - 1);
-        return {};
-    }
-    std::vector<char> block;
-    for (std::size_t size = 16;; size = std::min<std::size_t>(size * 2, files::block_size)) {
-        const std::uint64_t start = file.position();
-        block.resize(size);
-        const std::size_t count = VELL_TRY(file.read(block));
-        if (count == 0)
-            return Failure{ErrorCode::EndOfFile};
-        const std::size_t at =
-            std::string_view(block.data(), count).find(static_cast<char>(marker_prefix));
-        if (at != std::string_view::npos) {
-            file.seek(start + at);
-            return {};
-        }
-    }
-}
-
 // The segment at the file's position or behind it.
 Result<Segment> next_segment(BufferedReader& file) {
-    VELL_TRY(find_prefix(file));
-    const std::uint64_t start = file.position();
-    std::uint8_t code = marker_prefix;
-    while (code == marker_prefix) // any number of fill bytes
-        code = VELL_TRY(file.read_byte());
-    const auto marker = static_cast<SegmentMarker>(code);
+    const auto [marker, start] = VELL_TRY(next_marker(file));
     Segment segment{marker, start, file.position(), file.position()};
     // TEM has no length either, but is read as if it had one, as in the walk that reads. The
     // lengths of frames and scans are nobody's business here.

@@ -30,8 +30,6 @@ class JpegWalk {
 
   private:
     int wanted_items() const;
-    Result<SegmentMarker> next_marker();
-    Result<void> find_marker_prefix();
     Result<void> treat(SegmentMarker marker);
     Result<void> read_app1(std::uint64_t length);
     Result<void> read_app2(std::uint64_t length);
@@ -54,16 +52,16 @@ Result<void> JpegWalk::run() {
         return Failure{ErrorCode::NotAJpeg};
     const int wanted = wanted_items();
     while (found_ < wanted) {
-        const Result<SegmentMarker> marker = next_marker();
+        const Result<Marker> marker = next_marker(file_);
         if (!marker) {
             // A file cut off behind what it was asked for has answered.
             if (marker.error() == ErrorCode::EndOfFile && found_ > 0)
                 return {};
             return Failure{marker.error()};
         }
-        if (*marker == SegmentMarker::Eoi || *marker == SegmentMarker::Sos)
+        if (marker->code == SegmentMarker::Eoi || marker->code == SegmentMarker::Sos)
             break;
-        VELL_TRY(treat(*marker));
+        VELL_TRY(treat(marker->code));
     }
     if (found_ == 0)
         return Failure{ErrorCode::NothingFound};
@@ -73,37 +71,6 @@ Result<void> JpegWalk::run() {
 int JpegWalk::wanted_items() const {
     return (request_.icc != IccSelector::None) + request_.want_comment + request_.exif.want_exif +
            request_.exif.want_xmp + request_.exif.want_gps;
-}
-
-Result<SegmentMarker> JpegWalk::next_marker() {
-    VELL_TRY(find_marker_prefix());
-    std::uint8_t byte = marker_prefix;
-    while (byte == marker_prefix) // any number of fill bytes
-        byte = VELL_TRY(file_.read_byte());
-    return static_cast<SegmentMarker>(byte);
-}
-
-// Moves behind the next 0xFF. It mostly comes at once; otherwise blocks that grow with what has
-// been passed go through memory, so that a long stretch without any costs one large read a block.
-Result<void> JpegWalk::find_marker_prefix() {
-    constexpr std::uint64_t least_block = BufferedReader::default_buffer;
-    constexpr std::uint64_t largest_block = 1 << 20;
-    if (VELL_TRY(file_.read_byte()) == marker_prefix)
-        return {};
-    std::vector<char> block;
-    for (std::uint64_t size = least_block;; size = std::min(size * 2, largest_block)) {
-        const std::uint64_t start = file_.position();
-        block.resize(static_cast<std::size_t>(std::min(size, file_.remaining())));
-        const std::size_t count = VELL_TRY(file_.read(block));
-        if (count == 0)
-            return Failure{ErrorCode::EndOfFile};
-        const std::size_t at =
-            std::string_view(block.data(), count).find(static_cast<char>(marker_prefix));
-        if (at != std::string_view::npos) {
-            file_.seek(start + at + 1);
-            return {};
-        }
-    }
 }
 
 Result<void> JpegWalk::treat(SegmentMarker marker) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace vell::metadata {
 namespace {
@@ -100,7 +101,10 @@ Result<void> walk_png_chunks(BufferedReader& file, std::string_view type,
 Result<void> read_png_exif(BufferedReader& file, const MetadataRequest& request,
                            MetadataText& text) {
     const std::uint64_t before = text.size();
+    bool taken = false;
     const auto read_block = [&](std::uint32_t length) -> Result<void> {
+        if (std::exchange(taken, true))
+            return {}; // a file has one such chunk; more would multiply what it holds
         const std::string block = VELL_TRY(read_whole(file, length));
         return read_tags(block, request.exif, request.source, text);
     };

@@ -15,4 +15,8 @@ inline Result<void> set_metadata(params::Call& call) {
     return set_metadata(call, files::system_files());
 }
 
+// VlFile_SetMovieMetaData and "Set MetaData of Movie": movie files are not written on Windows.
+// NotSupported; BadParameter without a switch that names what to write.
+Result<void> set_movie_metadata(params::Call& call);
+
 } // namespace vell::metadata

@@ -45,6 +45,7 @@ TEST(PngChunks, GiveTagsTextsAndPackets) {
         std::string expected;
     } const cases[] = {
         {"GetExif", png({image, exif}), "|##EXIF 271|A|##END 271"},
+        {"GetExif", png({exif, exif}), "|##EXIF 271|A|##END 271"}, // one is to be there
         {"GetExif", apple, "|##EXIF 271|A|##END 271"},
         {"GetExif GetXMP", png({exif, xmp_chunk(packet)}), "|##EXIF 271|A|##END 271"},
         {"GetGPS", png({exif}), "!-2026"},

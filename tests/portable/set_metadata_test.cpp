@@ -62,7 +62,7 @@ TEST(SetMetadata, TakesOneTargetAndAnyComment) {
     } cases[] = {
         {"", -50},
         {"-SetIPTC -SetExif", -50},
-        {"-SetIPTC -SetExif -SetJPEGComment", -50},
+        {"-SetIPTC -SetExif -SetJPEGComment", 0},
         {"SetExif", -50},
         {"-UTF8Charset", -50},
         {"-setimageurl", 0},
