@@ -15,9 +15,16 @@ UniqueFile open_temporary_file() {
                                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
 }
 
-bool write_all(HANDLE file, std::string_view bytes) {
+bool set_position(HANDLE file, std::uint64_t position) {
+    return SetFilePointerEx(file, {.QuadPart = static_cast<LONGLONG>(position)}, nullptr,
+                            FILE_BEGIN);
+}
+
+// Behind the first `size` bytes, over what a failed try may have left there.
+bool write_at(HANDLE file, std::uint64_t size, std::string_view bytes) {
     DWORD done = 0;
-    return WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) &&
+    return set_position(file, size) &&
+           WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) &&
            done == bytes.size();
 }
 
@@ -25,7 +32,7 @@ bool write_all(HANDLE file, std::string_view bytes) {
 std::string read_all(HANDLE file, std::uint64_t size) {
     std::string bytes(size, '\0');
     DWORD done = 0;
-    if (SetFilePointer(file, 0, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER ||
+    if (!set_position(file, 0) ||
         !ReadFile(file, bytes.data(), static_cast<DWORD>(size), &done, nullptr))
         done = 0;
     bytes.resize(done);
@@ -63,7 +70,7 @@ void DebugLog::append(std::string_view line) {
 void DebugLog::move_to_file() {
     if (!file_)
         file_ = open_temporary_file();
-    if (!file_ || !write_all(file_.get(), lines_)) {
+    if (!file_ || !write_at(file_.get(), file_size_, lines_)) {
         drop_older_half();
         return;
     }

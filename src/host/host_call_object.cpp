@@ -8,6 +8,7 @@
 #include "src/host/styled_text.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 namespace vell::host {
@@ -121,7 +122,9 @@ std::int32_t HostCallObject::step_option(std::size_t index) {
         return not_given;
     if (host_call(FM_Data_IsEmpty, parameters_.at(static_cast<std::uint32_t>(index))))
         return not_given;
-    return static_cast<std::int32_t>(number(index));
+    constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int64_t highest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::clamp(number(index), lowest, highest));
 }
 
 std::optional<params::CalendarTime> HostCallObject::time_stamp(std::size_t index) {

@@ -9,8 +9,42 @@
 namespace vell::host {
 namespace {
 
+struct FiberKind {
+    using Type = void*;
+    static void* empty() { return nullptr; }
+    static void close(void* fiber) { DeleteFiber(fiber); }
+};
+using UniqueFiber = UniqueResource<FiberKind>;
+
+// The calling thread as a fiber, since only fibers can switch to others. A host that has made it
+// one keeps it, and its data.
+class CallingFiber {
+  public:
+    CallingFiber() : converted_(!IsThreadAFiber()) {
+        if (converted_ && !ConvertThreadToFiberEx(nullptr, FIBER_FLAG_FLOAT_SWITCH))
+            throw std::bad_alloc();
+    }
+    CallingFiber(const CallingFiber&) = delete;
+    CallingFiber& operator=(const CallingFiber&) = delete;
+    ~CallingFiber() {
+        if (converted_)
+            ConvertFiberToThread();
+    }
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds" // it reads the thread's block by its offset alone
+    void* get() const {
+        return GetCurrentFiber();
+    }
+#pragma GCC diagnostic pop
+
+  private:
+    bool converted_;
+};
+
 struct Task {
     const std::function<void()>& work;
+    void* caller;
     std::exception_ptr exception;
 };
 
@@ -23,21 +57,24 @@ void run_task(void* argument) {
     }
 }
 
-DWORD WINAPI thread_start(void* argument) {
+// The guard around the dispatcher stands on the caller's stack, where no handler is looked for now.
+void WINAPI fiber_start(void* argument) {
     guarded_call(run_task, argument);
-    return 0;
+    SwitchToFiber(static_cast<Task*>(argument)->caller); // for good: returning would end the thread
 }
 
 } // namespace
 
 void run_on_large_stack(const std::function<void()>& work) {
-    constexpr SIZE_T stack_size = 64 << 20; // address space; memory comes as it is needed
-    Task task{work, nullptr};
-    const UniqueHandle thread(CreateThread(nullptr, stack_size, thread_start, &task,
-                                           STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr));
-    if (!thread)
+    constexpr SIZE_T reserved = 64 << 20; // address space; memory comes as it is needed
+    constexpr SIZE_T committed = 64 << 10;
+    const CallingFiber caller;
+    Task task{work, caller.get(), nullptr};
+    const UniqueFiber fiber(
+        CreateFiberEx(committed, reserved, FIBER_FLAG_FLOAT_SWITCH, fiber_start, &task));
+    if (!fiber)
         throw std::bad_alloc();
-    WaitForSingleObject(thread.get(), INFINITE);
+    SwitchToFiber(fiber.get());
     if (task.exception)
         std::rethrow_exception(task.exception);
 }

@@ -44,48 +44,71 @@ std::string local_time_text() {
     return text.data();
 }
 
-// Another process may be writing its own line at this moment.
+// "[source] text", the text's line ends as in the file.
+std::string log_entry(std::string_view source, std::string text) {
+    params::convert_line_endings(text, params::LineEndings::LogFile);
+    return std::string("[").append(source).append("] ").append(text);
+}
+
 UniqueFile open_log(const std::wstring& path) {
-    constexpr int attempts = 200;
-    constexpr DWORD pause_ms = 5;
-    for (int attempt = 1;; ++attempt) {
-        UniqueFile file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH, nullptr));
-        if (file || GetLastError() != ERROR_SHARING_VIOLATION || attempt == attempts)
-            return file;
-        Sleep(pause_ms);
-    }
+    return UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH, nullptr));
 }
 
 class LogFiles {
   public:
     void write(LogChannel channel, std::string_view source, std::string_view text) {
-        const std::lock_guard lock(mutex_);
-        const std::wstring& path = path_of(channel);
-        if (path.empty()) {
-            std::fprintf(stderr, "[%.*s] %.*s\n", static_cast<int>(source.size()), source.data(),
-                         static_cast<int>(text.size()), text.data());
+        std::unique_lock lock(mutex_);
+        Log& log = log_of(channel);
+        if (log.path.empty()) {
+            std::fprintf(stderr, "%s\n", log_entry(source, std::string(text)).c_str());
             return;
         }
         const std::string line = log_line_text(local_time_text(), source, std::string(text));
-        const UniqueFile file = open_log(path);
+        const UniqueFile file = open_in_turn(log, lock);
         if (!file) {
             report_once(GetLastError());
             return;
         }
-        SetFilePointer(file.get(), 0, nullptr, FILE_END);
         DWORD done = 0;
-        WriteFile(file.get(), line.data(), static_cast<DWORD>(line.size()), &done, nullptr);
+        if (SetFilePointerEx(file.get(), {}, nullptr, FILE_END))
+            WriteFile(file.get(), line.data(), static_cast<DWORD>(line.size()), &done, nullptr);
     }
 
   private:
-    const std::wstring& path_of(LogChannel channel) {
-        std::wstring& path = paths_[{channel, server_or_web()}];
-        if (path.empty()) {
+    struct Log {
+        std::wstring path;
+        bool in_use = false; // by someone who was waited for in vain
+    };
+
+    Log& log_of(LogChannel channel) {
+        Log& log = logs_[{channel, server_or_web()}];
+        if (log.path.empty()) {
             if (std::wstring folder = make_log_folder(); !folder.empty())
-                path = folder.append(log_file_name(channel));
+                log.path = folder.append(log_file_name(channel));
         }
-        return path;
+        return log;
+    }
+
+    // Another process may be writing its own line at this moment, which is waited for without the
+    // lock. One that keeps the file open costs one wait; from then on each line has one try, until
+    // the file is free again.
+    UniqueFile open_in_turn(Log& log, std::unique_lock<std::mutex>& lock) {
+        constexpr ULONGLONG longest_wait_ms = 1000;
+        constexpr DWORD pause_ms = 5;
+        const ULONGLONG end = GetTickCount64() + longest_wait_ms;
+        for (;;) {
+            UniqueFile file = open_log(log.path);
+            const DWORD error = file ? ERROR_SUCCESS : GetLastError();
+            if (error != ERROR_SHARING_VIOLATION || log.in_use || GetTickCount64() >= end) {
+                log.in_use = error == ERROR_SHARING_VIOLATION;
+                SetLastError(error);
+                return file;
+            }
+            lock.unlock();
+            Sleep(pause_ms);
+            lock.lock();
+        }
     }
 
     void report_once(DWORD error) {
@@ -95,7 +118,7 @@ class LogFiles {
     }
 
     std::mutex mutex_;
-    std::map<std::pair<LogChannel, bool>, std::wstring> paths_; // kept for the life of the process
+    std::map<std::pair<LogChannel, bool>, Log> logs_; // kept for the life of the process
     bool reported_ = false;
 };
 
@@ -121,8 +144,8 @@ std::wstring log_folder(std::wstring_view executable, bool server_or_web) {
 }
 
 std::string log_line_text(std::string_view local_time, std::string_view source, std::string text) {
-    params::convert_line_endings(text, params::LineEndings::LogFile);
-    std::string line = std::string(local_time).append(" [").append(source).append("] ") + text;
+    std::string line =
+        std::string(local_time).append(" ").append(log_entry(source, std::move(text)));
     constexpr std::string_view line_end = "\r\n";
     if (line.size() > longest_line - line_end.size()) {
         std::size_t cut = longest_line - line_end.size();

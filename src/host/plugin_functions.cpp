@@ -72,6 +72,8 @@ Result<void> control(Call& call) {
     const std::u16string password = call.text(call.is_step() ? 2 : 1);
     switch (action) {
     case ControlAction::DisableAll:
+        if (disabled_state().is_set())
+            return Failure{ErrorCode::AlreadyDisabled};
         if (password.empty())
             return Failure{ErrorCode::BadParameter};
         if (!disabled_state().disable(password))

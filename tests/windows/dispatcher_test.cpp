@@ -1,6 +1,7 @@
 // What stands between the host's call and a function's body, and what happens when the host fails.
 #include "src/host/debug_log.h"
 #include "src/host/dispatcher.h"
+#include "src/host/host_call_object.h"
 #include "src/host/registry.h"
 #include "src/params/call.h"
 #include "tests/windows/plugin_fixture.h"
@@ -77,6 +78,8 @@ TEST_F(Dispatcher, ControlTakesExactlyOneActionAndTheSamePassword) {
     EXPECT_EQ(control(u"disableallfunctions", u"pass"), u"0");
     EXPECT_EQ(control(u"CurrentEnabledStatus", u""), u"0");
     EXPECT_EQ(control(u"DisableAllFunctions", u"pass"), u"$$-4217");
+    EXPECT_EQ(control(u"DisableAllFunctions", u""), u"$$-4217");
+    EXPECT_EQ(call(u"VlFile_Control", {u"DisableAllFunctions"}), u"$$-4217");
     EXPECT_EQ(control(u"EnableAllFunctions", u"Pass"), u"$$-4218");
     EXPECT_EQ(control(u"EnableAllFunctions", u"pas"), u"$$-4218");
     EXPECT_EQ(call(u"VlFile_Control", {u"EnableAllFunctions"}), u"$$-4218");
@@ -90,6 +93,24 @@ TEST_F(Dispatcher, ControlTakesExactlyOneActionAndTheSamePassword) {
     EXPECT_EQ(call_id(7203, {u"", number(2), u"p"}), u"0");
     EXPECT_EQ(call_id(7203, {u"", number(9), u"p"}), u"$$-4218");
     EXPECT_EQ(call_id(7203, {}), u"$$-4218");
+}
+
+TEST_F(Dispatcher, StepOptionsStayWithin32Bits) {
+    start();
+    const auto show_option = [](std::int16_t, const fm::ExprEnv* environment,
+                                const fm::DataVect* parameters, fm::Data* result) {
+        host::HostCallObject step(environment, parameters, result, true);
+        step.set_number(step.step_option(1));
+        return fm::Errcode{0};
+    };
+    for (const auto& [given, option] : {std::pair(std::int64_t{3'000'000'000}, u"2147483647"),
+                                        {-3'000'000'000, u"-2147483648"},
+                                        {-2'147'483'648, u"-2147483648"}}) {
+        const std::vector<Value> arguments{u"", Value(console::Decimal(given))};
+        const auto result = host().call_body(0, show_option, arguments);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(console::to_value(result->get()).as_text(), option) << given;
+    }
 }
 
 TEST_F(Dispatcher, TheDebugLogIsSwitchedReadAndCleared) {
