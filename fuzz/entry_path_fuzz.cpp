@@ -41,16 +41,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace vell;
     archive::EntryInfo entry;
     entry.name = fuzz::as_text(data, size);
-    for (const bool utf8 : {false, true}) {
-        entry.utf8_name = utf8;
+    for (const int variant : {0, 1, 2, 3}) {
+        entry.utf8_name = variant % 2 == 1;
+        entry.is_folder = variant > 1 || entry.name.ends_with('/');
         const std::u16string name =
             archive::decoded_name(entry, params::TextEncoding::AsciiDos, byte_by_byte);
-        const auto path = archive::entry_path(entry.name, name);
+        const auto path = archive::entry_path(entry, name);
         if (!path)
             continue;
+        if (path->empty()) { // the target folder
+            FUZZ_CHECK(entry.is_folder);
+            continue;
+        }
         check_names(*path);
         // A path names itself.
-        const auto again = archive::entry_path(utf8_from_utf16(*path), *path);
+        const std::string written = utf8_from_utf16(*path);
+        archive::EntryInfo itself;
+        itself.name = written;
+        const auto again = archive::entry_path(itself, *path);
         FUZZ_CHECK(again && *again == *path);
     }
     return 0;

@@ -20,10 +20,12 @@ class ArchiveSystem {
 
     // The path from its root on, names separated by "\".
     virtual Result<NativePath> full_path(const NativePath& path) = 0;
-    // Opens for reading a file that others may have open, for writing too.
+    // Others may have these files open at the same time, for reading and for writing.
+    //
+    // Opens for reading.
     virtual Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) = 0;
-    // Makes a file and opens it for writing. AlreadyExists when there is anything of its name, a
-    // link without a target included.
+    // Makes a file and opens it for writing, in one step. AlreadyExists when there is anything of
+    // its name, a link without a target included.
     virtual Result<std::unique_ptr<files::File>> open_new(const NativePath& path) = 0;
     // Opens for writing a file that is new or emptied. Busy for a folder and a read-only file.
     virtual Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) = 0;

@@ -5,6 +5,7 @@
 #include "src/base/utf8.h"
 #include "src/files/folder_lister.h"
 #include "src/files/path_parts.h"
+#include "src/files/temporary_copy.h"
 
 #include <algorithm>
 #include <new>
@@ -67,31 +68,6 @@ class OwnItems : public files::FolderSource {
 
     files::FolderSource& folders_;
     std::uint64_t links_ = 0;
-};
-
-// A new archive file, which is removed at the end unless it is kept. What writes to it has to be
-// gone before.
-class NewArchive {
-  public:
-    static Result<NewArchive> create(files::FileSystem& files, const NativePath& path) {
-        VELL_TRY(files.create_new(path));
-        return NewArchive(files, path);
-    }
-    NewArchive(NewArchive&& other) noexcept
-        : files_(std::exchange(other.files_, nullptr)), path_(std::move(other.path_)) {}
-    NewArchive& operator=(NewArchive&&) = delete;
-    ~NewArchive() {
-        if (files_)
-            static_cast<void>(files_->remove(path_));
-    }
-    void keep() { files_ = nullptr; }
-
-  private:
-    NewArchive(files::FileSystem& files, NativePath path)
-        : files_(&files), path_(std::move(path)) {}
-
-    files::FileSystem* files_; // null when there is nothing to remove
-    NativePath path_;
 };
 
 ErrorCode creation_error(ErrorCode code) {
@@ -193,22 +169,21 @@ Result<void> add_contents(ZipWriter& writer, ArchiveSystem& system, const Folder
 
 // Runs `add` over the writer of a new archive, and finishes it.
 template <typename Add>
-Result<void> write_archive(files::FileSystem& files, const NativePath& path, Add add) {
-    auto archive = NewArchive::create(files, path);
-    if (!archive)
-        return Failure{creation_error(archive.error())};
-    auto file = files.open(path, files::Permission::Write);
-    if (!file)
-        return Failure{creation_error(file.error())};
+Result<void> write_archive(ArchiveSystem& system, const NativePath& path, Add add) {
+    auto created = system.open_new(path);
+    if (!created)
+        return Failure{creation_error(created.error())};
+    files::UnfinishedFile unfinished(system.files(), path);
+    std::unique_ptr<files::File> file = *std::move(created); // closed before it is removed
     std::unique_ptr<ZipWriter> writer;
     try {
-        writer = std::make_unique<ZipWriter>(*std::move(file));
+        writer = std::make_unique<ZipWriter>(std::move(file));
     } catch (const std::bad_alloc&) {
         return Failure{ErrorCode::EngineFailed};
     }
     VELL_TRY(add(*writer));
     VELL_TRY(writer->finish());
-    archive->keep();
+    unfinished.keep();
     return {};
 }
 
@@ -228,12 +203,12 @@ Result<void> create_zip(Call& call, ArchiveSystem& system) {
         // Listed before the archive is made, which may be about to stand in that folder.
         const FolderContents contents = VELL_TRY(list_contents(call, system, full.wide));
         const bool force_utf8 = call.switches().has("-ForceUTF8Filenames");
-        VELL_TRY(write_archive(system.files(), destination, [&](ZipWriter& writer) {
+        VELL_TRY(write_archive(system, destination, [&](ZipWriter& writer) {
             return add_contents(writer, system, contents, force_utf8);
         }));
     } else {
         const EntryName name = entry_name(files::last_name(full.wide), false, thorough);
-        VELL_TRY(write_archive(system.files(), destination, [&](ZipWriter& writer) {
+        VELL_TRY(write_archive(system, destination, [&](ZipWriter& writer) {
             return writer.add_file(system, name.bytes, source, name.options);
         }));
     }

@@ -62,12 +62,12 @@ std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encodin
     return decode(name, encoding);
 }
 
-Result<std::u16string> entry_path(std::string_view stored_name, std::u16string name) {
+Result<std::u16string> entry_path(const EntryInfo& entry, std::u16string name) {
     constexpr Failure bad_name{ErrorCode::BadName};
-    if (!all_names(stored_name, [](std::string_view part) { return !is_parent(part); }) ||
+    if (!all_names(entry.name, [](std::string_view part) { return !is_parent(part); }) ||
         name.find(u'\0') != name.npos)
         return bad_name;
-    if (name.ends_with(u'/'))
+    if (entry.is_folder && name.ends_with(u'/'))
         name.pop_back();
     std::ranges::replace(name, u'/', u'\\');
     replace_characters(name);
@@ -81,11 +81,11 @@ Result<std::u16string> entry_path(std::string_view stored_name, std::u16string n
         path.append(path.empty() ? u"" : u"\\").append(part);
         return true;
     };
-    if (!all_names(std::u16string_view(name), append) || path.empty())
+    if (!all_names(std::u16string_view(name), append))
         return bad_name;
-    // A "." at the end would not name what stands before it.
+    // A separator or a "." at the end names a folder, the target folder with nothing before it.
     const std::u16string_view last = std::u16string_view(name).substr(name.find_last_of(u'\\') + 1);
-    if (last == u".")
+    if (!entry.is_folder && (last.empty() || last == u"."))
         return bad_name;
     return path;
 }

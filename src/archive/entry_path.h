@@ -23,9 +23,10 @@ std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encodin
 
 // The path of an entry below the target folder, names separated by "\", without one at its end.
 // Characters that no file name can hold become "_", as do blanks before a separator and at the end;
-// empty names, and "." before others, are left out. BadName when the name as stored in the archive,
-// or what became of it, has a ".." between separators of either kind, a name of dots and blanks
-// only, a device's name, or a zero character.
-Result<std::u16string> entry_path(std::string_view stored_name, std::u16string name);
+// empty names and "." are left out. Empty for a folder's entry of nothing else ("./"), which stands
+// for the target folder itself. BadName when the name as stored in the archive, or what became of
+// it, has a ".." between separators of either kind, a name of dots and blanks only, a device's
+// name, or a zero character, and for a file that has no name of its own.
+Result<std::u16string> entry_path(const EntryInfo& entry, std::u16string name);
 
 } // namespace vell::archive

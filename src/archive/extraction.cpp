@@ -110,7 +110,7 @@ Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
 }
 
 Result<void> ZipReader::extract_to_file(std::uint32_t index, ArchiveSystem& system,
-                                        const NativePath& target) {
+                                        const NativePath& target, const NativePath* archive) {
     const auto entry = this->entry(index);
     if (!entry)
         return Failure{ErrorCode::CannotOpen};
@@ -119,6 +119,8 @@ Result<void> ZipReader::extract_to_file(std::uint32_t index, ArchiveSystem& syst
     if (!opened && opened.error() == ErrorCode::AlreadyExists) {
         if (system.is_link(target))
             return Failure{ErrorCode::BadName};
+        if (archive && system.files().is_same_file(target, *archive))
+            return Failure{ErrorCode::TargetDenied};
         opened = system.open_emptied(target);
     }
     if (!opened)

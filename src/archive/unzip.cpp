@@ -1,8 +1,6 @@
 #include "src/archive/zip_functions.h"
 #include "src/files/path_parts.h"
 
-#include <optional>
-
 namespace vell::archive {
 namespace {
 
@@ -60,27 +58,34 @@ Result<NativePath> destination_folder(Call& call, ArchiveSystem& system,
     return folder;
 }
 
+// A file's name without "/", or a folder's with one at its end only.
+bool is_at_top(std::u16string_view name) {
+    return name.find(u'/') >= name.size() - 1;
+}
+
 // Expands one archive into one folder.
 class Expansion {
   public:
-    Expansion(ArchiveSystem& system, ZipReader& reader, const Options& options, NameDecoder decode)
-        : system_(system), reader_(reader), options_(options), decode_(decode) {}
+    Expansion(ArchiveSystem& system, const NativePath& archive, ZipReader& reader,
+              const Options& options, NameDecoder decode)
+        : system_(system), archive_(archive), reader_(reader), options_(options), decode_(decode) {}
 
     // Decides on the folder, makes it where that is due, and checks what is known to come.
-    Result<void> choose_target(const NativePath& destination, const NativePath& archive);
+    Result<void> choose_target(const NativePath& destination);
     Result<void> run();
 
   private:
-    // The names at the top of the archive, as they would be listed.
+    // What stands at the top of the archive. The names are counted as they are listed; the paths of
+    // the first ones are empty where there are none.
     struct TopItems {
         std::size_t count = 0;
-        std::optional<EntryInfo> first_file;
-        std::optional<EntryInfo> first_folder;
+        std::u16string first_file;
+        std::u16string first_folder;
     };
 
     TopItems top_items() const;
     Result<void> make_archive_folder(const NativePath& folder);
-    Result<void> check_top_item(const std::optional<EntryInfo>& entry, bool is_file);
+    Result<void> check_top_item(const std::u16string& path, bool is_file);
     Result<std::u16string> path_of(const EntryInfo& entry) const;
     Result<void> expand(std::uint32_t index, const EntryInfo& entry);
     Result<void> prepare_parent(std::u16string_view parent);
@@ -89,6 +94,7 @@ class Expansion {
     ItemKind kind_of(const NativePath& path) { return system_.files().kind_of(path); }
 
     ArchiveSystem& system_;
+    const NativePath& archive_;
     ZipReader& reader_;
     const Options options_;
     const NameDecoder decode_;
@@ -101,14 +107,19 @@ Expansion::TopItems Expansion::top_items() const {
     TopItems items;
     for (std::uint32_t i = 0; i < reader_.entry_count(); ++i) {
         const EntryInfo entry = *reader_.entry(i);
-        const std::u16string name = decoded_name(entry, options_.encoding, decode_);
-        const std::size_t slash = name.find(u'/');
-        if (slash != name.npos && slash + 1 < name.size())
+        const std::u16string decoded = decoded_name(entry, options_.encoding, decode_);
+        std::u16string_view name = decoded;
+        items.count += is_at_top(name) ? 1 : 0;
+        // The items of an archive of "." stand behind "./", and replace what is there all the same.
+        while (name.starts_with(u"./") || name.starts_with(u'/'))
+            name.remove_prefix(name.find(u'/') + 1);
+        if (!is_at_top(name))
             continue;
-        ++items.count;
-        auto& first = slash == name.npos ? items.first_file : items.first_folder;
-        if (!first)
-            first = entry;
+        std::u16string& first = name.ends_with(u'/') ? items.first_folder : items.first_file;
+        if (!first.empty())
+            continue;
+        if (auto path = path_of(entry)) // the expansion gets to what has none
+            first = *std::move(path);
     }
     return items;
 }
@@ -125,27 +136,24 @@ Result<void> Expansion::make_archive_folder(const NativePath& folder) {
     return {};
 }
 
-Result<void> Expansion::check_top_item(const std::optional<EntryInfo>& entry, bool is_file) {
-    if (!entry)
+Result<void> Expansion::check_top_item(const std::u16string& path, bool is_file) {
+    if (path.empty())
         return {};
-    const auto path = path_of(*entry);
-    if (!path)
-        return {}; // the expansion gets there
-    const ItemKind kind = kind_of(joined(target_, *path));
+    const ItemKind kind = kind_of(joined(target_, path));
     const bool folder_for_file = is_file && kind == ItemKind::Folder;
     if (folder_for_file || (kind != ItemKind::None && !options_.overwrite))
         return Failure{ErrorCode::AlreadyExists};
     return {};
 }
 
-Result<void> Expansion::choose_target(const NativePath& destination, const NativePath& archive) {
+Result<void> Expansion::choose_target(const NativePath& destination) {
     target_ = destination.wide;
     const TopItems items = top_items();
     if (items.count < 2 || !options_.create_archive_folder) {
         VELL_TRY(check_top_item(items.first_file, true));
         return check_top_item(items.first_folder, false);
     }
-    std::u16string_view name = files::last_name(archive.wide);
+    std::u16string_view name = files::last_name(archive_.wide);
     name = name.substr(0, name.rfind(u'.'));
     name = name.substr(0, name.find_last_not_of(u". ") + 1); // Windows would cut them off
     const NativePath folder = joined(target_, name);
@@ -157,10 +165,7 @@ Result<void> Expansion::choose_target(const NativePath& destination, const Nativ
 }
 
 Result<std::u16string> Expansion::path_of(const EntryInfo& entry) const {
-    std::u16string name = decoded_name(entry, options_.encoding, decode_);
-    if (!entry.is_folder && name.ends_with(u'\\'))
-        return Failure{ErrorCode::BadName}; // no file's name
-    return entry_path(entry.name, std::move(name));
+    return entry_path(entry, decoded_name(entry, options_.encoding, decode_));
 }
 
 Result<void> Expansion::run() {
@@ -171,11 +176,14 @@ Result<void> Expansion::run() {
 
 Result<void> Expansion::expand(std::uint32_t index, const EntryInfo& entry) {
     const std::u16string path = VELL_TRY(path_of(entry));
+    if (path.empty())
+        return {}; // the target folder itself
     const std::size_t separator = path.rfind(u'\\');
     if (separator != path.npos)
         VELL_TRY(prepare_parent(std::u16string_view(path).substr(0, separator)));
     const NativePath item = joined(target_, path);
-    return entry.is_folder ? make_folder(item) : reader_.extract_to_file(index, system_, item);
+    return entry.is_folder ? make_folder(item)
+                           : reader_.extract_to_file(index, system_, item, &archive_);
 }
 
 // Makes the folder that an item stands in; the one above it has to be there. One that cannot be
@@ -221,8 +229,8 @@ Result<void> unzip(Call& call, ArchiveSystem& system, NameDecoder decode) {
     const NativePath archive = VELL_TRY(archive_path(call, system.files()));
     const NativePath destination = VELL_TRY(destination_folder(call, system, archive));
     ZipReader reader = VELL_TRY(open_archive(system, archive));
-    Expansion expansion(system, reader, options, decode);
-    VELL_TRY(expansion.choose_target(destination, archive));
+    Expansion expansion(system, archive, reader, options, decode);
+    VELL_TRY(expansion.choose_target(destination));
     VELL_TRY(expansion.run());
     call.set_done();
     return {};

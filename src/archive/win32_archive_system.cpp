@@ -20,15 +20,15 @@ class Win32ArchiveSystem : public ArchiveSystem {
     }
 
     Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) override {
-        return opened(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
+        return opened(path, GENERIC_READ, OPEN_EXISTING);
     }
 
     Result<std::unique_ptr<files::File>> open_new(const NativePath& path) override {
-        return opened(path, GENERIC_WRITE, 0, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
+        return opened(path, GENERIC_WRITE, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
     }
 
     Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
-        return opened(path, GENERIC_WRITE, 0, CREATE_ALWAYS);
+        return opened(path, GENERIC_WRITE, CREATE_ALWAYS);
     }
 
     Result<void> create_folder(const NativePath& path) override {
@@ -70,9 +70,10 @@ class Win32ArchiveSystem : public ArchiveSystem {
     }
 
   private:
+    // Others may have the file open, and open it, for reading and writing.
     static Result<std::unique_ptr<files::File>> opened(const NativePath& path, DWORD access,
-                                                       DWORD sharing, DWORD disposition,
-                                                       DWORD flags = 0) {
+                                                       DWORD disposition, DWORD flags = 0) {
+        constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE;
         UniqueFile handle(
             CreateFileW(win32_path(path).c_str(), access, sharing, nullptr, disposition,
                         FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN | flags, nullptr));

@@ -53,11 +53,11 @@ class ZipReader {
     Result<void> extract(std::uint32_t index, const EntrySink& sink);
 
     // Extracts to a file, which is new or emptied first and gets the entry's time. BadName when it
-    // is a link, CannotOpen,
-    // TargetNotFound, TargetDenied or BadArgument when it cannot be opened, ExtractionFailed, or
+    // is a link; CannotOpen, TargetNotFound, TargetDenied or BadArgument when it cannot be opened;
+    // TargetDenied when it is `archive`, the file that is being read; ExtractionFailed, or
     // CannotClose. What a failed extraction has written stays.
     Result<void> extract_to_file(std::uint32_t index, ArchiveSystem& system,
-                                 const NativePath& target);
+                                 const NativePath& target, const NativePath* archive = nullptr);
 
   private:
     struct Directory;

@@ -41,6 +41,69 @@ std::optional<unsigned> hex_digit(char c) {
     return std::nullopt;
 }
 
+// Finds where an object ends in the midst of a value that is not closed: at an "endobj" that stands
+// in a line of its own or behind a ">". Strings that say this themselves are hardly ever seen.
+class ObjectEnd {
+  public:
+    // Takes a byte and its position; true when the object has ended.
+    bool add(char byte, std::uint64_t position) {
+        constexpr std::string_view keyword = "endobj";
+        if (byte == keyword[matched_] && (matched_ > 0 || may_end_)) {
+            in_gap_ = may_end_ = false;
+            return ++matched_ == keyword.size();
+        }
+        matched_ = 0;
+        const bool is_gap = byte == '>' || is_pdf_white(byte);
+        if (is_gap && !in_gap_)
+            start_ = position;
+        in_gap_ = is_gap;
+        may_end_ = is_gap && (may_end_ || byte == '>' || byte == '\r' || byte == '\n');
+        return false;
+    }
+    // Where that begins which closes the object: white space and ">" before its keyword.
+    std::uint64_t start() const { return start_; }
+
+  private:
+    std::size_t matched_ = 0;
+    bool in_gap_ = false;
+    bool may_end_ = false;
+    std::uint64_t start_ = 0;
+};
+
+// Finds where a string, an array or a dictionary is closed.
+class ValueEnd {
+  public:
+    // Takes the bytes from the opening one on, with their positions; true with the closing one.
+    bool add(char byte, std::uint64_t position) {
+        if (escaped_ || byte == '\\') {
+            escaped_ = !escaped_;
+        } else if (byte == '(') {
+            is_string_ = is_string_ || depth_ == 0;
+            ++parentheses_;
+        } else if (parentheses_ > 0) {
+            if (byte == ')' && first_closing_parenthesis_ == 0)
+                first_closing_parenthesis_ = position;
+            parentheses_ -= byte == ')' ? 1 : 0;
+        } else if (byte == '[' || byte == '<') {
+            ++depth_;
+        } else if (byte == ']' || byte == '>') {
+            --depth_;
+        }
+        return parentheses_ == 0 && depth_ == 0;
+    }
+
+    bool is_string() const { return is_string_; }
+    // Its position, 0 for none.
+    std::uint64_t first_closing_parenthesis() const { return first_closing_parenthesis_; }
+
+  private:
+    std::uint64_t depth_ = 0;
+    std::uint64_t parentheses_ = 0;
+    std::uint64_t first_closing_parenthesis_ = 0;
+    bool escaped_ = false;
+    bool is_string_ = false;
+};
+
 class DictionaryReader {
   public:
     DictionaryReader(BufferedReader& file, const Trailer& trailer, LimitedText& text)
@@ -57,7 +120,15 @@ class DictionaryReader {
     // References to references are followed so far.
     static constexpr int most_references = 8;
 
+    // How far a value goes.
+    struct Extent {
+        std::uint64_t end = 0;  // of what is inside
+        std::uint64_t next = 0; // behind it
+    };
+
+    Result<void> append_entry();
     Result<void> spend(std::uint64_t bytes);
+    Result<char> read();
     Result<char> next();
     Result<char> peek();
     Result<void> skip_blank();
@@ -65,6 +136,7 @@ class DictionaryReader {
     Result<std::string> name();
     Result<void> append_value(int references);
     Result<void> append_literal();
+    Result<Extent> find_end();
     Result<void> add_escaped(StringDecoder& string);
     Result<void> append_hex();
     Result<void> append_number(int references);
@@ -75,23 +147,28 @@ class DictionaryReader {
     const Trailer& trailer_;
     LimitedText& text_;
     std::uint64_t spent_ = 0;
+    bool unclosed_ = false; // something was
 };
 
 Result<void> DictionaryReader::spend(std::uint64_t bytes) {
     spent_ += bytes;
-    if (spent_ > most_bytes || text_.full())
+    if (spent_ > most_bytes)
         return Failure{not_in_file};
     return {};
 }
 
+Result<char> DictionaryReader::read() {
+    return static_cast<char>(VELL_TRY(file_.read_byte()));
+}
+
 Result<char> DictionaryReader::next() {
     VELL_TRY(spend(1));
-    return static_cast<char>(VELL_TRY(file_.read_byte()));
+    return read();
 }
 
 Result<char> DictionaryReader::peek() {
     const std::uint64_t position = file_.position();
-    const auto byte = static_cast<char>(VELL_TRY(file_.read_byte()));
+    const char byte = VELL_TRY(read());
     file_.seek(position);
     return byte;
 }
@@ -145,23 +222,34 @@ Result<void> DictionaryReader::append_entries() {
         VELL_TRY(skip_blank());
         const char byte = VELL_TRY(peek());
         if (byte == '/') {
-            VELL_TRY(next());
-            const std::string key = VELL_TRY(name());
-            text_.append_name("\r");
-            text_.append_name(key);
-            text_.append_name(": ");
-            const std::size_t start = text_.size();
-            const Result<void> done = append_value(most_references);
-            finish_value(key, start);
-            VELL_TRY(done);
+            VELL_TRY(append_entry());
         } else if (is_pdf_delimiter(byte)) {
             VELL_TRY(next());
             if (byte == '>')
-                return {};
+                break;
         } else if (VELL_TRY(token()) == "endobj") {
-            return {}; // the dictionary was not closed
+            break; // the dictionary was not closed
         }
     }
+    return unclosed_ ? Result<void>(Failure{not_in_file}) : Result<void>();
+}
+
+Result<void> DictionaryReader::append_entry() {
+    VELL_TRY(next());
+    const std::string key = VELL_TRY(name());
+    const std::size_t line = text_.size();
+    text_.append_name("\r");
+    text_.append_name(key);
+    text_.append_name(": ");
+    if (text_.full()) {
+        text_.replace_from(line, "");
+        return Failure{not_in_file};
+    }
+    const std::size_t start = text_.size();
+    text_.begin_value();
+    const Result<void> done = append_value(most_references);
+    finish_value(key, start);
+    return done;
 }
 
 Result<void> DictionaryReader::append_value(int references) {
@@ -169,7 +257,6 @@ Result<void> DictionaryReader::append_value(int references) {
     const char byte = VELL_TRY(peek());
     switch (byte) {
     case '(':
-        VELL_TRY(next());
         return append_literal();
     case '<':
         VELL_TRY(next());
@@ -198,8 +285,39 @@ Result<void> DictionaryReader::append_value(int references) {
     return {};
 }
 
+// How far the string, array or dictionary goes that begins at the file's position, which stays.
+// What is not closed ends with its object or with the file; but a string then ends at the first
+// parenthesis that may close it, as mostly one has been opened too many.
+Result<DictionaryReader::Extent> DictionaryReader::find_end() {
+    const std::uint64_t start = file_.position();
+    ValueEnd value;
+    ObjectEnd object;
+    Result<char> byte = '\0';
+    bool closed = false;
+    bool object_ended = false;
+    while (byte && !closed && !object_ended) {
+        const std::uint64_t position = file_.position();
+        byte = next();
+        closed = byte && value.add(*byte, position);
+        object_ended = byte && object.add(*byte, position);
+    }
+    const std::uint64_t reached = file_.position();
+    file_.seek(start);
+    if (closed)
+        return Extent{reached - 1, reached};
+    const bool too_long = !byte && byte.error() == not_in_file;
+    if (!byte && !too_long && byte.error() != ErrorCode::EndOfFile)
+        return Failure{byte.error()};
+    unclosed_ = true;
+    const std::uint64_t parenthesis = value.first_closing_parenthesis();
+    if (value.is_string() && parenthesis > 0 && !too_long)
+        return Extent{parenthesis, parenthesis + 1};
+    const std::uint64_t end = object_ended ? object.start() : reached;
+    return Extent{end, end};
+}
+
 Result<void> DictionaryReader::add_escaped(StringDecoder& string) {
-    const char byte = VELL_TRY(next());
+    const char byte = VELL_TRY(read());
     constexpr std::string_view letters = "nrtbf";
     if (const std::size_t at = letters.find(byte); at != std::string_view::npos) {
         string.add("\n\r\t\b\f"[at]);
@@ -210,34 +328,32 @@ Result<void> DictionaryReader::add_escaped(StringDecoder& string) {
             if (digit < '0' || digit > '7')
                 break;
             value = value * 8 + static_cast<unsigned>(digit - '0');
-            VELL_TRY(next());
+            VELL_TRY(read());
         }
         string.add(static_cast<char>(value & 0xFF));
     } else if (byte == '\r') { // the string goes on in the next line
         if (VELL_TRY(peek()) == '\n')
-            VELL_TRY(next());
+            VELL_TRY(read());
     } else if (byte != '\n') {
         string.add(byte);
     }
     return {};
 }
 
-// A string behind its parenthesis.
+// A string with its parentheses.
 Result<void> DictionaryReader::append_literal() {
+    const Extent extent = VELL_TRY(find_end());
     StringDecoder string(text_);
-    for (std::uint64_t depth = 1;;) {
-        const char byte = VELL_TRY(next());
-        if (byte == '\\') {
+    VELL_TRY(read());
+    while (file_.position() < extent.end) {
+        const char byte = VELL_TRY(read());
+        if (byte == '\\')
             VELL_TRY(add_escaped(string));
-            continue;
-        }
-        if (byte == '(')
-            ++depth;
-        if (byte == ')' && --depth == 0)
-            break;
-        string.add(byte);
+        else
+            string.add(byte);
     }
     string.finish();
+    file_.seek(extent.next);
     return {};
 }
 
@@ -296,24 +412,12 @@ Result<void> DictionaryReader::append_number(int references) {
 
 // An array or a dictionary as it is written.
 Result<void> DictionaryReader::append_nested() {
-    std::uint64_t depth = 0;
-    std::uint64_t parentheses = 0;
-    bool escaped = false;
-    do {
-        const char byte = VELL_TRY(next());
+    const Extent extent = VELL_TRY(find_end());
+    while (file_.position() < extent.next) {
+        const char byte = VELL_TRY(read());
         text_.append_pdf_doc({&byte, 1});
-        if (escaped || byte == '\\') {
-            escaped = !escaped;
-        } else if (byte == '(') {
-            ++parentheses;
-        } else if (parentheses > 0) {
-            parentheses -= byte == ')' ? 1 : 0;
-        } else if (byte == '[' || byte == '<') {
-            ++depth;
-        } else if ((byte == ']' || byte == '>') && --depth == 0) {
-            return {};
-        }
-    } while (true);
+    }
+    return {};
 }
 
 void DictionaryReader::finish_value(std::string_view key, std::size_t start) {
@@ -330,12 +434,17 @@ void DictionaryReader::finish_value(std::string_view key, std::size_t start) {
     constexpr std::string_view at_end("\r\n \0", 4);
     const std::size_t length = value.find_last_not_of(at_end) + 1;
     text_.keep_from(start, std::min(value.find_first_not_of(at_start), length), length);
+    if (text_.full())
+        text_.append("\u2026"); // nobody is to take the value for the whole
+    text_.end_value();
 }
 
 } // namespace
 
 Result<void> append_dictionary(BufferedReader& file, const Trailer& trailer, LimitedText& text) {
-    return DictionaryReader(file, trailer, text).append_entries();
+    const Result<void> done = DictionaryReader(file, trailer, text).append_entries();
+    const bool file_ended = !done && done.error() == ErrorCode::EndOfFile;
+    return file_ended ? Result<void>(Failure{not_in_file}) : done;
 }
 
 } // namespace vell::documents

@@ -7,8 +7,9 @@
 namespace vell::documents {
 
 // Appends a line "Key: value" for each entry of the dictionary at the file's position, each
-// beginning with a carriage return. not_in_file when it is too long to be told in full, and
-// EndOfFile when the file ends in it; what was read stays.
+// beginning with a carriage return. A value that is too long is cut and ends with an ellipsis.
+// not_in_file when the dictionary is too long to be told in full, or when something in it is not
+// closed before its object or the file ends; what was read stays.
 Result<void> append_dictionary(files::BufferedReader& file, const Trailer& trailer,
                                LimitedText& text);
 

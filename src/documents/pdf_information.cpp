@@ -113,8 +113,9 @@ class InformationSearch {
     }
 
     bool encrypted() const { return encrypted_; }
-    // Whether what was appended is a dictionary.
+    // Whether what was appended is a dictionary, and whether that was more than could be told.
     bool has_read() const { return has_read_; }
+    bool has_left_out() const { return has_left_out_; }
 
   private:
     static bool may_be_in_older(ErrorCode error) {
@@ -134,7 +135,8 @@ class InformationSearch {
         has_read_ = !encrypted_ || is_readable(text_.from(start));
         if (!has_read_)
             text_.replace_from(start, "");
-        return done;
+        has_left_out_ = !done && done.error() == not_in_file;
+        return has_left_out_ ? Result<void>() : done;
     }
 
     BufferedReader& file_;
@@ -142,6 +144,7 @@ class InformationSearch {
     bool encrypted_ = false;
     bool found_dictionary_ = false;
     bool has_read_ = false;
+    bool has_left_out_ = false;
 };
 
 Result<void> append_description(BufferedReader& file, LimitedText& text) {
@@ -172,6 +175,8 @@ Result<void> append_description(BufferedReader& file, LimitedText& text) {
         pages = VELL_TRY(largest_count(file));
     if (pages > 0)
         text.append("\rNumber of pages: " + to_text(std::uint64_t{pages}));
+    if (search.has_left_out()) // which does not keep the pages from being counted
+        return Failure{not_in_file};
     return {};
 }
 

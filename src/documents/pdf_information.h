@@ -15,8 +15,8 @@ namespace vell::documents {
 
 // Appends the description in UTF-8, each line beginning with a carriage return. What keeps the
 // structure from being read ends the text with a line "ParseError: " and is no failure. BadArgument
-// for what is no PDF file or has another object where one should be, EndOfFile for an empty file
-// or one that ends within its dictionary; what was read until then stays.
+// for what is no PDF file or has another object where one should be, EndOfFile for an empty file;
+// what was read until then stays.
 Result<void> describe_pdf(files::BufferedReader& file, std::string& text);
 
 } // namespace vell::documents

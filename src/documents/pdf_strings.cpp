@@ -30,10 +30,20 @@ char32_t pdf_doc_character(unsigned char byte) {
     return byte == 0xA0 ? char32_t{euro_sign} : byte;
 }
 
-LimitedText::LimitedText(std::string& text) : text_(text), limit_(text.size() + most_bytes) {
+LimitedText::LimitedText(std::string& text)
+    : text_(text), most_(text.size() + most_bytes), limit_(most_) {
     // At once, so that it never stands in memory twice while it grows.
     constexpr std::size_t own_words = 1000;
-    text_.reserve(limit_ + own_words);
+    text_.reserve(most_ + own_words);
+}
+
+void LimitedText::begin_value() {
+    limit_ = std::min(most_, std::max(most_ - kept_back, text_.size() + most_of_later));
+}
+
+void LimitedText::end_value() {
+    limit_ = most_;
+    full_ = false;
 }
 
 void LimitedText::append_character(char32_t character) {

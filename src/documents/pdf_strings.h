@@ -13,22 +13,31 @@ namespace vell::documents {
 // undefined is the character of its own number.
 char32_t pdf_doc_character(unsigned char byte);
 
-// Text in UTF-8 that takes so much from its file and no more.
+// Text in UTF-8 that takes so much from its file and no more. A long value is cut so that there is
+// room for those behind it.
 class LimitedText {
   public:
     static constexpr std::size_t most_bytes = 32'768;
+    // What one value leaves to the others, and what each of those may have of it.
+    static constexpr std::size_t kept_back = 4'096;
+    static constexpr std::size_t most_of_later = 512;
 
     // Appends to `text`, whose bytes so far do not count.
     explicit LimitedText(std::string& text);
 
     // Our own words, which are few.
-    void append(std::string_view ascii) { text_ += ascii; }
+    void append(std::string_view words) { text_ += words; }
     // From the file; once there is no room for a whole character, nothing more is taken.
     void append_character(char32_t character);
     void append_pdf_doc(std::string_view bytes);
     // UTF-8 where it is well-formed, else PDFDocEncoding: what names are written in.
     void append_name(std::string_view bytes);
 
+    // Between the two, the text is that of one value.
+    void begin_value();
+    void end_value();
+
+    // Whether the value, or all of the text, is not whole.
     bool full() const { return full_; }
     std::size_t size() const { return text_.size(); }
     // The text from a place on, to be rewritten to something that is no longer, or to be kept
@@ -39,7 +48,8 @@ class LimitedText {
 
   private:
     std::string& text_;
-    std::size_t limit_;
+    const std::size_t most_;
+    std::size_t limit_; // at the moment
     bool full_ = false;
 };
 

@@ -95,7 +95,7 @@ def archives_of_others(folder, work):
         "7z Deflate64": ["7z", "a", "-tzip", "-mm=Deflate64", "-mcu=on", "{}", "."],
         "7z store": ["7z", "a", "-tzip", "-mm=Copy", "-mcu=on", "{}", "."],
         "bsdtar": ["bsdtar", "-cf", "{}", "--format", "zip",
-                   "--options", "zip:compression=deflate", *sorted(os.listdir(folder))],
+                   "--options", "zip:compression=deflate", "."],  # names begin with "./"
     }
     made = {}
     for name, command in commands.items():

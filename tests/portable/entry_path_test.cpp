@@ -13,8 +13,15 @@ std::u16string latin(std::string_view bytes, params::TextEncoding) {
     return text;
 }
 
+EntryInfo entry_of(std::string_view name) {
+    EntryInfo entry;
+    entry.name = name;
+    entry.is_folder = name.ends_with('/');
+    return entry;
+}
+
 std::u16string path_of(std::string_view name) {
-    const auto path = entry_path(name, latin(name, {}));
+    const auto path = entry_path(entry_of(name), latin(name, {}));
     if (path)
         return *path;
     EXPECT_EQ(path.error(), ErrorCode::BadName);
@@ -42,6 +49,9 @@ TEST(EntryPath, StaysInTheTargetFolder) {
         {".git/...x", u".git\\...x"},
         {"COM10/console.txt", u"COM10\\console.txt"},
         {"CON:", u"CON_"},
+        {"a/./", u"a"},
+        {"./", u""}, // the target folder itself
+        {"/.//", u""},
     };
     for (const auto& [name, path] : names)
         EXPECT_EQ(path_of(name), path) << name;
@@ -50,7 +60,7 @@ TEST(EntryPath, StaysInTheTargetFolder) {
 TEST(EntryPath, RefusesWhatNamesSomethingElse) {
     using namespace std::string_view_literals;
     constexpr std::string_view names[] = {
-        ""sv,          "/"sv,       "."sv,         "./"sv,     "a/."sv,      ".."sv,
+        ""sv,          "\\"sv,      "."sv,         ".\\"sv,    "a/."sv,      "../"sv,
         "../a"sv,      "a/../b"sv,  "a\\..\\b"sv,  "a/.."sv,   "..\\"sv,     "/..\\a"sv,
         "..."sv,       "a/.../b"sv, ". ./a"sv,     "a/ ./b"sv, "CON"sv,      "con.txt"sv,
         "a/NUL"sv,     "aux/b"sv,   "PRN .x"sv,    "COM1"sv,   "lpt9.a.b"sv, "COM\xB9"sv,
@@ -59,8 +69,8 @@ TEST(EntryPath, RefusesWhatNamesSomethingElse) {
     for (const std::string_view name : names)
         EXPECT_EQ(path_of(name), u"<bad>") << name;
     // A parent folder that only the bytes, or only the decoded name, show.
-    EXPECT_FALSE(entry_path("a/../b", u"harmless"));
-    EXPECT_FALSE(entry_path("harmless", u"a/../b"));
+    EXPECT_FALSE(entry_path(entry_of("a/../b"), u"harmless"));
+    EXPECT_FALSE(entry_path(entry_of("harmless"), u"a/../b"));
 }
 
 TEST(EntryPath, DecodesNamesWithoutLosingAny) {

@@ -19,7 +19,14 @@ inline constexpr params::CalendarTime noon{2024, 2, 29, 12, 34, 56};
 class FilesAndFolders : public WritableFiles {
   public:
     std::set<std::u16string> folders;
+    std::set<std::u16string> watched; // files that others open as soon as they are there
 
+    Result<std::unique_ptr<files::File>> open(const files::NativePath& path,
+                                              files::Permission permission) override {
+        if (watched.contains(path.wide))
+            return Failure{ErrorCode::Busy};
+        return WritableFiles::open(path, permission);
+    }
     files::ItemKind kind_of(const files::NativePath& path) override {
         std::u16string name = path.wide;
         if (name.ends_with(u'\\'))
@@ -45,7 +52,13 @@ class FakeArchives : public archive::ArchiveSystem, public files::FolderSource {
     Result<std::unique_ptr<files::File>> open_new(const files::NativePath& path) override {
         if (store.kind_of(path) != files::ItemKind::None)
             return Failure{ErrorCode::AlreadyExists};
-        return open_emptied(path);
+        if (!store.folders.contains(parent(path.wide)))
+            return Failure{ErrorCode::FolderNotFound};
+        VELL_TRY(store.create_new(path));
+        auto file = store.WritableFiles::open(path, files::Permission::Write);
+        if (!file) // all in one step: nothing is there then
+            static_cast<void>(store.remove(path));
+        return file;
     }
     Result<std::unique_ptr<files::File>> open_emptied(const files::NativePath& path) override {
         if (store.kind_of(path) == files::ItemKind::Folder)

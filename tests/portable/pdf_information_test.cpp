@@ -122,6 +122,15 @@ TEST(PdfInformation, ReadsValuesOfAllKinds) {
     };
     for (const auto& [entries, expected] : cases)
         EXPECT_EQ(information(entries), expected) << entries;
+    // What is not closed ends before the next object.
+    const std::pair<std::string, std::string> unclosed[] = {
+        {"/A(:( x)/B(y)", "|A: :( x|B: y"},
+        {"/A(x\\)/B 1", "|A: x)/B 1"},
+        {"/B(y)/A(x", "|B: y|A: x"},
+        {"/A[(x/B(y)]", "|A: [(x/B(y)]"},
+    };
+    for (const auto& [entries, expected] : unclosed)
+        EXPECT_EQ(information(entries), expected + further) << entries;
     // Not closed, or no dictionary at all.
     EXPECT_EQ(information("/A(x) endobj /B(y)"), "|A: x");
     EXPECT_EQ(information("/A endobj /B(y)"), "|A: ");
@@ -281,10 +290,20 @@ TEST(PdfInformation, ReadsLargeFilesOnceInSmallPieces) {
         EXPECT_LE(file.bytes_read(), size + constant) << pattern;
         EXPECT_LE(file.longest_read(), 8192u);
     }
-    EXPECT_TRUE(
-        description_of(
-            Pdf().object(1, "<</A(" + std::string(40'000, 'x') + ")>>").finish("/Info 1 0 R").bytes)
-            .ends_with("xx" + std::string(further)));
+    // A long value is cut, and others follow; so does the number of pages, whatever is left out.
+    const auto with_entries = [](const std::string& entries) {
+        return description_of(Pdf()
+                                  .object(1, "<<" + entries + ">>")
+                                  .object(2, "/Count 3")
+                                  .finish("/Info 1 0 R")
+                                  .bytes);
+    };
+    const std::string value = '(' + std::string(40'000, 'x') + ')';
+    EXPECT_TRUE(with_entries("/A" + value + "/B" + value + "/C(c)")
+                    .ends_with("xx\u2026|C: c|Number of pages: 3"));
+    EXPECT_TRUE(with_entries("/A" + value + "/B(b)/C(" + value + value + value + value + value +
+                             value + value)
+                    .ends_with("xx\u2026|Number of pages: 3" + std::string(further)));
 }
 
 // A call gives the description behind what else it asks for.

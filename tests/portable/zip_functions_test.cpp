@@ -162,6 +162,12 @@ TEST_F(Zip, ReportsWhatKeepsAnArchiveFromBeingMade) {
     }
 }
 
+TEST_F(Zip, WritesAnArchiveThatOthersLookAtWhileItIsMade) {
+    system.store.watched = {u"C:\\a.zip"};
+    EXPECT_EQ(create({u"", u"C:\\in", u"C:\\a.zip"}), u"0");
+    EXPECT_FALSE(system.store.at(u"C:\\a.zip").empty());
+}
+
 TEST_F(Zip, LeavesNoArchiveBehindWhenItFails) {
     const auto before = system.store.contents();
     for (int failing = 1;; ++failing) {
@@ -198,6 +204,14 @@ TEST_F(Zip, ChoosesTheFolderByWhatIsAtTheTop) {
     EXPECT_EQ(expand_entries({"s", "q"}, u"-DontCreateArchiveFolder"), u"0");
     EXPECT_EQ(expand_entries({"q", "t"}, u"-DontCreateArchiveFolder"), u"$$-48");
     EXPECT_EQ(system.store.at(u"C:\\out\\t"), "<none>");
+
+    // The folder itself is no item of it; what stands behind "./" is.
+    EXPECT_EQ(expand_entries({"./", "./u", "./B/", "./B/v"}), u"0");
+    EXPECT_EQ(system.store.at(u"C:\\out\\B\\v"), "./B/v");
+    EXPECT_EQ(expand_entries({"./", "./w", "./B/", "./B/v"}), u"$$-48");
+    EXPECT_EQ(expand_entries({"./", "./u", "./C/"}), u"$$-48");
+    EXPECT_EQ(expand_entries({"./", "/u", "./B/"}, u"-OverwriteExisting"), u"0");
+    EXPECT_EQ(system.store.at(u"C:\\out\\u"), "/u");
 
     system.store.folders.erase(u"C:\\out\\x");
     system.store.add(u"C:\\out\\x", "a file");
