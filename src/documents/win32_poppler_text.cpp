@@ -71,10 +71,13 @@ class Workload {
         --characters_left_;
     }
     void give_up() { steps_left_ = -1; }
-    bool is_exhausted() const { return steps_left_ < 0 || characters_left_ < 0; }
+    bool is_exhausted() const {
+        return steps_left_ < 0 || characters_left_ < 0 || FilterStream::isOutputExhausted();
+    }
+
+    static constexpr std::int64_t largest_file = std::int64_t{1} << 40;
 
   private:
-    static constexpr std::int64_t largest_file = std::int64_t{1} << 40;
     std::int64_t steps_left_;
     std::int64_t characters_left_ = 0;
 };
@@ -154,6 +157,14 @@ bool is_to_end(void* workload) {
     return load.is_exhausted();
 }
 
+// For the document that this thread reads: enough to expand every byte of the file as far as it
+// goes.
+void limit_expansion(std::int64_t file_size) {
+    constexpr std::int64_t least = std::int64_t{128} << 20;
+    constexpr std::int64_t largest_ratio = 1032; // of deflate
+    FilterStream::limitOutput(least + largest_ratio * std::min(file_size, Workload::largest_file));
+}
+
 ErrorCode code_of(int poppler_error) {
     switch (poppler_error) {
     case errOpenFile:
@@ -222,6 +233,7 @@ Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSi
         make_shared_poppler(notes);
         const NoteScope scope(notes);
         const std::int64_t size = file->size();
+        limit_expansion(size);
         std::string bytes;
         PDFDoc document(make_stream(*file, size, bytes));
         if (!document.isOk())

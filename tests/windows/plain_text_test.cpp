@@ -6,6 +6,8 @@
 #include "src/host/large_stack.h"
 #include "tests/windows/plugin_fixture.h"
 
+#include <zlib.h>
+
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -71,6 +73,29 @@ std::string japanese(const std::string& encoding, const std::string& codes) {
                 japanese_font("/" + encoding));
 }
 constexpr std::u16string_view nihongo = u"\u65E5\u672C\u8A9E";
+
+// A page with a field of several lines whose look has to be made.
+std::string field(const std::string& value) {
+    return pdf({"<< /Type /Catalog /Pages 2 0 R /AcroForm << /NeedAppearances true /Fields [4 0 R] "
+                "/DR << /Font << /F 5 0 R >> >> >> >>",
+                "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+                "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 99 99] /Annots [4 0 R] >>",
+                "<< /Type /Annot /Subtype /Widget /FT /Tx /Ff 4096 /T (a) /Rect [0 0 90 90] /F 4 "
+                "/DA (/F 9 Tf) /V " +
+                    value + " >>",
+                "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>"});
+}
+
+std::string compressed(const std::string& bytes) {
+    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+    std::string result(size, '\0');
+    EXPECT_EQ(compress(reinterpret_cast<Bytef*>(result.data()), &size,
+                       reinterpret_cast<const Bytef*>(bytes.data()),
+                       static_cast<uLong>(bytes.size())),
+              Z_OK);
+    result.resize(size);
+    return result;
+}
 
 class PlainText : public Plugin {
   protected:
@@ -196,6 +221,13 @@ TEST_F(PlainText, EndsForHostileDocuments) {
               tint)},
         {"functions", page("/C cs " + some_text, functions, tint)},
         {"form fields", page(some_text, fields, "", "/AcroForm << /Fields [5 0 R] >>")},
+        {"half a character", field("<FEFF0042 62>"), u""},
+        {"a line that is no more than a mark", field("<FEFF0041000AFEFF>"), u"A\r\r"},
+        {"blanks without end",
+         pdf({catalogue, "<< /Kids [3 0 R] /Count 1 >>", "<< /Type /Page /Contents 4 0 R >>",
+              "[" + repeated("5 0 R ", 200) + "]",
+              stream(compressed(std::string(1 << 20, ' ')), " /Filter /FlateDecode")}),
+         u"$$99"},
     };
     for (const auto& [what, bytes, expected] : cases)
         EXPECT_EQ(text(bytes), expected) << what;

@@ -100,6 +100,20 @@ TEST_F(Archives, ReadNamesInTheirCodePage) {
     EXPECT_EQ(names(u"-Encoding=UTF8", "\xF0\x9F\x98\x80"), u"\xD83D\xDE00\r");
 }
 
+TEST_F(Archives, ReplaceFilesThatOthersHaveOpenButNotThemselves) {
+    archive({"a", "made.zip"});
+    const std::string before = read_file(folder.path(L"made.zip"));
+    folder.file(L"a", "old");
+    const UniqueFile others(CreateFileW(folder.path(L"a").c_str(), GENERIC_READ,
+                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                        0, nullptr));
+    EXPECT_EQ(call(u"VlFile_UnZip",
+                   {u"-OverwriteExisting -DontCreateArchiveFolder", Value(path(L"made.zip"))}),
+              u"$$-4281");
+    EXPECT_EQ(read_file(folder.path(L"a")), "");
+    EXPECT_EQ(read_file(folder.path(L"made.zip")), before);
+}
+
 TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
     archive({"A.txt", "a.TXT", "a.txt."});
     EXPECT_EQ(expand(u"", L"made.zip"), u"0"); // the later ones take the place of the first
