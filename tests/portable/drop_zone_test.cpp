@@ -26,15 +26,12 @@ TEST(DropZone, BoundsAreFourNumbers) {
 }
 
 TEST(DropZone, ScaleIsAQuarterStepDownwards) {
-    struct Case {
-        std::int32_t outer;
-        std::int32_t content;
-        std::int32_t quarters;
-    };
-    for (const Case& c : {Case{1249, 1000, 4}, Case{1250, 1000, 5}, Case{1499, 1000, 5},
-                          Case{1500, 1000, 6}, Case{2499, 1000, 9}, Case{9000, 1000, 10},
-                          Case{500, 1000, 4}, Case{800, 0, 4}, Case{2'147'483'647, 1, 10}})
-        EXPECT_EQ(scale_in_quarters(c.outer, c.content), c.quarters) << c.outer;
+    const struct {
+        std::int32_t outer, content, quarters;
+    } cases[] = {{1249, 1000, 4}, {1250, 1000, 5}, {2499, 1000, 9},       {2750, 1000, 10},
+                 {500, 1000, 4},  {800, 0, 4},     {2'147'483'647, 1, 10}};
+    for (const auto& [outer, content, quarters] : cases)
+        EXPECT_EQ(scale_in_quarters(outer, content), quarters) << outer;
     EXPECT_EQ(scaled({11, 30, 2'000'000'000, 90}, 6), (Rectangle{16, 45, 2'147'483'647, 135}));
 }
 

@@ -3,6 +3,7 @@
 
 #include "src/archive/archive_system.h"
 #include "src/archive/zip_writer.h"
+#include "tests/portable/fake_folders.h"
 #include "tests/portable/writable_files.h"
 
 #include <map>
@@ -35,15 +36,21 @@ class FilesAndFolders : public WritableFiles {
     }
 };
 
-class FakeArchives : public archive::ArchiveSystem, public files::FolderSource {
+class FakeArchives : public archive::ArchiveSystem {
   public:
+    FakeArchives() {
+        listing_.generate = [this](const std::u16string& path) {
+            return items_of(path);
+        };
+    }
+
     FilesAndFolders store;
     std::set<std::u16string> links; // items among the files and folders
     std::map<std::u16string, params::CalendarTime> times;
     ErrorCode folder_failure = ErrorCode::Ok; // of create_folder
 
     FilesAndFolders& files() override { return store; }
-    files::FolderSource& folders() override { return *this; }
+    files::FolderSource& folders() override { return listing_; }
     Result<files::NativePath> full_path(const files::NativePath& path) override { return path; }
 
     Result<std::unique_ptr<files::File>> open_shared(const files::NativePath& path) override {
@@ -92,50 +99,28 @@ class FakeArchives : public archive::ArchiveSystem, public files::FolderSource {
         return {};
     }
 
-    Result<std::unique_ptr<files::FolderReader>, files::SystemError>
-    open_folder(const std::u16string& path) override {
-        std::vector<files::FolderEntry> entries(2);
-        entries[0].name = u".";
-        entries[1].name = u"..";
-        entries[0].is_folder = entries[1].is_folder = true;
+  private:
+    Entries items_of(const std::u16string& path) const {
+        Entries entries{folder(u"."), folder(u"..")};
         const auto add = [&](const std::u16string& item, bool is_folder) {
             if (parent(item) + u"\\" != path)
                 return;
-            files::FolderEntry& entry = entries.emplace_back();
-            entry.name = item.substr(path.size());
+            FolderEntry& entry = entries.emplace_back(file(item.substr(path.size())));
             entry.is_folder = is_folder;
             entry.is_hidden = entry.name.starts_with(u"hidden");
             entry.is_link = links.contains(item);
         };
-        for (const std::u16string& folder : store.folders)
-            add(folder, true);
-        for (const auto& file : store.contents())
-            add(file.first, false);
-        return std::unique_ptr<files::FolderReader>(
-            std::make_unique<EntryReader>(std::move(entries)));
+        for (const std::u16string& item : store.folders)
+            add(item, true);
+        for (const auto& item : store.contents())
+            add(item.first, false);
+        return entries;
     }
-
-  private:
-    class EntryReader : public files::FolderReader {
-      public:
-        explicit EntryReader(std::vector<files::FolderEntry> entries)
-            : entries_(std::move(entries)) {}
-        Result<std::size_t, files::SystemError>
-        read(std::span<files::FolderEntry> entries) override {
-            std::size_t count = 0;
-            while (count < entries.size() && next_ < entries_.size())
-                entries[count++] = entries_[next_++];
-            return count;
-        }
-
-      private:
-        std::vector<files::FolderEntry> entries_;
-        std::size_t next_ = 0;
-    };
-
     static std::u16string parent(const std::u16string& path) {
         return path.substr(0, std::min(path.rfind(u'\\'), path.size()));
     }
+
+    FakeFolders listing_;
 };
 
 inline archive::NativePath native(std::u16string_view path) {

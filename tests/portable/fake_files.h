@@ -1,7 +1,7 @@
 // Files to read that exist only in a test: of any length, slow or failing as it wants them.
 #pragma once
 
-#include "src/files/file_access.h"
+#include "tests/portable/failing_file_system.h"
 
 #include <algorithm>
 #include <functional>
@@ -9,10 +9,19 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
 namespace vell::testing {
+
+// Whose place can be told from a few of them.
+inline std::string numbered_bytes(std::size_t count) {
+    std::string bytes;
+    for (std::size_t i = 0; i < count; ++i)
+        bytes += static_cast<char>('a' + i * i % 23);
+    return bytes;
+}
 
 struct FakeContents {
     static FakeContents of(std::string bytes) {
@@ -35,20 +44,13 @@ struct FakeContents {
     std::size_t longest_read = std::numeric_limits<std::size_t>::max();
 };
 
-class FakeFiles : public files::FileSystem {
+class FakeFiles : public FailingFileSystem {
   public:
     void add(std::u16string path, FakeContents contents) {
         contents_.insert_or_assign(std::move(path), std::move(contents));
     }
-    // Lets one operation fail; they are counted from 1, opening included.
-    void fail(int operation, ErrorCode code) {
-        failing_operation_ = operation;
-        failure_ = code;
-        operations_ = 0;
-    }
-
+    void add_folder(std::u16string path) { folders_.insert(std::move(path)); }
     int open_files() const { return open_files_; }
-    int operations() const { return operations_; }
     std::size_t longest_request() const { return longest_request_; }
     std::uint64_t end_of_reading() const { return end_of_reading_; }
 
@@ -64,7 +66,9 @@ class FakeFiles : public files::FileSystem {
     }
     Result<void> create_new(const files::NativePath&) override { return Failure{ErrorCode::Busy}; }
     files::ItemKind kind_of(const files::NativePath& path) override {
-        return contents_.contains(path.wide) ? files::ItemKind::File : files::ItemKind::None;
+        return contents_.contains(path.wide)  ? files::ItemKind::File
+               : folders_.contains(path.wide) ? files::ItemKind::Folder
+                                              : files::ItemKind::None;
     }
     bool is_same_file(const files::NativePath& a, const files::NativePath& b) override {
         return a.wide == b.wide;
@@ -121,16 +125,8 @@ class FakeFiles : public files::FileSystem {
         std::uint64_t position_ = 0;
     };
 
-    Result<void> count_operation() {
-        if (++operations_ == failing_operation_)
-            return Failure{failure_};
-        return {};
-    }
-
     std::map<std::u16string, FakeContents> contents_;
-    int failing_operation_ = 0;
-    ErrorCode failure_ = ErrorCode::Ok;
-    int operations_ = 0;
+    std::set<std::u16string> folders_;
     int open_files_ = 0;
     std::size_t longest_request_ = 0;
     std::uint64_t end_of_reading_ = 0;

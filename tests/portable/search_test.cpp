@@ -45,16 +45,6 @@ TEST(NamePattern, NeedsNoTimeBeyondTheProductOfTheLengths) {
     EXPECT_FALSE(NamePattern(text + u"b", NameExtent::Whole).matches(name));
 }
 
-class Items : public testing::FakeFiles {
-  public:
-    ItemKind kind_of(const NativePath& path) override {
-        if (path.wide == u"C:\\file")
-            return ItemKind::File;
-        const bool is_folder = path.wide == u"C:\\" || path.wide == u"C:\\top\\";
-        return is_folder ? ItemKind::Folder : ItemKind::None;
-    }
-};
-
 class System : public SearchSystem {
   public:
     std::uint64_t clock = 0;
@@ -74,6 +64,9 @@ class System : public SearchSystem {
 class Search : public ::testing::Test {
   protected:
     Search() {
+        items.add(u"C:\\file", {});
+        items.add_folder(u"C:\\");
+        items.add_folder(u"C:\\top\\");
         folders.add(u"C:\\", {folder(u"top")});
         folders.add(u"C:\\top\\",
                     {folder(u"."), folder(u".."), file(u"Invoice 1.pdf"), folder(u"invoices"),
@@ -99,7 +92,7 @@ class Search : public ::testing::Test {
         return text;
     }
 
-    Items items;
+    testing::FakeFiles items;
     testing::FakeFolders folders;
     System system;
     std::vector<std::string> notes;
@@ -119,7 +112,7 @@ TEST_F(Search, FindsNamesAtEveryDepth) {
         u"C:\\top\\invoices\\b;C:\\top\\.git\\b;C:\\top\\b.lnk;|"
         u"-folders showpointdirs|C:\\top|*.|||C:\\top|nothing||"
         u"showinvisibles|C:\\top|dark|C:\\top\\dark;C:\\top\\dark\\dark invoice|"
-        u"|C|TOP|C:\\top||C:|top|C:\\top||/C:|top|C:\\top||filewin:/C:/|top|C:\\top|"
+        u"|C|TOP|C:\\top||/C:|top|C:\\top|"
         // Each look at the clock is 0.4 seconds later: one for each batch and each folder's end.
         u"-TimeoutSecs=3|C:\\top|none||-TimeoutSecs=2|C:\\top|none|-4230|"
         u"-TimeoutSecs|C:\\top|b|-4239|-TimeoutSecs=86401|C:\\top|b|-4239|"

@@ -2,15 +2,11 @@
 
 #include "tests/portable/fake_call.h"
 #include "tests/portable/image_builder.h"
+#include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
 #include "tests/portable/writable_files.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace vell::metadata {
 namespace {
@@ -44,7 +40,7 @@ std::string written(const std::string& file, std::string_view switches, std::str
 
 // What stands between JFIF and the frame.
 std::string added(std::string_view switches, std::string_view text, const std::string& old = "") {
-    const std::string start = soi + segment(SegmentMarker::App0, "JFIF");
+    const std::string start = plain.substr(0, plain.size() - frame.size());
     const std::string file = written(start + old + frame, switches, text);
     if (!file.starts_with(start) || !file.ends_with(frame))
         return file;
@@ -56,31 +52,16 @@ std::string photoshop(const std::string& resources) {
 }
 
 TEST(SetMetadata, TakesOneTargetAndAnyComment) {
-    const struct {
-        const char* switches;
-        std::int32_t code;
-    } cases[] = {
-        {"", -50},
-        {"-SetIPTC -SetExif", -50},
-        {"-SetIPTC -SetExif -SetJPEGComment", 0},
-        {"SetExif", -50},
-        {"-UTF8Charset", -50},
-        {"-setimageurl", 0},
-        {"-SetXMP", 0},
-        {"JPEGComment", 0},
-        {"-SetJPEGComment -SetExif", 0}, // the comment it is: the text is no tagged one
-        {"-SetExif", -50},
-        {"-SetIPTC", -50},
-        {"-SetTitle", -4243},
-        {"-SetGPS -SetExif", -4243},
-        {"-SetWithXML JPEGComment", -4243},
-        {"-SetDescription", -4243},
-        {"-SetCreationDate", -4243},
-    };
-    for (const auto& c : cases) {
-        const std::string file = written(plain, c.switches, "text");
-        EXPECT_EQ(file.starts_with('!') ? file : "!0", "!" + std::to_string(c.code)) << c.switches;
-    }
+    // The text is no tagged one, which comments are not asked to be.
+    for (const char* taken : {"-SetIPTC -SetExif -SetJPEGComment", "-setimageurl", "-SetXMP",
+                              "JPEGComment", "-SetJPEGComment -SetExif"})
+        EXPECT_TRUE(written(plain, taken, "text").starts_with(soi)) << taken;
+    for (const char* refused :
+         {"", "-SetIPTC -SetExif", "SetExif", "-UTF8Charset", "-SetExif", "-SetIPTC"})
+        EXPECT_EQ(written(plain, refused, "text"), "!-50") << refused;
+    for (const char* unknown : {"-SetTitle", "-SetGPS -SetExif", "-SetWithXML JPEGComment",
+                                "-SetDescription", "-SetCreationDate"})
+        EXPECT_EQ(written(plain, unknown, "text"), "!-4243") << unknown;
 }
 
 TEST(SetMetadata, WritesComments) {
@@ -89,8 +70,6 @@ TEST(SetMetadata, WritesComments) {
     };
     const std::string old = com("one") + com("two");
     EXPECT_EQ(added("JPEGComment", "caf\xC3\xA9", old), com("caf\xE9"));
-    EXPECT_EQ(added("JPEGComment -UTF8Charset", "caf\xC3\xA9"), com("caf\xC3\xA9"));
-    EXPECT_EQ(added("JPEGComment", "\xE6\x97\xA5"), com("\xE6\x97\xA5"));
     EXPECT_EQ(added("JPEGComment", "", old), "");
     EXPECT_EQ(added("JPEGComment", "\r##JCOM\rone\r##END \r##JCOM\rtwo\r##END "), com("two"));
     // A character that would be cut is left out.
@@ -119,10 +98,6 @@ TEST(SetMetadata, WritesIptcBesideTheOtherResources) {
               photoshop(iptc(dataset(2, 0, std::string("\0\2", 2)))));
 
     const std::string name = "##IPTC 5\n\xC3\xA9\n##END 5";
-    EXPECT_EQ(added("-SetIPTC -WinCharset", name),
-              photoshop(iptc(version + dataset(2, 5, "\xE9"))));
-    EXPECT_EQ(added("-SetIPTC -UTF8Charset", name),
-              photoshop(iptc(utf8 + version + dataset(2, 5, "\xC3\xA9"))));
     EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n\xE6\x97\xA5\n##END 5"),
               photoshop(iptc(utf8 + version + dataset(2, 5, "\xE6\x97\xA5"))));
 
@@ -216,8 +191,8 @@ TEST(SetMetadata, StepsNameTheTargetAndTheEncoding) {
         return done ? files.at(source) : "!" + std::to_string(number(done.error()));
     };
     const auto comment = [](const std::string& text) {
-        return soi + segment(SegmentMarker::App0, "JFIF") + segment(SegmentMarker::Com, text) +
-               frame;
+        return std::string(plain).insert(plain.size() - frame.size(),
+                                         segment(SegmentMarker::Com, text));
     };
     EXPECT_EQ(result(4, 0), comment("caf\xE9"));
     EXPECT_EQ(result(4, 1), comment("caf\xC3\xA9"));
@@ -265,39 +240,36 @@ TEST(SetMetadata, NoFailureLosesTheFile) {
 // The metadata of real files, read and written back: they read the same, and nothing else has
 // changed.
 TEST(SetMetadata, WhatWasReadFromRealFilesReadsTheSameAgain) {
-    const char* const corpus = std::getenv("VELL_CORPUS");
-    if (!corpus || !std::filesystem::is_directory(corpus))
-        GTEST_SKIP() << "no corpus of real files (VELL_CORPUS)";
-    const struct {
-        const char* get;
-        const char* set;
-    } pairs[] = {{"GetExif GetGPS", "-SetExif"},
-                 {"-GetRawExif GetGPS -SourceUTF8Charset", "-SetExif -UTF8Charset"},
-                 {"GetExif GetGPS -Format=Decimal", "-SetExif -AddExifMakerNote"},
-                 {"GetExif -SourceUTF8Charset", "-SetExif -UTF8Charset"},
-                 {"GetIPTC", "-SetIPTC"},
-                 {"GetIPTC -SourceUTF8Charset", "-SetIPTC -UTF8Charset"},
-                 {"GetXMP", "-SetXMP"},
-                 {"GetXMP -SourceUTF8Charset", "-SetXMP -UTF8Charset"},
-                 {"GetImageURL", "-SetImageURL"},
-                 {"GetJPEGComment", "JPEGComment"}};
+    const auto real = real_files({"jpeg"});
+    if (real.empty())
+        GTEST_SKIP() << no_real_files;
+    constexpr std::pair<const char*, const char*> pairs[] = {
+        {"GetExif GetGPS", "-SetExif"},
+        {"-GetRawExif GetGPS -SourceUTF8Charset", "-SetExif -UTF8Charset"},
+        {"GetExif GetGPS -Format=Decimal", "-SetExif -AddExifMakerNote"},
+        {"GetExif -SourceUTF8Charset", "-SetExif -UTF8Charset"},
+        {"GetIPTC", "-SetIPTC"},
+        {"GetIPTC -SourceUTF8Charset", "-SetIPTC -UTF8Charset"},
+        {"GetXMP", "-SetXMP"},
+        {"GetXMP -SourceUTF8Charset", "-SetXMP -UTF8Charset"},
+        {"GetImageURL", "-SetImageURL"},
+        {"GetJPEGComment", "JPEGComment"}};
     int trips = 0;
-    for (const auto& entry :
-         std::filesystem::directory_iterator(std::filesystem::path(corpus) / "jpeg")) {
-        std::ifstream stream(entry.path(), std::ios::binary);
-        const std::string bytes((std::istreambuf_iterator<char>(stream)), {});
-        for (const auto& pair : pairs) {
+    for (const auto& real_path : real) {
+        const std::string bytes = bytes_of(real_path);
+        for (const auto& [getting, setting] : pairs) {
+            SCOPED_TRACE(real_path.string() + " " + getting);
             WritableFiles files;
             files.add(source, bytes);
-            const auto read = [&](const std::u16string& path) {
-                FakeCall call({utf16_from_utf8(pair.get), path});
+            const auto read = [&, get = utf16_from_utf8(getting)](const std::u16string& path) {
+                FakeCall call({get, path});
                 return get_metadata(call, files) ? utf8_from_utf16(*call.result()) : "";
             };
             const std::string text = read(source);
             if (text.empty())
                 continue;
-            ASSERT_EQ(set(files, destination, pair.set, text), 0) << entry.path() << pair.get;
-            ASSERT_EQ(read(destination), text) << entry.path() << pair.get;
+            ASSERT_EQ(set(files, destination, setting, text), 0);
+            ASSERT_EQ(read(destination), text);
             const std::string result = files.at(destination);
             const auto [differs, at] = std::ranges::mismatch(bytes, result);
             const auto same_start = static_cast<std::size_t>(differs - bytes.begin());
@@ -305,10 +277,7 @@ TEST(SetMetadata, WhatWasReadFromRealFilesReadsTheSameAgain) {
             const auto [from_end, other_end] = std::mismatch(
                 bytes.rbegin(), bytes.rend() - static_cast<std::ptrdiff_t>(same_start),
                 result.rbegin(), result.rend());
-            EXPECT_LE(bytes.size() - same_start -
-                          static_cast<std::size_t>(from_end - bytes.rbegin()),
-                      65'537U)
-                << entry.path() << pair.get;
+            EXPECT_LE(bytes.rend() - from_end, static_cast<std::ptrdiff_t>(same_start) + 65'537);
             ++trips;
         }
     }

@@ -1,8 +1,8 @@
 // Tags of blocks made here, read by both readers.
-#include "src/base/number_text.h"
 #include "src/metadata/gps_decimal.h"
 #include "src/metadata/tag_reader.h"
 #include "tests/portable/fake_files.h"
+#include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>
@@ -10,10 +10,7 @@
 namespace vell::metadata {
 namespace {
 
-using testing::build_tiff;
-using testing::TiffDirectories;
-using testing::TiffField;
-using testing::TiffFields;
+using namespace vell::testing;
 
 constexpr ExifReadOptions exif{.want_exif = true};
 constexpr ExifReadOptions everything{.want_exif = true, .want_gps = true};
@@ -21,18 +18,9 @@ constexpr ExifReadOptions raw{.want_exif = true, .want_gps = true, .raw_values =
 constexpr ExifReadOptions gps{.want_gps = true};
 constexpr ExifReadOptions decimal{.want_gps = true, .decimal_gps = true};
 
-// Pieces that are not UTF-8 stand in "[number of the encoding:" and "]"; returns are "|". The code
-// of a failure stands behind.
+// The code of a failure stands behind.
 std::string shown(const MetadataText& text, const Result<void>& done) {
-    std::string all;
-    for (const MetadataText::Piece& piece : text.pieces()) {
-        const bool is_utf8 = piece.encoding == TextEncoding::Utf8;
-        all += is_utf8 ? piece.bytes
-                       : "[" + to_text(std::int64_t{static_cast<std::int32_t>(piece.encoding)}) +
-                             ":" + piece.bytes + "]";
-    }
-    std::ranges::replace(all, '\r', '|');
-    return done ? all : all + " " + to_text(std::int64_t{number(done.error())});
+    return testing::shown(text) + (done ? "" : " " + std::to_string(number(done.error())));
 }
 
 std::string from_block(std::string_view block, const ExifReadOptions& options,
@@ -63,7 +51,7 @@ std::string from_either(std::string_view block, const ExifReadOptions& options,
 }
 
 std::string section(std::string_view word, std::uint16_t tag, std::string_view value) {
-    const std::string number = to_text(std::uint64_t{tag});
+    const std::string number = std::to_string(tag);
     return "|##" + std::string(word) + " " + number + "|" + std::string(value) + "|##END " + number;
 }
 
@@ -71,13 +59,13 @@ constexpr ByteOrder orders[] = {ByteOrder::Little, ByteOrder::Big};
 
 TEST(TagReader, WalksTheDirectoriesInOrder) {
     const TiffDirectories directories{
-        {testing::ascii(271, "Maker"),
+        {ascii(271, "Maker"),
          {272, FieldType::Ascii, {}, std::string("Camera\0rest", 11)},
          {254, FieldType::Long, {1}},
          {999, FieldType::Short, {1}}},
-        {{33437, FieldType::Rational, {28, 10}}, testing::undefined(37500, "maker note")},
-        {testing::bytes(0, std::string("\2\2\0\0", 4)), testing::ascii(271, "no GPS tag")},
-        {testing::ascii(1, "R98"), testing::undefined(2, "0100"), testing::ascii(271, "inner")}};
+        {{33437, FieldType::Rational, {28, 10}}, undefined(37500, "maker note")},
+        {bytes(0, std::string("\2\2\0\0", 4)), ascii(271, "no GPS tag")},
+        {ascii(1, "R98"), undefined(2, "0100"), ascii(271, "inner")}};
     for (const ByteOrder order : orders) {
         const std::string block = build_tiff(order, directories);
         const std::string first = section("EXIF", 271, "Maker") + section("EXIF", 272, "Camera") +
@@ -126,31 +114,26 @@ TEST(TagReader, RendersNumbers) {
     using enum FieldType;
     const std::uint32_t minus_one = 0xFFFFFFFF;
     check_values({
-        {{274, Short, {6}}, "6"},
         {{258, Short, {65535, 8, 8}}, "65535"},
         {{274, Short, {}}, ""},
-        {{256, Long, {2147483647}}, "2147483647"},
         {{256, Long, {0x80000000, 5}}, "-2147483648", "2147483648"},
         {{256, Long, {minus_one}}, "-1", "4294967295"},
         {{256, SignedByte, {0xFE, 1}}, "-2"},
         {{256, SignedShort, {0xFFFE}}, "-2"},
-        {{256, SignedLong, {minus_one}}, "-1"},
         {{282, Rational, {72, 1, 1, 3, 1, 0, 0, 5}}, "72|0.333333|nan|0"},
         {{282, Rational, {4000000000, 3}}, "1.33333e+09"},
-        {{282, Rational, {1, 4000000000}}, "2.5e-10"},
         {{282, Rational, {1, 0, minus_one, 2}}, "1/0|4294967295/2", "1/0|4294967295/2", raw},
         {{282, Rational, {}}, ""},
+        {{256, SignedLong, {minus_one}}, "-1"},
         {{282, SignedRational, {minus_one, 3, 1, 0, 2, minus_one}},
          "-0.333333|nan|-2",
          "-0.333333||-2"},
         {{282, SignedRational, {minus_one, 3, 1, 0}}, "-1/3|1/0", "-1/3|1/0", raw},
         {{256, Float, {16777217}}, "16777216.000000", "16777217.000000"},
         {{256, Float, {minus_one, 7}}, "4294967296.000000", "4294967295.000000"},
-        {{256, Float, {0}}, "0.000000"},
         {{256, Double, {16777217, 1}}, "16777217.000000"},
         {{256, None, {1}}, "???unknown???"},
         {{5, Byte, {1}}, "1", "1", gps},
-        {{30, Short, {1}}, "1", "1", gps},
         {{0, Byte, {2, 255, 0}}, "2.255.0", "2.255.0", gps},
         {{0, Byte, {2, 2, 0, 0, 9}}, "0.0.0.0.0", "0.0.0.0.0", gps},
     });
@@ -160,27 +143,20 @@ TEST(TagReader, RendersText) {
     using enum FieldType;
     const auto latin = TextEncoding::Iso8859_1;
     const std::string umlaut = "\xC3\xBC";
-    const std::string broken = "<INVALID UTF8; trying native encoding>[0:M\xFCller]";
+    const std::string broken = "<INVALID UTF8; trying native encoding><0:M\xFCller>";
     check_values({
-        {testing::ascii(271, "M" + umlaut + "ller"), "M" + umlaut + "ller"},
-        {testing::ascii(271, "M\xFCller"), broken},
+        {ascii(271, "M\xFCller"), broken},
         {{271, Ascii, {}, "abcdefgh"}, "abcdefgh"}, // without its zero byte
-        {testing::ascii(271, ""), ""},
-        {testing::ascii(271, "M\xFCller"), "[5:M\xFCller]", "[5:M\xFCller]", exif, latin},
-        {testing::ascii(271, "cut\xC3"), "<INVALID UTF8; trying native encoding>[0:cut\xC3]"},
-        {testing::bytes(271, "by" + umlaut), "by" + umlaut},
-        {testing::bytes(271, "b\xFC"), "[5:b\xFC]", "[5:b\xFC]", exif, latin},
-        {testing::undefined(36864, "0230"), "0230"},
-        {testing::undefined(41730, std::string("\2\0\1\0\0", 5)), std::string("\2\0\1\0\0", 5)},
-        {testing::undefined(37121, std::string("\1\2\3\0", 4)), std::string("\1\2\3\0", 4)},
-        {testing::undefined(37510, umlaut), umlaut},
-        {testing::undefined(37510, umlaut), "[0:" + umlaut + "]", "[0:" + umlaut + "]", raw},
-        {testing::undefined(37510, umlaut), "[5:" + umlaut + "]", "[5:" + umlaut + "]", raw, latin},
+        {ascii(271, ""), ""},
+        {ascii(271, "M\xFCller"), "<5:M\xFCller>", "<5:M\xFCller>", exif, latin},
+        {bytes(271, "b\xFC"), "<5:b\xFC>", "<5:b\xFC>", exif, latin},
+        {undefined(41730, std::string("\2\0\1\0\0", 5)), std::string("\2\0\1\0\0", 5)},
+        {undefined(37510, umlaut), "<0:" + umlaut + ">", "<0:" + umlaut + ">", raw},
+        {undefined(37510, umlaut), "<5:" + umlaut + ">", "<5:" + umlaut + ">", raw, latin},
     });
     // Longer than the pieces in which a file is searched for the zero byte.
     const std::string longer(100'000, 'x');
-    check_values(
-        {{testing::ascii(271, longer), longer}, {testing::undefined(37510, longer), longer}});
+    check_values({{ascii(271, longer), longer}, {undefined(37510, longer), longer}});
 }
 
 TEST(TagReader, DecodesUtf16InTheBlocksByteOrder) {
@@ -190,18 +166,22 @@ TEST(TagReader, DecodesUtf16InTheBlocksByteOrder) {
         for (const char16_t unit : title)
             append_integer<std::uint16_t>(value, unit, order);
         value += std::string(2, '\0') + "ignored";
-        EXPECT_EQ(from_either(build_tiff(order, {{testing::bytes(40091, value)}}), exif),
+        EXPECT_EQ(from_either(build_tiff(order, {{bytes(40091, value)}}), exif),
                   section("EXIF", 40091, "T\xC3\xBCr \xF0\x9F\x98\x80"));
     }
 }
 
 TEST(TagReader, GivesPositionsInDecimalDegrees) {
     using enum FieldType;
-    const TiffFields fields{testing::ascii(1, "S"),        {2, Rational, {53, 1, 22, 1, 5825, 100}},
-                            testing::ascii(3, "W"),        {4, Rational, {180, 1}},
-                            {6, Rational, {4, 1}},         {20, Rational, {53, 1, 22, 0, 1, 1}},
-                            testing::ascii(19, "N"), // behind what it belongs to
-                            {22, Rational, {7, 2, 30, 1}}, testing::ascii(21, "w")};
+    const TiffFields fields{ascii(1, "S"),
+                            {2, Rational, {53, 1, 22, 1, 5825, 100}},
+                            ascii(3, "W"),
+                            {4, Rational, {180, 1}},
+                            {6, Rational, {4, 1}},
+                            {20, Rational, {53, 1, 22, 0, 1, 1}},
+                            ascii(19, "N"), // behind what it belongs to
+                            {22, Rational, {7, 2, 30, 1}},
+                            ascii(21, "w")};
     for (const ByteOrder order : orders) {
         const std::string block = build_tiff(order, {.gps = fields});
         EXPECT_EQ(from_either(block, decimal),
@@ -228,15 +208,13 @@ TEST(TagReader, GivesPositionsInDecimalDegrees) {
 }
 
 TEST(TagReader, RefusesWhatIsNoBlock) {
-    const std::string sound = build_tiff(ByteOrder::Little, {{testing::ascii(271, "M")}});
+    const std::string sound = build_tiff(ByteOrder::Little, {{ascii(271, "M")}});
     const auto with = [&](std::size_t at, std::string_view bytes) {
         return std::string(sound).replace(at, bytes.size(), bytes);
     };
     EXPECT_EQ(from_either(with(2, "zz"), exif), section("EXIF", 271, "M")); // in the place of 42
     EXPECT_EQ(from_either(with(0, "XX"), exif), " -302");
-    EXPECT_EQ(from_either(with(0, "IM"), exif), " -302");
     EXPECT_EQ(from_either(sound.substr(0, 7), exif), " -302");
-    EXPECT_EQ(from_either("", exif), " -302");
     EXPECT_EQ(from_either(with(4, "\4"), exif), " -4249");
     EXPECT_EQ(from_block(with(7, "\xFF"), exif), " -4249");
     EXPECT_EQ(from_file(with(7, "\xFF"), exif), " -39");
@@ -252,8 +230,8 @@ TEST(TagReader, SaysWhatIsCorrupt) {
     const std::string corrupt = "<CORRUPT EXIF TAG>";
     const auto both = [](const TiffField& field, const ExifReadOptions& options) {
         const std::string block =
-            build_tiff(ByteOrder::Big, {.first = {field, testing::ascii(272, "next")},
-                                        .gps = {testing::bytes(5, std::string(1, '\0'))}});
+            build_tiff(ByteOrder::Big, {.first = {field, ascii(272, "next")},
+                                        .gps = {bytes(5, std::string(1, '\0'))}});
         return std::pair(from_block(block, options), from_file(block, options));
     };
     const auto value = [](std::string_view text) {
@@ -267,27 +245,14 @@ TEST(TagReader, SaysWhatIsCorrupt) {
         both({999, FieldType{13}, {1}}, exif).first.starts_with(section("EXIF", 272, "next")));
 
     // Values beyond the end: the block's are cut, those of a file are missing.
-    struct BeyondEnd {
-        TiffField field;
-        std::string in_block;
-        std::string in_file;
-    };
     const std::uint32_t huge = 0xFFFFFFFF;
-    const std::vector<BeyondEnd> cases{
-        {{282, Rational, {}, "", 3, 0x7FFFFFFF}, corrupt, "<readErr>|<readErr>|<readErr>"},
-        {{282, SignedRational, {}, "", 1, 0x7FFFFFFF}, corrupt, "<readErr>"},
-        {{282, Long, {}, "", 2, 0x7FFFFFFF}, corrupt, ""},
-        {{282, Ascii, {}, "", 9, 0x7FFFFFFF}, corrupt, ""},
-        {{282, Undefined, {}, "", huge, 0x7FFFFFFF}, corrupt, ""},
-    };
-    for (const auto& [field, in_block, in_file] : cases) {
-        EXPECT_EQ(both(field, exif).first, value(in_block) + " -4249");
-        if (in_file.empty())
-            EXPECT_EQ(both(field, exif).second, value("") + " -39");
-        else
-            EXPECT_TRUE(both(field, exif)
-                            .second.starts_with(value(in_file) + section("EXIF", 272, "next")));
-    }
+    for (const TiffField& field : {TiffField{282, Ascii, {}, "", 9, 0x7FFFFFFF},
+                                   TiffField{282, Undefined, {}, "", huge, 0x7FFFFFFF}})
+        EXPECT_EQ(both(field, exif), std::pair(value(corrupt) + " -4249", value("") + " -39"));
+    const auto [in_block, in_file] = both({282, Rational, {}, "", 3, 0x7FFFFFFF}, exif);
+    EXPECT_EQ(in_block, value(corrupt) + " -4249");
+    EXPECT_TRUE(
+        in_file.starts_with(value("<readErr>|<readErr>|<readErr>") + section("EXIF", 272, "next")));
     const auto at_end = [](TiffField field) {
         const std::string block = build_tiff(ByteOrder::Little, {{std::move(field)}});
         return from_block(block, exif) + " in a file: " + from_file(block, exif);
@@ -316,15 +281,14 @@ TEST(TagReader, ALoopOrABrokenInnerDirectoryEndsAlone) {
     EXPECT_EQ(text.find("##INTEROP 274|1|"), text.rfind("##INTEROP 274|1|"));
     EXPECT_EQ(text.find("##GPS"), std::string::npos);
 
-    const TiffFields broken{{282, FieldType{99}, {1}}, testing::ascii(271, "lost")};
+    const TiffFields broken{{282, FieldType{99}, {1}}, ascii(271, "lost")};
     const std::string block =
-        build_tiff(order, {{testing::ascii(271, "M")}, broken, {{0, FieldType{13}, {1}}}, {}});
+        build_tiff(order, {{ascii(271, "M")}, broken, {{0, FieldType{13}, {1}}}, {}});
     const std::string expected =
         section("EXIF", 271, "M") + section("EXIF", 34665, "50") + section("EXIF", 34853, "85") +
         section("EXIF", 282, "<CORRUPT EXIF TAG>") + section("GPS", 0, "<CORRUPT EXIF TAG>");
     EXPECT_EQ(from_either(block, everything), expected);
-    const std::string beyond =
-        build_tiff(order, {{testing::ascii(271, "M"), pointer(34853, 4000)}});
+    const std::string beyond = build_tiff(order, {{ascii(271, "M"), pointer(34853, 4000)}});
     EXPECT_EQ(from_block(beyond, gps), "");
     EXPECT_EQ(from_file(beyond, gps), " -39");
 }
@@ -349,21 +313,21 @@ TEST(TagReader, BoundsWhatOverlappingValuesGive) {
         }
     }
     // An ordinary file with values as long as itself, and many that are short.
-    TiffFields fields(10'000, testing::ascii(271, "value"));
-    fields.push_back(testing::undefined(37510, std::string(300'000, 'x')));
+    TiffFields fields(10'000, ascii(271, "value"));
+    fields.push_back(undefined(37510, std::string(300'000, 'x')));
     EXPECT_TRUE(from_either(build_tiff(ByteOrder::Big, {fields}), exif).ends_with("x|##END 37510"));
 }
 
 TEST(TagReader, ReadsNoMoreOfAFileThanTheTags) {
     std::string start =
-        build_tiff(ByteOrder::Big, {{testing::ascii(271, "Maker"),
-                                     testing::ascii(272, std::string(9000, 'x')),
+        build_tiff(ByteOrder::Big, {{ascii(271, "Maker"),
+                                     ascii(272, std::string(9000, 'x')),
                                      {273, FieldType::Long, {}, "", 0x20000000, 100},
                                      {306, FieldType::Ascii, {}, "", 0x7FFFFFFF, 200}}});
-    testing::FakeFiles files;
-    testing::FakeContents contents{2'000'000'000, 2'000'000'000, [&](std::uint64_t at) {
-                                       return at < start.size() ? start[at] : '\0';
-                                   }};
+    FakeFiles files;
+    FakeContents contents{2'000'000'000, 2'000'000'000, [&](std::uint64_t at) {
+                              return at < start.size() ? start[at] : '\0';
+                          }};
     files.add(u"large.tif", contents);
     const auto file = *files.open({u"large.tif", std::nullopt}, files::Permission::Read);
     auto reader = *files::BufferedReader::over(*file);
@@ -381,12 +345,12 @@ TEST(FindTag, GivesTheRawBytesOfTheFirst) {
         auto reader = *files::BufferedReader::over(*file, 32);
         reader.seek(5);
         const Result<std::string> bytes = find_tag(reader, tag);
-        return bytes ? *bytes : to_text(std::int64_t{number(bytes.error())});
+        return bytes ? *bytes : std::to_string(number(bytes.error()));
     };
     for (const ByteOrder order : orders) {
-        const std::string block = build_tiff(order, {{testing::undefined(33723, "abc"),
-                                                      testing::bytes(700, "<x:xmpmeta/>"),
-                                                      testing::bytes(700, "second packet"),
+        const std::string block = build_tiff(order, {{undefined(33723, "abc"),
+                                                      bytes(700, "<x:xmpmeta/>"),
+                                                      bytes(700, "second packet"),
                                                       {271, FieldType{13}, {1}},
                                                       {272, Ascii, {}, "", 5, 3},
                                                       {273, Ascii, {}, "", 5, 0x7FFFFFFF},
@@ -405,7 +369,6 @@ TEST(FindTag, GivesTheRawBytesOfTheFirst) {
     EXPECT_EQ(found(tight + "abc", 700), std::string("\0\0\0\0ab", 6));
     EXPECT_EQ(found(std::string(tight).replace(18, 1, "\x15"), 700), "-4249");
 
-    EXPECT_TRUE(has_tiff_header(tight));
     EXPECT_TRUE(has_tiff_header("MMxx1234"));
     EXPECT_FALSE(has_tiff_header("MMxx123"));
     EXPECT_FALSE(has_tiff_header("\x89PNG\r\n\x1A\n"));

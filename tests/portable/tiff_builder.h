@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -22,10 +23,6 @@ struct TiffField {
     // What the entry says, where that is not the truth.
     std::optional<std::uint32_t> count = {};
     std::optional<std::uint32_t> offset = {};
-
-    std::size_t number_size() const {
-        return std::clamp<std::size_t>(metadata::size_of(type), 1, sizeof(std::uint32_t));
-    }
 };
 
 inline TiffField ascii(std::uint16_t tag, std::string text) {
@@ -92,10 +89,7 @@ class TiffBuilder {
                 append_integer<std::uint32_t>(value, field.offset.value_or(at), order_);
             }
             std::ranges::copy(value, entry.value.begin());
-            if (field.tag == metadata::tag::exif_directory ||
-                field.tag == metadata::tag::gps_directory ||
-                field.tag == metadata::tag::interoperability_directory)
-                pointers_.emplace_back(field.tag, bytes_.size() + 8);
+            offsets_[field.tag] = bytes_.size() + 8;
             entry.write(bytes_, order_);
         }
         append_integer<std::uint32_t>(bytes_, 0, order_);
@@ -107,32 +101,25 @@ class TiffBuilder {
             return;
         std::string here;
         append_integer<std::uint32_t>(here, static_cast<std::uint32_t>(bytes_.size()), order_);
-        for (const auto& [pointer, at] : pointers_)
-            if (pointer == tag)
-                bytes_.replace(at, here.size(), here);
+        bytes_.replace(offsets_[tag], here.size(), here);
         add(fields);
     }
 
     std::string value_of(const TiffField& field) const {
+        constexpr std::size_t most = sizeof(std::uint32_t);
+        const std::size_t size = std::clamp<std::size_t>(metadata::size_of(field.type), 1, most);
         std::string value = field.bytes;
         for (const std::uint32_t number : field.numbers) {
-            switch (field.number_size()) {
-            case 1:
-                value += static_cast<char>(number);
-                break;
-            case 2:
-                append_integer<std::uint16_t>(value, static_cast<std::uint16_t>(number), order_);
-                break;
-            default:
-                append_integer<std::uint32_t>(value, number, order_);
-            }
+            std::string bytes;
+            append_integer<std::uint32_t>(bytes, number, order_);
+            value += bytes.substr(order_ == ByteOrder::Little ? 0 : most - size, size);
         }
         return value;
     }
 
     ByteOrder order_;
     std::string bytes_;
-    std::vector<std::pair<std::uint16_t, std::size_t>> pointers_; // where their offsets stand
+    std::map<std::uint16_t, std::size_t> offsets_; // where those of values stand, by tag
 };
 
 inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {

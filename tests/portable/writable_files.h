@@ -2,7 +2,7 @@
 // they are open, and failing at the operation that a test chooses.
 #pragma once
 
-#include "src/files/file_access.h"
+#include "tests/portable/failing_file_system.h"
 
 #include <algorithm>
 #include <map>
@@ -12,23 +12,16 @@
 
 namespace vell::testing {
 
-class WritableFiles : public files::FileSystem {
+class WritableFiles : public FailingFileSystem {
   public:
     static constexpr std::u16string_view temporary_folder = u"T:\\";
 
     void add(std::u16string path, std::string contents) {
         contents_.insert_or_assign(std::move(path), std::move(contents));
     }
-    // Operations are counted from 1; whatever is done to the file system or to a file is one.
-    void fail(int operation, ErrorCode code) {
-        failing_operation_ = operation;
-        failure_ = code;
-        operations_ = 0;
-    }
     // A file that may be read only.
     void protect(std::u16string path) { protected_ = std::move(path); }
 
-    int operations() const { return operations_; }
     int open_files() const { return static_cast<int>(open_.size()); }
     const std::map<std::u16string, std::string>& contents() const { return contents_; }
     std::string at(const std::u16string& path) const {
@@ -169,19 +162,51 @@ class WritableFiles : public files::FileSystem {
         std::size_t position_ = 0;
     };
 
-    Result<void> count_operation() {
-        if (++operations_ == failing_operation_)
-            return Failure{failure_};
-        return {};
-    }
-
     std::map<std::u16string, std::string> contents_;
     std::map<std::u16string, int> open_;
     std::u16string protected_;
-    int failing_operation_ = 0;
-    ErrorCode failure_ = ErrorCode::Ok;
-    int operations_ = 0;
     int temporary_names_ = 0;
+};
+
+// Sources of more than 4 GiB, whose bytes are never made, and targets that keep short writes only.
+class LongFiles : public WritableFiles {
+  public:
+    static constexpr std::uint64_t length = (4ULL << 30) + 200'000;
+
+    Result<std::unique_ptr<files::File>> open(const files::NativePath&,
+                                              files::Permission) override {
+        return std::unique_ptr<files::File>(std::make_unique<LongFile>(*this));
+    }
+
+    std::uint64_t written = 0;
+    std::string short_writes; // each behind its position
+
+  private:
+    class LongFile : public files::File {
+      public:
+        explicit LongFile(LongFiles& files) : files_(files) {}
+        Result<std::uint64_t> size() override { return length; }
+        Result<void> seek(files::SeekFrom, std::int64_t) override {
+            return Failure{ErrorCode::DiskError};
+        }
+        Result<std::size_t> read(std::span<char> buffer) override {
+            const auto done = std::min<std::uint64_t>(buffer.size(), length - position_);
+            position_ += done;
+            return static_cast<std::size_t>(done);
+        }
+        Result<void> write(std::string_view bytes) override {
+            if (bytes.size() == 1)
+                files_.short_writes += std::to_string(files_.written) + std::string(bytes);
+            files_.written += bytes.size();
+            return {};
+        }
+        Result<void> set_end_of_file() override { return Failure{ErrorCode::DiskError}; }
+        Result<void> close() override { return {}; }
+
+      private:
+        LongFiles& files_;
+        std::uint64_t position_ = 0;
+    };
 };
 
 } // namespace vell::testing

@@ -4,7 +4,7 @@
 #include "src/files/export_to_file.h"
 #include "src/files/write_contents.h"
 #include "src/files/write_turn.h"
-#include "tests/portable/fake_call.h"
+#include "tests/portable/answer_of.h"
 #include "tests/portable/references.h"
 #include "tests/portable/writable_files.h"
 
@@ -27,31 +27,25 @@ constexpr Function insert = insert_contents;
 constexpr Function replace = substitute;
 constexpr Function export_file = export_to_file;
 
-// A call whose source may be a container.
+constexpr std::string_view container("a\0b\xFF", 4);
+
+// A call whose source is a container.
 class ContainerCall : public FakeCall {
   public:
     using FakeCall::FakeCall;
-    void set_container(std::string stream, ErrorCode end = ErrorCode::Ok) {
-        stream_ = std::move(stream);
-        end_ = end;
-    }
-    void throw_on_reading() { throws_ = true; }
-    bool is_container(std::size_t index) override { return index == 1 && stream_.has_value(); }
+    ErrorCode end = ErrorCode::Ok;
+    bool throws = false;
+
+    bool is_container(std::size_t index) override { return index == 1; }
     // In two pieces, with the failure between them.
     Result<void> read_container(std::size_t, const params::ByteSink& sink) override {
-        const std::string_view stream = *stream_;
-        VELL_TRY(sink(stream.substr(0, stream.size() / 2)));
-        if (throws_)
+        VELL_TRY(sink(container.substr(0, 2)));
+        if (throws)
             throw std::bad_alloc();
-        if (end_ != ErrorCode::Ok)
-            return Failure{end_};
-        return sink(stream.substr(stream.size() / 2));
+        if (end != ErrorCode::Ok)
+            return Failure{end};
+        return sink(container.substr(2));
     }
-
-  private:
-    std::optional<std::string> stream_;
-    ErrorCode end_ = ErrorCode::Ok;
-    bool throws_ = false;
 };
 
 std::string run(Function function, WritableFiles& files, params::Call& call) {
@@ -81,19 +75,16 @@ TEST(WriteContents, ReplacesOrExtendsAndLeavesNothingBehind) {
     EXPECT_EQ(outcome(set_file, "012", {u"", u"f", u"abcdefgh"}), "abcdefgh");
     EXPECT_EQ(outcome(set_file, "012", {u"", u"f", u""}), "");
     EXPECT_EQ(outcome(append_file, "012", {u"", u"f", u"abc"}), "012abc");
-    EXPECT_EQ(outcome(append_file, "", {u"-Encoding=UTF8", u"f", u"\u00E9"}), "\xC3\xA9");
     EXPECT_EQ(outcome(set_file, "", {u"-Encoding=BytesOnly -encoding=UTF8", u"f", u"\u00E9"}),
               "\xE9");
     EXPECT_EQ(outcome(set_file, "012", {u"-Encoding=BytesOnly", u"f", u"\u20AC"}), "-4297 012");
     EXPECT_EQ(outcome(set_file, "", {u"-CRLFtoCR -CRtoCRLF", u"f", u"a\rb\r\n"}), "a\r\nb\r\n\n");
-    EXPECT_EQ(outcome(set_file, "", {u"-CRLFtoCR", u"f", u"a\rb\r\n"}), "a\rb\r");
 
     WritableFiles files;
     EXPECT_EQ(run(set_file, files, {u"", u"f", u"x"}), "-43");
     EXPECT_EQ(run(append_file, files, {u"-Encoding=BytesOnly", u"f", u"\u20AC"}), "-43");
     EXPECT_TRUE(files.contents().empty());
     EXPECT_EQ(run(set_file, files, {u"", u"f"}), "-50");
-    EXPECT_EQ(run(append_file, files, {u"", u"", u"x"}), "-50");
 }
 
 TEST(WriteContents, AStepsOptionsTakeThePlaceOfSwitches) {
@@ -108,7 +99,6 @@ TEST(WriteContents, AStepsOptionsTakeThePlaceOfSwitches) {
     };
     EXPECT_EQ(step(set_file, 1, 0), "\xC3\xA9\r\n");
     EXPECT_EQ(step(set_file, 4200, 1), "\xE9\r\n\n");
-    EXPECT_EQ(step(append_file, 0, 2), "\xE9\r\n\n");
     EXPECT_EQ(step(append_file, 0, 3), "\xE9\r\r\n");
 }
 
@@ -116,21 +106,19 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     WritableFiles files;
     files.add(u"f", "old");
     const auto set_default = [](std::u16string path) {
-        FakeCall call({u"", std::move(path)});
-        const Result<void> done = set_default_file(call);
-        return done ? 0 : number(done.error());
+        return testing::answer_of({u"", std::move(path)}, set_default_file);
     };
     defaults().release_file();
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
-    EXPECT_EQ(set_default(u"filewin:/f"), 0);
+    EXPECT_EQ(set_default(u"filewin:/f"), "0");
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "0");
     EXPECT_EQ(run(append_contents, files, {u"-CRtoCRLF", u"\r"}), "0");
     EXPECT_EQ(files.at(u"f"), "text\r\n");
     EXPECT_EQ(run(set_contents, files, std::vector<std::u16string>{u""}), "-50");
-    EXPECT_EQ(set_default(u"missing"), 0);
+    EXPECT_EQ(set_default(u"missing"), "0");
     EXPECT_EQ(run(append_contents, files, {u"", u"text"}), "-43");
     // A path that is refused leaves no default at all.
-    EXPECT_EQ(set_default(u"$$-43"), -4299);
+    EXPECT_EQ(set_default(u"$$-43"), "$$-4299");
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
 
     FakeCall type({u"", std::u16string(2'001, u'x')});
@@ -141,14 +129,8 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
 
 TEST(InsertContents, PutsTheTextBehindThePosition) {
     const std::pair<const char16_t*, const char*> cases[] = {
-        {u"", "<>01234"},
-        {u"0", "<>01234"},
-        {u"-7", "<>01234"},
-        {u"2", "01<>234"},
-        {u"5", "01234<>"},
-        {u"6", "-39 01234"},
-        {u"2147483647", "-39 01234"},
-        {u"99999999999", "-39 01234"},
+        {u"", "<>01234"},  {u"-7", "<>01234"},  {u"2", "01<>234"},
+        {u"5", "01234<>"}, {u"6", "-39 01234"}, {u"99999999999", "-39 01234"},
     };
     for (const auto& [position, expected] : cases)
         for (const char16_t* destination : {u"", u"f"}) // both of them the source itself
@@ -170,8 +152,6 @@ TEST(InsertContents, PutsTheTextBehindThePosition) {
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new", u"x", u"6"}), "-39");
     EXPECT_EQ(run(insert, files, {u"", u"none", u"new", u"x"}), "-43");
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new.", u"x"}), "-37");
-    EXPECT_EQ(run(insert, files, {u"", u"f", u"new ", u"x"}), "-37");
-    EXPECT_EQ(run(insert, files, {u"", u"", u"new", u"x"}), "-50");
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new"}), "-50");
     EXPECT_EQ(files.contents().size(), 2U); // nothing temporary, nothing half made
 
@@ -182,18 +162,14 @@ TEST(InsertContents, PutsTheTextBehindThePosition) {
 }
 
 TEST(SubstituteInFile, FollowsItsParameters) {
-    EXPECT_EQ(outcome(replace, "aaa", {u"", u"f", u"", u"aa", u"b"}), "ba");
     EXPECT_EQ(outcome(replace, "xABC abc", {u"", u"f", u"", u"abc", u"-"}), "xABC -");
     EXPECT_EQ(outcome(replace, "xABC abc", {u"IgnoreCase", u"f", u"f", u"Abc", u"Zz"}), "xZz Zz");
     EXPECT_EQ(outcome(replace, "\xC3\x84 \xC3\xA4", {u"IgnoreCase", u"f", u"", u"\u00C4", u"A"}),
               "A \xC3\xA4");
     EXPECT_EQ(outcome(replace, "\xC4", {u"-Encoding=BytesOnly", u"f", u"", u"\u00C4", u"\u00E4"}),
               "\xE4");
-    EXPECT_EQ(outcome(replace, "ab", {u"", u"f", u"", u"abc", u"x"}), "ab");
-    EXPECT_EQ(outcome(replace, "", {u"", u"f", u"", u"abc", u"x"}), "");
     EXPECT_EQ(outcome(replace, "abc", {u"", u"f", u"", u"", u"x"}), "-50 abc");
     EXPECT_EQ(outcome(replace, "abc", {u"", u"f", u"", u"a"}), "-50 abc");
-    EXPECT_EQ(outcome(replace, "abc", {u"", u"", u"g", u"a", u""}), "-50 abc");
     EXPECT_EQ(outcome(replace, "abc", {u"", u"g", u"", u"a", u""}), "-43 abc");
 
     WritableFiles files;
@@ -219,49 +195,11 @@ TEST(SubstituteInFile, BlocksOfTheFileDoNotShow) {
               'a' + std::string(300'000, 'r') + 'b' + std::string(300'000, 'r') + 'c');
 }
 
-// A source of more than 4 GiB, whose bytes are never made, and targets that keep short writes only.
-class LongFiles : public WritableFiles {
-  public:
-    static constexpr std::uint64_t length = (4ULL << 30) + 200'000;
-
-    Result<std::unique_ptr<File>> open(const NativePath&, Permission) override {
-        return std::unique_ptr<File>(std::make_unique<LongFile>(*this));
-    }
-
-    std::uint64_t written = 0;
-    std::string short_writes; // each behind its position
-
-  private:
-    class LongFile : public File {
-      public:
-        explicit LongFile(LongFiles& files) : files_(files) {}
-        Result<std::uint64_t> size() override { return length; }
-        Result<void> seek(SeekFrom, std::int64_t) override { return Failure{ErrorCode::DiskError}; }
-        Result<std::size_t> read(std::span<char> buffer) override {
-            const auto done = std::min<std::uint64_t>(buffer.size(), length - position_);
-            position_ += done;
-            return static_cast<std::size_t>(done);
-        }
-        Result<void> write(std::string_view bytes) override {
-            if (bytes.size() == 1)
-                files_.short_writes += std::to_string(files_.written) + std::string(bytes);
-            files_.written += bytes.size();
-            return {};
-        }
-        Result<void> set_end_of_file() override { return Failure{ErrorCode::DiskError}; }
-        Result<void> close() override { return {}; }
-
-      private:
-        LongFiles& files_;
-        std::uint64_t position_ = 0;
-    };
-};
-
 TEST(InsertContents, FilesBeyondFourGibibytesAreCopiedWhole) {
-    LongFiles files;
+    testing::LongFiles files;
     EXPECT_EQ(run(insert, files, {u"", u"f", u"n", u"!", u"2147483647"}), "0");
     EXPECT_EQ(files.short_writes, "2147483647!");
-    EXPECT_EQ(files.written, LongFiles::length + 1);
+    EXPECT_EQ(files.written, testing::LongFiles::length + 1);
     // A number that the host does not tell exactly might mean any place in so long a file.
     EXPECT_EQ(run(insert, files, {u"", u"f", u"m", u"!", u"4294967296"}), "-4241");
 }
@@ -270,26 +208,24 @@ TEST(ExportToFile, WritesContainersAndTexts) {
     WritableFiles files;
     const auto export_container = [&](const char16_t* switches, ErrorCode end) {
         ContainerCall call({switches, u"", u"C:\\f"});
-        call.set_container(std::string("a\0b\xFF", 4), end);
+        call.end = end;
         return run(export_file, files, call);
     };
     EXPECT_EQ(export_container(u"", ErrorCode::CompressedDataDamaged), "-4296");
     EXPECT_TRUE(files.contents().empty());
     EXPECT_EQ(export_container(u"", ErrorCode::Ok), "0");
-    EXPECT_EQ(files.at(u"C:\\f"), std::string("a\0b\xFF", 4));
+    EXPECT_EQ(files.at(u"C:\\f"), container);
     EXPECT_EQ(run(export_file, files, {u"", u"text", u"C:\\f"}), "-48");
     EXPECT_EQ(run(export_file, files, {u"-OverwriteExisting", u"\u00E9", u"C:\\f"}), "0");
     EXPECT_EQ(files.at(u"C:\\f"), "\xC3\xA9");
     EXPECT_EQ(export_container(u"-OverwriteExisting", ErrorCode::NotFound), "-43");
     EXPECT_EQ(files.at(u"C:\\f"), "\xC3\xA9");
     ContainerCall failing({u"-OverwriteExisting", u"", u"C:\\f"});
-    failing.set_container("ab");
-    failing.throw_on_reading();
+    failing.throws = true;
     EXPECT_THROW(run(export_file, files, failing), std::bad_alloc);
     EXPECT_EQ(files.open_files(), 0);
     EXPECT_EQ(files.contents().size(), 1U);
     EXPECT_EQ(run(export_file, files, {u"", u"x", u"C:\\g..."}), "-37");
-    EXPECT_EQ(run(export_file, files, {u"", u"x", u""}), "-50");
     EXPECT_EQ(run(export_file, files, std::vector<std::u16string>{u"", u"x"}), "-50");
     EXPECT_EQ(run(export_file, files, {u"", u"x", u"bare"}), "0");
     EXPECT_EQ(files.contents().size(), 2U);
@@ -357,18 +293,13 @@ int fail_everywhere(const Scene& scene, const std::u16string& target,
 }
 
 TEST(InPlace, NoFailureLosesTheContents) {
-    const std::string text = std::string(300'000, '-') + "old" + std::string(300'000, '+');
+    const auto between = [](const char* text) {
+        return std::string(300'000, '-') + text + std::string(300'000, '+');
+    };
+    const std::string old = between("old");
     const Scene scenes[] = {
-        {"insert",
-         insert,
-         {u"", u"f", u"", u"new", u"300000"},
-         text,
-         std::string(300'000, '-') + "newold" + std::string(300'000, '+')},
-        {"substitute",
-         replace,
-         {u"", u"f", u"", u"old", u"new"},
-         text,
-         std::string(300'000, '-') + "new" + std::string(300'000, '+')},
+        {"insert", insert, {u"", u"f", u"", u"new", u"300000"}, old, between("newold")},
+        {"substitute", replace, {u"", u"f", u"", u"old", u"new"}, old, between("new")},
     };
     for (const Scene& scene : scenes) {
         const int operations = fail_everywhere(
@@ -414,19 +345,18 @@ TEST(WriteContents, NoFailureLosesTheContents) {
 }
 
 TEST(InPlace, ANewDestinationIsWholeOrNotThere) {
-    const Scene scenes[] = {
-        {"insert", insert, {u"", u"source", u"f", u"new", u"1"}, "", ""},
-        {"substitute", replace, {u"", u"source", u"f", u"o", u"x"}, "", ""},
-        {"export", export_file, {u"", u"text", u"f"}, "", ""},
-    };
-    for (const Scene& scene : scenes) {
+    for (const auto& [function, parameters] :
+         {std::pair{insert, std::vector<std::u16string>{u"", u"source", u"f", u"new", u"1"}},
+          {replace, {u"", u"source", u"f", u"o", u"x"}},
+          {export_file, {u"", u"text", u"f"}}}) {
         bool done = false;
         for (int failing = 1; !done; ++failing) {
+            SCOPED_TRACE(failing);
             WritableFiles files;
             files.add(u"source", "old");
             files.fail(failing, disk_full);
-            done = run(scene.function, files, scene.parameters) == "0";
-            EXPECT_EQ(files.contents().size(), done ? 2U : 1U) << scene.name << failing;
+            done = run(function, files, parameters) == "0";
+            EXPECT_EQ(files.contents().size(), done ? 2U : 1U);
             EXPECT_EQ(files.at(u"source"), "old");
         }
     }

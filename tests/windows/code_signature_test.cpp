@@ -1,6 +1,4 @@
 // VlFile_GetCodeSignInfo on program files made for it.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <wincrypt.h>
@@ -70,15 +68,11 @@ std::string program(std::string_view signature) {
     return file + table;
 }
 
-class CodeSignature : public Plugin {
+class CodeSignature : public PluginWithFolder {
   protected:
-    CodeSignature() { start(); }
-
     std::u16string info(const std::u16string& path) {
         return call(u"VlFile_GetCodeSignInfo", {u"", path});
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(CodeSignature, AnUnsignedFileSaysSo) {
@@ -107,19 +101,15 @@ TEST_F(CodeSignature, ASignatureThatIsNotTrustedIsToldWithItsNames) {
 }
 
 TEST_F(CodeSignature, ARunningProgramIsReadToo) {
-    std::u16string path(MAX_PATH, u'\0');
-    path.resize(GetModuleFileNameW(nullptr, reinterpret_cast<wchar_t*>(path.data()), MAX_PATH));
-    EXPECT_EQ(info(path), u"Signed: 0\rValid: 0");
+    EXPECT_EQ(info(to_utf16(executable_folder()) + u"windows_tests.exe"), u"Signed: 0\rValid: 0");
 }
 
 TEST_F(CodeSignature, WhatCannotBeReadIsReported) {
-    EXPECT_EQ(info(to_utf16(folder.path(L"none.exe"))), u"$$-43");
-    EXPECT_EQ(info(to_utf16(folder.path(L"none\\none.exe"))), u"$$-120");
-    EXPECT_EQ(info(to_utf16(folder.path())), u"$$-47");
-    EXPECT_EQ(info(u""), u"$$-50");
+    EXPECT_EQ(info(path(L"none.exe")), u"$$-43");
+    EXPECT_EQ(info(path(L"none\\none.exe")), u"$$-120");
+    EXPECT_EQ(info(path()), u"$$-47");
     const std::u16string file = folder.file(L"held.exe", program({}));
-    const UniqueFile held(CreateFileW(as_wide(file), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    const UniqueFile held = open_file(file, GENERIC_WRITE);
     ASSERT_TRUE(held);
     EXPECT_EQ(info(file), u"$$-47");
 }

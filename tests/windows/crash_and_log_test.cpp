@@ -1,23 +1,17 @@
 // The permanent log, and the end of a process whose function crashed.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/host/crash_report.h"
 #include "src/host/log_file.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <filesystem>
-#include <thread>
 
 namespace vell::test {
 namespace {
 
 TEST(LogFile, NamesFollowTheChannel) {
     using host::LogChannel;
-    EXPECT_EQ(host::log_file_name(LogChannel::Server), L"Vell Plugin FMServer.log");
-    EXPECT_EQ(host::log_file_name(LogChannel::Web), L"Vell Plugin Web Engine.log");
     EXPECT_EQ(host::log_file_name(LogChannel::Debug), L"VellDebug.log");
     EXPECT_EQ(host::log_file_name(static_cast<LogChannel>(7)), L"Vell Plugin FMServer.log");
-    EXPECT_EQ(host::log_folder(L"C:\\Host\\host.exe", true), L"C:\\Host\\Logs\\");
     EXPECT_EQ(host::log_folder(L"C:\\Host\\host.exe", false), L"C:\\Host\\Vell Logs\\");
     EXPECT_EQ(host::log_folder(L"host.exe", false), L"");
 }
@@ -42,14 +36,10 @@ TEST(LogFile, LinesAreCutWithTheirEndKept) {
 TEST_F(Plugin, LinesOfManyThreadsAreWhole) {
     start({.application_type = server});
     new_log_lines();
-    std::vector<std::thread> threads;
-    for (char c = 'a'; c < 'i'; ++c)
-        threads.emplace_back([c] {
-            for (int i = 0; i < 50; ++i)
-                host::log_line(std::string(900, c));
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    in_threads(8, [](std::size_t thread) {
+        for (int i = 0; i < 50; ++i)
+            host::log_line(std::string(900, static_cast<char>('a' + thread)));
+    });
     const std::vector<std::string> lines = new_log_lines();
     EXPECT_EQ(lines.size(), 400u);
     for (const std::string& line : lines)
@@ -64,33 +54,12 @@ TEST(CrashReport, DumpsAreNamedByTimeAndThread) {
 // vellhost, the plug-in and the stand-in library in a folder of their own, so that log and dump
 // of the crash are found there.
 DWORD run_crashing_host(const TemporaryFolder& folder, std::wstring_view application_type) {
-    wchar_t own_path[MAX_PATH];
-    GetModuleFileNameW(nullptr, own_path, MAX_PATH);
-    const std::filesystem::path programs = std::filesystem::path(own_path).parent_path();
     for (const wchar_t* name : {L"vellhost.exe", L"VellFile.fmx64", L"FMWrapper.dll"})
-        std::filesystem::copy_file(programs / name, folder.path(name),
-                                   std::filesystem::copy_options::overwrite_existing);
-    std::wstring command = L"\"" + folder.path(L"vellhost.exe") + L"\" --app-type " +
-                           std::wstring(application_type) +
-                           L" --fail-call 2:3 \"VlFile_Version( \\\"x\\\" )\"";
-    wchar_t old_temp[MAX_PATH];
-    GetEnvironmentVariableW(L"TEMP", old_temp, MAX_PATH);
-    for (const wchar_t* variable : {L"TEMP", L"TMP"})
-        SetEnvironmentVariableW(variable, folder.path().c_str());
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    const BOOL started = CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE,
-                                        CREATE_NO_WINDOW, nullptr, nullptr, &startup, &process);
-    for (const wchar_t* variable : {L"TEMP", L"TMP"})
-        SetEnvironmentVariableW(variable, old_temp);
-    EXPECT_TRUE(started) << GetLastError();
-    const UniqueHandle handle(process.hProcess);
-    const UniqueHandle thread(process.hThread);
-    WaitForSingleObject(handle.get(), 60'000);
-    DWORD exit_code = 0;
-    GetExitCodeProcess(handle.get(), &exit_code);
-    return exit_code;
+        std::filesystem::copy_file(executable_folder() + name, folder.path(name));
+    return exit_code(start_program(L"\"" + folder.path(L"vellhost.exe") + L"\" --app-type " +
+                                       std::wstring(application_type) +
+                                       L" --fail-call 2:3 \"VlFile_Version( \\\"x\\\" )\"",
+                                   {L"TEMP", L"TMP"}, folder.path()));
 }
 
 std::string dump_in(const TemporaryFolder& folder) {

@@ -46,7 +46,7 @@ TEST_F(Dispatcher, ChecksInTheirOrder) {
     licence_state = static_cast<ErrorCode>(-4219);
     EXPECT_EQ(call(u"VlFile_Version", {}), u"Vell File Plug-In 14.0");
     EXPECT_EQ(call(u"VlFile_VersionAutoUpdate", {}), u"14000000");
-    EXPECT_EQ(call_id(7203, {u"", Value(console::Decimal(3))}), u"0");
+    EXPECT_EQ(call_id(7203, {u"", number(3)}), u"0");
     EXPECT_EQ(call(u"VlFile_Control", {u"-EnableAllFunctions", u"secret"}), u"0");
     within_time = true;
     licence_state = ErrorCode::Ok;
@@ -85,9 +85,6 @@ TEST_F(Dispatcher, ControlTakesExactlyOneActionAndTheSamePassword) {
     EXPECT_EQ(call(u"VlFile_Control", {u"EnableAllFunctions"}), u"$$-4218");
     EXPECT_EQ(control(u"EnableAllFunctions", u"pass"), u"0");
 
-    const auto number = [](int value) {
-        return Value(console::Decimal(value));
-    };
     EXPECT_EQ(call_id(7203, {u"", number(1), u"p"}), u"0"); // the step: action, password
     EXPECT_EQ(call_id(7203, {u"", number(2), u"q"}), u"$$-4218");
     EXPECT_EQ(call_id(7203, {u"", number(2), u"p"}), u"0");
@@ -106,7 +103,7 @@ TEST_F(Dispatcher, StepOptionsStayWithin32Bits) {
     for (const auto& [given, option] : {std::pair(std::int64_t{3'000'000'000}, u"2147483647"),
                                         {-3'000'000'000, u"-2147483648"},
                                         {-2'147'483'648, u"-2147483648"}}) {
-        const std::vector<Value> arguments{u"", Value(console::Decimal(given))};
+        const std::vector<Value> arguments{u"", number(given)};
         const auto result = host().call_body(0, show_option, arguments);
         ASSERT_TRUE(result);
         EXPECT_EQ(console::to_value(result->get()).as_text(), option) << given;
@@ -150,9 +147,6 @@ TEST_F(Dispatcher, SurvivesTheFailureOfEveryHostCall) {
     struct Case {
         std::u16string_view function;
         std::vector<Value> arguments;
-    };
-    const auto number = [](int value) {
-        return Value(console::Decimal(value));
     };
     for (const Case& c :
          {Case{u"VlFile_Version", {}}, Case{u"VlFile_Version", {u"-getversionnumber"}},

@@ -3,7 +3,6 @@
 #include "console/host/host_window.h"
 #include "console/host/session.h"
 #include "src/base/bytes.h"
-#include "src/base/win32_text.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <ole2.h>
@@ -82,12 +81,10 @@ class DataObject final : public LocalObject<IDataObject> {
     HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
-        return OLE_E_ADVISENOTSUPPORTED;
+        return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return OLE_E_ADVISENOTSUPPORTED; }
-    HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override {
-        return OLE_E_ADVISENOTSUPPORTED;
-    }
+    HRESULT STDMETHODCALLTYPE DUnadvise(DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
 
   private:
     struct Part {
@@ -214,12 +211,20 @@ class DragAndDrop : public Plugin {
     IDropTarget* target() const {
         return static_cast<IDropTarget*>(GetPropW(window->document(), L"OleDropTargetInterface"));
     }
-    // Enters, moves and drops at a point of the document, without a mouse; the effect.
-    DWORD drop(IDataObject& data, POINT point = {50, 70}, DWORD allowed = every_effect) {
+    // Enters, moves to and drops at a point of the document, without a mouse; the effect.
+    DWORD enter(IDataObject& data, POINT point, DWORD effect = every_effect) {
         const POINT screen = on_screen(point);
-        DWORD effect = allowed;
         target()->DragEnter(&data, MK_LBUTTON, {screen.x, screen.y}, &effect);
-        effect = allowed;
+        return effect;
+    }
+    DWORD over(POINT point, DWORD effect = every_effect) {
+        const POINT screen = on_screen(point);
+        target()->DragOver(MK_LBUTTON, {screen.x, screen.y}, &effect);
+        return effect;
+    }
+    DWORD drop(IDataObject& data, POINT point = {50, 70}, DWORD effect = every_effect) {
+        enter(data, point, effect);
+        const POINT screen = on_screen(point);
         target()->Drop(&data, 0, {screen.x, screen.y}, &effect);
         return effect;
     }
@@ -307,7 +312,7 @@ TEST_F(DragAndDrop, EffectsFollowTheCursorAndTheSource) {
     EXPECT_EQ(call_id(7309, {u""}), u"0");
     EXPECT_EQ(target(), nullptr);
     EXPECT_EQ(held->Release(), 0u); // the test was the last to hold it
-    EXPECT_EQ(call_id(7298, {u"", u"Solution", u"Step", u"", Value(console::Decimal(1))}), u"0");
+    EXPECT_EQ(call_id(7298, {u"", u"Solution", u"Step", u"", number(1)}), u"0");
     EXPECT_EQ(drop(data), DWORD{DROPEFFECT_COPY});
     DataObject nothing;
     EXPECT_EQ(drop(nothing), DWORD{DROPEFFECT_NONE});
@@ -352,19 +357,11 @@ TEST_F(DragAndDrop, AnEarlierTargetGetsWhatNoZoneTakesAndTheWindowBack) {
     add(u"40 200 300 220");
     DataObject data;
     data.add_files({u"C:\\1"});
-    const auto over = [&](POINT point) {
-        const POINT screen = on_screen(point);
-        DWORD effect = every_effect;
-        target()->DragOver(MK_LBUTTON, {screen.x, screen.y}, &effect);
-        return effect;
-    };
     EXPECT_EQ(drop(data), DWORD{DROPEFFECT_LINK});
     EXPECT_EQ(other.calls, "");
     EXPECT_EQ(drop(data, {5, 5}), DWORD{DROPEFFECT_MOVE});
     EXPECT_EQ(std::exchange(other.calls, ""), "ed");
-    DWORD effect = every_effect;
-    const POINT screen = on_screen({5, 5});
-    target()->DragEnter(&data, MK_LBUTTON, {screen.x, screen.y}, &effect);
+    enter(data, {5, 5});
     over({6, 5});
     EXPECT_EQ(over({50, 70}), DWORD{DROPEFFECT_LINK});
     over({5, 5});

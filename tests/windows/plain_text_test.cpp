@@ -1,7 +1,5 @@
 // Texts of PDF files through Poppler: sound, strange and hostile ones.
 #include "src/base/utf8.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/documents/win32_poppler_text.h"
 #include "src/host/large_stack.h"
 #include "tests/windows/plugin_fixture.h"
@@ -11,7 +9,6 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <thread>
 
 namespace vell::test {
 namespace {
@@ -97,17 +94,14 @@ std::string compressed(const std::string& bytes) {
     return result;
 }
 
-class PlainText : public Plugin {
+class PlainText : public PluginWithFolder {
   protected:
-    PlainText() { start(); }
     std::u16string text_of(const std::u16string& path) {
         return call(u"VlFile_GetAsPlainText", {u"", Value(path)});
     }
     std::u16string text(const std::string& bytes) {
         return text_of(folder.file(L"made.pdf", bytes));
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(PlainText, IsThatOfTheDocument) {
@@ -138,16 +132,9 @@ TEST_F(PlainText, KeepsFontsApartThatSwapNames) {
 }
 
 TEST_F(PlainText, ComesFromEveryPathThatWindowsOpens) {
-    std::wstring name = L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.PDF";
+    const std::wstring name = L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.PDF";
     EXPECT_EQ(text_of(folder.file(name, page(some_text))), u"Some text\r\r");
-    std::wstring deep;
-    for (int i = 0; i < 5; ++i) {
-        deep += std::wstring(60, L'd') + L"\\";
-        ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + folder.path(deep)).c_str(), nullptr));
-    }
-    ASSERT_TRUE(CopyFileW(folder.path(name).c_str(),
-                          (L"\\\\?\\" + folder.path(deep + name)).c_str(), TRUE));
-    std::u16string path = to_utf16(folder.path(deep + name));
+    std::u16string path = folder.file(deep_name + name, page(some_text));
     EXPECT_EQ(text_of(path), u"Some text\r\r");
     EXPECT_EQ(text_of(u"\\\\?\\" + path), u"Some text\r\r");
     std::ranges::replace(path, u'\\', u'/');
@@ -156,14 +143,12 @@ TEST_F(PlainText, ComesFromEveryPathThatWindowsOpens) {
 }
 
 TEST_F(PlainText, TellsWhyThereIsNone) {
-    EXPECT_EQ(text_of(to_utf16(folder.path(L"none.pdf"))), u"$$-43");
-    EXPECT_EQ(text_of(to_utf16(folder.path(L"none\\none.pdf"))), u"$$-120");
-    ASSERT_TRUE(CreateDirectoryW(folder.path(L"folder.pdf").c_str(), nullptr));
-    EXPECT_EQ(text_of(to_utf16(folder.path(L"folder.pdf"))), u"$$-47");
+    EXPECT_EQ(text_of(path(L"none.pdf")), u"$$-43");
+    EXPECT_EQ(text_of(path(L"none\\none.pdf")), u"$$-120");
+    EXPECT_EQ(text_of(folder.subfolder(L"folder.pdf")), u"$$-47");
     const std::u16string file = folder.file(L"busy.pdf", page(some_text));
     {
-        const UniqueFile own(
-            CreateFileW(as_wide(file), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        const UniqueFile own = open_file(file, GENERIC_READ);
         EXPECT_EQ(text_of(file), u"$$-47");
     }
     EXPECT_EQ(text(""), u"$$3");
@@ -235,12 +220,12 @@ TEST_F(PlainText, EndsForHostileDocuments) {
 }
 
 // The outcome and the text, without the host's objects.
-std::string read(const std::wstring& path) {
+std::string read(const std::u16string& path) {
     std::string text;
     std::vector<std::string> notes;
     host::run_on_large_stack([&] {
         const auto outcome = documents::read_by_poppler(
-            {to_utf16(path), std::nullopt},
+            {path, std::nullopt},
             [&](std::string_view bytes) {
                 text += bytes;
                 return Result<void>();
@@ -253,33 +238,27 @@ std::string read(const std::wstring& path) {
 }
 
 TEST_F(PlainText, IsTheSameInEightThreads) {
-    std::vector<std::wstring> paths;
+    std::vector<std::u16string> paths;
     for (const auto& [name, bytes] : {std::pair(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA")),
                                       {L"b.pdf", japanese("UniJIS-UCS2-H", "65E5672C8A9E")},
-                                      {L"c.pdf", page(some_text)}}) {
-        folder.file(name, bytes);
-        paths.push_back(folder.path(name));
-    }
+                                      {L"c.pdf", page(some_text)}})
+        paths.push_back(folder.file(name, bytes));
     std::array<wchar_t, 1000> corpus{};
     if (GetEnvironmentVariableW(L"VELL_CORPUS", corpus.data(), corpus.size()) > 0)
         for (const auto& item :
              std::filesystem::directory_iterator(L"Z:" + std::wstring(corpus.data()) + L"/pdf"))
-            paths.push_back(item.path().wstring());
+            paths.push_back(item.path().u16string());
     std::vector<std::string> alone;
-    for (const std::wstring& path : paths)
+    for (const std::u16string& path : paths)
         alone.push_back(read(path));
     std::array<std::vector<std::string>, 8> together;
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < together.size(); ++i)
-        threads.emplace_back([&, i] {
-            together[i].resize(paths.size());
-            for (std::size_t j = 0; j < paths.size(); ++j) { // each begins elsewhere
-                const std::size_t place = (i * paths.size() / together.size() + j) % paths.size();
-                together[i][place] = read(paths[place]);
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    in_threads(together.size(), [&](std::size_t i) {
+        together[i].resize(paths.size());
+        for (std::size_t j = 0; j < paths.size(); ++j) { // each begins elsewhere
+            const std::size_t place = (i * paths.size() / together.size() + j) % paths.size();
+            together[i][place] = read(paths[place]);
+        }
+    });
     for (const auto& texts : together)
         EXPECT_EQ(texts, alone);
 }
@@ -297,28 +276,13 @@ class OtherProcess {
         std::wstring path = document;
         for (std::size_t at = 0; (at = path.find(L'\\', at)) != std::wstring::npos; at += 2)
             path.insert(at, 1, L'\\');
-        std::wstring command =
-            L"vellhost.exe --raw \"VlFile_GetAsPlainText( \\\"\\\" ; \\\"" + path + L"\\\" )\"";
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = startup.hStdError = output.get();
-        PROCESS_INFORMATION started{};
-        std::array<wchar_t, 1000> before{};
-        GetEnvironmentVariableW(L"LOCALAPPDATA", before.data(), before.size());
-        SetEnvironmentVariableW(L"LOCALAPPDATA", local_data.c_str());
-        EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   nullptr, &startup, &started))
-            << GetLastError();
-        SetEnvironmentVariableW(L"LOCALAPPDATA", before.data());
-        CloseHandle(started.hThread);
-        process_ = UniqueHandle(started.hProcess);
+        process_ = start_program(L"vellhost.exe --raw \"VlFile_GetAsPlainText( \\\"\\\" ; \\\"" +
+                                     path + L"\\\" )\"",
+                                 {L"LOCALAPPDATA"}, local_data, output.get());
     }
     // All that it wrote, errors included; its exit code in front unless that is 0.
     std::string output() {
-        WaitForSingleObject(process_.get(), INFINITE);
-        DWORD code = 0;
-        GetExitCodeProcess(process_.get(), &code);
+        const DWORD code = exit_code(process_);
         return (code ? std::to_string(code) : "") + read_file(output_);
     }
 
@@ -328,11 +292,13 @@ class OtherProcess {
 };
 
 TEST_F(PlainText, BringsItsEncodingDataAlong) {
-    folder.file(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA"));
-    const std::wstring document = folder.path(L"a.pdf");
-    const std::wstring local = folder.path(L"\u5BB6 Local");
-    ASSERT_TRUE(CreateDirectoryW(local.c_str(), nullptr));
+    const std::wstring document =
+        to_wide(folder.file(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA")));
+    const std::wstring local = to_wide(folder.subfolder(L"\u5BB6 Local"));
     const std::string expected = utf8_from_utf16(nihongo);
+    const auto start_of_output = [&](const std::wstring& name, const std::wstring& place) {
+        return OtherProcess(folder, name, place, document).output().substr(0, expected.size());
+    };
     {
         OtherProcess first(folder, L"first.txt", local, document);
         OtherProcess second(folder, L"second.txt", local, document);
@@ -348,13 +314,9 @@ TEST_F(PlainText, BringsItsEncodingDataAlong) {
                 std::filesystem::resize_file(item.path(), 10);
     }
     EXPECT_GT(files, 200u);
-    EXPECT_EQ(
-        OtherProcess(folder, L"third.txt", local, document).output().substr(0, expected.size()),
-        expected);
+    EXPECT_EQ(start_of_output(L"third.txt", local), expected);
     // A file where the folder should be: the temporary folder takes its place.
-    EXPECT_EQ(
-        OtherProcess(folder, L"fourth.txt", document, document).output().substr(0, expected.size()),
-        expected);
+    EXPECT_EQ(start_of_output(L"fourth.txt", document), expected);
 }
 
 } // namespace

@@ -1,19 +1,14 @@
 #include "tests/windows/plugin_fixture.h"
 
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
+#include "src/host/debug_log.h"
 #include "src/host/dispatcher.h"
+
+#include <winioctl.h>
 
 #include <filesystem>
 
 namespace vell::test {
 namespace {
-
-std::wstring executable_folder() {
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    return path.substr(0, path.rfind(L'\\') + 1);
-}
 
 std::wstring log_path(std::wstring_view name) {
     return executable_folder() + L"Logs\\" + std::wstring(name);
@@ -26,7 +21,17 @@ std::wstring log_path(std::wstring_view name) {
     return true;
 }();
 
+std::wstring long_form(const std::wstring& path) {
+    return L"\\\\?\\" + path;
+}
+
 } // namespace
+
+std::wstring executable_folder() {
+    std::wstring path(MAX_PATH, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
+    return path.substr(0, path.rfind(L'\\') + 1);
+}
 
 TemporaryFolder::TemporaryFolder() {
     wchar_t temporary[MAX_PATH + 1];
@@ -42,7 +47,7 @@ TemporaryFolder::TemporaryFolder() {
 
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(L"\\\\?\\" + folder_, ignored); // long paths too
+    std::filesystem::remove_all(long_form(folder_), ignored); // long paths too
 }
 
 std::wstring TemporaryFolder::path(std::wstring_view name) const {
@@ -50,7 +55,9 @@ std::wstring TemporaryFolder::path(std::wstring_view name) const {
 }
 
 std::u16string TemporaryFolder::file(std::wstring_view name, std::string_view contents) const {
-    const UniqueFile handle(CreateFileW(path(name).c_str(), GENERIC_WRITE, 0, nullptr,
+    if (const std::size_t end = name.rfind(L'\\'); end != name.npos)
+        subfolder(name.substr(0, end));
+    const UniqueFile handle(CreateFileW(long_form(path(name)).c_str(), GENERIC_WRITE, 0, nullptr,
                                         CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     DWORD done = 0;
     EXPECT_TRUE(handle) << GetLastError();
@@ -59,10 +66,20 @@ std::u16string TemporaryFolder::file(std::wstring_view name, std::string_view co
     return to_utf16(path(name));
 }
 
+std::u16string TemporaryFolder::subfolder(std::wstring_view name) const {
+    const std::wstring whole = long_form(path(name));
+    for (std::size_t end = long_form(folder_).size(); end != whole.npos;) {
+        end = whole.find(L'\\', end + 1);
+        EXPECT_TRUE(CreateDirectoryW(whole.substr(0, end).c_str(), nullptr) ||
+                    GetLastError() == ERROR_ALREADY_EXISTS)
+            << GetLastError();
+    }
+    return to_utf16(path(name));
+}
+
 std::string read_file(const std::wstring& path) {
-    const UniqueFile handle(CreateFileW(path.c_str(), GENERIC_READ,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+    const UniqueFile handle =
+        open_file(to_utf16(path), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
     if (!handle)
         return {};
     std::string bytes(GetFileSize(handle.get(), nullptr), '\0');
@@ -70,6 +87,88 @@ std::string read_file(const std::wstring& path) {
     ReadFile(handle.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr);
     bytes.resize(done);
     return bytes;
+}
+
+bool exists(const std::u16string& path) {
+    return GetFileAttributesW(as_wide(path)) != INVALID_FILE_ATTRIBUTES;
+}
+
+UniqueFile open_file(const std::u16string& path, DWORD access, DWORD share) {
+    return UniqueFile(CreateFileW(as_wide(path), access, share, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+void set_length(const UniqueFile& file, std::int64_t length) {
+    DWORD done = 0;
+    DeviceIoControl(file.get(), FSCTL_SET_SPARSE, nullptr, 0, nullptr, 0, &done, nullptr);
+    LARGE_INTEGER end;
+    end.QuadPart = length;
+    ASSERT_TRUE(SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN));
+    ASSERT_TRUE(SetEndOfFile(file.get()));
+}
+
+UniqueHandle start_program(std::wstring command, std::vector<const wchar_t*> variables,
+                           const std::wstring& value, HANDLE output) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    if (output) {
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = startup.hStdError = output;
+    }
+    wchar_t before[1000] = L"";
+    for (const wchar_t* variable : variables) {
+        GetEnvironmentVariableW(variable, before, 1000);
+        SetEnvironmentVariableW(variable, value.c_str());
+    }
+    PROCESS_INFORMATION started{};
+    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, output != nullptr,
+                               CREATE_NO_WINDOW, nullptr, nullptr, &startup, &started))
+        << GetLastError();
+    for (const wchar_t* variable : variables)
+        SetEnvironmentVariableW(variable, before);
+    CloseHandle(started.hThread);
+    return UniqueHandle(started.hProcess);
+}
+
+DWORD exit_code(const UniqueHandle& process) {
+    WaitForSingleObject(process.get(), 300'000);
+    DWORD code = 0;
+    GetExitCodeProcess(process.get(), &code);
+    return code;
+}
+
+void in_threads(std::size_t count, const std::function<void(std::size_t)>& work) {
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < count; ++i)
+        threads.emplace_back(work, i);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+Watcher::Watcher(std::function<void()> look)
+    : thread_([this, look = std::move(look)] {
+          for (; !done_; Sleep(10))
+              look();
+      }) {}
+
+Watcher::~Watcher() {
+    done_ = true;
+    thread_.join();
+}
+
+TestWindow::TestWindow(const wchar_t* class_name) : class_name_(class_name) {
+    WNDCLASSW window_class{};
+    window_class.lpfnWndProc = DefWindowProcW;
+    window_class.hInstance = GetModuleHandleW(nullptr);
+    window_class.lpszClassName = class_name;
+    RegisterClassW(&window_class);
+    window_ = CreateWindowW(class_name, L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200, 100,
+                            nullptr, nullptr, window_class.hInstance, nullptr);
+}
+
+TestWindow::~TestWindow() {
+    DestroyWindow(window_);
+    UnregisterClassW(class_name_, GetModuleHandleW(nullptr));
 }
 
 Plugin::Plugin() : live_objects_(StandIn_TotalLiveObjects()) {
@@ -105,6 +204,24 @@ std::u16string Plugin::call_id(std::int16_t id, std::vector<Value> arguments) {
     if (!result)
         return u"ERRCODE: " + std::u16string(result.error().begin(), result.error().end());
     return console::to_value(result->get()).as_text();
+}
+
+std::u16string Plugin::step(std::u16string_view name, std::vector<Value> values) {
+    std::vector<console::StepArgument> arguments;
+    for (Value& value : values)
+        arguments.push_back({std::move(value)});
+    const auto result = host_->run_step(*host_->find_step(name), arguments);
+    return result ? result->as_text() : u"NOT RUN";
+}
+
+std::string Plugin::notes_of(const std::function<void()>& work) {
+    call(u"VlFile_Control", {u"-AddToDebugLog=true"});
+    host::debug_log().take();
+    work();
+    const std::string notes = host::debug_log().take();
+    call(u"VlFile_Control", {u"-AddToDebugLog=false"});
+    host::debug_log().take();
+    return notes;
 }
 
 std::vector<std::string> Plugin::new_log_lines(const std::wstring& name) {

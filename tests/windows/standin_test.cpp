@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <array>
 #include <thread>
 #include <vector>
 
@@ -24,6 +25,15 @@ class StandInData : public StandInStyles {
         FM_Data_SetAsText(data, subject, locale, 1, &status);
     }
     std::u16string data_text() { return units(FM_Data_GetAsText(data, &status)); }
+    std::array<int, 6> parts(const fm::DateTime* of) {
+        return {FM_DateTime_GetYear(of, &status),   FM_DateTime_GetMonth(of, &status),
+                FM_DateTime_GetDay(of, &status),    FM_DateTime_GetHour(of, &status),
+                FM_DateTime_GetMinute(of, &status), FM_DateTime_GetSec(of, &status)};
+    }
+    std::u16string text_of(const fm::FixPt* of) {
+        FM_Data_SetAsNumber(data, of, 2, &status);
+        return data_text();
+    }
     std::int32_t data_number() {
         return FM_FixPt_AsLong(FM_Data_GetAsNumber(data, &status), &status);
     }
@@ -42,12 +52,7 @@ TEST_F(StandInData, TextReadsAsNumberAndMoment) {
     EXPECT_FALSE(FM_Data_IsEmpty(data, &status));
     EXPECT_EQ(FM_Data_GetNativeType(data, &status), 1);
     const fm::DateTime* stamp = FM_Data_GetAsTimeStamp(data, &status);
-    EXPECT_EQ(FM_DateTime_GetYear(stamp, &status), 2021);
-    EXPECT_EQ(FM_DateTime_GetMonth(stamp, &status), 7);
-    EXPECT_EQ(FM_DateTime_GetDay(stamp, &status), 4);
-    EXPECT_EQ(FM_DateTime_GetHour(stamp, &status), 13);
-    EXPECT_EQ(FM_DateTime_GetMinute(stamp, &status), 2);
-    EXPECT_EQ(FM_DateTime_GetSec(stamp, &status), 3);
+    EXPECT_EQ(parts(stamp), (std::array{2021, 7, 4, 13, 2, 3}));
     EXPECT_EQ(FM_DateTime_GetHour(FM_Data_GetAsDate(data, &status), &status), 0);
     EXPECT_EQ(FM_DateTime_GetDaysSinceEpoch(FM_Data_GetAsTime(data, &status), &status), 1);
 
@@ -61,8 +66,7 @@ TEST_F(StandInData, TextReadsAsNumberAndMoment) {
 
 TEST_F(StandInData, NumbersAndMomentsReadAsText) {
     FM_FixPt_AssignDouble(number, -0.25, &status);
-    FM_Data_SetAsNumber(data, number, 2, &status);
-    EXPECT_EQ(data_text(), u"-.25");
+    EXPECT_EQ(text_of(number), u"-.25");
 
     FM_DateTime_SetDaysSinceEpoch(moment, 737'975, &status); // 7/4/2021
     FM_FixPt_AssignInt(number, 3723, &status);
@@ -201,13 +205,11 @@ TEST_F(StandInData, NumbersAreFixedPoint) {
     fm::FixPt* other_number = FM_FixPt_Constructor1(3, 20, &status);
     FM_FixPt_AssignInt(number, 2, &status);
     FM_FixPt_Divide(number, other_number, number, &status);
-    FM_Data_SetAsNumber(data, number, 2, &status);
-    EXPECT_EQ(data_text(), u".6666666666666667");
+    EXPECT_EQ(text_of(number), u".6666666666666667");
     FM_FixPt_Multiply(number, other_number, number, &status);
     FM_FixPt_Subtract(number, other_number, number, &status);
     FM_FixPt_Negate(number, &status);
-    FM_Data_SetAsNumber(data, number, 2, &status);
-    EXPECT_EQ(data_text(), u".9999999999999999");
+    EXPECT_EQ(text_of(number), u".9999999999999999");
 
     FM_FixPt_AssignFixPt(number, other_number, &status);
     FM_FixPt_Increment(number, 5, &status);
@@ -215,8 +217,7 @@ TEST_F(StandInData, NumbersAreFixedPoint) {
     EXPECT_TRUE(FM_FixPt_operatorGT(number, other_number, &status));
     EXPECT_FALSE(FM_FixPt_operatorLT(number, other_number, &status));
     FM_FixPt_Divide(number, other_number, number, &status); // with the precision it was assigned
-    FM_Data_SetAsNumber(data, number, 2, &status);
-    EXPECT_EQ(data_text(), u"2.33333333333333333333");
+    EXPECT_EQ(text_of(number), u"2.33333333333333333333");
 
     FM_FixPt_AssignInt64(number, INT64_MAX, &status);
     FM_FixPt_Add(number, number, number, &status);

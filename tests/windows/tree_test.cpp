@@ -1,13 +1,9 @@
 // The functions that change the tree of files and folders, through the host, on real ones.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/temporary_copy.h"
 #include "src/files/tree_system.h"
-#include "src/host/debug_log.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <filesystem>
 
@@ -16,21 +12,12 @@ namespace {
 
 constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
 
-class Tree : public Plugin {
+class Tree : public PluginWithFolder {
   protected:
-    Tree() { start(); }
-
-    std::u16string path(std::wstring_view name) const { return to_utf16(folder.path(name)); }
     std::u16string file(std::wstring_view name, std::string_view contents = "x") const {
         return folder.file(name, contents);
     }
-    std::u16string make_folder(std::wstring_view name) const {
-        EXPECT_TRUE(CreateDirectoryW(folder.path(name).c_str(), nullptr)) << GetLastError();
-        return path(name);
-    }
-    static bool exists(const std::u16string& item) {
-        return GetFileAttributesW(as_wide(item)) != INVALID_FILE_ATTRIBUTES;
-    }
+    std::u16string make_folder(std::wstring_view name) const { return folder.subfolder(name); }
     static std::string contents(const std::u16string& item) { return read_file(to_wide(item)); }
     std::size_t items_in_folder() const {
         using Iterator = std::filesystem::directory_iterator;
@@ -39,21 +26,13 @@ class Tree : public Plugin {
 
     std::u16string run(std::u16string_view function, std::u16string_view switches,
                        const std::u16string& first) {
-        return call(function, {Value(switches), Value(first)});
+        return call(u"VlFile_" + std::u16string(function), {Value(switches), Value(first)});
     }
     std::u16string run(std::u16string_view function, std::u16string_view switches,
                        const std::u16string& first, const std::u16string& second) {
-        return call(function, {Value(switches), Value(first), Value(second)});
+        return call(u"VlFile_" + std::u16string(function),
+                    {Value(switches), Value(first), Value(second)});
     }
-    std::u16string step(std::u16string_view name, std::vector<Value> values) {
-        std::vector<console::StepArgument> arguments;
-        for (Value& value : values)
-            arguments.push_back({std::move(value)});
-        const auto result = host().run_step(*host().find_step(name), arguments);
-        return result ? result->as_text() : u"NOT RUN";
-    }
-    static Value option(std::int64_t value) { return Value(console::Decimal(value)); }
-
     // A folder whose full path has `levels` more names; the path without a separator at its end.
     std::u16string deep_path(int levels) const {
         std::u16string result = path(L"deep");
@@ -61,78 +40,70 @@ class Tree : public Plugin {
             result += u"\\n" + to_utf16(std::to_wstring(i));
         return result;
     }
-
-    TemporaryFolder folder;
 };
 
 UniqueFile hold(const std::u16string& item) {
-    return UniqueFile(CreateFileW(as_wide(item), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+    return open_file(item, GENERIC_READ);
 }
 
 TEST_F(Tree, CreatesFilesAndTheirFolders) {
     const std::u16string name = path(L"new \xD83D\xDE00 \u65E5.txt");
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"", name), u"0");
+    EXPECT_EQ(run(u"CreateFile", u"", name), u"0");
     EXPECT_TRUE(exists(name));
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"", name), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", path(L"")), u"$$-48");
+    EXPECT_EQ(run(u"CreateFile", u"", name), u"$$-48");
+    EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path()), u"$$-48");
     const std::u16string below = path(L"a\\b\\c.txt");
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"", below), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"-createfolders", below), u"0");
-    EXPECT_EQ(contents(below), "");
+    EXPECT_EQ(run(u"CreateFile", u"", below), u"$$-120");
+    EXPECT_EQ(run(u"CreateFile", u"-createfolders", below), u"0");
     EXPECT_TRUE(exists(below));
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", path(L"a\\b\\d.txt")), u"0");
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", name + u"\\e\\f.txt"), u"$$-48");
+    EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path(L"a\\b\\d.txt")), u"0");
+    EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", name + u"\\e\\f.txt"), u"$$-48");
     for (const wchar_t* bad : {L"cut.", L"cut ", L"cut. .", L"n\\cut ", L"n\\folder\\"}) {
-        EXPECT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", path(bad)), u"$$-37");
+        EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path(bad)), u"$$-37");
         EXPECT_FALSE(exists(path(L"cut")));
         EXPECT_FALSE(exists(path(L"n")));
     }
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"", u""), u"$$-50");
-    EXPECT_EQ(run(u"VlFile_CreateFile", u"", u"$$-43"), u"$$-4299");
     EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt")}), u"$$-120");
-    EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt"), option(1)}), u"0");
+    EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt"), number(1)}), u"0");
     EXPECT_TRUE(exists(path(L"s\\t.txt")));
 }
 
 TEST_F(Tree, CreatesFoldersToAnyDepth) {
     make_folder(L"one");
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"one\\two\\three")), u"0");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"one\\two\\three")), u"0");
     EXPECT_TRUE(exists(path(L"one\\two\\three")));
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"one\\two\\three\\")), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"four\\five\\")), u"0");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"one\\two\\three\\")), u"$$-48");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"four\\five\\")), u"0");
     EXPECT_TRUE(exists(path(L"four\\five")));
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", file(L"file.txt")), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"file.txt\\below")), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"six.\\")), u"$$-37");
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", path(L"six \\seven")), u"$$-37");
-    EXPECT_NE(run(u"VlFile_CreateFolder", u"", path(std::wstring(300, L'n'))), u"0");
+    EXPECT_EQ(run(u"CreateFolder", u"", file(L"file.txt")), u"$$-48");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"file.txt\\below")), u"$$-48");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"six.\\")), u"$$-37");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"six \\seven")), u"$$-37");
+    EXPECT_NE(run(u"CreateFolder", u"", path(std::wstring(300, L'n'))), u"0");
     EXPECT_FALSE(exists(path(L"six")));
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", u""), u"$$-50");
     EXPECT_EQ(step(u"Create Folder", {path(L"eight\\nine")}), u"0");
     EXPECT_TRUE(exists(path(L"eight\\nine")));
 
     const std::u16string deep = deep_path(500);
     ASSERT_GT(deep.size(), 1500u);
-    EXPECT_EQ(run(u"VlFile_CreateFolder", u"", deep), u"0");
+    EXPECT_EQ(run(u"CreateFolder", u"", deep), u"0");
     EXPECT_TRUE(exists(u"\\\\?\\" + deep));
 }
 
 TEST_F(Tree, DeletesFiles) {
     const std::u16string one = file(L"\xD83D\xDE00.txt");
-    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", one), u"0");
+    EXPECT_EQ(run(u"DeleteFile", u"", one), u"0");
     EXPECT_FALSE(exists(one));
-    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", one), u"$$-43");
-    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", make_folder(L"folder")), u"$$-47");
-    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", u""), u"$$-50");
+    EXPECT_EQ(run(u"DeleteFile", u"", one), u"$$-43");
+    EXPECT_EQ(run(u"DeleteFile", u"", make_folder(L"folder")), u"$$-47");
     const std::u16string read_only = file(L"read-only.txt");
     SetFileAttributesW(as_wide(read_only), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(run(u"VlFile_DeleteFile", u"-forceDelete", read_only), u"$$-47");
+    EXPECT_EQ(run(u"DeleteFile", u"-forceDelete", read_only), u"$$-47");
     EXPECT_TRUE(exists(read_only));
     SetFileAttributesW(as_wide(read_only), FILE_ATTRIBUTE_NORMAL);
     {
         const UniqueFile held = hold(read_only);
-        EXPECT_EQ(run(u"VlFile_DeleteFile", u"", read_only), u"$$-47");
+        EXPECT_EQ(run(u"DeleteFile", u"", read_only), u"$$-47");
     }
     EXPECT_EQ(step(u"Delete file", {read_only}), u"0");
     EXPECT_FALSE(exists(read_only));
@@ -142,45 +113,44 @@ TEST_F(Tree, CopiesFilesAndReplacesNothing) {
     const std::u16string source = file(L"source.txt", "new");
     const std::u16string target = file(L"target.txt", "old");
     const std::u16string copy = path(L"\xD83D\xDE00.txt");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, target), u"$$-48");
+    EXPECT_EQ(run(u"CopyFile", u"", source, target), u"$$-48");
     EXPECT_EQ(contents(target), "old");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, source), u"$$-48");
+    EXPECT_EQ(run(u"CopyFile", u"", source, source), u"$$-48");
     EXPECT_EQ(contents(source), "new");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, make_folder(L"folder")), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", path(L"none"), copy), u"$$-43");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, path(L"none\\copy")), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, path(L"cut.")), u"$$-37");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", path(L"folder"), copy), u"$$-47");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, u""), u"$$-50");
+    EXPECT_EQ(run(u"CopyFile", u"", source, make_folder(L"folder")), u"$$-48");
+    EXPECT_EQ(run(u"CopyFile", u"", path(L"none"), copy), u"$$-43");
+    EXPECT_EQ(run(u"CopyFile", u"", source, path(L"none\\copy")), u"$$-120");
+    EXPECT_EQ(run(u"CopyFile", u"", source, path(L"cut.")), u"$$-37");
+    EXPECT_EQ(run(u"CopyFile", u"", path(L"folder"), copy), u"$$-47");
     EXPECT_EQ(items_in_folder(), 3u);
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", u"filewin:/" + source, copy), u"0");
+    EXPECT_EQ(run(u"CopyFile", u"", u"filewin:/" + source, copy), u"0");
     EXPECT_EQ(contents(copy), "new");
     EXPECT_EQ(step(u"Copy File", {source, path(L"by step.txt")}), u"0");
     EXPECT_EQ(contents(path(L"by step.txt")), "new");
     const UniqueFile held = hold(source);
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, path(L"held.txt")), u"$$-47");
+    EXPECT_EQ(run(u"CopyFile", u"", source, path(L"held.txt")), u"$$-47");
     EXPECT_FALSE(exists(path(L"held.txt")));
 }
 
 TEST_F(Tree, MovesFilesAndReplacesNothing) {
     std::u16string source = file(L"source.txt", "new");
     const std::u16string target = file(L"target.txt", "old");
-    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, target), u"$$-48");
+    EXPECT_EQ(run(u"MoveFile", u"", source, target), u"$$-48");
     EXPECT_EQ(contents(target), "old");
-    EXPECT_EQ(run(u"VlFile_MoveFile", u"", path(L"none"), target), u"$$-43");
-    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"none\\moved")), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"cut ")), u"$$-37");
+    EXPECT_EQ(run(u"MoveFile", u"", path(L"none"), target), u"$$-43");
+    EXPECT_EQ(run(u"MoveFile", u"", source, path(L"none\\moved")), u"$$-120");
+    EXPECT_EQ(run(u"MoveFile", u"", source, path(L"cut ")), u"$$-37");
     {
         const UniqueFile held = hold(source);
-        EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"moved")), u"$$-47");
+        EXPECT_EQ(run(u"MoveFile", u"", source, path(L"moved")), u"$$-47");
     }
     EXPECT_EQ(contents(source), "new");
     make_folder(L"folder");
-    EXPECT_EQ(run(u"VlFile_MoveFile", u"", source, path(L"folder\\\xD83D\xDE00")), u"0");
+    EXPECT_EQ(run(u"MoveFile", u"", source, path(L"folder\\\xD83D\xDE00")), u"0");
     EXPECT_FALSE(exists(source));
     source = path(L"folder\\\xD83D\xDE00");
     SetFileAttributesW(as_wide(source), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(step(u"Move File", {source, path(L"back.txt"), option(0)}), u"0");
+    EXPECT_EQ(step(u"Move File", {source, path(L"back.txt"), number(0)}), u"0");
     EXPECT_EQ(contents(path(L"back.txt")), "new");
     SetFileAttributesW(folder.path(L"back.txt").c_str(), FILE_ATTRIBUTE_NORMAL);
 }
@@ -188,38 +158,33 @@ TEST_F(Tree, MovesFilesAndReplacesNothing) {
 TEST_F(Tree, FilesReachLongPaths) {
     const std::u16string deep = deep_path(120);
     ASSERT_GT(deep.size(), 300u);
-    ASSERT_EQ(run(u"VlFile_CreateFile", u"-CreateFolders", deep + u"\\a.txt"), u"0");
+    ASSERT_EQ(run(u"CreateFile", u"-CreateFolders", deep + u"\\a.txt"), u"0");
     const std::u16string source = file(L"source.txt", "long");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, deep + u"\\a.txt"), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_CopyFile", u"", source, deep + u"\\b.txt"), u"0");
-    EXPECT_EQ(run(u"VlFile_MoveFile", u"", deep + u"\\b.txt", deep + u"\\c.txt"), u"0");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", deep + u"\\a.txt", deep + u"\\c.txt"), u"0");
+    EXPECT_EQ(run(u"CopyFile", u"", source, deep + u"\\a.txt"), u"$$-48");
+    EXPECT_EQ(run(u"CopyFile", u"", source, deep + u"\\b.txt"), u"0");
+    EXPECT_EQ(run(u"MoveFile", u"", deep + u"\\b.txt", deep + u"\\c.txt"), u"0");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", deep + u"\\a.txt", deep + u"\\c.txt"), u"0");
     EXPECT_EQ(contents(u"\\\\?\\" + deep + u"\\a.txt"), "long");
-    EXPECT_EQ(run(u"VlFile_DeleteFile", u"", deep + u"\\a.txt"), u"0");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", deep, deep + u" moved"), u"0");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", deep + u" moved"), u"$$-47"); // holds a file
+    EXPECT_EQ(run(u"DeleteFile", u"", deep + u"\\a.txt"), u"0");
+    EXPECT_EQ(run(u"MoveFolder", u"", deep, deep + u" moved"), u"0");
+    EXPECT_EQ(run(u"DeleteFolder", u"", deep + u" moved"), u"$$-47"); // holds a file
 
     // The shell's operation takes no such paths: a clear code, and nothing was done.
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, deep + u" moved"), u"$$206");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"deep")), u"$$206");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, deep + u" moved"), u"$$206");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"deep")), u"$$206");
     EXPECT_TRUE(exists(u"\\\\?\\" + deep + u" moved\\c.txt"));
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"deep"), path(L"copy")), u"$$206");
+    EXPECT_EQ(run(u"CopyFolder", u"", path(L"deep"), path(L"copy")), u"$$206");
     EXPECT_FALSE(exists(path(L"copy")));
 }
 
 TEST_F(Tree, FileFunctionsNoteWhatTheyDo) {
     const std::u16string source = file(L"source.txt");
-    call(u"VlFile_Control", {Value(u"-AddToDebugLog=true")});
-    host::debug_log().take();
-    run(u"VlFile_CopyFile", u"", source, path(L"copy.txt"));
-    EXPECT_EQ(host::debug_log().take(), "IN CopyMoveFile\rCopyMoveFile sourceFileTxt NOERR \r");
-    run(u"VlFile_MoveFile", u"", path(L"none.txt"), path(L"copy.txt"));
-    EXPECT_EQ(host::debug_log().take(),
+    EXPECT_EQ(notes_of([&] { run(u"CopyFile", u"", source, path(L"copy.txt")); }),
+              "IN CopyMoveFile\rCopyMoveFile sourceFileTxt NOERR \r");
+    EXPECT_EQ(notes_of([&] { run(u"MoveFile", u"", path(L"none.txt"), path(L"copy.txt")); }),
               "IN CopyMoveFile\rCopyMoveFile Error in TxtToParentFSSpecAndFileName \r");
-    run(u"VlFile_MoveFolder", u"", source, path(L"copy"));
-    EXPECT_EQ(host::debug_log().take(), "DoCopyFolder001A errFSNotAFolder \r");
-    call(u"VlFile_Control", {Value(u"-AddToDebugLog=false")});
-    host::debug_log().take();
+    EXPECT_EQ(notes_of([&] { run(u"MoveFolder", u"", source, path(L"copy")); }),
+              "DoCopyFolder001A errFSNotAFolder \r");
 }
 
 TEST_F(Tree, MovesFoldersButNotIntoThemselves) {
@@ -228,22 +193,22 @@ TEST_F(Tree, MovesFoldersButNotIntoThemselves) {
     make_folder(L"Source\\sub");
     for (const wchar_t* inside :
          {L"Source", L"source\\", L"SOURCE\\sub\\new", L"Source\\new", L"x\\..\\Source\\new"})
-        EXPECT_EQ(run(u"VlFile_MoveFolder", u"", source, path(inside)), u"$$-122");
+        EXPECT_EQ(run(u"MoveFolder", u"", source, path(inside)), u"$$-122");
     std::u16string slashes = path(L"Source\\new");
     std::ranges::replace(slashes, u'\\', u'/');
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", source, slashes), u"$$-122");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", source + u"\\", path(L"Source sibling\\")), u"0");
+    EXPECT_EQ(run(u"MoveFolder", u"", source, slashes), u"$$-122");
+    EXPECT_EQ(run(u"MoveFolder", u"", source + u"\\", path(L"Source sibling\\")), u"0");
     EXPECT_FALSE(exists(source));
     EXPECT_EQ(contents(path(L"Source sibling\\a.txt")), "moved");
 
     const std::u16string sibling = path(L"Source sibling");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, make_folder(L"there")), u"$$-48");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", file(L"file.txt"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, path(L"new.")), u"$$-37");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, path(L"none\\new")), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", u"$$-43", path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"VlFile_MoveFolder", u"", sibling, u"$$-43"), u"$$-4299");
+    EXPECT_EQ(run(u"MoveFolder", u"", sibling, make_folder(L"there")), u"$$-48");
+    EXPECT_EQ(run(u"MoveFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"MoveFolder", u"", file(L"file.txt"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"MoveFolder", u"", sibling, path(L"new.")), u"$$-37");
+    EXPECT_EQ(run(u"MoveFolder", u"", sibling, path(L"none\\new")), u"$$-120");
+    EXPECT_EQ(run(u"MoveFolder", u"", u"$$-43", path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"MoveFolder", u"", sibling, u"$$-43"), u"$$-4299");
     EXPECT_EQ(step(u"Move Folder", {sibling, path(L"by step")}), u"0");
     EXPECT_TRUE(exists(path(L"by step\\sub")));
 }
@@ -253,64 +218,61 @@ TEST_F(Tree, CopiesFolders) {
     make_folder(L"source\\sub \xD83D\xDE00");
     file(L"source\\sub \xD83D\xDE00\\a.txt", "copied");
     file(L"source\\b.txt", "too");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source + u"\\", path(L"copy\\")), u"0");
+    EXPECT_EQ(run(u"CopyFolder", u"", source + u"\\", path(L"copy\\")), u"0");
     EXPECT_EQ(contents(path(L"copy\\sub \xD83D\xDE00\\a.txt")), "copied");
     EXPECT_EQ(contents(path(L"source\\b.txt")), "too");
     EXPECT_EQ(step(u"Copy Folder", {source, make_folder(L"there")}), u"0");
     EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "too");
 
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, source), u"$$125");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"Source\\copy")), u"$$125");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"")), u"$$113");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, source), u"$$125");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"Source\\copy")), u"$$125");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, path()), u"$$113");
     EXPECT_FALSE(exists(path(L"source\\copy")));
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", path(L"source\\b.txt"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", u"", path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"CopyFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"CopyFolder", u"", path(L"source\\b.txt"), path(L"new")), u"$$-1407");
+    EXPECT_EQ(run(u"CopyFolder", u"", u"", path(L"new")), u"$$-1407");
     for (const wchar_t* bad : {L"new ", L"n*w"})
-        EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(bad)), u"$$-37");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, file(L"plain.txt")), u"$$-48");
+        EXPECT_EQ(run(u"CopyFolder", u"", source, path(bad)), u"$$-37");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, file(L"plain.txt")), u"$$-48");
 
     // Where nobody can be asked, nothing is replaced.
     start({.application_type = server});
     file(L"there\\source\\b.txt", "kept");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"there")), u"$$-48");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"there")), u"$$-48");
     EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "kept");
-    EXPECT_EQ(run(u"VlFile_CopyFolder", u"", source, path(L"by server")), u"0");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"by server")), u"0");
     EXPECT_EQ(contents(path(L"by server\\b.txt")), "too");
     const UniqueFile held = hold(path(L"source\\b.txt"));
-    EXPECT_NE(run(u"VlFile_CopyFolder", u"", source, path(L"incomplete")), u"0");
+    EXPECT_NE(run(u"CopyFolder", u"", source, path(L"incomplete")), u"0");
 }
 
 TEST_F(Tree, DeletesFolders) {
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", path(L"none")), u"$$-37");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"none")), u"$$-37");
+    EXPECT_EQ(run(u"DeleteFolder", u"", path(L"none")), u"$$-37");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"none")), u"$$-37");
     const std::u16string one = file(L"file.txt");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", one), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, one + u"\\"), u"$$-120");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"*")), u"$$-37");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", u""), u"$$-50");
+    EXPECT_EQ(run(u"DeleteFolder", u"", one), u"$$-120");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, one + u"\\"), u"$$-120");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"*")), u"$$-37");
     EXPECT_TRUE(exists(one));
 
     const std::u16string full = make_folder(L"full");
     const std::u16string inside = file(L"full\\a.txt");
     make_folder(L"full\\sub \xD83D\xDE00");
     file(L"full\\sub \xD83D\xDE00\\b.txt");
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"-forceDelete", full), u"$$-47");
-    EXPECT_EQ(step(u"Delete Folder", {full, option(0)}), u"$$-47");
+    EXPECT_EQ(run(u"DeleteFolder", u"-forceDelete", full), u"$$-47");
+    EXPECT_EQ(step(u"Delete Folder", {full, number(0)}), u"$$-47");
     EXPECT_TRUE(exists(inside));
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, full + u"\\"), u"0");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, full + u"\\"), u"0");
     EXPECT_FALSE(exists(full));
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", u"", make_folder(L"empty") + u"\\"), u"0");
+    EXPECT_EQ(run(u"DeleteFolder", u"", make_folder(L"empty") + u"\\"), u"0");
     EXPECT_EQ(step(u"Delete Folder", {make_folder(L"empty")}), u"0");
     EXPECT_FALSE(exists(path(L"empty")));
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, u"C:\\"), u"$$-47");
-    EXPECT_TRUE(exists(u"C:\\windows"));
 
     // What is in use stays and is reported.
     make_folder(L"used");
     const UniqueFile held = hold(file(L"used\\held.txt"));
     start({.application_type = server});
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(L"used")), u"$$-47");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"used")), u"$$-47");
     EXPECT_TRUE(exists(path(L"used\\held.txt")));
 }
 
@@ -319,12 +281,11 @@ TEST_F(Tree, NobodyConfirmsOnAServerHost) {
     const std::u16string inside = file(L"full\\a.txt");
     for (const std::uint8_t type : {server, server_sase}) {
         start({.application_type = type});
-        EXPECT_EQ(run(u"VlFile_DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
-                  u"$$-1");
-        EXPECT_EQ(step(u"Delete Folder", {full, option(1)}), u"$$-1");
+        EXPECT_EQ(run(u"DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full), u"$$-1");
+        EXPECT_EQ(step(u"Delete Folder", {full, number(1)}), u"$$-1");
         EXPECT_TRUE(exists(inside));
     }
-    EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, full), u"0");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, full), u"0");
     EXPECT_FALSE(exists(full));
 }
 
@@ -375,7 +336,7 @@ TEST_F(Tree, LinksAreNotFollowed) {
     // Wine cannot remove such a link; then nothing else is deleted either.
     const bool stays = runs_in_wine();
     for (const wchar_t* name : {L"full", L"link"}) {
-        EXPECT_EQ(run(u"VlFile_DeleteFolder", delete_all, path(name)), stays ? u"$$-47" : u"0");
+        EXPECT_EQ(run(u"DeleteFolder", delete_all, path(name)), stays ? u"$$-47" : u"0");
         EXPECT_EQ(exists(path(name)), stays);
         EXPECT_TRUE(exists(kept));
     }
@@ -385,18 +346,17 @@ TEST_F(Tree, LinksAreNotFollowed) {
 TEST_F(Tree, ExchangesFiles) {
     const std::u16string first = file(L"first \xD83D\xDE00.txt", "1");
     const std::u16string second = file(L"second.txt", "2");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"0");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"0");
     EXPECT_EQ(contents(first), "2");
     EXPECT_EQ(contents(second), "1");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, first), u"0");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", second, path(L"SECOND.txt")), u"0");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", first, first), u"0");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", second, path(L"SECOND.txt")), u"0");
     EXPECT_EQ(contents(second), "1");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", path(L"none"), second), u"$$-43");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, path(L"none")), u"$$-43");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, u""), u"$$-50");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", path(L"none"), second), u"$$-43");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", first, path(L"none")), u"$$-43");
     {
         const UniqueFile held = hold(second);
-        EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"$$-47");
+        EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"$$-47");
     }
     EXPECT_EQ(step(u"Exchange Files", {first, second}), u"0");
     EXPECT_EQ(contents(first), "1");
@@ -407,12 +367,8 @@ TEST_F(Tree, AnExchangeThatFailsHalfwayKeepsBothFiles) {
     const std::u16string first = file(L"first.txt", "1");
     const std::u16string second = file(L"second.a.txt", "2");
     const UniqueFile held = hold(first);
-    call(u"VlFile_Control", {Value(u"-AddToDebugLog=true")});
-    host::debug_log().take();
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"$$-47");
-    const std::string note = host::debug_log().take();
-    call(u"VlFile_Control", {Value(u"-AddToDebugLog=false")});
-    host::debug_log().take();
+    const std::string note =
+        notes_of([&] { EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"$$-47"); });
     EXPECT_TRUE(exists(first));
     EXPECT_FALSE(exists(second));
     std::wstring left;
@@ -439,12 +395,12 @@ TEST_F(Tree, ExchangesBetweenVolumesOnlyWhenAllowed) {
         DWORD done = 0;
         ASSERT_TRUE(WriteFile(other.get(), "2", 1, &done, nullptr));
     }
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"", first, second), u"$$-1303");
-    EXPECT_EQ(step(u"Exchange Files", {first, second, option(0)}), u"$$-1303");
-    EXPECT_EQ(run(u"VlFile_ExchangeFiles", u"-AllowDifferentVolumes", first, second), u"0");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"$$-1303");
+    EXPECT_EQ(step(u"Exchange Files", {first, second, number(0)}), u"$$-1303");
+    EXPECT_EQ(run(u"ExchangeFiles", u"-AllowDifferentVolumes", first, second), u"0");
     EXPECT_EQ(contents(first), "2");
     EXPECT_EQ(contents(second), "1");
-    EXPECT_EQ(step(u"Exchange Files", {first, second, option(1)}), u"0");
+    EXPECT_EQ(step(u"Exchange Files", {first, second, number(1)}), u"0");
     EXPECT_EQ(contents(first), "1");
     DeleteFileW(as_wide(second));
 }
@@ -472,7 +428,6 @@ struct Answer {
     WPARAM button;
     std::wstring text = {};
     std::wstring title = L"?";
-    std::atomic<bool> done = false;
 
     static BOOL CALLBACK look_at(HWND window, LPARAM argument) {
         auto& answer = *reinterpret_cast<Answer*>(argument);
@@ -492,12 +447,6 @@ struct Answer {
         PostMessageW(window, WM_COMMAND, answer.button, 0);
         return FALSE;
     }
-    static DWORD WINAPI watch(void* argument) {
-        auto& answer = *static_cast<Answer*>(argument);
-        for (int i = 0; i < 6000 && !answer.done; ++i, Sleep(10))
-            EnumWindows(look_at, reinterpret_cast<LPARAM>(argument));
-        return 0;
-    }
 };
 
 TEST_F(Tree, AsksBeforeContentsAreDeleted) {
@@ -505,19 +454,17 @@ TEST_F(Tree, AsksBeforeContentsAreDeleted) {
     const std::wstring name = L"A name of twenty-four ch\xD83D\xDE00 and more";
     const std::u16string full = make_folder(name);
     const std::u16string inside = file(name + L"\\a.txt");
-    const HWND probe = CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr,
-                                     nullptr, nullptr, nullptr);
-    if (!probe)
+    if (!TestWindow().get())
         GTEST_SKIP() << "no display";
-    DestroyWindow(probe);
     for (const bool agree : {false, true}) {
         Answer answer{.button = agree ? WPARAM{IDOK} : WPARAM{IDCANCEL}};
-        const UniqueHandle watcher(CreateThread(nullptr, 0, Answer::watch, &answer, 0, nullptr));
-        EXPECT_EQ(agree ? step(u"Delete Folder", {full, option(1)})
-                        : run(u"VlFile_DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
-                  agree ? u"0" : u"$$-1");
-        answer.done = true;
-        WaitForSingleObject(watcher.get(), INFINITE);
+        {
+            const Watcher user(
+                [&] { EnumWindows(Answer::look_at, reinterpret_cast<LPARAM>(&answer)); });
+            EXPECT_EQ(agree ? step(u"Delete Folder", {full, number(1)})
+                            : run(u"DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
+                      agree ? u"0" : u"$$-1");
+        }
         EXPECT_EQ(answer.title, L"");
         EXPECT_EQ(answer.text,
                   L"Do you really want to delete the folder \"A name of twenty-four ch\" and its "

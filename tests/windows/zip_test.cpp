@@ -1,23 +1,12 @@
 // Archives on real disks, through the host.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "tests/windows/plugin_fixture.h"
 
 namespace vell::test {
 namespace {
 
-class Archives : public Plugin {
+class Archives : public PluginWithFolder {
   protected:
-    Archives() {
-        start();
-        make_folder(L"in");
-        make_folder(L"in\\.point");
-        make_folder(L"out");
-    }
-    void make_folder(const std::wstring& name) const {
-        ASSERT_TRUE(CreateDirectoryW(folder.path(name).c_str(), nullptr));
-    }
-    std::u16string path(std::wstring_view name) const { return to_utf16(folder.path(name)); }
+    Archives() { folder.subfolder(L"out"); }
     std::u16string create(const std::u16string& source, const std::u16string& target) {
         return call(u"VlFile_CreateZip", {u"", Value(source), Value(target)});
     }
@@ -46,33 +35,22 @@ class Archives : public Plugin {
         number(0, 6);
         return folder.file(L"made.zip", bytes);
     }
-
-    TemporaryFolder folder;
 };
 
 TEST_F(Archives, KeepNamesContentsAndTimes) {
     const std::wstring name = L"gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.txt";
     folder.file(L"in\\" + name, std::string(100'000, 'x'));
-    folder.file(L"in\\.point\\hidden.lnk", "12");
-    SetFileAttributesW(folder.path(L"in\\.point\\hidden.lnk").c_str(), FILE_ATTRIBUTE_HIDDEN);
+    SetFileAttributesW(as_wide(folder.file(L"in\\.point\\hidden.lnk", "12")),
+                       FILE_ATTRIBUTE_HIDDEN);
     // A path beyond 260 characters, whose archive name is as long.
-    std::wstring deep = L"in";
-    for (int i = 0; i < 5; ++i) {
-        deep += L"\\" + std::wstring(60, L'd');
-        ASSERT_TRUE(CreateDirectoryW((L"\\\\?\\" + folder.path(deep)).c_str(), nullptr));
-    }
-    CloseHandle(CreateFileW((L"\\\\?\\" + folder.path(deep + L"\\f")).c_str(), GENERIC_WRITE, 0,
-                            nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-    const UniqueFile others(CreateFileW(folder.path(L"in\\" + name).c_str(), GENERIC_READ,
-                                        FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    folder.file(L"in\\" + deep_name + L"f", "");
+    const UniqueFile others = open_file(path(L"in\\" + name), GENERIC_READ, FILE_SHARE_READ);
     EXPECT_EQ(create(path(L"in"), path(L"in\\archive.zip")), u"0"); // within itself
     EXPECT_EQ(expand(u"", L"in\\archive.zip"), u"0");
-    EXPECT_EQ(read_file(folder.path(L"out\\in\\" + name)), std::string(100'000, 'x'));
-    EXPECT_EQ(read_file(folder.path(L"out\\in\\.point\\hidden.lnk")), "12");
-    EXPECT_NE(GetFileAttributesW((L"\\\\?\\" + folder.path(L"out\\" + deep + L"\\f")).c_str()),
-              INVALID_FILE_ATTRIBUTES);
-    EXPECT_EQ(GetFileAttributesW(folder.path(L"out\\in\\archive.zip").c_str()),
-              INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(contents(L"out\\in\\" + name), std::string(100'000, 'x'));
+    EXPECT_EQ(contents(L"out\\in\\.point\\hidden.lnk"), "12");
+    EXPECT_TRUE(exists(u"\\\\?\\" + path(L"out\\in\\" + deep_name + L"f")));
+    EXPECT_FALSE(exists(path(L"out\\in\\archive.zip")));
     WIN32_FILE_ATTRIBUTE_DATA before, after;
     GetFileAttributesExW(folder.path(L"in\\" + name).c_str(), GetFileExInfoStandard, &before);
     GetFileAttributesExW(folder.path(L"out\\in\\" + name).c_str(), GetFileExInfoStandard, &after);
@@ -82,10 +60,9 @@ TEST_F(Archives, KeepNamesContentsAndTimes) {
     const std::int64_t lost = seconds(before.ftLastWriteTime) - seconds(after.ftLastWriteTime);
     EXPECT_TRUE(lost == 0 || lost == 1) << lost; // an even number of seconds is kept
 
-    const UniqueFile own(CreateFileW(folder.path(L"in\\own").c_str(), GENERIC_WRITE, 0, nullptr,
-                                     CREATE_NEW, 0, nullptr));
+    const UniqueFile own = open_file(folder.file(L"in\\own", ""), GENERIC_WRITE);
     EXPECT_EQ(create(path(L"in"), path(L"b.zip")), u"$$-54");
-    EXPECT_EQ(GetFileAttributesW(folder.path(L"b.zip").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_FALSE(exists(path(L"b.zip")));
     EXPECT_EQ(create(path(L"in"), path(L"none\\b.zip")), u"$$-4402");
     EXPECT_EQ(create(path(L"in"), path(L"b?.zip")), u"$$-208");
 }
@@ -102,16 +79,14 @@ TEST_F(Archives, ReadNamesInTheirCodePage) {
 
 TEST_F(Archives, ReplaceFilesThatOthersHaveOpenButNotThemselves) {
     archive({"a", "made.zip"});
-    const std::string before = read_file(folder.path(L"made.zip"));
-    folder.file(L"a", "old");
-    const UniqueFile others(CreateFileW(folder.path(L"a").c_str(), GENERIC_READ,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                                        0, nullptr));
+    const std::string before = contents(L"made.zip");
+    const UniqueFile others =
+        open_file(folder.file(L"a", "old"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
     EXPECT_EQ(call(u"VlFile_UnZip",
                    {u"-OverwriteExisting -DontCreateArchiveFolder", Value(path(L"made.zip"))}),
               u"$$-4281");
-    EXPECT_EQ(read_file(folder.path(L"a")), "");
-    EXPECT_EQ(read_file(folder.path(L"made.zip")), before);
+    EXPECT_EQ(contents(L"a"), "");
+    EXPECT_EQ(contents(L"made.zip"), before);
 }
 
 TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
@@ -128,10 +103,10 @@ TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
         archive({name});
         EXPECT_EQ(expand(u"", L"made.zip"), u"$$-37") << name;
     }
-    EXPECT_EQ(GetFileAttributesW(folder.path(L"x").c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_FALSE(exists(path(L"x")));
     archive({"C:\\x:y", "/\x01"});
     EXPECT_EQ(expand(u"-DontCreateArchiveFolder", L"made.zip"), u"$$-208");
-    EXPECT_EQ(read_file(folder.path(L"out\\C_\\x_y")), "");
+    EXPECT_EQ(contents(L"out\\C_\\x_y"), "");
 }
 
 } // namespace

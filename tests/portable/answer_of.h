@@ -1,0 +1,26 @@
+// What a function answers to a call, as text.
+#pragma once
+
+#include "tests/portable/fake_call.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vell::testing {
+
+// The result in UTF-8 of a call that is done, or the number of its error behind "$$".
+inline std::string answer_of(const FakeCall& call, const Result<void>& done) {
+    EXPECT_EQ(call.result().has_value(), done.has_value());
+    return done ? utf8_from_utf16(call.result().value_or(u"<no result>"))
+                : "$$" + std::to_string(number(done.error()));
+}
+template <typename Function>
+std::string answer_of(std::vector<std::u16string> parameters, const Function& function) {
+    FakeCall call(std::move(parameters));
+    return answer_of(call, function(call));
+}
+
+} // namespace vell::testing
