@@ -57,7 +57,7 @@ void run_task(void* argument) {
     }
 }
 
-// The guard around the dispatcher stands on the caller's stack, where no handler is looked for now.
+// The guard around the dispatcher stands on the caller's stack, out of reach from this one.
 void WINAPI fiber_start(void* argument) {
     guarded_call(run_task, argument);
     SwitchToFiber(static_cast<Task*>(argument)->caller); // for good: returning would end the thread
