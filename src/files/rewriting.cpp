@@ -98,11 +98,9 @@ Result<RewrittenFile> rewritten_file(Call& call, std::size_t source_index,
                                      std::size_t destination_index) {
     RewrittenFile file;
     file.source = VELL_TRY(call.path(source_index));
-    if (call.text(destination_index).empty())
-        return file;
-    NativePath destination = VELL_TRY(call.path(destination_index));
-    if (call.text(destination_index) != call.text(source_index))
-        file.destination = std::move(destination);
+    const std::u16string destination = call.text(destination_index);
+    if (!destination.empty() && destination != call.text(source_index))
+        file.destination = VELL_TRY(call.path(destination_index));
     return file;
 }
 
