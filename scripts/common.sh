@@ -59,7 +59,7 @@ build() {
         tail -30 "$log" >&2
         die "A part of the source could not be fetched; the whole output is in build/$preset.log"
     }
-    if [ "$preset" = windows ]; then # its own words go to the terminal: it may take minutes
+    if [ "$preset" = release ] || [ "$preset" = windows ]; then # its own words go to the terminal: it may take minutes
         "$root/scripts/poppler.sh" >/dev/null || die "Poppler could not be built"
     fi
     if [ ! -f "$root/build/$preset/build.ninja" ]; then

@@ -138,8 +138,11 @@ Result<void> read_png_xmp(BufferedReader& file, TextEncoding source, MetadataTex
         if (found || length < keyword.size() ||
             VELL_TRY(file.read_bytes(keyword.size())) != keyword)
             return {};
-        const std::string chunk = VELL_TRY(read_whole(file, length - keyword.size()));
-        append_xmp_packet(VELL_TRY(international_text(chunk)), source, text);
+        // Not moved out of its result: GCC 12 takes a short string's bytes for uninitialised then.
+        const Result<std::string> chunk = read_whole(file, length - keyword.size());
+        if (!chunk)
+            return Failure{chunk.error()};
+        append_xmp_packet(VELL_TRY(international_text(*chunk)), source, text);
         found = true;
         return {};
     };
