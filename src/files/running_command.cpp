@@ -59,6 +59,7 @@ Result<void> collect_output(RunningCommand& command, const CommandSettings& sett
                             CommandOutput& output) {
     std::uint64_t now = command.milliseconds();
     Ticks deadline = ticks_at(now) + settings.time_limit;
+    const Ticks longest_silence = std::max(settings.time_limit, ticks_per_second);
     // Looks at the output that follow each other at once are one pass.
     std::uint64_t next_pass = now;
     Pause pause;
@@ -68,7 +69,7 @@ Result<void> collect_output(RunningCommand& command, const CommandSettings& sett
         pause.next(received);
         now = command.milliseconds();
         if (received && now >= next_pass) {
-            deadline += ticks_per_second;
+            deadline = std::min(deadline + ticks_per_second, ticks_at(now) + longest_silence);
             next_pass = now + longest_pause;
         }
         if (ticks_at(now) > deadline)

@@ -46,13 +46,17 @@ class RunningCommand {
     virtual Result<std::size_t> read(std::span<char> buffer) = 0;
 };
 
+// What stands before a command in the command line of the system's interpreter.
+inline constexpr std::u16string_view interpreter_call = u"cmd /c ";
+
 // Starts the system's command interpreter with this command.
 using CommandStarter = std::function<Result<std::unique_ptr<RunningCommand>>(
     const std::u16string& command, const CommandSettings& settings)>;
 
 // Reads the output until the command has ended and, for wait_after_exit at most, until nobody else
 // writes to it. TimeLimitPassed; output moves the limit one second on, so that a command which
-// keeps writing is not cut off.
+// keeps writing is not cut off, but behind its last output there is never more than the limit, or a
+// second where the limit is shorter.
 Result<void> collect_output(RunningCommand& command, const CommandSettings& settings,
                             CommandOutput& output);
 

@@ -13,6 +13,7 @@ using params::SwitchSet;
 using params::TextEncoding;
 
 constexpr std::size_t switches_read = 1000;
+constexpr std::size_t longest_command_line = 8191; // that the interpreter takes
 constexpr Ticks longest_seconds = 86'400;
 constexpr Ticks longest_ticks = longest_seconds * ticks_per_second;
 
@@ -72,6 +73,8 @@ Result<void> execute_shell(Call& call, const CommandStarter& start) {
     const std::u16string command = call.text(1);
     if (command.find(u'\0') != std::u16string::npos)
         return Failure{ErrorCode::BadParameter}; // the system would run what stands before it
+    if (interpreter_call.size() + command.size() > longest_command_line)
+        return Failure{ErrorCode::BadParameter}; // it would run nothing and print nothing
     const std::unique_ptr<RunningCommand> running = VELL_TRY(start(command, settings));
     if (!settings.wait_on_result) {
         call.set_done();

@@ -13,7 +13,8 @@ namespace vell::files {
 // given. In the step its options stand in their place.
 //
 // TimeLimitOutOfRange, also for a limit without a number; TimeLimitPassed, the command goes on
-// then; SystemFolderUnknown; BadParameter for a command with a zero character; codes of the system.
+// then; SystemFolderUnknown; BadParameter for a command with a zero character, and for one that the
+// interpreter has no room for; codes of the system.
 Result<void> execute_shell(params::Call& call, const CommandStarter& start);
 Result<void> execute_shell(params::Call& call);
 

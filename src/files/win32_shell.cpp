@@ -178,7 +178,7 @@ Result<std::unique_ptr<RunningCommand>> start_command(const std::u16string& comm
     info.lpAttributeList = inherited.list();
 
     UniqueHandle process =
-        VELL_TRY(create_process(interpreter, L"cmd /c " + to_wide(command), info));
+        VELL_TRY(create_process(interpreter, to_wide(interpreter_call) + to_wide(command), info));
     // This function's ends of the pipes go with it: the command finds its input at its end, and the
     // output ends when nobody else writes to it.
     return std::unique_ptr<RunningCommand>(

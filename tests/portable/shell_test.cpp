@@ -122,15 +122,20 @@ TEST(RunningCommand, OutputMovesTheLimitOneSecondOn) {
         lines.push_back({1000 * i, "line\n"});
     FakeCommand steady(30'000, lines);
     EXPECT_EQ(output_of(steady, short_limit).size(), 30u * 6); // "line\r\n"
-    // Two outputs give two seconds' worth of ticks more, then it is over.
-    FakeCommand then_silent(FakeCommand::never, {{0, "a"}, {1000, "b"}});
-    EXPECT_EQ(output_of(then_silent, short_limit), u"-4230");
-    EXPECT_GE(then_silent.now, 6100u);
-    EXPECT_LT(then_silent.now, 6120u);
+    // However much there was, the limit passes behind the last output, or a second does: of 60
+    // ticks it takes the clock two seconds, of 30 and less as long, of 150 five.
+    lines.erase(lines.begin() + 10, lines.end());
+    for (const auto& [limit, over] : {std::pair{60, 11'100u}, {30, 11'100u}, {150, 14'100u}}) {
+        FakeCommand then_silent(FakeCommand::never, lines);
+        EXPECT_EQ(output_of(then_silent, {.time_limit = limit}), u"-4230");
+        EXPECT_GE(then_silent.now, over);
+        EXPECT_LT(then_silent.now, over + 20);
+    }
     // What is read without a pause counts once.
-    FakeCommand burst(FakeCommand::never, {{0, std::string(100'000, 'x')}, {1, "y"}});
-    EXPECT_EQ(output_of(burst, short_limit), u"-4230");
-    EXPECT_LT(burst.now, 4120u);
+    FakeCommand burst(FakeCommand::never, {{3000, std::string(100'000, 'x')}, {3001, "y"}});
+    EXPECT_EQ(output_of(burst, {.time_limit = 150}), u"-4230");
+    EXPECT_GE(burst.now, 7100u);
+    EXPECT_LT(burst.now, 7120u);
 }
 
 TEST(RunningCommand, ReadsALotWithoutWaiting) {
@@ -241,6 +246,11 @@ TEST(ExecuteShell, RefusesWhatItCannotRun) {
     EXPECT_EQ(run(too_few).result, u"-50");
     testing::FakeCall cut({u"", std::u16string(u"echo a\0b", 8)});
     EXPECT_EQ(run(cut).result, u"-50");
+    // "cmd /c " counts, too.
+    for (const auto& [length, result] : {std::pair(8184, u"0"), {8185, u"-50"}}) {
+        testing::FakeCall call({u"-DontWaitOnResult", std::u16string(length, u'x')});
+        EXPECT_EQ(run(call).result, result) << length;
+    }
     testing::FakeCall refused({u"", u"x"});
     const auto start = [](const std::u16string&, const CommandSettings&) {
         return Result<std::unique_ptr<RunningCommand>>(Failure{ErrorCode::SystemFolderUnknown});

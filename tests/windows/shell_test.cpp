@@ -91,6 +91,12 @@ TEST_F(Shell, LetsACommandWriteForLongerThanItsLimit) {
     EXPECT_EQ(run(u"-TimeoutTicks=150", command + u"echo end"), printed + u"end\r");
 }
 
+TEST_F(Shell, TakesCommandsAsLongAsTheInterpreterDoes) {
+    const std::u16string text(8184 - 5, u'x');
+    EXPECT_EQ(run(u"", u"echo " + text), text + u"\r");
+    EXPECT_EQ(run(u"", u"echo " + text + u"x"), u"$$-50");
+}
+
 TEST_F(Shell, DoesNotWaitWhenToldNotTo) {
     const std::u16string slow = pause(4) + u"&echo text&echo done>" + quoted(L"done.txt");
     EXPECT_EQ(run(u"-DontWaitOnResult", slow), u"0");
