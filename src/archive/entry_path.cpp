@@ -44,6 +44,13 @@ void replace_characters(std::u16string& name) {
 
 } // namespace
 
+std::u16string without_device_name(std::u16string_view name) {
+    std::u16string result(name);
+    if (files::is_device_name(name))
+        result.insert(std::min(result.find(u'.'), result.size()), 1, u'_');
+    return result;
+}
+
 std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encoding,
                             NameDecoder decode) {
     std::string_view name = entry.name;
@@ -76,9 +83,9 @@ Result<std::u16string> entry_path(const EntryInfo& entry, std::u16string name) {
     const auto append = [&](std::u16string_view part) {
         if (part.empty() || part == u".")
             return true;
-        if (is_dots_and_blanks(part) || files::is_device_name(part)) // ".." among them
+        if (is_dots_and_blanks(part)) // ".." among them
             return false;
-        path.append(path.empty() ? u"" : u"\\").append(part);
+        path.append(path.empty() ? u"" : u"\\").append(without_device_name(part));
         return true;
     };
     if (!all_names(std::u16string_view(name), append))

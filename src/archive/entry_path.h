@@ -21,12 +21,15 @@ using NameDecoder = std::u16string (*)(std::string_view bytes, params::TextEncod
 std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encoding,
                             NameDecoder decode);
 
+// The name itself, or for a device's such as "aux.c" one with "_" behind its stem: "aux_.c".
+std::u16string without_device_name(std::u16string_view name);
+
 // The path of an entry below the target folder, names separated by "\", without one at its end.
 // Characters that no file name can hold become "_", as do blanks before a separator and at the end;
-// empty names and "." are left out. Empty for a folder's entry of nothing else ("./"), which stands
-// for the target folder itself. BadName when the name as stored in the archive, or what became of
-// it, has a ".." between separators of either kind, a name of dots and blanks only, a device's
-// name, or a zero character, and for a file that has no name of its own.
+// empty names and "." are left out, and devices' names are changed. Empty for a folder's entry of
+// nothing else ("./"), which stands for the target folder itself. BadName when the name as stored
+// in the archive, or what became of it, has a ".." between separators of either kind, a name of
+// dots and blanks only, or a zero character, and for a file that has no name of its own.
 Result<std::u16string> entry_path(const EntryInfo& entry, std::u16string name);
 
 } // namespace vell::archive

@@ -13,6 +13,10 @@ constexpr Failure failed{ErrorCode::ExtractionFailed};
 constexpr std::size_t piece_size = 65'536;
 constexpr std::size_t deflate64_piece_size = 32'768;
 
+bool has_data(const EntryInfo& entry) {
+    return !entry.is_folder && entry.uncompressed_size != 0;
+}
+
 // Counts and checks what a decoder gives, and hands it on.
 class CheckedSink {
   public:
@@ -74,11 +78,40 @@ Result<std::uint64_t> ZipReader::find_data(const EntryInfo& entry) {
     return start;
 }
 
+Result<void> ZipReader::check_overlaps() {
+    constexpr std::uint32_t see_zip64 = 0xFFFF'FFFF;
+    struct Place {
+        std::uint32_t offset;
+        std::uint32_t index;
+    };
+    std::vector<Place> places;
+    for (std::uint32_t i = 0; i < entry_count(); ++i) {
+        const EntryInfo entry = *this->entry(i);
+        // Sizes that stand in a Zip64 block alone are not known, and so there is no extraction.
+        const bool is_unknown =
+            entry.compressed_size == see_zip64 && entry.uncompressed_size == see_zip64;
+        if (has_data(entry) && !is_unknown)
+            places.push_back({entry.local_header_offset, i});
+    }
+    std::ranges::sort(places, {}, &Place::offset);
+    std::uint64_t free_from = 0;
+    for (const Place& place : places) {
+        const EntryInfo entry = *this->entry(place.index);
+        const auto start = find_data(entry);
+        if (!start)
+            continue;
+        if (place.offset < free_from)
+            return Failure{ErrorCode::CorruptStructure};
+        free_from = *start + entry.compressed_size;
+    }
+    return {};
+}
+
 Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
     const auto entry = this->entry(index);
     if (!entry)
         return failed;
-    if (entry->is_folder || entry->uncompressed_size == 0)
+    if (!has_data(*entry))
         return {};
     if (has(entry->flags, EntryFlag::Encrypted) || has(entry->flags, EntryFlag::PatchedData))
         return failed;

@@ -156,7 +156,7 @@ Result<void> Expansion::choose_target(const NativePath& destination) {
     std::u16string_view name = files::last_name(archive_.wide);
     name = name.substr(0, name.rfind(u'.'));
     name = name.substr(0, name.find_last_not_of(u". ") + 1); // Windows would cut them off
-    const NativePath folder = joined(target_, name);
+    const NativePath folder = joined(target_, without_device_name(name));
     VELL_TRY(make_archive_folder(folder));
     if (!name.empty() && system_.is_link(folder))
         return Failure{ErrorCode::BadName};
@@ -229,6 +229,7 @@ Result<void> unzip(Call& call, ArchiveSystem& system, NameDecoder decode) {
     const NativePath archive = VELL_TRY(archive_path(call, system.files()));
     const NativePath destination = VELL_TRY(destination_folder(call, system, archive));
     ZipReader reader = VELL_TRY(open_archive(system, archive));
+    VELL_TRY(reader.check_overlaps());
     Expansion expansion(system, archive, reader, options, decode);
     VELL_TRY(expansion.choose_target(destination));
     VELL_TRY(expansion.run());

@@ -28,6 +28,10 @@ class Win32ArchiveSystem : public ArchiveSystem {
     }
 
     Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
+        // Windows itself refuses such a file, but Wine may empty it.
+        const DWORD attributes = GetFileAttributesW(win32_path(path).c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0)
+            return Failure{ErrorCode::Busy};
         return opened(path, GENERIC_WRITE, CREATE_ALWAYS);
     }
 

@@ -26,7 +26,8 @@ inline Result<void> create_zip(params::Call& call) {
 // there already; "-Encoding=" tells how names are written that are not UTF-8.
 //
 // The first entry that fails ends the expansion; what has been expanded stays. Nothing is written
-// outside the target folder or through a link inside it (BadName).
+// outside the target folder or through a link inside it (BadName), and nothing at all from an
+// archive whose entries share bytes (CorruptStructure).
 Result<void> unzip(params::Call& call, ArchiveSystem& system, NameDecoder decode);
 
 // VlFile_GetZipInfo( switches ; zipFilePath ): the names in an archive, a line end behind each.

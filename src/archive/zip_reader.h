@@ -48,6 +48,11 @@ class ZipReader {
     // In the order of the central directory; nullopt beyond the last.
     std::optional<EntryInfo> entry(std::uint32_t index) const;
 
+    // CorruptStructure when two entries share bytes of the archive, header or data. Looks at each
+    // local header once. Folders, empty entries and such as could not be extracted anyway have no
+    // place. Not part of opening: the names can be told all the same.
+    Result<void> check_overlaps();
+
     // Folders and empty entries succeed without data. ExtractionFailed for damaged, encrypted and
     // unsupported entries, and when the sink fails.
     Result<void> extract(std::uint32_t index, const EntrySink& sink);

@@ -47,6 +47,16 @@ TEST(EntryPath, StaysInTheTargetFolder) {
         {"CON:", u"CON_"},
         {"a/./", u"a"},
         {"/.//", u""}, // the target folder itself
+        // What Windows takes for a device gets a name of its own.
+        {"CON", u"CON_"},
+        {"src/aux.c", u"src\\aux_.c"},
+        {"aux/nul.tar.gz", u"aux_\\nul_.tar.gz"},
+        {"PRN .x", u"PRN _.x"},
+        {"COM1", u"COM1_"},
+        {"lpt9.a.b", u"lpt9_.a.b"},
+        {"COM\xB9", u"COM\u00B9_"},
+        {"conout$.x", u"conout$_.x"},
+        {"nul.", u"nul_."},
     };
     for (const auto& [name, path] : names)
         EXPECT_EQ(path_of(name), path) << name;
@@ -55,11 +65,9 @@ TEST(EntryPath, StaysInTheTargetFolder) {
 TEST(EntryPath, RefusesWhatNamesSomethingElse) {
     using namespace std::string_view_literals;
     constexpr std::string_view names[] = {
-        ""sv,          "\\"sv,      "."sv,         ".\\"sv,    "a/."sv,      "../"sv,
-        "../a"sv,      "a/../b"sv,  "a\\..\\b"sv,  "a/.."sv,   "..\\"sv,     "/..\\a"sv,
-        "..."sv,       "a/.../b"sv, ". ./a"sv,     "a/ ./b"sv, "CON"sv,      "con.txt"sv,
-        "a/NUL"sv,     "aux/b"sv,   "PRN .x"sv,    "COM1"sv,   "lpt9.a.b"sv, "COM\xB9"sv,
-        "LPT\xB3.x"sv, "CONIN$"sv,  "conout$.x"sv, "a\0b"sv,   "nul."sv,
+        ""sv,     "\\"sv,      "."sv,        ".\\"sv,    "a/."sv,      "../"sv,
+        "../a"sv, "a/../b"sv,  "a\\..\\b"sv, "a/.."sv,   "..\\"sv,     "/..\\a"sv,
+        "..."sv,  "a/.../b"sv, ". ./a"sv,    "a/ ./b"sv, "con/../x"sv, "a\0b"sv,
     };
     for (const std::string_view name : names)
         EXPECT_EQ(path_of(name), u"<bad>") << name;

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <cstring>
+
 namespace vell::archive {
 namespace {
 
@@ -245,9 +247,67 @@ TEST(ZipReader, FailsWithTheSinkAndTheFile) {
     }
 }
 
+// Entries of an archive by the bytes that they take: each begins at an offset with a local header
+// of 30 bytes, an extra field, and its data.
+TEST(ZipReader, KnowsEntriesThatShareBytes) {
+    struct Part {
+        std::uint32_t offset;
+        std::uint16_t extra;
+        std::uint32_t data;
+        const char* name = "f";
+        std::uint32_t uncompressed = 1;
+    };
+    const auto is_sound = [](const std::vector<Part>& parts) {
+        std::string bytes(400, '\0');
+        std::string directory;
+        for (const Part& part : parts) {
+            LocalFileHeader local;
+            local.extra_field_length = part.extra;
+            std::string header;
+            local.write(header);
+            bytes.replace(part.offset, header.size(), header);
+            CentralDirectoryHeader central;
+            central.method = 8;
+            central.compressed_size = part.data;
+            central.uncompressed_size = part.uncompressed;
+            central.local_header_offset = part.offset;
+            central.file_name_length = static_cast<std::uint16_t>(std::strlen(part.name));
+            central.write(directory);
+            directory += part.name;
+        }
+        EndOfCentralDirectory end;
+        end.entries_on_disk = end.total_entries = static_cast<std::uint16_t>(parts.size());
+        end.directory_size = static_cast<std::uint32_t>(directory.size());
+        end.directory_offset = static_cast<std::uint32_t>(bytes.size());
+        bytes += directory;
+        end.write(bytes);
+        auto reader = open(bytes);
+        EXPECT_TRUE(reader);
+        return reader && reader->check_overlaps().has_value();
+    };
+    EXPECT_TRUE(is_sound({{100, 10, 60}, {0, 0, 70}, {200, 0, 100}})); // in any order
+    EXPECT_TRUE(is_sound({{0, 0, 10}, {60, 0, 10}}));                  // between them a descriptor
+    EXPECT_FALSE(is_sound({{0, 0, 70}, {0, 0, 70}}));
+    EXPECT_FALSE(is_sound({{0, 0, 71}, {100, 0, 60}}));
+    EXPECT_FALSE(is_sound({{100, 0, 60}, {0, 1, 70}}));
+    EXPECT_FALSE(is_sound({{0, 0, 300}, {40, 0, 10}, {200, 0, 10}}));
+    EXPECT_FALSE(is_sound({{0, 200, 50}, {100, 100, 50}})); // extra fields that quote headers
+    // What gives no data takes no place, nor does what lies beyond the archive.
+    EXPECT_TRUE(is_sound({{0, 0, 70}, {0, 0, 70, "f/"}, {0, 0, 2, "f", 0}, {0, 0, 0, "f", 0}}));
+    EXPECT_TRUE(is_sound({{0, 0, 70}, {50, 60'000, 70}}));
+    // However many there are.
+    Archive counted;
+    counted.end.total_entries = counted.end.entries_on_disk = 70'000 - 65'536;
+    auto many = open(counted.bytes(70'000));
+    ASSERT_TRUE(many);
+    EXPECT_EQ(many->check_overlaps().error(), ErrorCode::CorruptStructure);
+}
+
 // Extracts everything; of each entry only the beginning where not all is wanted.
 void take_apart(const std::string& bytes, std::size_t most) {
     auto reader = open(bytes);
+    if (reader)
+        static_cast<void>(reader->check_overlaps());
     for (std::uint32_t i = 0; reader && i < reader->entry_count(); ++i) {
         const std::uint32_t recorded = reader->entry(i)->uncompressed_size;
         static_cast<void>(reader->extract(i, [&](std::uint64_t offset, std::string_view piece) {

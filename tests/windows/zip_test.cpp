@@ -89,6 +89,14 @@ TEST_F(Archives, ReplaceFilesThatOthersHaveOpenButNotThemselves) {
     EXPECT_EQ(contents(L"made.zip"), before);
 }
 
+TEST_F(Archives, LeaveReadOnlyFilesAlone) {
+    archive({"a"});
+    SetFileAttributesW(as_wide(folder.file(L"out\\a", "old")), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(expand(u"-OverwriteExisting", L"made.zip"), u"$$-4281");
+    EXPECT_EQ(contents(L"out\\a"), "old");
+    SetFileAttributesW(folder.path(L"out\\a").c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
 TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
     archive({"A.txt", "a.TXT", "a.txt."});
     EXPECT_EQ(expand(u"", L"made.zip"), u"0"); // the later ones take the place of the first
@@ -99,11 +107,14 @@ TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
         files += found.cFileName[0] != L'.';
     while (FindNextFileW(search.get(), &found));
     EXPECT_EQ(files, 1);
-    for (const char* name : {"..\\x", "nul", "sub/../../x", "CON.txt"}) {
+    for (const char* name : {"..\\x", "sub/../../x", "con/../x"}) {
         archive({name});
         EXPECT_EQ(expand(u"", L"made.zip"), u"$$-37") << name;
     }
     EXPECT_FALSE(exists(path(L"x")));
+    archive({"CON.txt", "src/aux.c"});
+    EXPECT_EQ(expand(u"-DontCreateArchiveFolder", L"made.zip"), u"0");
+    EXPECT_TRUE(exists(path(L"out\\CON_.txt")) && exists(path(L"out\\src\\aux_.c")));
     archive({"C:\\x:y", "/\x01"});
     EXPECT_EQ(expand(u"-DontCreateArchiveFolder", L"made.zip"), u"$$-208");
     EXPECT_EQ(contents(L"out\\C_\\x_y"), "");
