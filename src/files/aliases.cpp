@@ -166,8 +166,8 @@ Result<void> create_alias(Call& call, FileSystem& files, ShellLinks& links) {
             return Failure{ErrorCode::DifferentVolumes};
         bytes = VELL_TRY(with_relative_target(bytes, *way));
     }
-    VELL_TRY(
-        write_whole_file(files, alias, replace, [&](File& file) { return file.write(bytes); }));
+    VELL_TRY(write_whole_file(call, files, alias, replace,
+                              [&](File& file) { return file.write(bytes); }));
     call.set_done();
     return {};
 }

@@ -32,7 +32,7 @@ Result<void> export_to_file(Call& call, FileSystem& files) {
         return Failure{ErrorCode::AlreadyExists};
     VELL_TRY(check_new_name(target.wide));
 
-    VELL_TRY(write_whole_file(files, target, replace,
+    VELL_TRY(write_whole_file(call, files, target, replace,
                               [&](File& file) { return write_source(call, file, text); }));
     call.set_done();
     return {};

@@ -50,7 +50,8 @@ class FileSystem {
   public:
     virtual ~FileSystem() = default;
 
-    // Opens an existing file without sharing: Busy while anything else has it open. Never creates.
+    // Opens an existing file without sharing: Busy while anything else has it open, and for writing
+    // one that is read-only. Never creates.
     virtual Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) = 0;
     // Makes an empty file; AlreadyExists when there is anything of that name.
     virtual Result<void> create_new(const NativePath& path) = 0;
@@ -59,13 +60,18 @@ class FileSystem {
     virtual ItemKind kind_of(const NativePath& path) = 0;
     // Whether both paths lead to one file that exists, however they are written.
     virtual bool is_same_file(const NativePath& a, const NativePath& b) = 0;
-    // AlreadyExists when there is a target and it may not be replaced.
+    // AlreadyExists when there is a target and it may not be replaced. The copy of a read-only file
+    // is not read-only, so that it can be removed.
     virtual Result<void> copy(const NativePath& source, const NativePath& target,
                               Replace replace) = 0;
     // Gives a file another name on its volume, in one step: whatever looks at the target finds the
     // old file or the new one. AlreadyExists when there is a target and it may not be replaced.
     virtual Result<void> rename(const NativePath& source, const NativePath& target,
                                 Replace replace) = 0;
+    // Puts a file in the place of another, which is there, and under its name. What is not contents
+    // stays that of the target as far as the volume can: permissions, attributes, the time of its
+    // creation, further streams. A failure leaves the source, and mostly the target as well.
+    virtual Result<void> replace(const NativePath& source, const NativePath& target) = 0;
     virtual Result<void> remove(const NativePath& path) = 0;
     // A name for a temporary file: "VELLTEMP{<UUID>}.tmp" in the system's temporary folder, with
     // another extension where one is given (at most 100 characters are taken). Nothing is made.

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <optional>
 
 namespace vell::files {
 namespace {
@@ -49,8 +48,7 @@ Result<void> rewrite_in_place(Call& call, FileSystem& files, const NativePath& p
                               const RewritingWork& work) {
     const WriteTurn turn = VELL_TRY(WriteTurn::take(path));
     // A file that may not be written is not worth a copy.
-    const std::unique_ptr<File> probe = VELL_TRY(files.open(path, Permission::Write));
-    VELL_TRY(probe->close());
+    VELL_TRY(check_writable(files, path));
     KeptCopy copy(call, files, VELL_TRY(make_temporary_copy(files, path)));
     {
         const std::unique_ptr<File> from = VELL_TRY(files.open(copy.path(), Permission::Read));
@@ -85,13 +83,6 @@ Result<void> rewrite_to_new(FileSystem& files, const RewrittenFile& file,
     return {};
 }
 
-Result<void> overwrite(File& file, std::string_view bytes) {
-    VELL_TRY(file.seek(SeekFrom::Start, 0));
-    VELL_TRY(file.write(bytes));
-    VELL_TRY(file.set_end_of_file());
-    return file.close();
-}
-
 } // namespace
 
 Result<RewrittenFile> rewritten_file(Call& call, std::size_t source_index,
@@ -108,23 +99,6 @@ Result<void> rewrite(Call& call, FileSystem& files, const RewrittenFile& file,
                      const RewritingWork& work) {
     return file.destination ? rewrite_to_new(files, file, work)
                             : rewrite_in_place(call, files, file.source, work);
-}
-
-Result<void> replace_contents(Call& call, FileSystem& files, const NativePath& path,
-                              std::string_view bytes) {
-    std::optional<KeptCopy> copy;
-    // Without a place for the copy, the contents are still to be replaced.
-    if (Result<NativePath> made = make_temporary_copy(files, path))
-        copy.emplace(call, files, std::move(*made));
-    const Result<std::unique_ptr<File>> file = files.open(path, Permission::Write);
-    if (file) {
-        VELL_TRY(overwrite(**file, bytes));
-    }
-    if (copy)
-        static_cast<void>(copy->remove()); // no failure of this work: the log tells of what stays
-    if (!file)
-        return Failure{file.error()};
-    return {};
 }
 
 Result<void> BlockWriter::write(File& to, std::string_view bytes) {

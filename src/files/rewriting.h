@@ -37,12 +37,6 @@ using RewritingWork = std::function<Result<void>(File& from, File& to)>;
 Result<void> rewrite(params::Call& call, FileSystem& files, const RewrittenFile& file,
                      const RewritingWork& work);
 
-// Puts these bytes in the place of all that a file holds. While they are written there is a
-// temporary copy of the old contents, which stays, named in the debug log, when that fails; nothing
-// is written, and no copy is left, when the file cannot be opened. Whoever calls has the turn.
-Result<void> replace_contents(params::Call& call, FileSystem& files, const NativePath& path,
-                              std::string_view bytes);
-
 // Gathers pieces into whole blocks; only the last one that is flushed is shorter.
 class BlockWriter {
   public:

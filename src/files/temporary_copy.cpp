@@ -1,5 +1,6 @@
 #include "src/files/temporary_copy.h"
 
+#include "src/base/utf8.h"
 #include "src/files/write_turn.h"
 
 #include <exception>
@@ -45,16 +46,30 @@ Result<NativePath> name_beside(FileSystem& files, const NativePath& target) {
                       std::nullopt};
 }
 
-Result<void> write_whole_file(FileSystem& files, const NativePath& target, Replace replace,
-                              const std::function<Result<void>(File&)>& write) {
+Result<void> check_writable(FileSystem& files, const NativePath& path) {
+    const std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
+    return file->close();
+}
+
+Result<void> write_whole_file(params::Call& call, FileSystem& files, const NativePath& target,
+                              Replace replace, const std::function<Result<void>(File&)>& write) {
     const WriteTurn turn = VELL_TRY(WriteTurn::take(target));
+    const bool replaces = replace == Replace::Yes && files.kind_of(target) != ItemKind::None;
+    if (replaces)
+        VELL_TRY(check_writable(files, target));
     const NativePath beside = VELL_TRY(name_beside(files, target));
     VELL_TRY(files.create_new(beside));
     UnfinishedFile unfinished(files, beside);
     VELL_TRY(fill(files, beside, write));
-    VELL_TRY(files.rename(beside, target, replace));
-    unfinished.keep();
-    return {};
+    const Result<void> done =
+        replaces ? files.replace(beside, target) : files.rename(beside, target, replace);
+    if (done) {
+        unfinished.keep();
+    } else if (replaces && files.kind_of(target) == ItemKind::None) {
+        unfinished.keep(); // nothing else is left of the file
+        call.debug_note("The new contents are left at " + utf8_from_utf16(beside.wide));
+    }
+    return done;
 }
 
 } // namespace vell::files

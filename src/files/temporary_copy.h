@@ -3,6 +3,7 @@
 #pragma once
 
 #include "src/files/file_access.h"
+#include "src/params/call.h"
 
 #include <functional>
 
@@ -31,10 +32,14 @@ Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& sour
 // A name for a new file in the folder of `target`, of which nothing is made.
 Result<NativePath> name_beside(FileSystem& files, const NativePath& target);
 
-// Lets `write` fill a file that takes the target's name when it is complete: what fails leaves no
+// Busy for a file that may not be written now.
+Result<void> check_writable(FileSystem& files, const NativePath& path);
+
+// Lets `write` fill a file that takes the target's place when it is complete: what fails leaves no
 // file behind, and the old one where there is one. AlreadyExists for a target that may not be
-// replaced, Busy while another call writes it.
-Result<void> write_whole_file(FileSystem& files, const NativePath& target, Replace replace,
-                              const std::function<Result<void>(File&)>& write);
+// replaced, Busy while another call writes it. Should the system lose a target that it was to
+// replace, the new file stays under its own name, which the debug log tells.
+Result<void> write_whole_file(params::Call& call, FileSystem& files, const NativePath& target,
+                              Replace replace, const std::function<Result<void>(File&)>& write);
 
 } // namespace vell::files

@@ -144,6 +144,42 @@ ItemKind kind_in_folder(const std::wstring& path) {
     return search ? kind_by(found.dwFileAttributes) : ItemKind::None;
 }
 
+// Windows itself refuses to write such a file, but Wine may not where its user owns the disk.
+bool is_read_only(const UniqueFile& file) {
+    FILE_BASIC_INFO information;
+    return GetFileInformationByHandleEx(file.get(), FileBasicInfo, &information,
+                                        sizeof information) &&
+           (information.FileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+Result<void> clear_read_only(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return Failure{last_error()};
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+        !SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY}))
+        return Failure{last_error()};
+    return {};
+}
+
+// After what ReplaceFileW has failed with a plain renaming is worth a try.
+bool is_up_to_renaming(DWORD error) {
+    switch (error) {
+    // Volumes and servers that cannot replace a file in this way.
+    case ERROR_INVALID_FUNCTION:
+    case ERROR_NOT_SUPPORTED:
+    case ERROR_INVALID_PARAMETER:
+    case ERROR_CALL_NOT_IMPLEMENTED:
+    // The target has been removed, by others or on the way: the source only lacks the name.
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_UNABLE_TO_MOVE_REPLACEMENT:
+    case ERROR_UNABLE_TO_MOVE_REPLACEMENT_2:
+        return true;
+    default:
+        return false;
+    }
+}
+
 class Win32FileSystem : public FileSystem {
   public:
     Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) override {
@@ -152,6 +188,8 @@ class Win32FileSystem : public FileSystem {
                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
         if (!handle)
             return Failure{last_error()};
+        if (permission == Permission::Write && is_read_only(handle))
+            return Failure{ErrorCode::Busy};
         return file_over(std::move(handle));
     }
 
@@ -182,10 +220,10 @@ class Win32FileSystem : public FileSystem {
 
     Result<void> copy(const NativePath& source, const NativePath& target,
                       Replace replace) override {
-        if (!CopyFileW(win32_path(source).c_str(), win32_path(target).c_str(),
-                       replace == Replace::No))
+        const std::wstring copy = win32_path(target);
+        if (!CopyFileW(win32_path(source).c_str(), copy.c_str(), replace == Replace::No))
             return Failure{last_error()};
-        return {};
+        return clear_read_only(copy);
     }
 
     Result<void> rename(const NativePath& source, const NativePath& target,
@@ -194,6 +232,21 @@ class Win32FileSystem : public FileSystem {
         if (!MoveFileExW(win32_path(source).c_str(), win32_path(target).c_str(), flags))
             return Failure{last_error()};
         return {};
+    }
+
+    Result<void> replace(const NativePath& source, const NativePath& target) override {
+        // Where the caller may not set permissions, the file is replaced without them.
+        constexpr DWORD flags = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_IGNORE_ACL_ERRORS;
+        if (ReplaceFileW(win32_path(target).c_str(), win32_path(source).c_str(), nullptr, flags,
+                         nullptr, nullptr))
+            return {};
+        const DWORD error = GetLastError();
+        if (is_up_to_renaming(error))
+            return rename(source, target, Replace::Yes);
+        // The number says that nothing has changed because the target could not be removed.
+        if (error == ERROR_UNABLE_TO_REMOVE_REPLACED)
+            return Failure{ErrorCode::Busy};
+        return Failure{error_from_win32(static_cast<std::int32_t>(error))};
     }
 
     Result<void> remove(const NativePath& path) override {

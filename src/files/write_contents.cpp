@@ -1,9 +1,10 @@
 #include "src/files/write_contents.h"
 
 #include "src/files/defaults.h"
-#include "src/files/rewriting.h"
 #include "src/files/write_turn.h"
 #include "src/files/written_text.h"
+
+#include <algorithm>
 
 namespace vell::files {
 namespace {
@@ -42,30 +43,32 @@ Result<void> add_at_end(File& file, std::string_view bytes) {
     return file.set_end_of_file();
 }
 
-// Leaves the file as long as it was when that fails.
-Result<void> write_at_end(File& file, std::uint64_t old_length, std::string_view bytes) {
-    const Result<void> done = add_at_end(file, bytes);
-    if (!done)
-        static_cast<void>(cut_to(file, old_length)); // the first failure is the one to report
-    VELL_TRY(done);
-    return file.close();
+// What goes beyond the old contents is written first, behind them: the bytes themselves take the
+// room that they need, where a mere new length would be a promise that some disks do not keep. So a
+// full disk shows while the old contents are whole, and what is left to write has its room already.
+Result<void> write_instead(File& file, std::uint64_t old_length, std::string_view bytes) {
+    const std::string_view beyond = bytes.substr(std::min<std::uint64_t>(old_length, bytes.size()));
+    if (!beyond.empty())
+        VELL_TRY(add_at_end(file, beyond));
+    VELL_TRY(file.seek(SeekFrom::Start, 0));
+    VELL_TRY(file.write(bytes.substr(0, bytes.size() - beyond.size())));
+    if (beyond.empty())
+        return file.set_end_of_file();
+    return {};
 }
 
 Result<void> write_text(Call& call, FileSystem& files, const NativePath& path,
                         const TextToWrite& content, Place place) {
     const WriteTurn turn = VELL_TRY(WriteTurn::take(path));
-    std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
+    const std::unique_ptr<File> file = VELL_TRY(files.open(path, Permission::Write));
     const std::string bytes = VELL_TRY(encode_contents(call, content.text, content.encoding));
     const std::uint64_t old_length = VELL_TRY(file->size());
-    if (place == Place::AtEnd || old_length == 0) {
-        VELL_TRY(write_at_end(*file, old_length, bytes));
-    } else if (bytes.empty()) {
-        VELL_TRY(cut_to(*file, 0));
-        VELL_TRY(file->close());
-    } else {
-        file.reset(); // so that it can be copied
-        VELL_TRY(replace_contents(call, files, path, bytes));
-    }
+    const Result<void> written =
+        place == Place::AtEnd ? add_at_end(*file, bytes) : write_instead(*file, old_length, bytes);
+    if (!written)
+        static_cast<void>(cut_to(*file, old_length)); // the first failure is the one to report
+    VELL_TRY(written);
+    VELL_TRY(file->close());
     call.set_done();
     return {};
 }

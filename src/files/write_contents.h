@@ -1,9 +1,9 @@
 // Functions that put a text into an existing file.
 //
 // Encodings are those of the switches, native when they name none, or a step's option; line ends
-// are converted before encoding. The file must exist. Contents that are replaced stand in a
-// temporary copy until the new ones are written: whatever fails leaves the file as it was, or the
-// copy, and a line of the debug log says which it is. A failed append is taken back.
+// are converted before encoding. The file must exist. What goes beyond its old contents is written
+// first: a failure so far, as on a full disk, leaves the file as it was. A device that fails while
+// the old contents themselves are replaced leaves the new ones up to there and the old ones behind.
 #pragma once
 
 #include "src/files/file_access.h"

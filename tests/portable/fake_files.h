@@ -80,6 +80,9 @@ class FakeFiles : public FailingFileSystem {
                         files::Replace) override {
         return Failure{ErrorCode::Busy};
     }
+    Result<void> replace(const files::NativePath&, const files::NativePath&) override {
+        return Failure{ErrorCode::Busy};
+    }
     Result<void> remove(const files::NativePath&) override { return Failure{ErrorCode::Busy}; }
     Result<files::NativePath> temporary_name(std::u16string_view) override {
         return Failure{ErrorCode::Busy};

@@ -21,6 +21,9 @@ class WritableFiles : public FailingFileSystem {
     }
     // A file that may be read only.
     void protect(std::u16string path) { protected_ = std::move(path); }
+    // What a file has beside its contents, such as permissions; it goes with the file.
+    std::map<std::u16string, std::string> properties;
+    bool replacing_loses_target = false; // when it fails
 
     int open_files() const { return static_cast<int>(open_.size()); }
     const std::map<std::u16string, std::string>& contents() const { return contents_; }
@@ -79,8 +82,26 @@ class WritableFiles : public FailingFileSystem {
             return Failure{ErrorCode::Busy};
         if (replace == files::Replace::No && contents_.contains(target.wide))
             return Failure{ErrorCode::AlreadyExists};
-        contents_[target.wide] = contents_[source.wide];
-        contents_.erase(source.wide);
+        move(source.wide, target.wide);
+        properties.erase(target.wide);
+        if (auto moved = properties.extract(source.wide)) {
+            moved.key() = target.wide;
+            properties.insert(std::move(moved));
+        }
+        return {};
+    }
+    Result<void> replace(const files::NativePath& source,
+                         const files::NativePath& target) override {
+        if (const Result<void> counted = count_operation(); !counted) {
+            if (replacing_loses_target)
+                contents_.erase(target.wide);
+            return counted;
+        }
+        if (!contents_.contains(source.wide) || !contents_.contains(target.wide))
+            return Failure{ErrorCode::NotFound};
+        if (open_.contains(source.wide) || open_.contains(target.wide))
+            return Failure{ErrorCode::Busy};
+        move(source.wide, target.wide);
         return {};
     }
     Result<void> remove(const files::NativePath& path) override {
@@ -161,6 +182,11 @@ class WritableFiles : public FailingFileSystem {
         bool writing_;
         std::size_t position_ = 0;
     };
+
+    void move(const std::u16string& source, const std::u16string& target) {
+        contents_[target] = std::move(contents_[source]);
+        contents_.erase(source);
+    }
 
     std::map<std::u16string, std::string> contents_;
     std::map<std::u16string, int> open_;

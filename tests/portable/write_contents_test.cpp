@@ -318,30 +318,49 @@ TEST(InPlace, NoFailureLosesTheContents) {
     }
 }
 
-TEST(WriteContents, NoFailureLosesTheContents) {
-    for (const std::u16string& text : {u"much longer contents"s, u"x"s}) {
-        for (int failing = 1;; ++failing) {
-            SCOPED_TRACE(failing);
-            WritableFiles files;
-            files.add(u"f", "old contents");
-            files.fail(failing, disk_full);
-            FakeCall call({u"", u"f", text});
-            const std::string result = run(set_file, files, call);
-            if (files.operations() < failing) {
-                EXPECT_EQ(failing, 11);
-                break;
+// What a file of "old contents" holds after a failure of each operation, once or for good, in
+// order. What is longer than it fails while it is whole; then, and for a shorter text, a device
+// that ends in the midst of the writing leaves the old contents behind half of the new ones.
+TEST(WriteContents, AFailureShowsBeforeOldContentsAreReplaced) {
+    const std::string old = "old contents";
+    const struct {
+        Function function;
+        const char16_t* text;
+        std::vector<std::string> once;
+        std::vector<std::string> for_good;
+    } cases[] = {
+        // open, size; seek, write and cut behind the old contents; seek, write, close
+        {set_file,
+         u"0123456789abcdefgh",
+         {old, old, old, old, old, old, "012345ntents", "0123456789abcdefgh"},
+         {old, old, old, old + "cde", old + "cdefgh", old + "cdefgh", "012345ntentscdefgh",
+          "0123456789abcdefgh"}},
+        // open, size, seek, write, cut, close
+        {set_file,
+         u"newer",
+         {old, old, old, "ned contents", "newerontents", "newer"},
+         {old, old, old, "ned contents", "newerontents", "newer"}},
+        {set_file, u"", {old, old, old, old, old, ""}, {old, old, old, old, old, ""}},
+        {append_file,
+         u", more",
+         {old, old, old, old, old, old + ", more"},
+         {old, old, old, old + ", m", old + ", more", old + ", more"}},
+    };
+    for (const auto& [function, text, once, for_good] : cases)
+        for (const auto* expected : {&once, &for_good})
+            for (std::size_t i = 0; i <= expected->size(); ++i) {
+                SCOPED_TRACE(utf8_from_utf16(text) + ' ' + std::to_string(i));
+                WritableFiles files;
+                files.add(u"f", old);
+                const auto failing = static_cast<int>(i) + 1;
+                expected == &once ? files.fail(failing, disk_full) : files.die(failing, disk_full);
+                const bool done = i == expected->size();
+                EXPECT_EQ(run(function, files, {u"", u"f", text}), done ? "0" : "112");
+                if (!done) {
+                    EXPECT_EQ(files.at(u"f"), (*expected)[i]);
+                }
+                EXPECT_EQ(files.contents().size(), 1U); // no copy of anything
             }
-            // That there is no place for a copy, or that it stays, does not keep the text away.
-            const bool is_about_copy = failing == 3 || failing == 4 || failing == 10;
-            EXPECT_EQ(result, is_about_copy ? "0" : "112");
-            if (is_about_copy) {
-                EXPECT_EQ(files.at(u"f"), std::string(text.begin(), text.end()));
-            } else if (files.at(u"f") != "old contents") {
-                EXPECT_EQ(files.at(u"T:\\VELLTEMP{0}.tmp"), "old contents");
-            }
-            EXPECT_EQ(files.contents().size(), 1 + call.notes().size()); // what stays is named
-        }
-    }
 }
 
 TEST(InPlace, ANewDestinationIsWholeOrNotThere) {
@@ -370,17 +389,32 @@ TEST(ExportToFile, NoFailureLosesTheOldTarget) {
             EXPECT_EQ(files.at(u"f"), of.old_contents);
             EXPECT_EQ(files.contents().size(), 1U);
         });
-    EXPECT_EQ(operations, 6); // name, create, open, write, close, rename
+    // open, close, and then name, create, open, write, close, replace
+    EXPECT_EQ(operations, 8);
 }
 
-TEST(WriteContents, AFailedAppendIsTakenBack) {
-    const Scene append{"append", append_file, {u"", u"f", u"more"}, "old", "oldmore"};
-    fail_everywhere(append, u"f",
-                    [](const Scene& of, const WritableFiles& files, const FakeCall&, int failing) {
-                        constexpr int close = 6; // all is written by then
-                        EXPECT_EQ(files.at(u"f"),
-                                  failing < close ? of.old_contents : of.new_contents);
-                    });
+TEST(ExportToFile, ReplacesContentsAndNothingElse) {
+    const auto export_new = [](WritableFiles& files) {
+        FakeCall call({u"-OverwriteExisting", u"new", u"f"});
+        files.add(u"f", "old");
+        const std::string result = run(export_file, files, call);
+        return result + (call.notes().empty() ? "" : " " + call.notes().front());
+    };
+    WritableFiles files;
+    files.properties[u"f"] = "for few";
+    EXPECT_EQ(export_new(files), "0");
+    EXPECT_EQ(files.at(u"f"), "new");
+    EXPECT_EQ(files.properties[u"f"], "for few");
+    files.protect(u"f");
+    EXPECT_EQ(export_new(files), "-47");
+    EXPECT_EQ(files.at(u"f"), "old");
+    EXPECT_EQ(files.contents().size(), 1U);
+    // A system that removes the old file and then fails leaves at least the new one.
+    WritableFiles losing;
+    losing.replacing_loses_target = true;
+    losing.fail(8, disk_full);
+    EXPECT_EQ(export_new(losing), "112 The new contents are left at VELLTEMP{0}.tmp");
+    EXPECT_EQ(losing.at(u"VELLTEMP{0}.tmp"), "new");
 }
 
 } // namespace

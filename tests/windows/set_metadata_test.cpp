@@ -82,6 +82,9 @@ TEST_F(SetMetadata, StepsAndCodes) {
         const UniqueFile open = open_file(file, GENERIC_READ, FILE_SHARE_READ);
         EXPECT_EQ(set(u"-SetXMP", file, u"x"), u"$$-47");
     }
+    SetFileAttributesW(as_wide(file), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(set(u"-SetXMP", file, u"x"), u"$$-47");
+    SetFileAttributesW(as_wide(file), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(contents(L"a.jpg"), before);
 }
 

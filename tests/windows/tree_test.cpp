@@ -419,6 +419,10 @@ TEST_F(Tree, TemporaryCopiesStandInTheTemporaryFolder) {
     EXPECT_EQ(first->wide.size(), std::wcslen(temporary) + 8 + 38 + 4);
     EXPECT_EQ(contents(second->wide), "copied");
     EXPECT_TRUE(system.remove(*first) && system.remove(*second));
+    SetFileAttributesW(as_wide(source.wide), FILE_ATTRIBUTE_READONLY);
+    const auto of_read_only = files::make_temporary_copy(system, source);
+    EXPECT_TRUE(of_read_only && system.remove(*of_read_only));
+    SetFileAttributesW(as_wide(source.wide), FILE_ATTRIBUTE_NORMAL);
     const auto none = files::make_temporary_copy(system, {path(L"none"), {}});
     EXPECT_EQ(none.error(), ErrorCode::NotFound);
 }

@@ -76,6 +76,9 @@ TEST_F(WriteContents, ReportsWhatKeepsItFromWriting) {
         ASSERT_TRUE(held);
         EXPECT_EQ(all_on(file), Codes(5, u"$$-47"));
     }
+    SetFileAttributesW(as_wide(file), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(all_on(file), Codes(5, u"$$-47"));
+    SetFileAttributesW(as_wide(file), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(contents(L"some.txt"), "old");
     EXPECT_EQ(names(), std::vector<std::wstring>{L"some.txt"});
 
