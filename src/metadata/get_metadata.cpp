@@ -1,6 +1,7 @@
 #include "src/metadata/get_metadata.h"
 
 #include "src/documents/pdf_information.h"
+#include "src/metadata/icc_profile.h"
 #include "src/metadata/ifd.h"
 #include "src/metadata/image_description.h"
 #include "src/metadata/iptc.h"
@@ -41,16 +42,32 @@ Result<void> read_resources(BufferedReader& file, FileKind kind, const MetadataR
     return {};
 }
 
+Result<void> read_tiff_profile(BufferedReader& file, const MetadataRequest& request,
+                               MetadataText& text) {
+    constexpr std::uint64_t longest_profile = 0x1000000; // the most that a JPEG has room for
+    file.seek(0);
+    const std::string profile = VELL_TRY(find_tag(file, tag::icc_profile, longest_profile));
+    return describe_icc_profile(profile, request, text);
+}
+
+// Whether the file has what was read of it.
+Result<bool> is_there(const Result<void>& done) {
+    if (!done && done.error() != ErrorCode::NothingFound)
+        return Failure{done.error()};
+    return done.has_value();
+}
+
+// A file that is asked for tags has answered with them. Otherwise it must have a packet or a
+// profile, whichever is wanted; comments are a matter of JPEG files.
 Result<void> read_tiff(BufferedReader& file, const MetadataRequest& request, MetadataText& text) {
     file.seek(0);
     VELL_TRY(read_tags(file, request.exif, request.source, text));
-    if (!request.exif.want_xmp)
-        return {};
-    const Result<void> packet = read_tiff_xmp(file, request.source, text);
-    // A file with tags has answered, with or without a packet.
-    if (!packet && packet.error() == ErrorCode::NothingFound && wants_tags(request))
-        return {};
-    return packet;
+    bool has_answered = wants_tags(request);
+    if (request.exif.want_xmp)
+        has_answered |= VELL_TRY(is_there(read_tiff_xmp(file, request.source, text)));
+    if (request.icc != IccSelector::None)
+        has_answered |= VELL_TRY(is_there(read_tiff_profile(file, request, text)));
+    return has_answered ? Result<void>() : Result<void>(Failure{ErrorCode::NothingFound});
 }
 
 Result<void> read_png(BufferedReader& file, const MetadataRequest& request, MetadataText& text) {

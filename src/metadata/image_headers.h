@@ -44,8 +44,9 @@ Result<ImageHeader> read_png_header(files::BufferedReader& file);
 Result<ImageHeader> read_gif_header(files::BufferedReader& file);
 // BITMAPINFOHEADER and those that begin like it, or BITMAPCOREHEADER. WrongImageKind for others.
 Result<ImageHeader> read_bmp_header(files::BufferedReader& file);
-// The first directory (TIFF 6.0, section 8); each directory of its chain is an image.
-// CorruptStructure for one without a size, or outside the file.
+// The first directory, or the one of full resolution where that describes a thumbnail (TIFF 6.0,
+// section 8, NewSubfileType); each directory of its chain is an image. CorruptStructure for one
+// without a size, or outside the file.
 Result<ImageHeader> read_tiff_header(files::BufferedReader& file);
 
 // The resolution in the first directory of a block of tags; the default where there is none.

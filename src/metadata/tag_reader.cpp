@@ -127,12 +127,14 @@ class TagReader {
     }
 
   private:
-    // What is wrong in an inner directory ends that directory alone.
+    // What is wrong in an inner directory, or missing of it, ends that directory alone: what was
+    // read before is no worse for it.
     Result<void> walk_inner(std::uint32_t offset, std::string_view section, Pointers& pointers) {
         if (offset == 0)
             return {};
         const Result<void> done = walk(offset, section, pointers);
-        if (!done && done.error() == ErrorCode::CorruptStructure)
+        if (!done &&
+            (done.error() == ErrorCode::CorruptStructure || done.error() == ErrorCode::EndOfFile))
             return {};
         return done;
     }
@@ -214,7 +216,7 @@ Result<void> read_tags(std::string_view block, const ExifReadOptions& options, T
     return read_tags(memory, memory_rules, options, source, text);
 }
 
-Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag) {
+Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag, std::uint64_t most) {
     FileBlock block(file);
     const TiffHeader header = VELL_TRY(read_header(block));
     const Directory directory =
@@ -231,6 +233,8 @@ Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag) {
             header.first_directory + Directory::count_size + (i + 1) * IfdEntry::size;
         if (entry.offset(header.order) < end_of_entry)
             return Failure{ErrorCode::CorruptStructure};
+        if (entry.value_size() > most)
+            return Failure{ErrorCode::ResourceTooLarge};
         file.seek(block.start() + entry.offset(header.order));
         std::string bytes = VELL_TRY(file.read_bytes(entry.value_size()));
         if (bytes.size() < entry.value_size())

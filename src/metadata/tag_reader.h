@@ -19,8 +19,8 @@ namespace vell::metadata {
 
 // The file's position is that of the TIFF header. ShortRead when there is no header,
 // CorruptStructure for offsets and types that cannot be, EndOfFile for a directory or value that
-// the file lacks; the text keeps what was read before. In a directory below IFD0 CorruptStructure
-// only ends the reading of that directory.
+// the file lacks; the text keeps what was read before. In a directory below IFD0 these two only end
+// the reading of that directory.
 Result<void> read_tags(files::BufferedReader& file, const ExifReadOptions& options,
                        TextEncoding source, MetadataText& text);
 
@@ -29,9 +29,10 @@ Result<void> read_tags(std::string_view block, const ExifReadOptions& options, T
 
 // The raw bytes of the first entry of that number in IFD0; the file's position is that of the TIFF
 // header. NothingFound when there is none, CorruptStructure for an unknown type or an offset before
-// the end of the entry, EndOfFile for a value that the file lacks; no more than the file holds is
-// allocated.
-Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag);
+// the end of the entry, ResourceTooLarge for a value of more than `most` bytes, EndOfFile for one
+// that the file lacks; no more than the file holds is allocated.
+Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag,
+                             std::uint64_t most = 0x10000000);
 
 // "II" or "MM" and all of a header's eight bytes: whether the file is read as TIFF.
 bool has_tiff_header(std::string_view first_bytes);

@@ -1,16 +1,20 @@
-// The first directory of a TIFF file, as far as it describes the image.
+// The directory of a TIFF file that describes its image.
 #include "src/metadata/ifd.h"
 #include "src/metadata/image_headers.h"
 
 #include <algorithm>
+#include <array>
+#include <map>
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 namespace vell::metadata {
 namespace {
 
 enum ImageTag : std::uint16_t {
+    NewSubfileType = 254,
     ImageWidth = 256,
     ImageLength = 257,
     BitsPerSample = 258,
@@ -19,27 +23,45 @@ enum ImageTag : std::uint16_t {
     YResolution = 283,
     ResolutionUnit = 296,
 };
+constexpr std::array<std::uint16_t, 9> image_tags{
+    NewSubfileType, ImageWidth,  ImageLength,    BitsPerSample,       SamplesPerPixel,
+    XResolution,    YResolution, ResolutionUnit, tag::sub_directories};
+
+// Directories that are looked at in search of the image; real files have a handful.
+constexpr std::size_t most_directories = 100;
+
+struct ResolutionFields {
+    double x = 0;
+    double y = 0;
+    std::uint32_t unit = 2;
+
+    bool is_empty() const { return x == 0 && y == 0; }
+    Resolution per_inch() const {
+        switch (unit) {
+        case 2:
+            return metadata::per_inch(x, y, 1);
+        case 3:
+            return metadata::per_inch(x, y, centimetres_per_inch);
+        default: // no unit: an aspect ratio
+            return metadata::per_inch(0, 0, 1);
+        }
+    }
+};
 
 // The fields of a directory, with the defaults of the standard.
 struct ImageDirectory {
+    std::uint32_t subfile_type = 0;
     std::optional<std::uint32_t> width;
     std::optional<std::uint32_t> length;
     std::uint32_t bits_per_sample = 1;
     std::uint32_t samples_per_pixel = 1;
-    double x_resolution = 0;
-    double y_resolution = 0;
-    std::uint32_t resolution_unit = 2;
+    ResolutionFields resolution;
+    std::vector<std::uint32_t> leads_to; // the directories below it, then the one behind it
 
-    Resolution resolution() const {
-        switch (resolution_unit) {
-        case 2:
-            return per_inch(x_resolution, y_resolution, 1);
-        case 3:
-            return per_inch(x_resolution, y_resolution, centimetres_per_inch);
-        default: // no unit: an aspect ratio
-            return per_inch(0, 0, 1);
-        }
-    }
+    bool has_size() const { return width && length; }
+    bool is_whole_image() const { return has_size() && subfile_type == 0; }
+    // A smaller version of another image of the file.
+    bool is_reduced() const { return (subfile_type & 1) != 0; }
 };
 
 class DirectoryReader {
@@ -49,15 +71,49 @@ class DirectoryReader {
     Result<ImageDirectory> read(std::uint64_t offset) {
         file_.seek(offset);
         const auto count = VELL_TRY(file_.read_integer<std::uint16_t>(order_));
+        std::map<std::uint16_t, IfdEntry> entries; // of those with one tag the last counts
         ImageDirectory directory;
-        for (std::uint64_t i = 0; i < count; ++i) {
+        for (int i = 0; i < count; ++i) {
             std::array<char, IfdEntry::size> bytes{};
-            file_.seek(offset + sizeof count + i * bytes.size());
             if (!file_.read_exactly(bytes))
                 break; // a directory that is cut off has what it has
-            read_entry(IfdEntry::read({bytes.data(), bytes.size()}, order_), directory);
+            const IfdEntry entry = IfdEntry::read({bytes.data(), bytes.size()}, order_);
+            if (std::ranges::find(image_tags, entry.tag) != image_tags.end())
+                entries[entry.tag] = entry;
         }
+        const auto next = file_.read_integer<std::uint32_t>(order_);
+        for (const auto& [tag, entry] : entries)
+            read_entry(entry, directory);
+        if (next)
+            directory.leads_to.push_back(*next);
         return directory;
+    }
+
+    // The first directory, unless it has no size or is a smaller version of another, as in raw
+    // photographs, which begin with a thumbnail. Then the first image of full resolution below it
+    // or behind it counts, if there is one; its resolution is that of the first directory unless it
+    // has its own.
+    Result<ImageDirectory> find_image(std::uint32_t first) {
+        const ImageDirectory front = VELL_TRY(read(first));
+        if (front.has_size() && !front.is_reduced())
+            return front;
+        std::vector<std::uint32_t> offsets{first}; // each once, so that loops end
+        for (std::size_t i = 0; i < offsets.size(); ++i) {
+            const Result<ImageDirectory> found = read(offsets[i]);
+            if (!found && found.error() == ErrorCode::EndOfFile)
+                continue;
+            ImageDirectory image = VELL_TRY(found);
+            if (image.is_whole_image()) {
+                if (image.resolution.is_empty())
+                    image.resolution = front.resolution;
+                return image;
+            }
+            for (const std::uint32_t offset : image.leads_to)
+                if (offset != 0 && offsets.size() < most_directories &&
+                    std::ranges::find(offsets, offset) == offsets.end())
+                    offsets.push_back(offset);
+        }
+        return front;
     }
 
     // Directories of the chain, up to its end, to damage, or to one that was there before.
@@ -79,6 +135,9 @@ class DirectoryReader {
   private:
     void read_entry(const IfdEntry& entry, ImageDirectory& directory) {
         switch (entry.tag) {
+        case NewSubfileType:
+            directory.subfile_type = number(entry).value_or(0);
+            break;
         case ImageWidth:
             directory.width = number(entry);
             break;
@@ -92,25 +151,28 @@ class DirectoryReader {
             directory.samples_per_pixel = number(entry).value_or(1);
             break;
         case XResolution:
-            directory.x_resolution = quotient(entry);
+            directory.resolution.x = quotient(entry);
             break;
         case YResolution:
-            directory.y_resolution = quotient(entry);
+            directory.resolution.y = quotient(entry);
             break;
         case ResolutionUnit:
-            directory.resolution_unit = number(entry).value_or(0);
+            directory.resolution.unit = number(entry).value_or(0);
+            break;
+        case tag::sub_directories:
+            directory.leads_to = offsets(entry);
             break;
         default:
             break;
         }
     }
 
-    // At most the first eight bytes of the value.
-    std::string value(const IfdEntry& entry) {
+    // At most the first `most` bytes of the value.
+    std::string value(const IfdEntry& entry, std::uint64_t most = 8) {
         if (entry.is_inline())
             return std::string(entry.inline_value());
         file_.seek(entry.offset(order_));
-        auto bytes = file_.read_bytes(std::min<std::uint64_t>(entry.value_size(), 8));
+        auto bytes = file_.read_bytes(std::min(entry.value_size(), most));
         return bytes ? std::move(bytes).value() : std::string();
     }
 
@@ -138,6 +200,19 @@ class DirectoryReader {
                                                 : 0;
     }
 
+    std::vector<std::uint32_t> offsets(IfdEntry entry) {
+        constexpr FieldType directory_offset{13}; // a Long (TIFF Technical Note 1)
+        if (entry.type == directory_offset)
+            entry.type = FieldType::Long;
+        std::vector<std::uint32_t> numbers;
+        if (entry.type != FieldType::Long)
+            return numbers;
+        const std::string bytes = value(entry, most_directories * sizeof(std::uint32_t));
+        while (const auto number = load<std::uint32_t>(bytes, numbers.size() * 4, order_))
+            numbers.push_back(*number);
+        return numbers;
+    }
+
     files::BufferedReader& file_;
     ByteOrder order_;
 };
@@ -152,14 +227,14 @@ Result<ImageHeader> read_tiff_header(files::BufferedReader& file) {
     if (!tiff || tiff->first_directory < TiffHeader::size || tiff->first_directory >= file.size())
         return Failure{ErrorCode::CorruptStructure};
     DirectoryReader reader(file, tiff->order);
-    const ImageDirectory directory = VELL_TRY(reader.read(tiff->first_directory));
-    if (!directory.width || !directory.length)
+    const ImageDirectory image = VELL_TRY(reader.find_image(tiff->first_directory));
+    if (!image.has_size())
         return Failure{ErrorCode::CorruptStructure};
     ImageHeader header;
-    header.width = *directory.width;
-    header.height = *directory.length;
-    header.depth = std::uint64_t{directory.bits_per_sample} * directory.samples_per_pixel;
-    header.set_resolution(directory.resolution());
+    header.width = *image.width;
+    header.height = *image.length;
+    header.depth = std::uint64_t{image.bits_per_sample} * image.samples_per_pixel;
+    header.set_resolution(image.resolution.per_inch());
     header.image_count = reader.count_directories(tiff->first_directory);
     return header;
 }
@@ -169,9 +244,9 @@ Resolution resolution_of(std::string_view tags) {
     const auto block = files::memory_file(std::string(tags));
     auto file = files::BufferedReader::over(*block);
     if (!tiff || !file)
-        return per_inch(0, 0, 1);
-    const auto directory = DirectoryReader(file.value(), tiff->order).read(tiff->first_directory);
-    return directory ? directory.value().resolution() : per_inch(0, 0, 1);
+        return ResolutionFields().per_inch();
+    const auto front = DirectoryReader(file.value(), tiff->order).read(tiff->first_directory);
+    return front ? front.value().resolution.per_inch() : ResolutionFields().per_inch();
 }
 
 } // namespace vell::metadata

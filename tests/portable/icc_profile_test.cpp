@@ -1,6 +1,7 @@
 // Descriptions of ICC profiles that are made here, whole and damaged.
 #include "src/metadata/icc_profile.h"
 #include "tests/portable/image_builder.h"
+#include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -205,6 +206,24 @@ TEST(IccProfile, IsDescribedInBoundedSpace) {
     MetadataRequest request = asking(IccSelector::Description);
     request.verbose_icc = true;
     EXPECT_LT(description(profile, request).size(), 10 * profile.size());
+}
+
+TEST(IccProfile, StandsInATagOfTiffFiles) {
+    using testing::metadata_of;
+    const auto tiff = [](const testing::TiffField& profile) {
+        return testing::build_tiff(ByteOrder::Big, {{testing::ascii(271, "A"), profile}});
+    };
+    const std::string file = tiff(testing::undefined(34675, some_profile));
+    EXPECT_EQ(metadata_of("-GetIccProfileDescription", file),
+              description(some_profile, asking(IccSelector::Description)));
+    EXPECT_EQ(metadata_of("-GetIccProfileName", file), "a<b\1");
+    EXPECT_EQ(metadata_of("-GetLocalizedIccProfileName", file),
+              description(some_profile, asking(IccSelector::LocalizedName)));
+    EXPECT_EQ(metadata_of("-GetIccProfileName GetExif", file), "|##EXIF 271|A|##END 271|a<b\1");
+    EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(testing::undefined(34675, "cut"))), "!-302");
+    // Longer than any that a JPEG has room for; nothing of it is read.
+    const testing::TiffField long_one{34675, testing::FieldType::Undefined, {}, "", 0x1000001, 40};
+    EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(long_one)), "!-207");
 }
 
 } // namespace

@@ -121,6 +121,73 @@ TEST(ImageDescription, Tiff) {
         EXPECT_EQ(description(std::string(file).replace(4, 4, big32(first))), "!-4249");
 }
 
+// Files that begin with a thumbnail: the image stands in a directory below the first one, or behind
+// it.
+TEST(ImageDescription, RawPhotographs) {
+    using enum FieldType;
+    const std::string codec = "TIFF|Codec type: tiff";
+    const auto image = [](std::uint32_t type, std::uint32_t width, std::uint16_t bits) {
+        return TiffFields{{254, Long, {type}},
+                          {256, Long, {width}},
+                          {257, Long, {width / 2}},
+                          {258, Short, {bits}}};
+    };
+    // The directories behind the first, each of 54 bytes, with nothing that stands elsewhere.
+    const auto others = [](std::initializer_list<TiffFields> directories) {
+        std::string bytes;
+        for (const TiffFields& fields : directories)
+            bytes += build_tiff(ByteOrder::Big, {.first = fields}).substr(8);
+        return bytes;
+    };
+    const auto with = [](TiffFields fields, const TiffField& field) {
+        fields.push_back(field);
+        return fields;
+    };
+    // Behind a directory of five or six entries and its values.
+    constexpr std::uint32_t below = 8 + 2 + 6 * 12 + 4 + 2 * 8, second = below + 54;
+    const TiffField to_both{330, Long, {below, second}};
+    const TiffField as_directories{330, FieldType{13}, {}, big32(below) + big32(second), 2};
+    const TiffField resolution{282, Rational, {300, 1}};
+    const auto front = [&](std::uint32_t type, const TiffField& sub_directories) {
+        return build_tiff(ByteOrder::Big,
+                          {.first = with(with(image(type, 160, 8), sub_directories), resolution)});
+    };
+    const std::string reduced = others({image(1, 800, 8), image(0, 3040, 12)});
+    const Lines thumbnail{"80", "160", "8", "300", "72", codec};
+    const Lines raw{"1520", "3040", "12", "300", "72", codec};
+    expect_lines(front(1, to_both) + reduced, raw);
+    expect_lines(front(1, as_directories) + reduced, raw);
+    expect_lines(front(0, to_both) + reduced, thumbnail); // smaller versions may be larger
+    expect_lines(front(2, to_both) + reduced, thumbnail); // a page
+    expect_lines(front(1, to_both) + others({image(1, 800, 8), image(4, 900, 1)}), thumbnail);
+    expect_lines(front(1, to_both), thumbnail);
+    // Below a directory below the first, with a resolution of its own; loops are passed over.
+    const TiffFields inner{{330, Long, {below + 18}}};
+    const TiffFields image_below =
+        with(with(image(0, 600, 16), {282, Short, {100}}), {296, Short, {3}});
+    expect_lines(front(1, {330, Long, {8, below}}) + others({inner, image_below}),
+                 {"300", "600", "16", "254", "72", codec});
+    expect_lines(front(1, {330, Long, {8, below}}) + others({{{330, Long, {below}}}}), thumbnail);
+    // In the chain.
+    std::string chain = front(1, {330, Long, {8, 8}}) + others({image(0, 600, 16)});
+    chain.replace(8 + 2 + 6 * 12, 4, big32(below));
+    expect_lines(chain, {"300", "600", "16", "300", "72", codec, "2"});
+}
+
+// Of directories without end only so many are read.
+TEST(ImageDescription, LooksAtSoManyDirectories) {
+    using enum FieldType;
+    TiffField offsets{330, Long, {}};
+    for (std::uint32_t i = 1; i <= 5000; ++i)
+        offsets.numbers.push_back(20'000 + i);
+    EndlessFile file(
+        build_tiff(ByteOrder::Big,
+                   {.first = {{254, Long, {1}}, {256, Long, {16}}, {257, Long, {9}}, offsets}}),
+        "\xFF", 300'000'000);
+    EXPECT_TRUE(metadata_of("-GetImageDescription", file).starts_with("Height: 9|Width: 16|"));
+    EXPECT_LE(file.bytes_read(), 100u * 65'536 * 12);
+}
+
 TEST(ImageDescription, OtherFiles) {
     for (const std::string& bytes :
          {""s, "\xFF"s, "GIF88a and so on"s, "II\x2B\0big"s, "%PDF-1.7"s})

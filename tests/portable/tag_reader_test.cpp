@@ -288,9 +288,31 @@ TEST(TagReader, ALoopOrABrokenInnerDirectoryEndsAlone) {
         section("EXIF", 271, "M") + section("EXIF", 34665, "50") + section("EXIF", 34853, "85") +
         section("EXIF", 282, "<CORRUPT EXIF TAG>") + section("GPS", 0, "<CORRUPT EXIF TAG>");
     EXPECT_EQ(from_either(block, everything), expected);
-    const std::string beyond = build_tiff(order, {{ascii(271, "M"), pointer(34853, 4000)}});
-    EXPECT_EQ(from_block(beyond, gps), "");
-    EXPECT_EQ(from_file(beyond, gps), " -39");
+
+    // A pointer that leads nowhere costs what it leads to, and nothing else.
+    const auto nowhere = [](std::uint16_t tag) {
+        return TiffField{tag, FieldType::Long, {4000}};
+    };
+    const std::string maker = section("EXIF", 271, "M");
+    const std::string altitude = section("GPS", 5, "0");
+    const TiffFields level{bytes(5, std::string(1, '\0'))};
+    const std::pair<TiffDirectories, std::string> cases[] = {
+        {{.first = {ascii(271, "M"), nowhere(34665)}, .gps = level},
+         maker + section("EXIF", 34665, "4000") + section("EXIF", 34853, "50") + altitude},
+        {{.first = {ascii(271, "M"), nowhere(34853)}, .exif = {{41986, FieldType::Short, {1}}}},
+         maker + section("EXIF", 34853, "4000") + section("EXIF", 34665, "50") +
+             section("EXIF", 41986, "1")},
+        {{.first = {ascii(271, "M")}, .exif = {nowhere(40965)}, .gps = level},
+         maker + section("EXIF", 34665, "50") + section("EXIF", 34853, "68") +
+             section("EXIF", 40965, "4000") + altitude},
+    };
+    for (const auto& [directories, text_of_all] : cases)
+        EXPECT_EQ(from_either(build_tiff(order, directories), everything), text_of_all);
+    // So does a value that an inner directory of a file lacks.
+    const std::string lacking =
+        build_tiff(order, {{ascii(271, "M")}, {{37510, FieldType::Undefined, {}, "", 9, 4000}}});
+    EXPECT_EQ(from_file(lacking, exif),
+              maker + section("EXIF", 34665, "38") + section("EXIF", 37510, ""));
 }
 
 // Entries that all point at one long value: the text is bounded by the block's size, not by theirs.
