@@ -44,8 +44,8 @@ std::optional<unsigned> hex_digit(char c) {
 
 class DictionaryReader {
   public:
-    DictionaryReader(BufferedReader& file, const Trailer& trailer, LimitedText& text)
-        : file_(file), trailer_(trailer), text_(text) {}
+    DictionaryReader(BufferedReader& file, TableChain& tables, LimitedText& text)
+        : file_(file), tables_(tables), text_(text) {}
 
     Result<void> append_entries();
 
@@ -82,7 +82,7 @@ class DictionaryReader {
     void finish_value(std::string_view key, std::size_t start);
 
     BufferedReader& file_;
-    const Trailer& trailer_;
+    TableChain& tables_;
     LimitedText& text_;
     std::uint64_t spent_ = 0;
     bool unclosed_ = false; // something was
@@ -339,7 +339,7 @@ Result<void> DictionaryReader::append_number(int references) {
         return {};
     const std::uint64_t behind_reference = file_.position();
     VELL_TRY(spend(table_read)); // a search costs what its table does
-    const Result<void> found = go_to_object(file_, trailer_, {*number, *generation});
+    const Result<void> found = tables_.go_to_object({*number, *generation});
     if (found)
         VELL_TRY(append_value(references - 1));
     else if (found.error() != not_in_file && found.error() != ErrorCode::BadArgument)
@@ -379,8 +379,8 @@ void DictionaryReader::finish_value(std::string_view key, std::size_t start) {
 
 } // namespace
 
-Result<void> append_dictionary(BufferedReader& file, const Trailer& trailer, LimitedText& text) {
-    const Result<void> done = DictionaryReader(file, trailer, text).append_entries();
+Result<void> append_dictionary(BufferedReader& file, TableChain& tables, LimitedText& text) {
+    const Result<void> done = DictionaryReader(file, tables, text).append_entries();
     const bool file_ended = !done && done.error() == ErrorCode::EndOfFile;
     return file_ended ? Result<void>(Failure{not_in_file}) : done;
 }

@@ -10,7 +10,6 @@ namespace vell::documents {
 // beginning with a carriage return. A value that is too long is cut and ends with an ellipsis.
 // not_in_file when the dictionary is too long to be told in full, or when something in it is not
 // closed before its object or the file ends; what was read stays.
-Result<void> append_dictionary(files::BufferedReader& file, const Trailer& trailer,
-                               LimitedText& text);
+Result<void> append_dictionary(files::BufferedReader& file, TableChain& tables, LimitedText& text);
 
 } // namespace vell::documents

@@ -83,7 +83,8 @@ bool is_readable(std::string_view text) {
 // Looks for the information dictionary and appends its entries.
 class InformationSearch {
   public:
-    InformationSearch(BufferedReader& file, LimitedText& text) : file_(file), text_(text) {}
+    InformationSearch(BufferedReader& file, LimitedText& text)
+        : file_(file), text_(text), tables_(file) {}
 
     Result<void> in_linearized(std::string_view block, const Linearization& linearization) {
         const Trailer trailer = VELL_TRY(first_page_trailer(file_, block, linearization.end));
@@ -126,10 +127,11 @@ class InformationSearch {
         encrypted_ = encrypted_ || trailer.encrypted;
         if (!trailer.information)
             return {};
-        VELL_TRY(go_to_object(file_, trailer, *trailer.information));
+        tables_.begin(trailer);
+        VELL_TRY(tables_.go_to_object(*trailer.information));
         found_dictionary_ = true;
         const std::size_t start = text_.size();
-        const Result<void> done = append_dictionary(file_, trailer, text_);
+        const Result<void> done = append_dictionary(file_, tables_, text_);
         // The strings of an encrypted file mostly are encrypted too, and tell nobody anything.
         // Some writers leave them as they are, and then they can be told.
         has_read_ = !encrypted_ || is_readable(text_.from(start));
@@ -141,6 +143,7 @@ class InformationSearch {
 
     BufferedReader& file_;
     LimitedText& text_;
+    TableChain tables_;
     bool encrypted_ = false;
     bool found_dictionary_ = false;
     bool has_read_ = false;

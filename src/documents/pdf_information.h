@@ -3,7 +3,7 @@
 //
 // Classic cross-reference tables and trailers are read; files that keep them in streams are
 // recognised and said to be so. Reads are bounded, time is linear in the file's length, and the
-// whole needs less than 64 KB of memory, the text included.
+// whole needs less than 200 KB of memory, the text included.
 #pragma once
 
 #include "src/base/result.h"

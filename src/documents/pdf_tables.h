@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace vell::documents {
 
@@ -42,8 +43,40 @@ Result<Trailer> find_trailer(files::BufferedReader& file, std::uint64_t& end);
 Result<Trailer> first_page_trailer(files::BufferedReader& file, std::string_view block,
                                    std::size_t searched);
 
-// Moves the file behind the "obj" of an object that the trailer's table or the one before lists.
-// not_in_file, table_malformed, or BadArgument when another object, or none, stands there.
-Result<void> go_to_object(files::BufferedReader& file, const Trailer& trailer, ObjectId object);
+// The cross-reference tables that lead to a file's objects, newest first: that of a trailer, then
+// those that "/Prev" leads to. They are read when they are first needed, each once.
+class TableChain {
+  public:
+    explicit TableChain(files::BufferedReader& file) : file_(file) {}
+
+    // From now on objects are looked for as this trailer's version of the file has them.
+    void begin(const Trailer& trailer);
+
+    // Moves the file behind the "obj" of an object, where the newest table that lists it says that
+    // it stands. not_in_file, table_malformed, or BadArgument when another object, or none, stands
+    // there.
+    Result<void> go_to_object(ObjectId object);
+
+  private:
+    struct Subsection {
+        std::uint64_t first;
+        std::uint64_t count;
+        std::uint64_t entries; // position in the file
+    };
+
+    Result<void> read_next();
+    Result<std::optional<std::uint64_t>> read_table(std::uint64_t table);
+    Result<std::uint64_t> look_up(std::uint64_t object);
+
+    files::BufferedReader& file_;
+    std::vector<std::uint64_t> tables_;   // that were read, so that loops end
+    std::vector<Subsection> subsections_; // of them all, in their order
+    std::optional<std::uint64_t> next_;   // table to read
+    std::optional<std::uint64_t> behind_first_;
+    ErrorCode end_ = not_in_file; // what ends the chain
+    // More than anybody makes by updates. They count for all trailers together.
+    int tables_left_ = 1000;
+    int subsections_left_ = 2000;
+};
 
 } // namespace vell::documents

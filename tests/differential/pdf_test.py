@@ -72,7 +72,7 @@ def run(*command):
 
 
 def update(source, target, title):
-    """Appends another information dictionary, and another update without any."""
+    """Appends updates: an information dictionary, its title, another title, and nothing."""
     data = source.read_bytes()
     size = max(map(int, re.findall(rb"/Size\s+(\d+)", data)))
     root = re.findall(rb"/Root\s+(\d+)", data)[-1]
@@ -80,7 +80,8 @@ def update(source, target, title):
     if int(previous) == 0 or b"trailer" not in data:
         return False
     info = b""
-    for number, body in ((size, b"<< /Title (%s) >>" % title), (size + 1, b"null")):
+    for number, body in ((size, b"<< /Title %d 0 R >>" % (size + 1)), (size + 1, b"(old)"),
+                         (size + 1, b"(%s)" % title), (size + 2, b"null")):
         info = info or b"/Info %d 0 R" % number
         data += b"\n"
         start = len(data)

@@ -162,6 +162,59 @@ TEST(PdfInformation, FollowsUpdates) {
         EXPECT_EQ(description_of(each.pdf.bytes), each.expected) << &each - cases;
 }
 
+// Objects of updates by their numbers, oldest first. No trailer but the last is near the file's
+// end.
+std::string updated(const std::vector<std::map<int, std::string>>& updates,
+                    const std::string& space = std::string(2000, ' ')) {
+    Pdf pdf;
+    for (const auto& objects : updates) {
+        const std::string prev = pdf.table == 0 ? "" : " /Prev " + std::to_string(pdf.table);
+        for (const auto& [number, body] : objects)
+            pdf.object(number, body);
+        pdf.object(2, space).finish("/Info 1 0 R" + prev);
+    }
+    return pdf.bytes;
+}
+
+TEST(PdfInformation, FollowsReferencesThroughAllTables) {
+    const std::map<int, std::string> base{{1, "<</A 7 0 R/B 8 0 R>>"}, {7, "(a)"}, {8, "(b)"}};
+    const std::map<int, std::string> nothing;
+    std::map<int, std::string> many{{7, "(many)"}}; // a table longer than what is read at once
+    for (int number = 20; number < 200; ++number)
+        many[number] = "null";
+    const std::pair<std::vector<std::map<int, std::string>>, std::string> cases[] = {
+        {{base, nothing, nothing}, "|A: a|B: b"},
+        {{base, {{7, "(new)"}}, nothing}, "|A: new|B: b"},
+        {{base, {{7, "(new)"}}, nothing, nothing}, "|A: new|B: b"},
+        {{base, {{7, "(new)"}}, {{7, "(newer)"}}, nothing}, "|A: newer|B: b"},
+        {{base, {{8, "7 0 R"}}, {{7, "(new)"}}, nothing}, "|A: new|B: new"},
+        {{base, nothing, nothing, {{1, "<</B 8 0 R/A(x)>>"}}}, "|B: b|A: x"},
+        {{base, many, nothing, {{8, "9 0 R"}}}, "|A: many|B: "},
+        {{base, many, nothing, nothing}, "|A: many|B: b"},
+        {{{{8, "(b)"}}, {{1, "<</B 8 0 R>>"}}, nothing, nothing}, "|B: b"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(description_of(updated(each.first)), lines("1.4", each.second)) << &each - cases;
+
+    // Tables that lead to each other, or nowhere.
+    std::string loop = updated({base, nothing, {{1, "<</A 7 0 R/B 9 0 R>>"}}});
+    std::string to_newest = "<< /Prev " + std::to_string(loop.rfind("xref\n0 1"));
+    to_newest.resize(14, ' ');
+    loop.replace(loop.find("<< /Info 1 0 R"), to_newest.size(), to_newest);
+    EXPECT_EQ(description_of(loop), lines("1.4", "|A: a|B: "));
+    const std::string lost = updated({{{1, "<</A 7 0 R>>"}, {7, "(a)"}}, nothing});
+    EXPECT_EQ(description_of(std::string(lost).replace(lost.find("xref\n"), 4, "gone")),
+              lines("1.4", further));
+
+    // More updates than anybody makes.
+    std::vector<std::map<int, std::string>> updates{base};
+    updates.resize(900);
+    EXPECT_EQ(description_of(updated(updates, "")), lines("1.4", "|A: a|B: b"));
+    updates.resize(1500);
+    updates[1400] = {{1, "<</A 7 0 R/B(b)>>"}};
+    EXPECT_EQ(description_of(updated(updates, "")), lines("1.4", "|A: |B: b"));
+}
+
 TEST(PdfInformation, SaysWhatIsWrongWithTables) {
     const std::string corrupt = lines("1.4", std::string(further) + " (PDF may be corrupt)");
     const std::string missing = lines("1.4", further);
