@@ -21,7 +21,7 @@ import reasons
 import rules
 import vellhost
 
-FOLDERS = ("jpeg", "tiff", "png", "raw")
+FOLDERS = ("jpeg", "jpeg2", "tiff", "tiff2", "png", "png2", "raw", "raw2")
 # Bytes of files come out as the characters U+0000 to U+00FF.
 BYTES = " -Encoding=ISO_8859_1"
 QUESTIONS = {
@@ -42,6 +42,7 @@ QUESTIONS = {
     "profile name": "-GetIccProfileName" + BYTES,
     "profile names": "-GetLocalizedIccProfileName" + BYTES,
 }
+PROFILE_QUESTIONS = [question for question in QUESTIONS if "profile" in question]
 # What the plug-in may answer instead: not a JPEG, a short file, nothing found, no such image.
 CODES = {"$$-71", "$$-302", "$$-2026", "$$-4243"}
 SECTION = re.compile(r"\r##(EXIF|GPS|IPTC) (\d+)\r(.*?)\r##END \2(?=\r##|$)", re.DOTALL)
@@ -150,15 +151,23 @@ def compare_exif(comparison, path, answers, exiftool, exiv2):
 
 
 def compare_iptc(comparison, path, answers, exiftool, exiv2):
+    is_utf8 = exiftool.value(path, "IPTC:CodedCharacterSet") == "\x1b%G"
+
     def equals(tag, ours):
         if tag.number == 0:
             return rules.equals_exiftool(tag, ours)
         return rules.bare(ours) == rules.bare(str(tag.value))
 
+    def equals_exiftool(tag, ours):  # which decodes what says that it is UTF-8
+        return equals(tag, ours.encode("latin-1").decode("utf-8", "replace") if is_utf8 else ours)
+
+    def equals_exiv2(tag, ours):  # which adds a zone to a time without one
+        return equals(tag, ours + "+0000" if tag.type == "Time" and len(ours) == 6 else ours)
+
     ours = sections_of(answers["iptc"])
     theirs = {"exiftool": by_tag(exiftool.tags(path), ("IPTC",)),
               "exiv2": by_tag(exiv2.tags(path), ("IPTC",))}
-    compare_tags(comparison, path, "iptc", ours, theirs, {"exiftool": equals, "exiv2": equals})
+    compare_tags(comparison, path, "iptc", ours, theirs, {"exiftool": equals_exiftool, "exiv2": equals_exiv2})
     compare_known(comparison, path, "iptc", ours, theirs)
 
 
@@ -181,7 +190,7 @@ def compare_answers(comparison, path, answers, exiftool):
     """Every question has an answer, whatever the file."""
     for question, answer in answers.items():
         comparison.check(not answer.startswith("$$") or answer in CODES, path, "answers", "codes",
-                         question, answer, CODES)
+                         f"{question}: {answer}", answer, CODES)
     comment = exiftool.value(path, "PNG:Comment")
     if comment is not None:
         comparison.check(f"omment: {comment}\r" in answers["chunks"], path, "text chunks",
@@ -196,12 +205,13 @@ def compare_image(comparison, path, answers, exiftool):
             equal = ours is not None and rules.close(float(ours), float(theirs))
             comparison.check(equal, path, "image description", "exiftool", name, ours, theirs)
 
-    groups = ("PNG", "IFD0") if path.endswith("png") else ("File", "IFD0")
+    directory = exiftool.image_group(path)
+    groups = ("PNG" if path.endswith("png") else "File", directory)
     check("Width", fields.get("Width"), exiftool.value(path, *(g + ":ImageWidth" for g in groups)))
     check("Height", fields.get("Height"),
           exiftool.value(path, *(g + ":ImageHeight" for g in groups)))
-    bits = exiftool.value(path, "File:BitsPerSample", "IFD0:BitsPerSample", "PNG:BitDepth")
-    samples = exiftool.value(path, "File:ColorComponents", "IFD0:SamplesPerPixel")
+    bits = exiftool.value(path, "File:BitsPerSample", directory + ":BitsPerSample", "PNG:BitDepth")
+    samples = exiftool.value(path, "File:ColorComponents", directory + ":SamplesPerPixel")
     if bits is not None and samples is not None:
         check("Depth", fields.get("Depth"), float(str(bits).split()[0]) * samples)
     for name, key in (("Horizontal Res", "XResolution"), ("Vertical Res", "YResolution")):
@@ -216,6 +226,8 @@ def compare_image(comparison, path, answers, exiftool):
 def compare_profile(comparison, path, answers, exiftool):
     name = exiftool.value(path, "ICC_Profile:ProfileDescription")
     if name is None:
+        comparison.check(all(answers[question].startswith("$$") for question in PROFILE_QUESTIONS),
+                         path, "no profile", "exiftool", "profile", answers["profile"], None)
         return
     fields = dict(re.findall(r"(?:^|\r)([A-Z][A-Za-z ]+): ([^\r]*)", answers["profile"]))
 
@@ -266,7 +278,7 @@ def main(folder):
         compare_texts(comparison, path, mine, exiftool, exiv2)
         compare_answers(comparison, path, mine, exiftool)
         compare_image(comparison, path, mine, exiftool)
-        if path.endswith(("jpg", "jpeg", "jps")):
+        if not path.endswith("png"):
             compare_profile(comparison, path, mine, exiftool)
     comparison.print_summary()
     for difference in comparison.differences:

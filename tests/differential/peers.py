@@ -23,6 +23,8 @@ def run(*command):
 class Exiftool:
     """One process for all files."""
     GROUPS = {"IFD0": "EXIF", "ExifIFD": "EXIF", "GPS": "GPS", "IPTC": "IPTC"}
+    BASE64 = "base64:"  # what is no UTF-8
+    SUB_DIRECTORIES = ("SubIFD", "SubIFD1", "SubIFD2")
     # In the IPTC group numbers stand for datasets of the envelope, too.
     ENVELOPE = {"EnvelopeRecordVersion", "Destination", "FileFormat", "FileVersion",
                 "ServiceIdentifier", "EnvelopeNumber", "ProductID", "EnvelopePriority", "DateSent",
@@ -33,7 +35,8 @@ class Exiftool:
                   "-charset", "exif=Latin", "-charset", "iptc=Latin", "-IFD0:all", "-ExifIFD:all",
                   "-Padding", "-GPS:all", "-IPTC:all", "-ICC-header:all",
                   "-ICC_Profile:ProfileDescription", "-File:all", "-PNG:all", "-Comment",
-                  "-JFIF:all", "-Composite:GPSLatitude", "-Composite:GPSLongitude", *paths)
+                  "-JFIF:all", "-Composite:GPSLatitude", "-Composite:GPSLongitude",
+                  *(f"-{group}:all" for group in self.SUB_DIRECTORIES), "-XMP", *paths)
         # Pairs instead of objects: a tag may stand there twice.
         self.files = {pairs[0][1]: pairs[1:]
                       for pairs in json.loads(out, object_pairs_hook=lambda pairs: pairs)}
@@ -53,8 +56,8 @@ class Exiftool:
             if section == "IPTC" and name in self.ENVELOPE:
                 continue
             for one in value if section == "IPTC" and isinstance(value, list) else [value]:
-                if isinstance(one, str) and one.startswith("base64:"):
-                    one = base64.b64decode(one[7:]).decode("latin-1")
+                if isinstance(one, str) and one.startswith(self.BASE64):
+                    one = self._bytes(one).decode("latin-1")
                 tags.append(Tag(section, number, name, None, None, one))
         return tags
 
@@ -65,7 +68,20 @@ class Exiftool:
         return next((found[key] for key in keys if key in found), None)
 
     def xmp(self, path):
-        return run("exiftool", "-b", "-XMP", path)
+        return self._bytes(self.value(path, "XMP:XMP") or "")
+
+    def image_group(self, path):
+        """The directory of the full-resolution image: the first one, unless that is a thumbnail."""
+        if self.value(path, "IFD0:SubfileType") in (None, 0):
+            return "IFD0"
+        return next((group for group in self.SUB_DIRECTORIES
+                     if self.value(path, group + ":SubfileType") == 0), "IFD0")
+
+    @classmethod
+    def _bytes(cls, value):
+        if value.startswith(cls.BASE64):
+            return base64.b64decode(value.removeprefix(cls.BASE64))
+        return value.encode()
 
 
 class Exiv2:
