@@ -18,6 +18,12 @@ constexpr ImageDataTags image_data_tags[] = {{513, 514}, {273, 279}};
 constexpr std::uint16_t referring_tags[] = {330, tag::maker_note, 50740};
 constexpr FieldType ifd_offset{13}; // TIFF Technical Note 1
 
+// Whether the entry may lead to bytes that the lists of directories and values do not tell. The
+// value of a type that is not known may stand anywhere, and have any length.
+bool may_refer(const IfdEntry& entry) {
+    return std::ranges::count(referring_tags, entry.tag) > 0 || !is_known(entry.type);
+}
+
 // The bytes of a value, as far as they lie in the block.
 std::string_view value_of(const IfdEntry& entry, std::string_view block, ByteOrder order) {
     if (entry.is_inline())
@@ -76,9 +82,11 @@ void ExifLayout::keep_unchanged() {
         if (!directory.is_changed && directory.place)
             kept_ranges_.add(directory.place->start, directory.place->size);
         std::vector<IfdEntry> unchanged;
-        for (const ChangeableEntry& candidate : directory.entries)
+        for (const ChangeableEntry& candidate : directory.entries) {
+            may_refer_ = may_refer_ || may_refer(candidate.entry);
             if (!candidate.new_value)
                 unchanged.push_back(candidate.entry);
+        }
         keep_entries(unchanged);
     }
     keep_chain(block_.directory(DirectoryKind::Main).next);
@@ -111,23 +119,15 @@ void ExifLayout::keep_chain(std::uint32_t offset) {
             return;
         kept_ranges_.add(table->place.start, table->place.size);
         keep_entries(table->entries);
+        may_refer_ = may_refer_ || std::ranges::any_of(table->entries, may_refer);
         offset = table->next;
     }
-}
-
-bool ExifLayout::anything_may_be_referred_to() const {
-    return std::ranges::any_of(block_.directories_, [](const ChangeableDirectory& directory) {
-        return std::ranges::any_of(directory.entries, [](const ChangeableEntry& candidate) {
-            return std::ranges::count(referring_tags, candidate.entry.tag) > 0 ||
-                   candidate.entry.type == ifd_offset;
-        });
-    });
 }
 
 // Bytes that no entry accounts for stay where something may lead to them all the same.
 void ExifLayout::find_kept_bytes() {
     kept_ = kept_ranges_.bytes();
-    if (!anything_may_be_referred_to())
+    if (!may_refer_)
         return;
     BlockRanges changeable(old_.size());
     for (const ChangeableDirectory& directory : block_.directories_) {

@@ -54,7 +54,6 @@ class ExifLayout {
     void keep_entries(const std::vector<IfdEntry>& entries);
     void keep_chain(std::uint32_t offset);
     void find_kept_bytes();
-    bool anything_may_be_referred_to() const;
 
     Result<void> collect_parts();
     void take_old_place(Part& part);
@@ -68,6 +67,7 @@ class ExifLayout {
     std::string_view old_;
     std::size_t most_bytes_;
     BlockRanges kept_ranges_{old_.size()};
+    bool may_refer_ = false; // some entry, to bytes that nothing here tells
     std::vector<bool> kept_; // by place in the old block
     std::vector<bool> used_; // the same, with what was placed there since
     std::vector<Part> parts_;

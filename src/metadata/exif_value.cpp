@@ -1,6 +1,8 @@
 #include "src/metadata/exif_value.h"
 
+#include "src/base/ascii.h"
 #include "src/base/utf8.h"
+#include "src/metadata/exif_date.h"
 #include "src/metadata/rational_text.h"
 
 #include <algorithm>
@@ -25,6 +27,29 @@ constexpr std::string_view unicode_code{"UNICODE\0", character_code_size};
 constexpr std::string_view character_codes[] = {
     ascii_code, unicode_code, {"JIS\0\0\0\0\0", 8}, {"\0\0\0\0\0\0\0\0", 8}};
 
+// How people write a number with its unit.
+struct UnitOf {
+    TagFamily family;
+    std::uint16_t tag;
+    std::string_view before;
+    std::string_view behind;
+};
+constexpr UnitOf units[] = {{TagFamily::General, 33434, "", "s"},  // ExposureTime
+                            {TagFamily::General, 33437, "f/", ""}, // FNumber
+                            {TagFamily::General, 37382, "", "m"},  // SubjectDistance
+                            {TagFamily::General, 37386, "", "mm"}, // FocalLength
+                            {TagFamily::Gps, 6, "", "m"}};         // GPSAltitude
+
+struct DateTag {
+    TagFamily family;
+    std::uint16_t tag;
+    bool has_time;
+};
+constexpr DateTag date_tags[] = {{TagFamily::General, 306, true},   // DateTime
+                                 {TagFamily::General, 36867, true}, // DateTimeOriginal
+                                 {TagFamily::General, 36868, true}, // DateTimeDigitized
+                                 {TagFamily::Gps, 29, false}};      // GPSDateStamp
+
 Failure<ErrorCode> unfit() {
     return Failure{ErrorCode::BadParameter};
 }
@@ -46,6 +71,19 @@ std::optional<std::int64_t> parse_integer(std::string_view text) {
                                                                     : std::nullopt;
 }
 
+std::string_view without_unit(std::string_view line, const TagTarget& target) {
+    for (const UnitOf& unit : units) {
+        if (unit.family != target.family || unit.tag != target.tag)
+            continue;
+        if (starts_ignoring_case(line, unit.before))
+            line.remove_prefix(unit.before.size());
+        if (ends_ignoring_case(line, unit.behind))
+            line.remove_suffix(unit.behind.size());
+        line = line.substr(0, line.find_last_not_of(' ') + 1);
+    }
+    return line;
+}
+
 template <typename Integer>
 Result<std::string> integers(std::string_view text, ByteOrder order) {
     using Limits = std::numeric_limits<Integer>;
@@ -64,10 +102,12 @@ Result<std::string> integers(std::string_view text, ByteOrder order) {
 }
 
 template <typename Integer>
-Result<std::string> rationals(std::string_view text, ByteOrder order) {
+Result<std::string> rationals(std::string_view text, const TagTarget& target) {
+    const ByteOrder order = target.order;
     std::string bytes;
     do {
-        const auto fraction = parse_fraction(take_line(text), std::numeric_limits<Integer>::max());
+        const std::string_view line = without_unit(take_line(text), target);
+        const auto fraction = parse_fraction(line, std::numeric_limits<Integer>::max());
         if (!fraction || (!std::is_signed_v<Integer> && fraction->numerator < 0))
             return unfit();
         append_integer<Integer>(bytes, static_cast<Integer>(fraction->numerator), order);
@@ -105,19 +145,18 @@ Result<std::string> byte_values(std::string_view text, const TagTarget& target,
     if (target.family == TagFamily::Gps && target.tag == gps_altitude_reference)
         return integers<std::uint8_t>(text, target.order);
     if (target.family == TagFamily::General && target.tag >= 40091 && target.tag <= 40095)
-        return utf16_bytes(text, target.order) + std::string(2, '\0');
+        return utf16_bytes(text, ByteOrder::Little) + std::string(2, '\0');
     return store.store(text);
 }
 
 // A text that was read behind the remark that it is not UTF-8 was read natively.
-Result<std::string> ascii_value(std::string_view text, const TextStore& store) {
-    std::string bytes;
+Result<std::string> text_value(std::string_view text, TextEncoding encoding,
+                               const TextStore& store) {
     if (text.starts_with(params::invalid_utf8_trying_native)) {
         text.remove_prefix(params::invalid_utf8_trying_native.size());
-        bytes = VELL_TRY(store.store_as(TextEncoding::Native, text));
-    } else {
-        bytes = VELL_TRY(store.store(text));
+        encoding = TextEncoding::Native;
     }
+    std::string bytes = VELL_TRY(store.store_as(encoding, text));
     bytes.resize(std::min(bytes.find('\0'), bytes.size()));
     return bytes + '\0';
 }
@@ -133,7 +172,7 @@ Result<std::string> undefined_value(std::string_view text, const TagTarget& targ
     };
     if (!has_code || std::ranges::any_of(character_codes, begins_with))
         return store.store(text);
-    if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+    if (is_ascii(text))
         return std::string(ascii_code).append(text);
     return std::string(unicode_code) + utf16_bytes(text, target.order);
 }
@@ -143,17 +182,24 @@ Result<std::string> undefined_value(std::string_view text, const TagTarget& targ
 Result<std::string> exif_value(std::string_view text, const TagTarget& target,
                                const TextStore& store) {
     using enum FieldType;
+    const auto date = std::ranges::find_if(date_tags, [&](const DateTag& candidate) {
+        return candidate.family == target.family && candidate.tag == target.tag;
+    });
+    if (date != std::end(date_tags) && !is_exif_date(text, date->has_time))
+        return unfit();
     switch (target.type) {
     case Byte:
         return byte_values(text, target, store);
     case Ascii:
-        return ascii_value(text, store);
+        return text_value(text, store.chosen().value_or(TextEncoding::Utf8), store);
+    case Utf8:
+        return text_value(text, TextEncoding::Utf8, store);
     case Short:
         return integers<std::uint16_t>(text, target.order);
     case Long:
         return integers<std::uint32_t>(text, target.order);
     case Rational:
-        return rationals<std::uint32_t>(text, target.order);
+        return rationals<std::uint32_t>(text, target);
     case SignedByte:
         return integers<std::int8_t>(text, target.order);
     case Undefined:
@@ -163,7 +209,7 @@ Result<std::string> exif_value(std::string_view text, const TagTarget& target,
     case SignedLong:
         return integers<std::int32_t>(text, target.order);
     case SignedRational:
-        return rationals<std::int32_t>(text, target.order);
+        return rationals<std::int32_t>(text, target);
     default: // no known tag has the other types
         return unfit();
     }
@@ -177,13 +223,12 @@ bool is_position(const TagTarget& target) {
 std::optional<std::string> position_from_degrees(std::string_view text, ByteOrder order) {
     if (text.find_first_of("\r\n/") != std::string_view::npos)
         return std::nullopt;
-    double degrees = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), degrees);
-    if (error != std::errc() || end != text.data() + text.size() || !(std::abs(degrees) <= 360))
+    const auto degrees = parse_decimal(text);
+    if (!degrees || !(std::abs(*degrees) <= 360))
         return std::nullopt;
     // Whole steps of a millionth of a second, so that 60 seconds never come out.
     constexpr std::uint64_t step = 1'000'000;
-    const auto steps = static_cast<std::uint64_t>(std::llround(std::abs(degrees) * 3600 * step));
+    const auto steps = static_cast<std::uint64_t>(std::llround(std::abs(*degrees) * 3600 * step));
     const std::uint64_t values[] = {steps / step / 3600, 1,   steps / step / 60 % 60, 1,
                                     steps % (60 * step), step};
     std::string bytes;

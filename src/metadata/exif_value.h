@@ -15,8 +15,11 @@ struct TagTarget {
     ByteOrder order;
 };
 
-// The bytes for a text that the tag readers would render again. Numbers of an array stand on lines
-// of their own. BadParameter for a text that the type cannot hold.
+// The bytes for a text that the tag readers would render again, but for XPTitle to XPSubject, which
+// are little-endian in every block, as other programs have them. Numbers of an array stand on lines
+// of their own; a decimal comma is taken for a point, and a number may have the unit that people
+// write with its tag, such as "1/250 s", "50 mm" or "f/2.8". BadParameter for a text that the type
+// cannot hold, and for dates in another form than Exif's.
 Result<std::string> exif_value(std::string_view text, const TagTarget& target,
                                const TextStore& store);
 

@@ -88,9 +88,14 @@ class ExifWriter {
         ChangeableEntry* entry;
     };
 
+    static bool has_type(const Found& found, FieldType type) {
+        return found.entry->entry.type == type;
+    }
+
     Result<void> write(const TaggedSection& section);
     std::optional<Found> find(const TaggedSection& section, std::size_t occurrence);
-    Result<bool> reads_as(const TaggedSection& section, std::size_t occurrence) const;
+    Result<bool> reads_as(const TaggedSection& section, std::size_t occurrence,
+                          const std::optional<Found>& found) const;
     Result<void> set(const TaggedSection& section, const std::optional<Found>& found);
     bool set_position(const TaggedSection& section, const TagTarget& target,
                       const std::optional<Found>& found);
@@ -136,21 +141,25 @@ std::optional<ExifWriter::Found> ExifWriter::find(const TaggedSection& section,
 }
 
 // Fractions and decimals, positions in either form: whatever the readers make of the entry.
-Result<bool> ExifWriter::reads_as(const TaggedSection& section, std::size_t occurrence) const {
+Result<bool> ExifWriter::reads_as(const TaggedSection& section, std::size_t occurrence,
+                                  const std::optional<Found>& found) const {
     const SectionKey key{section.kind, section.number};
     const auto plain = plain_.value(key, occurrence);
     const auto raw = raw_.value(key, occurrence);
     if (!plain && !raw)
         return false;
-    if (is_utf16_tag(section.kind, section.number))
+    const bool is_fallback = section.value.starts_with(params::invalid_utf8_trying_native);
+    const bool is_utf8 = found && has_type(*found, FieldType::Utf8) && !is_fallback;
+    if (is_utf8 || is_utf16_tag(section.kind, section.number))
         return plain == section.value;
     if (decimal_.value(key, occurrence) == section.value)
         return true;
-    if (section.value.starts_with(params::invalid_utf8_trying_native)) {
-        const std::string_view native =
-            section.value.substr(params::invalid_utf8_trying_native.size());
-        return plain == std::string(params::invalid_utf8_trying_native) +
-                            VELL_TRY(store_.store_as(TextEncoding::Native, native));
+    if (is_fallback) {
+        const std::string_view remark = params::invalid_utf8_trying_native;
+        const std::string native =
+            VELL_TRY(store_.store_as(TextEncoding::Native, section.value.substr(remark.size())));
+        const bool was_read_natively = !store_.chosen() && plain == native;
+        return was_read_natively || plain == std::string(remark) + native;
     }
     if ((plain && VELL_TRY(store_.reads_as(*plain, section.value))) ||
         (raw && VELL_TRY(store_.reads_as(*raw, section.value))))
@@ -166,9 +175,9 @@ Result<void> ExifWriter::write(const TaggedSection& section) {
         return {};
     const SectionKey key{section.kind, section.number};
     const std::size_t occurrence = seen_[key]++;
-    if (VELL_TRY(reads_as(section, occurrence)))
-        return {};
     const auto found = find(section, occurrence - removed_[key]);
+    if (VELL_TRY(reads_as(section, occurrence, found)))
+        return {};
     if (!section.value.empty())
         return set(section, found);
     if (found) {
@@ -183,8 +192,11 @@ Result<void> ExifWriter::set(const TaggedSection& section, const std::optional<F
     const TagRow* row = find_tag_row(family, section.number);
     if (row == nullptr && !found)
         return Failure{ErrorCode::BadParameter};
-    const TagTarget target{family, section.number, row ? row->type : found->entry->entry.type,
-                           block_.order()};
+    // Exif 3.0 lets each of its texts be of either type.
+    const bool keeps_type = row == nullptr || (row->type == FieldType::Ascii && found &&
+                                               has_type(*found, FieldType::Utf8));
+    const TagTarget target{family, section.number,
+                           keeps_type ? found->entry->entry.type : row->type, block_.order()};
     if (is_position(target) && set_position(section, target, found))
         return {};
     const DirectoryKind home = home_of(section.kind, row ? row->category : TagCategory::Unknown);

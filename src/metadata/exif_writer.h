@@ -17,6 +17,9 @@ enum class MakerNote : bool { Remove, Keep };
 // a block that would hold nothing. What the sections do not name stays: other tags, the thumbnail,
 // and each value that reads as its section says, byte for byte. An empty section removes its tag.
 //
+// Texts are stored in the store's encoding. Without one of its own all that are new are UTF-8, of
+// which ASCII is a part, so that one reading has them all; values of the type Utf8 always are.
+//
 // `existing` is the block to be changed, empty for a new one. BadParameter for a tag that is not
 // known or a text that its type cannot hold, ResourceTooLarge for more than `most_bytes`, ShortRead
 // and CorruptStructure for an existing block that cannot be read.

@@ -13,7 +13,7 @@
 
 namespace vell::metadata {
 
-// The types of TIFF 6.0; what a file says may be any other number.
+// The types of TIFF 6.0, and that of Exif 3.0 for texts; what a file says may be any other number.
 enum class FieldType : std::uint16_t {
     None = 0,
     Byte = 1,
@@ -28,6 +28,7 @@ enum class FieldType : std::uint16_t {
     SignedRational = 10,
     Float = 11,
     Double = 12,
+    Utf8 = 129, // ends with a zero byte
 };
 
 // Bytes of one value of the types 0 to 12.
@@ -35,10 +36,12 @@ inline constexpr std::array<std::uint8_t, 13> field_type_sizes{0, 1, 1, 2, 4, 8,
                                                                1, 2, 4, 8, 4, 8};
 
 constexpr bool is_known(FieldType type) {
-    return static_cast<std::size_t>(type) < field_type_sizes.size();
+    return static_cast<std::size_t>(type) < field_type_sizes.size() || type == FieldType::Utf8;
 }
 // 0 for a type that is not known.
 constexpr std::size_t size_of(FieldType type) {
+    if (type == FieldType::Utf8)
+        return 1;
     return is_known(type) ? field_type_sizes[static_cast<std::size_t>(type)] : 0;
 }
 

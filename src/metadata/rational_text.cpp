@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <string>
 #include <utility>
 
 namespace vell::metadata {
@@ -65,12 +66,21 @@ Fraction approximate(double value, double tolerance, std::int64_t largest) {
 
 } // namespace
 
+std::optional<double> parse_decimal(std::string_view text) {
+    std::string with_point(text);
+    // A point beside a comma is a separator of thousands, or the comma is; nobody can tell.
+    if (const std::size_t comma = text.find(',');
+        comma != std::string_view::npos && text.find('.') == std::string_view::npos)
+        with_point[comma] = '.';
+    return parse_whole<double>(with_point);
+}
+
 std::optional<Fraction> parse_fraction(std::string_view text, std::int64_t largest) {
     if (text == "nan")
         return Fraction{0, 0};
     if (const std::size_t slash = text.find('/'); slash != std::string_view::npos)
         return parse_quotient(text, slash, largest);
-    const auto value = parse_whole<double>(text);
+    const auto value = parse_decimal(text);
     if (!value || !std::isfinite(*value))
         return std::nullopt;
     const double size = std::abs(*value);

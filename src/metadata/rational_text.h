@@ -12,8 +12,11 @@ struct Fraction {
     std::uint64_t denominator;
 };
 
-// "a/b" as it stands; a decimal, with an exponent or without, as the simplest fraction of that
-// value, or the nearest that there is; "nan" as 0/0. Neither part is greater than `largest`.
+// A decimal number, with an exponent or without; a comma may stand in the place of the point.
+std::optional<double> parse_decimal(std::string_view text);
+
+// "a/b" as it stands; a decimal as the simplest fraction of its value, or the nearest that
+// there is; "nan" as 0/0. Neither part is greater than `largest`.
 // nullopt for anything else.
 std::optional<Fraction> parse_fraction(std::string_view text, std::int64_t largest);
 

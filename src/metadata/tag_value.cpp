@@ -65,7 +65,9 @@ Result<void> ValueReader::append_known(const IfdEntry& entry, TagFamily family) 
     case Byte:
         return append_bytes(entry, family);
     case Ascii:
-        return append_ascii(entry);
+        return append_text(entry, source_);
+    case Utf8:
+        return append_text(entry, TextEncoding::Utf8);
     case Short:
         return append_first<std::uint16_t>(entry);
     case Long:
@@ -148,12 +150,12 @@ Result<void> ValueReader::append_bytes(const IfdEntry& entry, TagFamily family) 
     return check(read);
 }
 
-Result<void> ValueReader::append_ascii(const IfdEntry& entry) {
+Result<void> ValueReader::append_text(const IfdEntry& entry, TextEncoding encoding) {
     const Value read = VELL_TRY(value_to_zero(entry));
-    const bool is_readable = source_ != TextEncoding::Utf8 || is_valid_utf8(read.bytes);
+    const bool is_readable = encoding != TextEncoding::Utf8 || is_valid_utf8(read.bytes);
     if (!is_readable)
         text_.append(params::invalid_utf8_trying_native);
-    text_.append(read.bytes, is_readable ? source_ : TextEncoding::Native);
+    text_.append(read.bytes, is_readable ? encoding : TextEncoding::Native);
     return check(read);
 }
 

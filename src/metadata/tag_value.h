@@ -75,7 +75,7 @@ class ValueReader {
 
     Result<void> append_known(const IfdEntry& entry, TagFamily family);
     Result<void> append_bytes(const IfdEntry& entry, TagFamily family);
-    Result<void> append_ascii(const IfdEntry& entry);
+    Result<void> append_text(const IfdEntry& entry, TextEncoding encoding);
     Result<void> append_all(const IfdEntry& entry, TextEncoding encoding);
     template <typename Integer>
     Result<void> append_first(const IfdEntry& entry);

@@ -33,9 +33,10 @@ std::optional<std::string> TextStore::native(std::string_view text) const {
 }
 
 Result<bool> TextStore::reads_as(std::string_view bytes, std::string_view text) const {
-    if (reading() == TextEncoding::Utf8)
-        return bytes == text || utf8_from_utf16(utf16_from_utf8(bytes)) == text;
-    return VELL_TRY(store(text)) == bytes;
+    const bool may_be_utf8 = chosen_.value_or(TextEncoding::Utf8) == TextEncoding::Utf8;
+    if (may_be_utf8 && (bytes == text || utf8_from_utf16(utf16_from_utf8(bytes)) == text))
+        return true;
+    return chosen_ != TextEncoding::Utf8 && VELL_TRY(store(text)) == bytes;
 }
 
 Result<std::string> TextStore::store_beginning(std::string_view text,

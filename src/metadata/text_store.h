@@ -29,8 +29,9 @@ class TextStore {
     Result<std::string> store_as(TextEncoding encoding, std::string_view text) const;
     // nullopt when the native encoding lacks one of the characters.
     std::optional<std::string> native(std::string_view text) const;
-    // Whether those bytes read as the text, in the encoding to read in. What is not UTF-8 reads as
-    // replacement characters, from which nobody can tell the bytes that they stand for.
+    // Whether those bytes read as the text, in the chosen encoding, or natively or as UTF-8 without
+    // one. What is not UTF-8 reads as replacement characters, from which nobody can tell the bytes
+    // that they stand for.
     Result<bool> reads_as(std::string_view bytes, std::string_view text) const;
     // At most that many bytes of the text, without a part of a character at their end.
     Result<std::string> store_beginning(std::string_view text, std::size_t most_bytes) const;

@@ -109,6 +109,31 @@ TEST(ExifWriter, ValuesTakeTheTypesOfTheirTags) {
         {"EXIF", 282, "4294967296/1", ""},
         {"EXIF", 282, "-1/2", ""},
         {"EXIF", 282, "1/", ""},
+        {"EXIF", 282, "48,5", "97/2"},
+        {"EXIF", 282, "1,234.5", ""},
+        {"EXIF", 282, "1,2,3", ""},
+        {"EXIF", 33434, "1/250 s", "1/250"},
+        {"EXIF", 33434, "0,5S", "1/2"},
+        {"EXIF", 33434, "1/250 m", ""},
+        {"EXIF", 282, "300 s", ""},
+        {"EXIF", 33437, "f/2.8", "14/5"},
+        {"EXIF", 37386, "50 mm", "50/1"},
+        {"GPS", 6, "12,5 m", "25/2"},
+        {"EXIF", 306, "2020:02:29 23:59:60", "2020:02:29 23:59:60"},
+        {"EXIF", 36867, "    :  :     :  :  ", "    :  :     :  :  "},
+        {"EXIF", 36867, "                   ", "                   "},
+        {"EXIF", 36868, "2020:12:   10:  :  ", "2020:12:   10:  :  "},
+        {"EXIF", 36868, "0000:00:00 00:00:00", "0000:00:00 00:00:00"},
+        {"EXIF", 306, "2021:02:29 23:59:59", ""},
+        {"EXIF", 36867, "2020-12-31 23:59:59", ""},
+        {"EXIF", 36867, "2020:12:31 23:59:59+01:00", ""},
+        {"EXIF", 36867, "31.12.2020", ""},
+        {"EXIF", 36867, "2020:12:31 24:00:00", ""},
+        {"EXIF", 36868, "2020:1 :31 23:59:59", ""},
+        {"EXIF", 36868, "2020 12 31 23 59 59", ""},
+        {"GPS", 29, "2020:12:31", "2020:12:31"},
+        {"GPS", 29, "2020:12:31 23:59:59", ""},
+        {"GPS", 29, "12:31:2020", ""},
         {"EXIF", 33437, "0.0166667", "166667/10000000"},
         {"EXIF", 33434, "nan", "0/0"},
         {"EXIF", 37379, "-2147483648/1", "-2147483648/1"},
@@ -117,7 +142,6 @@ TEST(ExifWriter, ValuesTakeTheTypesOfTheirTags) {
         {"EXIF", 40962, "-1879048192", "-1879048192"},
         {"EXIF", 40962, "4294967296", ""},
         {"EXIF", 37510, "Hello", std::string("ASCII\0\0\0Hello", 13)},
-        {"EXIF", 40091, "\xE6\x97\xA5\xF0\x9F\x98\x80", "\xE6\x97\xA5\xF0\x9F\x98\x80"},
         {"GPS", 0, "2.3.0.0", "2.3.0.0"},
         {"GPS", 0, "2.3.0.256", ""},
         {"GPS", 5, "1", "1"},
@@ -145,6 +169,7 @@ TEST(ExifWriter, DecimalDegreesBecomeAPositionWithItsReference) {
     } cases[] = {
         {section("GPS", 2, "-33.85678900"), "-33.85678900", "S"},
         {section("GPS", 2, "59.99999999"), "59.99999999", "N"},
+        {section("GPS", 2, "-33,5"), "-33.50000000", "S"},
         {section("GPS", 1, "S") + section("GPS", 2, "12.5"), "-12.50000000", "S"},
         {section("GPS", 2, "-12.5") + section("GPS", 1, "S"), "-12.50000000", "S"},
     };
@@ -161,9 +186,9 @@ TEST(ExifWriter, DecimalDegreesBecomeAPositionWithItsReference) {
 TEST(ExifWriter, TextsTakeTheEncodingThatIsAskedFor) {
     const std::string text = section("EXIF", 270, "\xC3\xA9");
     const std::string foreign = section("EXIF", 270, "\xE6\x97\xA5");
-    EXPECT_NE(write("", text)->find(std::string("\xE9\0", 2)), std::string::npos);
-    EXPECT_NE(write("", text, TextEncoding::Utf8)->find("\xC3\xA9"), std::string::npos);
-    EXPECT_NE(write("", foreign)->find("\xE6\x97\xA5"), std::string::npos);
+    EXPECT_NE(write("", text, TextEncoding::Native)->find(std::string("\xE9\0", 2)),
+              std::string::npos);
+    EXPECT_EQ(*write("", text, TextEncoding::Utf8), *write("", text));
     EXPECT_EQ(write("", foreign, TextEncoding::AsciiMac).error(), ErrorCode::ParameterUnreadable);
     // What was read behind the remark goes back as it was.
     const std::string native = build_tiff(ByteOrder::Little, {.first = {ascii(270, "caf\xE9")}});
@@ -171,6 +196,85 @@ TEST(ExifWriter, TextsTakeTheEncodingThatIsAskedFor) {
     EXPECT_EQ(*write(native, shown, TextEncoding::Utf8), native);
     EXPECT_NE(write("", shown, TextEncoding::Utf8)->find(std::string("caf\xE9\0", 5)),
               std::string::npos);
+}
+
+// One reading, as UTF-8, has all texts of a write; bytes that are no text stay bytes.
+TEST(ExifWriter, WithoutANamedEncodingAllNewTextsAreUtf8) {
+    const std::string texts = section("EXIF", 270, "\xC3\xA9") + section("EXIF", 271, "Vell") +
+                              section("EXIF", 315, "\xE6\x97\xA5");
+    const std::string binary = section("EXIF", 41730, "\xC3\xBF\1");
+    const std::string block = *write("", texts + binary);
+    EXPECT_NE(read(block, TextEncoding::Utf8).find(texts), std::string::npos);
+    EXPECT_NE(block.find("\xFF\1"), std::string::npos);
+    // Whoever reads it in either way may give it back, and what stays has its old bytes.
+    for (const TextEncoding reading : {TextEncoding::Native, TextEncoding::Utf8})
+        EXPECT_EQ(*write(block, read(block, reading)), block);
+    const std::string old = build_tiff(
+        ByteOrder::Big, {.first = {ascii(270, "here"), ascii(272, "M\xFCller, or longer")}});
+    const std::string mixed = *write(old, section("EXIF", 270, "\xC3\xA9") +
+                                              section("EXIF", 272, "M\xC3\xBCller, or longer"));
+    EXPECT_NE(mixed.find("M\xFCller, or longer"), std::string::npos);
+    EXPECT_NE(mixed.find("\xC3\xA9"), std::string::npos);
+    for (const TextEncoding reading : {TextEncoding::Native, TextEncoding::Utf8})
+        EXPECT_EQ(*write(mixed, read(mixed, reading)), mixed);
+}
+
+TEST(ExifWriter, TitlesAreLittleEndianInEveryBlock) {
+    const std::string stored("\xE5\x65 \0\x3D\xD8\0\xDE\0\0", 10);
+    for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
+        const std::string existing = full_block(order);
+        const std::string written = *write(
+            existing, section("EXIF", 40091, "\xE6\x97\xA5 \xF0\x9F\x98\x80"), {}, MakerNote::Keep);
+        EXPECT_NE(written.find(stored), std::string::npos);
+        // A big-endian block reads with its bytes swapped, lone surrogates and all; given back,
+        // they stay.
+        EXPECT_EQ(*write(written, read(written), {}, MakerNote::Keep), written);
+    }
+}
+
+TEST(ExifWriter, KnowsTheTextsOfExif3) {
+    const std::string art = "\xE6\x97\xA5\xE6\x9C\xAC";
+    const auto has_type = [](const std::string& block, std::uint16_t tag, FieldType type) {
+        std::string entry;
+        append_integer<std::uint16_t>(entry, tag, ByteOrder::Little);
+        append_integer<std::uint16_t>(entry, static_cast<std::uint16_t>(type), ByteOrder::Little);
+        return block.find(entry) != std::string::npos;
+    };
+    const std::string block = build_tiff(
+        ByteOrder::Little,
+        {.first = {ascii(271, "Vell"), {315, FieldType::Utf8, {}, art + std::string(1, '\0')}}});
+    for (const TextEncoding encoding : {TextEncoding::Native, TextEncoding::Utf8}) {
+        const std::string more = *write(block, section("EXIF", 270, "a new one"), encoding);
+        EXPECT_NE(read(more, encoding).find(section("EXIF", 315, art)), std::string::npos);
+        EXPECT_EQ(*write(more, read(more, encoding), encoding), more);
+        // It keeps its type and encoding; where there was none, other programs know ASCII.
+        const std::string umlaut = section("EXIF", 315,
+                                           "\xC3\xBC"
+                                           "ber");
+        const std::string changed = *write(block, umlaut, encoding);
+        EXPECT_TRUE(has_type(changed, 315, FieldType::Utf8));
+        EXPECT_NE(read(changed, TextEncoding::Native).find(umlaut), std::string::npos);
+        EXPECT_TRUE(has_type(*write("", umlaut, encoding), 315, FieldType::Ascii));
+    }
+}
+
+// Where the value of such a type stands, and how long it is, only others know.
+TEST(ExifWriter, ValuesOfUnknownTypesStayWhereTheyAre) {
+    for (const auto type : {FieldType{13}, FieldType{16}, FieldType{130}}) {
+        const std::string value = "sixteen bytes ..";
+        const std::string in_first = build_tiff(
+            ByteOrder::Little, {.first = {ascii(271, "Vell"), {50000, type, {}, value}}});
+        // In the directory behind IFD0, which is the builder's for the Exif directory.
+        std::string in_next = build_tiff(
+            ByteOrder::Little, {.first = {ascii(271, "Vell")}, .exif = {{50000, type, {}, value}}});
+        in_next.replace(8 + 2 + 24, 4, in_next.substr(8 + 2 + 12 + 8, 4)); // as IFD0's next one
+        in_next.replace(8 + 2 + 12, 2, "\x69\x77");                        // and no Exif pointer
+        for (const std::string& block : {in_first, in_next}) {
+            const std::string written =
+                *write(block, section("EXIF", 270, "longer than the value"));
+            EXPECT_EQ(written.find(value), block.find(value)) << static_cast<int>(type);
+        }
+    }
 }
 
 TEST(ExifWriter, KeepsWhatTheTextDoesNotName) {

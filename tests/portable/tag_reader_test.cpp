@@ -150,6 +150,9 @@ TEST(TagReader, RendersText) {
         {ascii(271, ""), ""},
         {ascii(271, "M\xFCller"), "<5:M\xFCller>", "<5:M\xFCller>", exif, latin},
         {bytes(271, "b\xFC"), "<5:b\xFC>", "<5:b\xFC>", exif, latin},
+        // Exif 3.0's type for texts, whatever the encoding of the others.
+        {{271, Utf8, {}, umlaut + std::string("\0x", 2)}, umlaut, umlaut, exif, latin},
+        {{271, Utf8, {}, "M\xFCller"}, broken, broken, exif, latin},
         {undefined(41730, std::string("\2\0\1\0\0", 5)), std::string("\2\0\1\0\0", 5)},
         {undefined(37510, umlaut), "<0:" + umlaut + ">", "<0:" + umlaut + ">", raw},
         {undefined(37510, umlaut), "<5:" + umlaut + ">", "<5:" + umlaut + ">", raw, latin},
