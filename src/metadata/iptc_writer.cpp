@@ -1,9 +1,13 @@
 #include "src/metadata/iptc_writer.h"
 
+#include "src/base/ascii.h"
 #include "src/base/bytes.h"
+#include "src/base/utf8.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <iterator>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -103,8 +107,8 @@ Result<std::string> version_value(std::string_view text, std::string_view existi
 
 class IptcWriter {
   public:
-    IptcWriter(std::string_view existing, bool detect_utf8, const TextStore& store)
-        : datasets_(read_datasets(existing)), detect_utf8_(detect_utf8), store_(store) {}
+    IptcWriter(std::string_view existing, const IptcWriting& writing, const TextStore& store)
+        : datasets_(read_datasets(existing)), writing_(writing), store_(store) {}
 
     Result<std::string> write(std::span<const TaggedSection> sections) {
         std::vector<TaggedSection> own;
@@ -112,7 +116,9 @@ class IptcWriter {
             return section.kind == SectionKind::Iptc;
         });
         const bool is_utf8 = stores_utf8(own);
-        std::string application = VELL_TRY(application_datasets(own, is_utf8));
+        const std::string application =
+            VELL_TRY(writing_.keep_others ? merged_datasets(own, is_utf8)
+                                          : application_datasets(own, is_utf8));
         std::string others;
         for (const Dataset& dataset : datasets_)
             if (dataset.record > application_record)
@@ -133,7 +139,8 @@ class IptcWriter {
 
     bool declares_utf8() const {
         const Dataset* declared = find(envelope_record, coded_character_set);
-        return detect_utf8_ && declared != nullptr && declared->value.starts_with(utf8_escape);
+        return writing_.detect_utf8 && declared != nullptr &&
+               declared->value.starts_with(utf8_escape);
     }
 
     bool stores_utf8(std::span<const TaggedSection> sections) const {
@@ -144,24 +151,85 @@ class IptcWriter {
                });
     }
 
+    Result<void> append_section(std::string& bytes, const TaggedSection& section,
+                                bool is_utf8) const {
+        const TextEncoding encoding = is_utf8 ? TextEncoding::Utf8 : store_.reading();
+        const std::string value = VELL_TRY(section.number == record_version
+                                               ? version_value(section.value, version(), store_)
+                                               : store_.store_as(encoding, section.value));
+        return append_dataset(bytes, application_record, static_cast<std::uint8_t>(section.number),
+                              value);
+    }
+
+    std::string_view version() const {
+        const Dataset* old_version = find(application_record, record_version);
+        return old_version ? old_version->value : current_version;
+    }
+
     Result<std::string> application_datasets(std::span<const TaggedSection> sections,
                                              bool is_utf8) const {
-        const TextEncoding encoding = is_utf8 ? TextEncoding::Utf8 : store_.reading();
-        const Dataset* old_version = find(application_record, record_version);
-        const std::string_view version = old_version ? old_version->value : current_version;
         std::string bytes;
         // The version comes first, and is that of before where the text has none.
         if (!sections.empty() &&
             std::ranges::count(sections, record_version, &TaggedSection::number) == 0)
-            VELL_TRY(append_dataset(bytes, application_record, record_version, version));
-        for (const TaggedSection& section : sections) {
-            const std::string value = VELL_TRY(section.number == record_version
-                                                   ? version_value(section.value, version, store_)
-                                                   : store_.store_as(encoding, section.value));
-            VELL_TRY(append_dataset(bytes, application_record,
-                                    static_cast<std::uint8_t>(section.number), value));
-        }
+            VELL_TRY(append_dataset(bytes, application_record, record_version, version()));
+        for (const TaggedSection& section : sections)
+            VELL_TRY(append_section(bytes, section, is_utf8));
         return bytes;
+    }
+
+    // The sections of one number, which are taken one by one.
+    struct Given {
+        bool is_named = false;
+        std::vector<const TaggedSection*> sections = {};
+        std::size_t taken = 0;
+
+        const TaggedSection* take() {
+            return taken < sections.size() ? sections[taken++] : nullptr;
+        }
+    };
+
+    // The sections of a number stand where the datasets of it stood, one for one; what they have
+    // more stands at the end.
+    Result<std::string> merged_datasets(std::span<const TaggedSection> sections,
+                                        bool is_utf8) const {
+        std::array<Given, 256> given;
+        for (const TaggedSection& section : sections) {
+            given[section.number].is_named = true;
+            if (!section.value.empty())
+                given[section.number].sections.push_back(&section);
+        }
+        std::string bytes;
+        std::string start;
+        if (find(application_record, record_version) == nullptr) {
+            if (const TaggedSection* section = given[record_version].take())
+                VELL_TRY(append_section(bytes, *section, is_utf8));
+            else
+                VELL_TRY(append_dataset(start, application_record, record_version, version()));
+        }
+        for (const Dataset& dataset : datasets_) {
+            if (dataset.record != application_record)
+                continue;
+            Given& of_number = given[dataset.number];
+            if (!of_number.is_named) {
+                if (!can_be_kept(dataset, is_utf8))
+                    return Failure{ErrorCode::BadParameter};
+                bytes += dataset.bytes;
+            } else if (const TaggedSection* section = of_number.take()) {
+                VELL_TRY(append_section(bytes, *section, is_utf8));
+            }
+        }
+        for (const TaggedSection& each : sections)
+            if (const TaggedSection* section = given[each.number].take())
+                VELL_TRY(append_section(bytes, *section, is_utf8));
+        return bytes.empty() ? bytes : start + bytes;
+    }
+
+    // Whether what was readable still is when the block is UTF-8, or no longer.
+    bool can_be_kept(const Dataset& dataset, bool is_utf8) const {
+        if (dataset.number == record_version || is_ascii(dataset.value))
+            return true;
+        return is_utf8 ? declares_utf8() || is_valid_utf8(dataset.value) : !declares_utf8();
     }
 
     // A declaration of UTF-8 goes with it; any other stays, unless UTF-8 takes its place.
@@ -172,7 +240,7 @@ class IptcWriter {
                 continue;
             const bool is_declaration = dataset.number == coded_character_set;
             const bool declares = dataset.value.starts_with(utf8_escape);
-            if (!is_declaration || (!is_utf8 && !(declares && detect_utf8_)))
+            if (!is_declaration || (!is_utf8 && !(declares && writing_.detect_utf8)))
                 bytes += dataset.bytes;
         }
         if (is_utf8)
@@ -181,15 +249,15 @@ class IptcWriter {
     }
 
     std::vector<Dataset> datasets_;
-    bool detect_utf8_;
+    IptcWriting writing_;
     const TextStore& store_;
 };
 
 } // namespace
 
 Result<std::string> write_iptc(std::string_view existing, std::span<const TaggedSection> sections,
-                               bool detect_utf8, const TextStore& store) {
-    return IptcWriter(existing, detect_utf8, store).write(sections);
+                               const IptcWriting& writing, const TextStore& store) {
+    return IptcWriter(existing, writing, store).write(sections);
 }
 
 } // namespace vell::metadata

@@ -67,7 +67,9 @@ std::string_view find_resource(std::string_view block, ResourceId id) {
     return {};
 }
 
-std::string with_resource(std::string_view block, ResourceId id, std::string_view data) {
+Result<std::string> with_resource(std::string_view block, ResourceId id, std::string_view data) {
+    if (data.size() > longest_readable_data)
+        return Failure{ErrorCode::ResourceTooLarge};
     std::string bytes;
     bool is_written = false;
     while (const auto resource = ImageResource::read(block)) {

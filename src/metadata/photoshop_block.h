@@ -2,6 +2,7 @@
 // Blocks").
 #pragma once
 
+#include "src/base/result.h"
 #include "src/metadata/photoshop_resources.h"
 
 #include <string>
@@ -14,7 +15,8 @@ std::string_view find_resource(std::string_view block, ResourceId id);
 
 // The block with those data as its only resource of that kind: in the place of the first one, or
 // behind all others. Without data the block has none of that kind. All other bytes stay as they
-// are, also those of a resource that goes on in another segment.
-std::string with_resource(std::string_view block, ResourceId id, std::string_view data);
+// are, also those of a resource that goes on in another segment. ResourceTooLarge for data that the
+// readers would refuse.
+Result<std::string> with_resource(std::string_view block, ResourceId id, std::string_view data);
 
 } // namespace vell::metadata

@@ -12,6 +12,8 @@ using files::BufferedReader;
 
 constexpr std::size_t signature_and_id = 6;
 constexpr std::size_t bytes_from_match = FileSearch::longest_look;
+constexpr std::size_t nameless_header = signature_and_id + 2 + 4; // the name's field, the size
+static_assert(nameless_header + longest_readable_data == bytes_from_match);
 
 std::string signature_of(ResourceId id) {
     std::string bytes = "8BIM";

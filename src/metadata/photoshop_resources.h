@@ -7,6 +7,7 @@
 #include "src/metadata/metadata_request.h"
 #include "src/metadata/metadata_text.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace vell::metadata {
@@ -15,6 +16,10 @@ enum class ResourceId : std::uint16_t {
     Iptc = 0x0404,
     ImageUrl = 0x040B,
 };
+
+// The most data of a resource without a name that end within the bytes which are looked at from its
+// signature on.
+inline constexpr std::size_t longest_readable_data = 16'384 - 12;
 
 // Appends the IPTC datasets of the file's first resource of that kind, or of each one where the
 // request asks for all; the image URL where only that is wanted. NothingFound when there is none,

@@ -8,11 +8,15 @@
 #include "src/metadata/photoshop_block.h"
 #include "src/metadata/tagged_text.h"
 #include "src/metadata/text_store.h"
+#include "src/metadata/xmp.h"
 #include "src/metadata/xmp_writer.h"
 
 #include <algorithm>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vell::metadata {
@@ -44,7 +48,7 @@ struct WriteRequest {
     Target target;
     std::optional<TextEncoding> encoding;
     MakerNote maker_note;
-    bool detect_utf8;
+    IptcWriting iptc;
     std::u16string text;
 };
 
@@ -93,20 +97,21 @@ std::optional<TextEncoding> encoding_in_step(std::int32_t list_value) {
 
 Result<WriteRequest> request_of(Call& call) {
     const SwitchSet switches = call.switches();
-    const bool detect_utf8 = !switches.has("-DontUseAutoUTF8Detection");
+    const IptcWriting iptc{.detect_utf8 = !switches.has("-DontUseAutoUTF8Detection"),
+                           .keep_others = switches.has("-KeepOtherDatasets")};
     if (!call.is_step()) {
         if (call.parameter_count() < 4)
             return Failure{ErrorCode::BadParameter};
         const auto maker_note =
             switches.has("-AddExifMakerNote") ? MakerNote::Keep : MakerNote::Remove;
         const Target target = VELL_TRY(target_of(switches));
-        return WriteRequest{target, encoding_in(switches), maker_note, detect_utf8, call.text(3)};
+        return WriteRequest{target, encoding_in(switches), maker_note, iptc, call.text(3)};
     }
     const std::int32_t action = call.step_option(3);
     if (call.parameter_count() < 5 || action < 0 || action >= number_of_targets)
         return Failure{ErrorCode::BadParameter};
     return WriteRequest{static_cast<Target>(action), encoding_in_step(call.step_option(5)),
-                        MakerNote::Remove, detect_utf8, call.text(4)};
+                        MakerNote::Remove, iptc, call.text(4)};
 }
 
 SegmentKind segment_of(Target target, std::string_view text) {
@@ -115,6 +120,8 @@ SegmentKind segment_of(Target target, std::string_view text) {
     case Target::Exif:
         return {SegmentMarker::App1, "Exif\0\0"s, true};
     case Target::Xmp:
+        if (is_blank_xmp(text)) // extended XMP that would be left belongs to no packet
+            return {SegmentMarker::App1, std::string(xmp_identifier_start), false};
         return {SegmentMarker::App1, std::string(split_xmp_text(text).identifier) + '\0', true};
     case Target::Comment:
         return {SegmentMarker::Com, "", false};
@@ -139,28 +146,75 @@ Result<std::string> comment_bytes(std::string_view text, const TextStore& store)
 }
 
 // The segment's content behind its identifier; empty for none.
-Result<std::string> new_content(const WriteRequest& request, std::string_view text,
-                                std::string_view existing, std::size_t room,
-                                const TextStore& store) {
+struct NewContent {
+    std::string bytes;
+    bool only_removes; // the text asks for nothing else
+};
+
+bool has_values(std::span<const TaggedSection> sections, Target target, bool empty_ones_count) {
+    return std::ranges::any_of(sections, [&](const TaggedSection& section) {
+        const bool is_iptc = section.kind == SectionKind::Iptc;
+        return section.kind != SectionKind::Comment && is_iptc == (target == Target::Iptc) &&
+               (empty_ones_count || !section.value.empty());
+    });
+}
+
+Result<NewContent> new_content(const WriteRequest& request, std::string_view text,
+                               std::string_view existing, std::size_t room,
+                               const TextStore& store) {
     switch (request.target) {
     case Target::Iptc: {
         const auto sections = VELL_TRY(parse_tagged_text(text));
-        const std::string datasets = VELL_TRY(write_iptc(find_resource(existing, ResourceId::Iptc),
-                                                         sections, request.detect_utf8, store));
-        return with_resource(existing, ResourceId::Iptc, datasets);
+        const std::string datasets = VELL_TRY(
+            write_iptc(find_resource(existing, ResourceId::Iptc), sections, request.iptc, store));
+        std::string block = VELL_TRY(with_resource(existing, ResourceId::Iptc, datasets));
+        const bool is_empty_dataset_written = !request.iptc.keep_others;
+        return NewContent{std::move(block),
+                          !has_values(sections, request.target, is_empty_dataset_written)};
     }
     case Target::Exif: {
         const auto sections = VELL_TRY(parse_tagged_text(text));
-        return write_exif(existing, sections, request.maker_note, store, room);
+        std::string block =
+            VELL_TRY(write_exif(existing, sections, request.maker_note, store, room));
+        return NewContent{std::move(block), !has_values(sections, request.target, false)};
     }
-    case Target::Xmp:
-        return write_xmp(split_xmp_text(text), existing, store, room);
-    case Target::ImageUrl:
-        return with_resource(existing, ResourceId::ImageUrl, VELL_TRY(store.store(text)));
+    case Target::Xmp: {
+        std::string packet = VELL_TRY(write_xmp(split_xmp_text(text), existing, store, room));
+        const bool is_empty = packet.empty();
+        return NewContent{std::move(packet), is_empty};
+    }
+    case Target::ImageUrl: {
+        const std::string url = VELL_TRY(store.store(text));
+        std::string block = VELL_TRY(with_resource(existing, ResourceId::ImageUrl, url));
+        return NewContent{std::move(block), url.empty()};
+    }
     case Target::Comment:
         break;
     }
-    return comment_bytes(text, store);
+    std::string comment = VELL_TRY(comment_bytes(text, store));
+    const bool is_empty = comment.empty();
+    return NewContent{std::move(comment), is_empty};
+}
+
+// What the call is to write. NothingFound when there is nothing of what it is to remove.
+Result<SegmentRewrite> rewrite_of(Call& call, const WriteRequest& request, files::FileSystem& files,
+                                  const files::NativePath& path) {
+    const std::string text = utf8_from_utf16(request.text);
+    SegmentKind kind = segment_of(request.target, text);
+    if (kind.identifier.size() > longest_payload)
+        return Failure{ErrorCode::ResourceTooLarge};
+    const std::size_t room = longest_payload - kind.identifier.size();
+    const auto source = VELL_TRY(files.open(path, files::Permission::Read));
+    SegmentPlace place = VELL_TRY(find_segment_place(*source, kind));
+    const TextStore store(call, request.encoding);
+    NewContent content = VELL_TRY(new_content(request, text, place.content, room, store));
+    const bool is_unchanged = !content.bytes.empty() && content.bytes == place.content;
+    if (content.only_removes && (is_unchanged || !place.is_there()))
+        return Failure{ErrorCode::NothingFound};
+    if (content.bytes.size() > room)
+        return Failure{ErrorCode::ResourceTooLarge};
+    auto segment = content.bytes.empty() ? std::nullopt : std::optional(std::move(content.bytes));
+    return plan_rewrite(std::move(kind), std::move(place), std::move(segment));
 }
 
 } // namespace
@@ -170,23 +224,9 @@ Result<void> set_metadata(Call& call, files::FileSystem& files) {
     files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, 1, 2));
     if (file.destination && files.is_same_file(*file.destination, file.source))
         file.destination.reset(); // the source's own place, written in another way
-    const TextStore store(call, request.encoding);
-    const std::string text = utf8_from_utf16(request.text);
-    const SegmentKind kind = segment_of(request.target, text);
-    if (kind.identifier.size() > longest_payload)
-        return Failure{ErrorCode::ResourceTooLarge};
-    const std::size_t room = longest_payload - kind.identifier.size();
-    SegmentPlace place;
-    {
-        const auto source = VELL_TRY(files.open(file.source, files::Permission::Read));
-        place = VELL_TRY(find_segment_place(*source, kind));
-    }
-    std::string content = VELL_TRY(new_content(request, text, place.content, room, store));
-    if (content.size() > room)
-        return Failure{ErrorCode::ResourceTooLarge};
-    const auto segment = content.empty() ? std::nullopt : std::optional(std::move(content));
+    const SegmentRewrite rewrite = VELL_TRY(rewrite_of(call, request, files, file.source));
     VELL_TRY(files::rewrite(call, files, file, [&](File& from, File& to) {
-        return copy_with_segment(from, to, kind, place, segment);
+        return copy_with_segment(from, to, rewrite);
     }));
     call.set_done();
     return {};

@@ -10,6 +10,19 @@ namespace vell::metadata {
 // step's action, name are made from the text that is given and replace those of the source in a
 // copy, or in its own place. Before anything is made, the source has been walked and the new
 // segment is known to fit.
+//
+// What becomes of metadata that the text does not name differs:
+//   -SetExif         merges: tags without a section stay, an empty section removes its tag. The
+//                    maker note goes unless -AddExifMakerNote is given
+//   -SetIPTC         replaces: the text is all of the IPTC data, and whoever gives a caption alone
+//                    loses keywords and copyright. With -KeepOtherDatasets it merges: sections
+//                    replace all datasets of their number, an empty one removes them
+//   -SetXMP, -SetImageURL, JPEGComment  replace; an empty text removes
+//
+// NothingFound when the text only removes and there is nothing of that; BadParameter for a text that
+// is no tagged text, a value that its tag cannot hold (a date in another form than Exif's, too) and
+// IPTC that stays and would no longer be readable; ResourceTooLarge for what does not fit or could
+// not be read back. docs/decisions.md tells encodings and places.
 Result<void> set_metadata(params::Call& call, files::FileSystem& files);
 inline Result<void> set_metadata(params::Call& call) {
     return set_metadata(call, files::system_files());

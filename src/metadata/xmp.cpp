@@ -13,9 +13,6 @@ namespace {
 
 using files::BufferedReader;
 
-// What the identifiers of all XMP segments begin with.
-constexpr std::string_view identifier_start = "http://ns.adobe.com/";
-
 constexpr std::string_view marked_header = "<?xpacket begin=\"\xEF\xBB\xBF\"";
 constexpr std::string_view readable_header = "<?xpacket begin=\"0xEFBBBF\"";
 
@@ -29,13 +26,13 @@ constexpr std::size_t longest_instruction = 256;
 Result<void> read_app1_xmp(BufferedReader& file, std::uint64_t length, TextEncoding source,
                            MetadataText& text) {
     const std::string start =
-        VELL_TRY(file.read_bytes(std::min<std::uint64_t>(length, identifier_start.size())));
-    const auto [differs, expected] = std::ranges::mismatch(start, identifier_start);
+        VELL_TRY(file.read_bytes(std::min<std::uint64_t>(length, xmp_identifier_start.size())));
+    const auto [differs, expected] = std::ranges::mismatch(start, xmp_identifier_start);
     text.append(std::string_view(start.begin(), differs));
-    if (expected != identifier_start.end())
+    if (expected != xmp_identifier_start.end())
         return Failure{ErrorCode::NotXmp};
 
-    const std::string segment = VELL_TRY(read_whole(file, length - identifier_start.size()));
+    const std::string segment = VELL_TRY(read_whole(file, length - xmp_identifier_start.size()));
     const std::string_view rest = segment;
     const std::size_t zero = std::min(rest.find('\0'), rest.size());
     text.append(rest.substr(0, zero), TextEncoding::AsciiMac);

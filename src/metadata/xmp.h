@@ -13,6 +13,9 @@
 
 namespace vell::metadata {
 
+// What the identifiers of all XMP segments begin with.
+inline constexpr std::string_view xmp_identifier_start = "http://ns.adobe.com/";
+
 // The contents of an APP1 segment of that length, at the file's position: the identifier as a line,
 // then the packet in the source encoding. NotXmp for a segment of another kind, ShortRead.
 Result<void> read_app1_xmp(files::BufferedReader& file, std::uint64_t length, TextEncoding source,

@@ -1,6 +1,7 @@
 #include "src/metadata/xmp_writer.h"
 
 #include "src/base/utf8.h"
+#include "src/metadata/xmp.h"
 
 #include <algorithm>
 
@@ -8,7 +9,6 @@ namespace vell::metadata {
 namespace {
 
 constexpr std::string_view white_space = " \t\r\n";
-constexpr std::string_view identifier_start = "http://ns.adobe.com/";
 constexpr std::string_view packet_identifier = "http://ns.adobe.com/xap/1.0/";
 constexpr std::string_view packet_start = "<?xpacket begin=";
 constexpr std::string_view readable_mark = "\"0xEFBBBF\"";
@@ -71,10 +71,14 @@ bool XmpText::is_packet_segment() const {
     return identifier == packet_identifier;
 }
 
+bool is_blank_xmp(std::string_view text) {
+    return text.find_first_not_of(white_space) == std::string_view::npos;
+}
+
 XmpText split_xmp_text(std::string_view text) {
     const std::string_view line = without_leading(text, white_space);
     const std::size_t end = line.find_first_of("\r\n");
-    if (!line.starts_with(identifier_start) || end == std::string_view::npos)
+    if (!line.starts_with(xmp_identifier_start) || end == std::string_view::npos)
         return {packet_identifier, text};
     const std::size_t line_end = line.substr(end).starts_with("\r\n") ? 2 : 1;
     return {line.substr(0, end), line.substr(end + line_end)};
@@ -86,7 +90,7 @@ Result<std::string> write_xmp(const XmpText& xmp, std::string_view existing, con
         return std::string(existing);
     if (!xmp.is_packet_segment())
         return store.store(xmp.text);
-    if (xmp.text.find_first_not_of(white_space) == std::string_view::npos)
+    if (is_blank_xmp(xmp.text))
         return std::string();
     if (without_leading(xmp.text, white_space).starts_with(packet_start)) {
         std::string packet = VELL_TRY(packet_bytes(xmp.text, store));

@@ -17,6 +17,9 @@ struct XmpText {
     bool is_packet_segment() const;
 };
 
+// Whether the text is that of no packet at all.
+bool is_blank_xmp(std::string_view text);
+
 // The readers put the identifier of the segment on a line before its packet. A text without such a
 // line belongs to the segments that hold packets.
 XmpText split_xmp_text(std::string_view text);

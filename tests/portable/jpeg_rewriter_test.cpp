@@ -13,7 +13,8 @@ const std::string soi = "\xFF\xD8";
 const std::string app0 = segment(SegmentMarker::App0, "JFIF");
 const std::string comment = segment(SegmentMarker::Com, "old");
 const std::string frame = segment(SegmentMarker::Sof0, "frame");
-const std::string rest = segment(SegmentMarker::Com, "late") + "\xFF\xDAscan\xFF\xD9trailer";
+const std::string scan = "\xFF\xDAscan\xFF\xD9trailer";
+const std::string rest = segment(SegmentMarker::Com, "late") + scan;
 const std::string packet = segment(SegmentMarker::App1, "ID\1packet");
 
 const SegmentKind comments{SegmentMarker::Com, "", false};
@@ -23,12 +24,14 @@ const SegmentKind packets{SegmentMarker::App1, "ID\1", true};
 std::string rewritten(const std::string& bytes, const SegmentKind& kind,
                       const std::optional<std::string>& content) {
     const auto from = files::memory_file(bytes);
-    const auto place = find_segment_place(*from, kind);
+    auto place = find_segment_place(*from, kind);
     if (!place)
         return "!" + std::to_string(number(place.error()));
+    const auto rewrite = plan_rewrite(kind, std::move(*place), content);
+    EXPECT_TRUE(rewrite);
     const auto to = files::memory_file();
     EXPECT_TRUE(from->seek(files::SeekFrom::Start, 0));
-    EXPECT_TRUE(copy_with_segment(*from, *to, kind, *place, content));
+    EXPECT_TRUE(copy_with_segment(*from, *to, *rewrite));
     std::string written(static_cast<std::size_t>(*to->size()), '\0');
     EXPECT_TRUE(to->seek(files::SeekFrom::Start, 0));
     EXPECT_EQ(*to->read(written), written.size());
@@ -45,14 +48,21 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
         std::string with_comment;
         std::string with_packet;
     } const cases[] = {
-        {soi + app0 + frame + rest, soi + app0 + added + frame + rest,
+        {soi + app0 + frame + rest, soi + app0 + added + frame + scan,
          soi + app0 + packed + frame + rest},
         {soi + comment + app0 + comment + garbage + comment + frame + rest,
-         soi + app0 + garbage + added + frame + rest,
+         soi + app0 + garbage + added + frame + scan,
          soi + comment + app0 + comment + garbage + comment + packed + frame + rest},
         {soi + another + packet + packet + frame + packet + rest,
-         soi + another + packet + packet + added + frame + packet + rest,
+         soi + another + packet + packet + added + frame + packet + scan,
          soi + another + packed + packet + frame + packet + rest},
+        // Readers go on to the scan, and so does what is replaced. Damage before it ends the walk.
+        {soi + app0 + frame + packet + packet + rest,
+         soi + app0 + added + frame + packet + packet + scan,
+         soi + app0 + frame + packed + packet + rest},
+        {soi + app0 + frame + segment(SegmentMarker::App0, "", 1) + packet + rest,
+         soi + app0 + added + frame + segment(SegmentMarker::App0, "", 1) + packet + rest,
+         soi + app0 + packed + frame + segment(SegmentMarker::App0, "", 1) + packet + rest},
         // Fill bytes belong to the marker behind them; RST stands alone; a frame may be cut off.
         {soi + app0 + "\xFF\xFF" + frame, soi + app0 + added + "\xFF\xFF" + frame,
          soi + app0 + packed + "\xFF\xFF" + frame},
@@ -74,7 +84,7 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
         EXPECT_EQ(rewritten(c.file, comments, "new"), c.with_comment);
         EXPECT_EQ(rewritten(c.file, packets, "new"), c.with_packet);
     }
-    EXPECT_EQ(rewritten(soi + comment + frame + rest, comments, {}), soi + frame + rest);
+    EXPECT_EQ(rewritten(soi + comment + frame + rest, comments, {}), soi + frame + scan);
     EXPECT_EQ(rewritten(soi + packet + frame + rest, packets, {}), soi + frame + rest);
     const std::string longest(longest_payload, 'x');
     EXPECT_EQ(rewritten(soi + frame, comments, longest),

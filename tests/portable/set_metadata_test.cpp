@@ -122,6 +122,59 @@ TEST(SetMetadata, WritesIptcBesideTheOtherResources) {
     EXPECT_EQ(added("-SetImageURL", "http://x/", photoshop(before)),
               photoshop(before + even(resource(0x040B, "http://x/"))));
     EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n" + std::string(32'768, 'x') + "\n##END 5"), "!-207");
+    // What is written can be read: 16,384 bytes from the resource's signature on.
+    const auto caption = [](std::size_t size) {
+        return "##IPTC 120\n" + std::string(size, 'x') + "\n##END 120";
+    };
+    const std::size_t most = 16'384 - 12 - version.size() - 5;
+    const std::string longest = written(plain, "-SetIPTC", caption(most));
+    EXPECT_NE(metadata_of("GetIPTC", longest).find(std::string(most, 'x') + "|##END 120"),
+              std::string::npos);
+    EXPECT_EQ(written(plain, "-SetIPTC", caption(most + 1)), "!-207");
+    const std::string url(16'384 - 12, 'u');
+    EXPECT_EQ(metadata_of("GetImageURL", written(plain, "-SetImageURL", url)), url);
+    EXPECT_EQ(written(plain, "-SetImageURL", url + "u"), "!-207");
+}
+
+TEST(SetMetadata, MergesIptcByTheNumbersOfItsDatasets) {
+    const auto iptc = [](std::initializer_list<std::string> datasets) {
+        std::string bytes;
+        for (const std::string& each : datasets)
+            bytes += each;
+        bytes = resource(0x0404, bytes);
+        return photoshop(bytes.append(bytes.size() % 2, '\0'));
+    };
+    const std::string version = dataset(2, 0, std::string("\0\2", 2));
+    const std::string new_version = dataset(2, 0, std::string("\0\4", 2));
+    const std::string utf8 = dataset(1, 90, "\x1B%G");
+    const auto one = [](const std::string& value) {
+        return dataset(2, 25, value);
+    };
+    const std::string rights = dataset(2, 116, "me");
+    const std::string umlaut = dataset(2, 5, "\xFC");
+    const std::string old = iptc({version, umlaut, one("a"), rights, one("b"), one("c")});
+    const auto merged = [](std::string_view text, const std::string& existing,
+                           const std::string& switches = "") {
+        return added("-SetIPTC -keepotherdatasets " + switches, text, existing);
+    };
+    EXPECT_EQ(
+        merged("##IPTC 120\nText\n##END 120", old),
+        iptc({version, umlaut, one("a"), rights, one("b"), one("c"), dataset(2, 120, "Text")}));
+    EXPECT_EQ(merged("##IPTC 25\nx\n##END 25\n##IPTC 116\n\n##END 116", old),
+              iptc({version, umlaut, one("x")}));
+    const std::string keywords = "##IPTC 25\nx\n##END 25\n##IPTC 25\ny\n##END 25";
+    EXPECT_EQ(merged(keywords, iptc({rights, one("a")})),
+              iptc({new_version, rights, one("x"), one("y")}));
+    EXPECT_EQ(merged(keywords, ""), iptc({new_version, one("x"), one("y")}));
+    EXPECT_EQ(merged("##IPTC 25\n\n##END 25", iptc({version, one("a"), rights}), "-UTF8Charset"),
+              iptc({utf8, version, rights}));
+    // What stays is not made unreadable.
+    const std::string foreign = "##IPTC 120\n\xE6\x97\xA5\n##END 120";
+    const std::string declared = iptc({utf8, version, dataset(2, 5, "\xC3\xBC")});
+    EXPECT_EQ(merged(foreign, declared),
+              iptc({utf8, version, dataset(2, 5, "\xC3\xBC"), dataset(2, 120, "\xE6\x97\xA5")}));
+    EXPECT_EQ(merged(foreign, old), "!-50");
+    EXPECT_EQ(merged("##IPTC 120\nx\n##END 120", declared, "-WinCharset"), "!-50");
 }
 
 TEST(SetMetadata, WritesPacketsWithTheirPadding) {
@@ -152,11 +205,134 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
         EXPECT_EQ(added(set_switches, text, exif + old + old), exif + old + old);
         EXPECT_EQ(added(set_switches, text), old);
     }
-    EXPECT_EQ(added("-SetXMP", "", old), "");
+    // The one behind the frame header is found, too. An empty text removes all XMP.
+    const std::string other = segment(SegmentMarker::App1, identifier + "other");
+    const std::string scan = frame.substr(4 + 5);
+    const std::string head = plain.substr(0, plain.size() - scan.size());
+    EXPECT_EQ(written(head + other + scan, "-SetXMP", body), head + packet + scan);
+    const std::string extension =
+        segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xmp/extension/\0", 35) + "x");
+    EXPECT_EQ(
+        written(soi + exif + extension + old + head.substr(2) + other + scan, "-SetXMP", " \n"),
+        soi + exif + head.substr(2) + scan);
     // The padding gives way to what must fit.
     const std::size_t most = 65'533 - identifier.size() - begin.size() - 1 - end.size();
     EXPECT_EQ(added("-SetXMP", std::string(most, 'x')).size(), 2 + 65'535U);
     EXPECT_EQ(added("-SetXMP", std::string(most + 1, 'x')), "!-207");
+}
+
+TEST(SetMetadata, SaysWhenThereIsNothingToRemove) {
+    const struct {
+        const char* switches;
+        const char* text;
+        std::string there; // what the text removes
+        std::string left = {};
+    } cases[] = {
+        {"-SetXMP", "",
+         segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0", 29))},
+        {"JPEGComment", "", segment(SegmentMarker::Com, "x")},
+        {"-SetIPTC", "##EXIF 271\nVell\n##END 271", photoshop(resource(0x0404, "\x1C\2"))},
+        {"-SetIPTC -KeepOtherDatasets", "##IPTC 5\n\n##END 5",
+         photoshop(resource(0x0404, dataset(2, 5, "x")))},
+        {"-SetImageURL", "", photoshop(resource(0x0425, "digest!!") + resource(0x040B, "url!")),
+         photoshop(resource(0x0425, "digest!!"))},
+        {"-SetExif", "##EXIF 271\n\n##END 271",
+         exif_segment(build_tiff(ByteOrder::Big, {.first = {ascii(271, "V")}})),
+         exif_segment(std::string("MM\0*\0\0\0\10\0\0\0\0\0\0", 14))},
+        {"-SetExif", "",
+         exif_segment(build_tiff(ByteOrder::Big, {.first = {undefined(37500, "V")}})),
+         exif_segment(std::string("MM\0*\0\0\0\10\0\0\0\0\0\0", 14))},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(added(c.switches, c.text, c.there), c.left) << c.switches;
+        EXPECT_EQ(added(c.switches, c.text, c.left), "!-2026") << c.switches;
+    }
+}
+
+// A file of three pictures, the index of which stands among other segments (CIPA DC-007).
+struct Pictures {
+    ByteOrder order;
+    std::string before; // the index
+    std::string behind;
+
+    static constexpr std::string_view second = "\xFF\xD8second\xFF\xD9";
+    static constexpr std::string_view third = "\xFF\xD8the third one\xFF\xD9";
+
+    std::string file() const {
+        const std::string first = with_list(std::string(48, '\0'));
+        const std::size_t header = first.find("MPF") + 4;
+        std::string list;
+        const std::size_t end = first.size() + 3; // with a gap
+        const auto add = [&](std::size_t size, std::size_t offset) {
+            for (const std::size_t number : {std::size_t{0}, size, offset, std::size_t{0}})
+                append_integer<std::uint32_t>(list, static_cast<std::uint32_t>(number), order);
+        };
+        add(first.size(), 0);
+        add(second.size(), end - header);
+        add(third.size(), end + second.size() - header);
+        return with_list(list) + "gap" + std::string(second) + std::string(third);
+    }
+    std::string with_list(const std::string& list) const {
+        const std::string block = build_tiff(
+            order, {.first = {{0xB001, metadata::FieldType::Long, {3}}, undefined(0xB002, list)}});
+        return soi + before + segment(SegmentMarker::App2, std::string("MPF\0", 4) + block) +
+               behind + "\xFF\xDAscan\xFF\xD9";
+    }
+    // Each picture as the index of a file tells it.
+    std::vector<std::string> in(const std::string& file) const {
+        const std::size_t header = file.find("MPF") + 4;
+        const std::size_t list = header + 8 + 2 + 2 * 12 + 4;
+        std::vector<std::string> pictures;
+        for (std::size_t at = list; at < list + 48; at += 16) {
+            const std::uint32_t offset = *load<std::uint32_t>(file, at + 8, order);
+            const std::uint32_t size = *load<std::uint32_t>(file, at + 4, order);
+            const std::size_t start = offset == 0 ? 0 : header + offset;
+            pictures.push_back(start > file.size() ? "beyond" : file.substr(start, size));
+        }
+        return pictures;
+    }
+};
+
+TEST(SetMetadata, PicturesBehindTheFirstAreFoundAfterEveryWrite) {
+    const std::string exif =
+        exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(270, "a description")},
+                                                    .exif = {undefined(37500, "mm")}}));
+    const std::string others = segment(SegmentMarker::Com, "one") + exif +
+                               segment(SegmentMarker::Com, "two") +
+                               photoshop(resource(0x0404, dataset(2, 5, "x")));
+    const std::string head = segment(SegmentMarker::Sof0, "frame");
+    const std::string late =
+        segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0packet", 35));
+    const std::string long_text(500, 'x');
+    const std::pair<const char*, std::string> writes[] = {
+        {"JPEGComment", "a new comment"},
+        {"JPEGComment", ""},
+        {"-SetExif", "##EXIF 270\n" + long_text + "\n##END 270"},
+        {"-SetExif", "##EXIF 270\n\n##END 270"},
+        {"-SetXMP", long_text},
+        {"-SetXMP", ""},
+        {"-SetIPTC", "##IPTC 120\n" + long_text + "\n##END 120"},
+        {"-SetIPTC", ""},
+        {"-SetImageURL", long_text},
+    };
+    for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big})
+        for (const Pictures& pictures :
+             {Pictures{order, others, head + late}, Pictures{order, "", others + head + late},
+              Pictures{order, others + head + late, ""}})
+            for (const auto& [switches, text] : writes) {
+                const std::string file = pictures.file();
+                WritableFiles in_place;
+                in_place.add(source, file);
+                ASSERT_EQ(set(in_place, u"", switches, text), 0) << switches;
+                const std::string after = written(file, switches, text);
+                EXPECT_EQ(in_place.at(source), after);
+                const std::string first = after.substr(0, after.find("gap"));
+                EXPECT_EQ(pictures.in(after),
+                          (std::vector<std::string>{first, std::string(Pictures::second),
+                                                    std::string(Pictures::third)}))
+                    << switches << text.size();
+                EXPECT_NE(after.size(), file.size());
+            }
 }
 
 TEST(SetMetadata, RefusesBeforeAnythingIsMade) {
@@ -166,7 +342,6 @@ TEST(SetMetadata, RefusesBeforeAnythingIsMade) {
     EXPECT_EQ(written("GIF89a", "-SetExif", ""), "!-71");
     EXPECT_EQ(written(soi + "\xFF\xDA", "-SetExif", ""), "!-4247");
     EXPECT_EQ(written(plain, "-SetExif", "##EXIF 9\rx\r##END 9"), "!-50");
-    EXPECT_EQ(written(plain, "-SetExif", ""), plain);
 
     WritableFiles files;
     files.add(source, plain);
