@@ -67,16 +67,18 @@ enum class ErrorCode : std::int32_t {
     NotSupported = -4243,     // the request has no meaning for what was found
     WrongImageKind = -4247,   // not a PNG; a JPEG without a frame
     CorruptStructure = -4249, // offsets or records that contradict each other
-    DialogNotAllowed = -4251, // no user interface on a server host
+    DialogNotAllowed = -4251, // no user can be asked, as on a server host
     SeveralLines = -4254,     // several paths where one is expected
     AddFailed = -4278,        // an item could not be put into the archive
     FinishFailed = -4279,     // an archive's directory could not be written
     InvalidUtf8 = -4280,
     TargetDenied = -4281,          // access denied to a target, or a folder in a file's place
     TargetNotFound = -4282,        // or a file in a folder's place
+    ComFailure = -4295,            // of an object of Windows, for no reason that has a number
     CompressedDataDamaged = -4296, // a compressed stream that does not expand
-    HostFailure = -4298,           // the host reported a failure other than a lack of memory
-    ErrorAsPath = -4299,           // the result of a failed call, given as a path
+    // The host reported a failure other than a lack of memory; or something failed without a code.
+    HostFailure = -4298,
+    ErrorAsPath = -4299, // the result of a failed call, given as a path
     // A parameter whose text cannot be represented in the requested encoding; reported as a text of
     // its own instead of a number.
     ParameterUnreadable = -4297,

@@ -47,6 +47,7 @@ class ComPointer {
     T* get() const { return object_; }
     void** out() { return reinterpret_cast<void**>(&object_); }
     T** typed_out() { return &object_; }
+    T* release() { return std::exchange(object_, nullptr); } // the reference is the caller's
     void reset() {
         if (T* object = std::exchange(object_, nullptr))
             object->Release();
@@ -73,14 +74,16 @@ struct TaskMemoryKind {
 };
 using UniqueTaskText = UniqueResource<TaskMemoryKind<wchar_t*>>;
 
-// The Windows error inside an HRESULT where there is one; the low 16 bits of the others.
-inline ErrorCode error_from_hresult(HRESULT result) {
-    constexpr HRESULT cancelled = static_cast<HRESULT>(0x800704C7); // ERROR_CANCELLED
-    if (result == cancelled)
+// The code of a failed HRESULT: that of the Windows error inside it, ComFailure where there is
+// none. The low 16 bits of other facilities only look like Windows errors.
+constexpr ErrorCode error_from_hresult(HRESULT result) {
+    constexpr auto out_of_memory = static_cast<HRESULT>(0x8007000E); // E_OUTOFMEMORY
+    const std::int32_t win32_error = HRESULT_CODE(result);
+    if (HRESULT_FACILITY(result) != FACILITY_WIN32 || win32_error == ERROR_SUCCESS)
+        return ErrorCode::ComFailure;
+    if (win32_error == ERROR_CANCELLED)
         return ErrorCode::Cancelled;
-    if (result == E_OUTOFMEMORY)
-        return ErrorCode::OutOfMemory;
-    return error_from_win32(static_cast<std::int32_t>(HRESULT_CODE(result)));
+    return result == out_of_memory ? ErrorCode::OutOfMemory : error_from_win32(win32_error);
 }
 
 inline Result<void> check_hresult(HRESULT result) {

@@ -109,7 +109,7 @@ Result<void> DragAndDrop::add(Call& call) {
 }
 
 Result<Window> DragAndDrop::find_window(Call& call) {
-    if (call.is_server_host())
+    if (!call.can_ask_user())
         return Failure{ErrorCode::NoFrontWindow};
     Window window = nullptr;
     if (host_.version() >= first_without_frame) {

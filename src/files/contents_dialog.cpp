@@ -30,7 +30,7 @@ LineEndings line_endings_of(Call& call, const SwitchSet& switches) {
 Result<void> contents_dialog(Call& call) {
     if (call.parameter_count() < 1)
         return Failure{ErrorCode::BadParameter};
-    if (call.is_server_host())
+    if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     const SwitchSet switches = call.switches();
     FileDialog dialog;

@@ -7,7 +7,7 @@ namespace vell::files {
 
 // VlFile_ContentsDialog( switches ; { prompt ; { initialFolder } } ): shows the system's dialog to
 // open a file, filtered by the types of VlFile_SetDefaultType, and gives the contents of the file
-// selected, decoded as VlFile_GetContents does. DialogNotAllowed on a server host, Cancelled.
+// selected, decoded as VlFile_GetContents does. DialogNotAllowed without a user, Cancelled.
 Result<void> contents_dialog(params::Call& call);
 
 } // namespace vell::files

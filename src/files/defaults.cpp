@@ -30,6 +30,12 @@ void Defaults::set_type(std::u16string_view type) {
     type_ = std::move(kept);
 }
 
+void Defaults::reset() {
+    const std::lock_guard lock(mutex_);
+    file_.reset();
+    type_.clear();
+}
+
 Defaults& defaults() {
     static Defaults process_defaults;
     return process_defaults;

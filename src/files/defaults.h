@@ -24,6 +24,8 @@ class Defaults {
     std::u16string type() const;
     void set_type(std::u16string_view type);
 
+    void reset(); // neither a file nor a type
+
   private:
     mutable std::mutex mutex_;
     std::optional<NativePath> file_;

@@ -25,8 +25,8 @@ struct FileDialog {
 };
 
 // The full paths that the user has selected, at least one: of files or a folder that exist, or of
-// the file to save. Cancelled when the user selects none. Windows only; never to be called on a
-// server host.
+// the file to save. Cancelled when the user selects none. Windows only; never to be called where
+// no user can be asked.
 Result<std::vector<std::u16string>> show_dialog(const FileDialog& dialog);
 
 // Patterns for a list of file types that are separated by blanks, commas, semicolons or line ends:

@@ -148,7 +148,7 @@ Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMess
     if (contains(tree, way_up(place.wide), paths.source))
         return Failure{target_in_source};
     const ItemKind there = tree.files().kind_of(place);
-    // Nobody can be asked on a server host whether files are to be replaced.
+    // Without a user nobody can be asked whether files are to be replaced.
     if (there == ItemKind::File ||
         (there == ItemKind::Folder && messages == ShellMessages::Suppressed))
         return Failure{ErrorCode::AlreadyExists};
@@ -198,7 +198,7 @@ Result<void> delete_by_shell(TreeSystem& tree, const NativePath& folder, void* o
 }
 
 ShellMessages messages_for(const Call& call) {
-    return call.is_server_host() ? ShellMessages::Suppressed : ShellMessages::Shown;
+    return call.can_ask_user() ? ShellMessages::Shown : ShellMessages::Suppressed;
 }
 
 Result<void> delete_with_contents(Call& call, TreeSystem& tree, const NativePath& path,
@@ -208,11 +208,11 @@ Result<void> delete_with_contents(Call& call, TreeSystem& tree, const NativePath
     if (name.empty())
         return Failure{ErrorCode::Busy}; // a whole volume
     if (!confirmed &&
-        (call.is_server_host() || !tree.confirm(call.main_window(), deletion_question(name))))
+        (!call.can_ask_user() || !tree.confirm(call.main_window(), deletion_question(name))))
         return Failure{ErrorCode::NotConfirmed};
     if (!tree.has_shell_operations())
         return Failure{ErrorCode::NotAvailable};
-    void* const owner = call.is_server_host() ? nullptr : call.main_window();
+    void* const owner = call.can_ask_user() ? call.main_window() : nullptr;
     return delete_by_shell(tree, folder, owner, messages_for(call));
 }
 

@@ -10,9 +10,9 @@ namespace vell::files {
 // path is that of a file, Busy for a folder that is not empty.
 //
 // "-deleteAllSubFoldersAndAllContents", or the step's "Delete all subfolders", deletes it with all
-// it holds, after the user has confirmed this (NotConfirmed) or with "noWarning" at once. Nobody
-// can confirm on a server host. Links in it are removed, what they lead to stays. The shell's paths
-// are short: when anything in the folder has a longer one, nothing is deleted (PathTooLong).
+// it holds, after the user has confirmed this (NotConfirmed) or with "noWarning" at once. Without a
+// user nobody can confirm. Links in it are removed, what they lead to stays. The shell's paths are
+// short: when anything in the folder has a longer one, nothing is deleted (PathTooLong).
 Result<void> delete_folder(params::Call& call, TreeSystem& tree);
 inline Result<void> delete_folder(params::Call& call) {
     return delete_folder(call, system_tree());

@@ -14,7 +14,7 @@ using params::SwitchSet;
 Result<NativePath> path_to_show(Call& call) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
-    if (call.is_server_host())
+    if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     return params::resolve(params::Accept::OnePath, call.text(1));
 }
@@ -133,7 +133,7 @@ Result<void> reveal(Call& call, Desktop& desktop) {
 }
 
 Result<void> bring_to_front(Call& call, Desktop& desktop) {
-    if (call.is_server_host())
+    if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     VELL_TRY(desktop.bring_to_front(call.main_window()));
     call.set_done();

@@ -10,7 +10,7 @@
 
 namespace vell::files {
 
-// All of them: DialogNotAllowed on a server host. PathTooLong for what the shell cannot take.
+// All of them: DialogNotAllowed without a user. PathTooLong for what the shell cannot take.
 
 // VlFile_Launch( switches ; filePath ; { params } ): opens a file with the program registered for
 // it, starts a program with parameters, opens a folder, or a web address. "-Open", "-Edit" and

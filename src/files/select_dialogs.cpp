@@ -29,7 +29,7 @@ Result<FileDialog> dialog_of(Call& call, DialogKind kind, std::u16string_view de
                              std::size_t folder_index) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
-    if (call.is_server_host())
+    if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     FileDialog dialog;
     dialog.kind = kind;

@@ -11,7 +11,7 @@ namespace vell::files {
 // Shows a dialog; see show_dialog.
 using ShowDialog = std::function<Result<std::vector<std::u16string>>(const FileDialog&)>;
 
-// All of them: DialogNotAllowed on a server host, Cancelled when the user cancels. A prompt is the
+// All of them: DialogNotAllowed without a user, Cancelled when the user cancels. A prompt is the
 // dialog's title. An initial folder that is not there is left to the system. "-ShowInvisibles"
 // shows hidden items.
 

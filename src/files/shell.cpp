@@ -57,7 +57,8 @@ Result<CommandSettings> settings_of(Call& call) {
     CommandSettings settings;
     settings.time_limit = VELL_TRY(time_limit(switches, call.step_option(timeout_option)));
     settings.wait_after_exit = wait_after_exit(switches, call.step_option(wait_after_exit_option));
-    settings.show_window = flag(show_window_option, switches.has("-ShowCommandWindow"));
+    settings.show_window =
+        flag(show_window_option, switches.has("-ShowCommandWindow")) && call.can_ask_user();
     settings.wait_on_result = flag(wait_option, !switches.has("-DontWaitOnResult"));
     settings.encoding = params::contents_encoding_of(switches, settings.encoding,
                                                      call.step_option(encoding_option));

@@ -1,3 +1,4 @@
+#include "src/base/win32_error_windows.h"
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
 #include "src/files/disk_names.h"
@@ -10,21 +11,6 @@
 
 namespace vell::files {
 namespace {
-
-// For as long as it lives, a drive without a medium is an error of the call instead of a window
-// that asks the user to insert one.
-class NoErrorWindows {
-  public:
-    NoErrorWindows() {
-        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previous_);
-    }
-    NoErrorWindows(const NoErrorWindows&) = delete;
-    NoErrorWindows& operator=(const NoErrorWindows&) = delete;
-    ~NoErrorWindows() { SetThreadErrorMode(previous_, nullptr); }
-
-  private:
-    DWORD previous_ = 0;
-};
 
 ErrorCode last_disk_error() {
     return disk_error(static_cast<std::int32_t>(GetLastError()));

@@ -1,6 +1,7 @@
 #include "src/host/dispatcher.h"
 
 #include "src/base/number_text.h"
+#include "src/base/win32_error_windows.h"
 #include "src/host/guarded_call.h"
 #include "src/host/host_call_object.h"
 #include "src/host/licence.h"
@@ -38,19 +39,15 @@ ErrorCode refusal() {
     return disabled_state().is_set() ? ErrorCode::FunctionsDisabled : ErrorCode::Ok;
 }
 
-// What the host hands over with each call.
-struct HostArguments {
-    const fm::ExprEnv* environment;
-    const fm::DataVect* parameters;
-    fm::Data* result;
-};
-
-// Runs the body; what it throws becomes its code.
-ErrorCode run(const Entry& entry, const HostArguments& given) {
+// Runs the body; what it throws becomes its code. A failure always has one: the system may refuse
+// something without saying why.
+ErrorCode outcome_of(params::Body body, bool is_step, const HostArguments& given) {
     try {
-        HostCallObject call(given.environment, given.parameters, given.result, entry.is_step);
-        const Result<void> outcome = entry.body(call);
-        return outcome ? ErrorCode::Ok : outcome.error();
+        HostCallObject call(given.environment, given.parameters, given.result, is_step);
+        const Result<void> outcome = body(call);
+        if (outcome)
+            return ErrorCode::Ok;
+        return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();
     } catch (const std::bad_alloc&) {
         return ErrorCode::OutOfMemory;
     } catch (...) {
@@ -59,8 +56,7 @@ ErrorCode run(const Entry& entry, const HostArguments& given) {
 }
 
 void log_call(std::string_view event, std::int16_t id) {
-    if (plugin_state().logs_calls())
-        log_line(std::string(event) + to_text(std::int64_t{id}));
+    log_line(std::string(event) + to_text(std::int64_t{id}));
 }
 
 fm::Errcode report(fm::Data* result, ErrorCode code) {
@@ -75,7 +71,13 @@ fm::Errcode report(fm::Data* result, ErrorCode code) {
 }
 
 fm::Errcode serve(std::int16_t id, const HostArguments& given) {
-    log_call("External function called. functionID: ", id);
+    // Asked once: a call that switches the lines off or on has both of them, or none.
+    const bool is_logged = plugin_state().logs_calls();
+    if (is_logged)
+        log_call("External function called. functionID: ", id);
+    std::optional<NoErrorWindows> quiet;
+    if (!plugin_state().can_ask_user)
+        quiet.emplace();
     const std::optional<Entry> entry = find_entry(id);
     if (!entry || entry->served != Served::Always) {
         if (const ErrorCode code = refusal(); code != ErrorCode::Ok)
@@ -83,8 +85,9 @@ fm::Errcode serve(std::int16_t id, const HostArguments& given) {
     }
     if (!entry)
         return 0;
-    const fm::Errcode errcode = report(given.result, run(*entry, given));
-    log_call("External function end. functionID: ", id);
+    const fm::Errcode errcode = run_body(entry->body, entry->is_step, given);
+    if (is_logged)
+        log_call("External function end. functionID: ", id);
     return errcode;
 }
 
@@ -104,6 +107,10 @@ void serve_guarded(void* arguments) {
 }
 
 } // namespace
+
+fm::Errcode run_body(params::Body body, bool is_step, const HostArguments& given) {
+    return report(given.result, outcome_of(body, is_step, given));
+}
 
 fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
                      const fm::DataVect* parameters, fm::Data* result) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "src/host/fm_api.h"
+#include "src/params/call.h"
 
 namespace vell::host {
 
@@ -11,5 +12,16 @@ namespace vell::host {
 // not even take that.
 fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
                      const fm::DataVect* parameters, fm::Data* result);
+
+// What the host hands over with each call.
+struct HostArguments {
+    const fm::ExprEnv* environment;
+    const fm::DataVect* parameters;
+    fm::Data* result;
+};
+
+// The part of a call that is its body's: runs it, and what it fails with or throws becomes the
+// result. Returns as dispatch() does.
+fm::Errcode run_body(params::Body body, bool is_step, const HostArguments& given);
 
 } // namespace vell::host

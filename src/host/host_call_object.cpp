@@ -52,8 +52,8 @@ HostCallObject::HostCallObject(const fm::ExprEnv* environment, const fm::DataVec
                                fm::Data* result, bool is_step)
     : environment_(environment), parameters_(parameters), result_(result), is_step_(is_step) {}
 
-bool HostCallObject::is_server_host() const {
-    return host::is_server_host(plugin_state().application_type);
+bool HostCallObject::can_ask_user() const {
+    return plugin_state().can_ask_user;
 }
 
 void* HostCallObject::main_window() const {

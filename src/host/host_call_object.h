@@ -13,7 +13,7 @@ class HostCallObject : public params::Call {
                    bool is_step);
 
     bool is_step() const override { return is_step_; }
-    bool is_server_host() const override;
+    bool can_ask_user() const override;
     void* main_window() const override;
     void debug_note(std::string_view line) override;
     std::size_t parameter_count() const override { return parameters_.size(); }

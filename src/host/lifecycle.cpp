@@ -2,6 +2,8 @@
 
 #include "src/base/number_text.h"
 #include "src/base/win32_text.h"
+#include "src/files/defaults.h"
+#include "src/host/debug_log.h"
 #include "src/host/drop_functions.h"
 #include "src/host/late_entry_points.h"
 #include "src/host/licence.h"
@@ -27,6 +29,24 @@ constexpr std::string_view help_address = "https://vellfile.example/help/";
 
 bool on_server_host() {
     return is_server_host(plugin_state().application_type);
+}
+
+// Services and scheduled tasks have a window station of their own, whose windows nobody sees.
+bool is_window_station_visible() {
+    USEROBJECTFLAGS flags{};
+    return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags,
+                                     nullptr) &&
+           (flags.dwFlags & WSF_VISIBLE) != 0;
+}
+
+// What functions have set goes with the plug-in, and the library may stay in memory between two
+// start-ups.
+void forget_earlier_calls() {
+    disabled_state().reset();
+    files::defaults().reset();
+    debug_log().switch_off();
+    static_cast<void>(debug_log().take());
+    plugin_state().call_lines = true;
 }
 
 void log_start_banner() {
@@ -68,8 +88,10 @@ std::int64_t start_up(std::int16_t api_version, std::uint8_t application_type,
     PluginState& state = plugin_state();
     state.api_version = api_version;
     state.application_type = static_cast<ApplicationType>(application_type);
+    state.can_ask_user = has_user_interface(state.application_type) && is_window_station_visible();
     state.host_version = host_version_number(version_text);
     state.registered_functions = 0;
+    forget_earlier_calls();
     if (on_server_host())
         log_start_banner();
     if (api_version < lowest_api_version || api_version > highest_api_version)
@@ -102,11 +124,11 @@ void idle(std::uint8_t level) {
 void shut_down() {
     PluginState& state = plugin_state();
     state.idle_enabled = false;
-    if (state.logs_calls())
+    if (state.logs_events())
         log_line("Plug-in shutdown started.");
     shut_down_drops();
     const Unregistration outcome = unregister_all();
-    if (!state.logs_calls())
+    if (!state.logs_events())
         return;
     if (outcome.error != ErrorCode::Ok)
         log_line("Plug-in shutdown error. Errorcode = " +
@@ -119,7 +141,7 @@ void shut_down() {
 }
 
 void show_about_box() {
-    if (on_server_host() || is_web_host(plugin_state().application_type))
+    if (!plugin_state().can_ask_user)
         return;
     const std::wstring text = to_wide(
         u"Vell File Plug-In 14.0 (build 508)\n\nFiles and folders for FileMaker solutions.");
@@ -128,12 +150,12 @@ void show_about_box() {
 }
 
 void session_shut_down(fm::PtrType session_id) {
-    if (plugin_state().logs_calls())
+    if (plugin_state().logs_events())
         log_line("Session shutdown completed. (sessionID = " + to_text(session_id) + ")");
 }
 
 void file_shut_down(fm::PtrType session_id, fm::PtrType file_id) {
-    if (plugin_state().logs_calls())
+    if (plugin_state().logs_events())
         log_line("File shutdown completed. (sessionID = " + to_text(session_id) +
                  " fileID = " + to_text(file_id) + ")");
 }

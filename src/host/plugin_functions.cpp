@@ -4,6 +4,9 @@
 #include "src/host/debug_log.h"
 #include "src/host/plugin_state.h"
 
+#include <optional>
+#include <string>
+
 namespace vell::host {
 namespace {
 
@@ -29,20 +32,45 @@ ControlAction action_of(const SwitchSet& switches) {
                     : ControlAction::CurrentStatus;
 }
 
-// Whether the switches are about the debug log; the call is answered then.
-bool control_debug_log(Call& call, const SwitchSet& switches) {
-    if (switches.has("-GetAndClearDebugLog")) {
+bool names_action(const SwitchSet& switches) {
+    return switches.has("DisableAllFunctions") || switches.has("EnableAllFunctions") ||
+           switches.has("CurrentEnabledStatus");
+}
+
+constexpr std::string_view collect_switch = "-AddToDebugLog";
+constexpr std::string_view take_switch = "-GetAndClearDebugLog";
+constexpr std::string_view call_lines_switch = "-LogCalls";
+
+bool names_log(const SwitchSet& switches) {
+    return switches.has(collect_switch) || switches.has(take_switch) ||
+           switches.has(call_lines_switch);
+}
+
+// What "name=true" or "name=false" says; nullopt when the name is not there. ControlRefused for
+// both and for any other value.
+Result<std::optional<bool>> truth_of(const SwitchSet& switches, std::string_view name) {
+    const bool on = switches.has(std::string(name) + "=true");
+    const bool off = switches.has(std::string(name) + "=false");
+    if (on == off && (on || switches.has(name)))
+        return Failure{ErrorCode::ControlRefused};
+    return on || off ? std::optional(on) : std::nullopt;
+}
+
+// Does all that the switches say about the logs, or nothing. What was collected is taken first.
+Result<void> control_logs(Call& call, const SwitchSet& switches) {
+    const std::optional<bool> collect = VELL_TRY(truth_of(switches, collect_switch));
+    const std::optional<bool> call_lines = VELL_TRY(truth_of(switches, call_lines_switch));
+    if (names_action(switches))
+        return Failure{ErrorCode::ControlRefused};
+    if (switches.has(take_switch))
         call.set_text(utf16_from_utf8(debug_log().take()));
-        return true;
-    }
-    if (switches.has("-AddToDebugLog=true"))
-        debug_log().switch_on();
-    else if (switches.has("-AddToDebugLog=false"))
-        debug_log().switch_off();
     else
-        return false;
-    call.set_done();
-    return true;
+        call.set_done();
+    if (collect)
+        *collect ? debug_log().switch_on() : debug_log().switch_off();
+    if (call_lines)
+        plugin_state().call_lines = *call_lines;
+    return {};
 }
 
 } // namespace
@@ -65,8 +93,8 @@ Result<void> version_auto_update(Call& call) {
 
 Result<void> control(Call& call) {
     const SwitchSet switches = call.switches();
-    if (!call.is_step() && control_debug_log(call, switches))
-        return {};
+    if (!call.is_step() && names_log(switches))
+        return control_logs(call, switches);
     const auto action =
         call.is_step() ? static_cast<ControlAction>(call.step_option(1)) : action_of(switches);
     const std::u16string password = call.text(call.is_step() ? 2 : 1);

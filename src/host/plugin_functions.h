@@ -21,9 +21,11 @@ Result<void> version_auto_update(params::Call& call);
 
 // VlFile_Control( switches ; password ): exactly one of "DisableAllFunctions",
 // "EnableAllFunctions" (which needs the password of the disabling) and "CurrentEnabledStatus" (1
-// when enabled, else 0); or the debug log's "-AddToDebugLog=true", "-AddToDebugLog=false" and
-// "-GetAndClearDebugLog". ControlRefused for anything else and for a wrong password,
-// AlreadyDisabled, BadParameter for an empty password to disable with.
+// when enabled, else 0); or what is to become of the logs: "-AddToDebugLog=true" or "=false" begins
+// or ends the debug log, "-GetAndClearDebugLog" gives it, "-LogCalls=false" or "=true" leaves out
+// or brings back the lines that server hosts log for each call. ControlRefused for anything else,
+// for both kinds together and for a wrong password, AlreadyDisabled, BadParameter for an empty
+// password to disable with.
 Result<void> control(params::Call& call);
 
 } // namespace vell::host

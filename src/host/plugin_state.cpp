@@ -25,6 +25,8 @@ std::string application_type_name(ApplicationType type) {
         return "FileMaker Server (SASE)";
     case ApplicationType::WebServerFmse:
         return "FileMaker Web server (FMSE)";
+    default:
+        break;
     }
     return "Unknown FileMaker application type: " +
            to_text(std::uint64_t{static_cast<std::uint8_t>(type)});
@@ -66,6 +68,12 @@ bool DisabledState::enable(std::u16string_view password) {
     password_.clear();
     set_ = false;
     return true;
+}
+
+void DisabledState::reset() {
+    const std::lock_guard lock(mutex_);
+    password_.clear();
+    set_ = false;
 }
 
 DisabledState& disabled_state() {

@@ -47,8 +47,9 @@ class Call {
     virtual ~Call() = default;
 
     virtual bool is_step() const = 0;
-    // No user interface may be shown then.
-    virtual bool is_server_host() const = 0;
+    // Whether somebody sits in front of the host. Without a user nothing may be shown: it would
+    // wait for ever.
+    virtual bool can_ask_user() const = 0;
     // The owner of dialogs, as a native window handle; null when there is none.
     virtual void* main_window() const = 0;
     // Adds a line to the debug log when that is on.

@@ -46,7 +46,7 @@ class FakeCall : public params::Call {
     const std::vector<params::TextEncoding>& encodings() const { return encodings_; }
 
     bool is_step() const override { return !step_options_.empty(); }
-    bool is_server_host() const override { return false; }
+    bool can_ask_user() const override { return true; }
     void* main_window() const override { return nullptr; }
     void debug_note(std::string_view line) override { notes_.emplace_back(line); }
     std::size_t parameter_count() const override { return parameters_.size(); }

@@ -1,6 +1,7 @@
 // What the desktop is asked for, and what the dialogs are.
 #include "src/files/launching.h"
 #include "src/files/select_dialogs.h"
+#include "src/files/shell.h"
 #include "tests/portable/answer_of.h"
 
 #include <gtest/gtest.h>
@@ -11,9 +12,9 @@ namespace {
 using params::Call;
 using testing::FakeCall;
 
-struct ServerCall : FakeCall {
+struct CallWithoutUser : FakeCall {
     using FakeCall::FakeCall;
-    bool is_server_host() const override { return true; }
+    bool can_ask_user() const override { return false; }
 };
 
 // Knows two items, and writes down what it is asked for.
@@ -78,11 +79,32 @@ TEST(Launching, AsksTheDesktop) {
         FakeCall call(c.parameters);
         const std::string result = answer_of(call, c.body(call, desktop));
         EXPECT_EQ(result == "0" ? utf8_from_utf16(desktop.asked) : result, c.result);
-        ServerCall on_server(c.parameters);
+        CallWithoutUser alone(c.parameters);
         NotedDesktop untouched;
-        EXPECT_EQ(answer_of(on_server, c.body(on_server, untouched)), "$$-4251") << c.result;
+        EXPECT_EQ(answer_of(alone, c.body(alone, untouched)), "$$-4251") << c.result;
         EXPECT_EQ(untouched.asked, u"");
     }
+}
+
+TEST(ExecuteShell, HasNoWindowWhereNobodySeesIt) {
+    const auto shows_window = [](FakeCall& call) {
+        bool shown = false;
+        const auto note =
+            [&](const std::u16string&,
+                const CommandSettings& settings) -> Result<std::unique_ptr<RunningCommand>> {
+            shown = settings.show_window;
+            return Failure{ErrorCode::NotFound};
+        };
+        EXPECT_EQ(answer_of(call, execute_shell(call, note)), "$$-43");
+        return shown;
+    };
+    const std::vector<std::u16string> parameters{u"-ShowCommandWindow", u"dir"};
+    FakeCall call(parameters);
+    EXPECT_TRUE(shows_window(call));
+    CallWithoutUser alone(parameters);
+    EXPECT_FALSE(shows_window(alone));
+    alone.set_step_option(6, 1);
+    EXPECT_FALSE(shows_window(alone));
 }
 
 // The options of a dialog in one line.

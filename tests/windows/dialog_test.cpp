@@ -1,4 +1,5 @@
 // The dialogs to select files and folders, driven as a user drives them.
+#include "src/base/win32_com.h"
 #include "src/files/file_dialog.h"
 #include "tests/windows/plugin_fixture.h"
 
@@ -10,6 +11,25 @@ TEST(FilePatterns, TakeTypesInEveryForm) {
     EXPECT_EQ(files::file_patterns(u"txt"), u"*.txt");
     EXPECT_EQ(files::file_patterns(u" txt, .doc;*.jpg\rpng "), u"*.txt;*.doc;*.jpg;*.png");
     EXPECT_EQ(files::file_patterns(u"*.* ,;"), u"*.*");
+}
+
+TEST(ErrorFromHresult, UnwrapsOnlyErrorsOfWin32) {
+    const struct {
+        std::uint32_t result;
+        int code;
+    } cases[] = {
+        {0x80070005, -47},                        // E_ACCESSDENIED
+        {0x8007000E, -108},                       // E_OUTOFMEMORY
+        {0x80070002, -43},   {0x800704C7, -128},  // ERROR_CANCELLED
+        {0x80070483, 1155},  {0x80004005, -4295}, // E_FAIL
+        {0x80040005, -4295},                      // of an interface
+        {0x80030005, -4295},                      // of a storage
+        {0x80040000, -4295},                      // OLE_E_OLEVERB
+        {0x80070000, -4295},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(number(error_from_hresult(static_cast<HRESULT>(c.result))), c.code)
+            << std::hex << c.result;
 }
 
 constexpr int file_name_control = 1152; // the dialog's field for the name
@@ -97,9 +117,72 @@ TEST_F(Dialogs, SelectDialogsGiveThePathsThatTheUserSelects) {
         EXPECT_EQ(answered(u"Select Folder", u"", function, {u"", u"Select Folder"}), u"$$-128");
 }
 
-TEST_F(Plugin, ContentsDialogIsNotShownOnAServer) {
-    start({.application_type = server});
-    EXPECT_EQ(call(u"VlFile_ContentsDialog", {u"", u"Pick"}), u"$$-4251");
+// A process outside the user's desktop, such as a service.
+class HiddenWindowStation {
+  public:
+    HiddenWindowStation() : station_(CreateWindowStationW(nullptr, 0, WINSTA_ALL_ACCESS, nullptr)) {
+        EXPECT_TRUE(SetProcessWindowStation(station_)) << GetLastError();
+    }
+    ~HiddenWindowStation() {
+        SetProcessWindowStation(before_);
+        CloseWindowStation(station_);
+    }
+
+  private:
+    HWINSTA before_ = GetProcessWindowStation();
+    HWINSTA station_;
+};
+
+std::atomic<DWORD> error_mode_of_call;
+
+constexpr host::LicenceChecks noting_error_mode{
+    .at_startup =
+        [](bool) {
+            return host::LicenceStart{true, false};
+        },
+    .within_time =
+        [] {
+            error_mode_of_call = GetThreadErrorMode();
+            return true;
+        },
+    .state = [] { return ErrorCode::Ok; },
+};
+
+TEST_F(PluginWithFolder, NothingIsShownWhereNobodyCanBeAsked) {
+    // Answers what is shown all the same, so that it fails the test instead of stopping it.
+    std::atomic<int> shown = 0;
+    const Watcher user([&] {
+        if (const HWND dialog = FindWindowW(L"#32770", nullptr)) {
+            ++shown;
+            PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+            Sleep(200);
+        }
+    });
+    const std::u16string inside = folder.file(L"full\\a.txt", "");
+    host::replace_licence_checks(&noting_error_mode);
+    const auto expect_silence = [&](std::uint8_t type) {
+        SCOPED_TRACE(int{type});
+        start({.application_type = type});
+        for (const char16_t* function :
+             {u"VlFile_ContentsDialog", u"VlFile_SelectFileDialog", u"VlFile_SelectFolderDialog",
+              u"VlFile_SaveFileDialog", u"VlFile_Launch", u"VlFile_Reveal"})
+            EXPECT_EQ(call(function, {u"", path(L"none")}), u"$$-4251") << to_wide(function);
+        EXPECT_EQ(call(u"VlFile_BringToFront", {}), u"$$-4251");
+        EXPECT_EQ(
+            call(u"VlFile_DeleteFolder", {u"-deleteAllSubFoldersAndAllContents", path(L"full")}),
+            u"$$-1");
+        EXPECT_TRUE(exists(inside));
+        EXPECT_NE(error_mode_of_call & SEM_FAILCRITICALERRORS, 0u);
+        host().preferences();
+    };
+    for (const int type : {3, 4, 5, 6, 7, 8, 9})
+        expect_silence(static_cast<std::uint8_t>(type));
+    {
+        const HiddenWindowStation service;
+        expect_silence(pro);
+    }
+    EXPECT_EQ(shown, 0);
+
     start();
     EXPECT_EQ(call(u"VlFile_ContentsDialog", {u"", u"Pick", u"$$-43"}), u"$$-4299");
 }

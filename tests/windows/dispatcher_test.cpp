@@ -1,4 +1,5 @@
 // What stands between the host's call and a function's body, and what happens when the host fails.
+#include "src/base/win32_error.h"
 #include "src/host/debug_log.h"
 #include "src/host/dispatcher.h"
 #include "src/host/host_call_object.h"
@@ -59,6 +60,22 @@ TEST_F(Dispatcher, UnknownIdsDoNothing) {
         EXPECT_EQ(call_id(static_cast<std::int16_t>(id), {u"x"}), u"") << id;
 }
 
+TEST_F(Dispatcher, EveryFailureLeavesACode) {
+    start();
+    const auto result_of = [&](auto body) {
+        const auto result = host().call_body(0, body, {});
+        return result ? console::to_value(result->get()).as_text() : u"NOT RUN";
+    };
+    EXPECT_EQ(result_of([](std::int16_t, const fm::ExprEnv* environment,
+                           const fm::DataVect* parameters, fm::Data* result) {
+                  const params::Body body = [](params::Call&) -> Result<void> {
+                      return Failure{error_from_win32(0)};
+                  };
+                  return host::run_body(body, false, {environment, parameters, result});
+              }),
+              u"$$-4298");
+}
+
 TEST_F(Dispatcher, VersionsAnswer) {
     start();
     EXPECT_EQ(call(u"VlFile_Version", {u"anything"}), u"Vell File Plug-In 14.0");
@@ -84,6 +101,16 @@ TEST_F(Dispatcher, ControlTakesExactlyOneActionAndTheSamePassword) {
     EXPECT_EQ(control(u"EnableAllFunctions", u"pas"), u"$$-4218");
     EXPECT_EQ(call(u"VlFile_Control", {u"EnableAllFunctions"}), u"$$-4218");
     EXPECT_EQ(control(u"EnableAllFunctions", u"pass"), u"0");
+    // Nothing is left out silently.
+    host::debug_log().take();
+    for (const char16_t* both :
+         {u"-AddToDebugLog=true DisableAllFunctions", u"-GetAndClearDebugLog CurrentEnabledStatus",
+          u"-AddToDebugLog=false EnableAllFunctions", u"-LogCalls=false CurrentEnabledStatus",
+          u"-AddToDebugLog CurrentEnabledStatus", u"-AddToDebugLog=true -AddToDebugLog=false",
+          u"-AddToDebugLog=1", u"-LogCalls=true -LogCalls=false", u"-LogCalls"})
+        EXPECT_EQ(control(both, u"pass"), u"$$-4218");
+    EXPECT_EQ(control(u"CurrentEnabledStatus", u""), u"1");
+    EXPECT_EQ(host::debug_log().take(), "");
 
     EXPECT_EQ(call_id(7203, {u"", number(1), u"p"}), u"0"); // the step: action, password
     EXPECT_EQ(call_id(7203, {u"", number(2), u"q"}), u"$$-4218");
@@ -120,6 +147,11 @@ TEST_F(Dispatcher, TheDebugLogIsSwitchedReadAndCleared) {
     host::debug_log().add("lost again");
     EXPECT_EQ(call(u"VlFile_Control", {u"-GetAndClearDebugLog"}), u"Log started.\rcaf\u00E9\r");
     EXPECT_EQ(call(u"VlFile_Control", {u"-GetAndClearDebugLog"}), u"");
+    host::debug_log().add_always("first");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-GetAndClearDebugLog -AddToDebugLog=true"}), u"first\r");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-AddToDebugLog=false -GetAndClearDebugLog"}),
+              u"Log started.\r");
+    EXPECT_FALSE(host::debug_log().is_on());
 }
 
 TEST(DebugLog, GrowsBeyondMemoryIntoItsFile) {

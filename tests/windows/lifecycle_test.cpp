@@ -1,4 +1,5 @@
 // Start-up, messages and shutdown, as a host of each kind and version sees them.
+#include "src/files/defaults.h"
 #include "src/host/debug_log.h"
 #include "src/host/main_window.h"
 #include "src/host/registry.h"
@@ -111,8 +112,49 @@ TEST_F(Lifecycle, ServerHostsGetABannerAndCallLines) {
                        "Plug-in shutdown started.", "Plug-in shutdown completed."}));
 }
 
+TEST_F(Lifecycle, CallLinesAreSwitchedOffAndOn) {
+    start({.application_type = server});
+    const auto lines_of = [&](const char16_t* switches) {
+        EXPECT_EQ(call(u"VlFile_Control", {switches}), u"0");
+        call(u"VlFile_VersionAutoUpdate", {});
+        return new_log_lines();
+    };
+    new_log_lines();
+    const Lines control = sourced(
+        {"External function called. functionID: 4203", "External function end. functionID: 4203"});
+    const Lines version = sourced(
+        {"External function called. functionID: 9002", "External function end. functionID: 9002"});
+    EXPECT_EQ(lines_of(u"-LogCalls=false"), control); // its own pair is whole
+    EXPECT_EQ(lines_of(u"-LogCalls=false"), Lines());
+    host().session_shutdown(5);
+    EXPECT_EQ(new_log_lines(), sourced({"Session shutdown completed. (sessionID = 5)"}));
+    EXPECT_EQ(lines_of(u"-LogCalls=true"), version);
+}
+
+TEST_F(Lifecycle, AReloadedPluginIsAsNew) {
+    const TemporaryFolder folder;
+    const std::u16string file = folder.file(L"a.txt", "");
+    start({.application_type = server});
+    EXPECT_EQ(call(u"VlFile_SetDefaultFileSpec", {u"", file}), u"0");
+    EXPECT_EQ(call(u"VlFile_SetDefaultType", {u"", u"txt"}), u"0");
+    EXPECT_EQ(call(u"VlFile_SetContents", {u"", u"old"}), u"0");
+    EXPECT_EQ(call(u"VlFile_Control", {u"-AddToDebugLog=true -LogCalls=false"}), u"0");
+    EXPECT_EQ(call(u"VlFile_Control", {u"DisableAllFunctions", u"forgotten"}), u"0");
+    host().shut_down();
+    host().start_up();
+    new_log_lines();
+    EXPECT_EQ(call(u"VlFile_Control", {u"CurrentEnabledStatus"}), u"1");
+    EXPECT_EQ(new_log_lines().size(), 2u);
+    EXPECT_EQ(call(u"VlFile_Control", {u"EnableAllFunctions", u"forgotten"}), u"$$-4218");
+    EXPECT_NE(call(u"VlFile_SetContents", {u"", u"new"}), u"0");
+    EXPECT_EQ(read_file(folder.path(L"a.txt")), "old");
+    EXPECT_EQ(files::default_file_types(), u"");
+    EXPECT_FALSE(host::debug_log().is_on());
+    EXPECT_EQ(call(u"VlFile_Control", {u"-GetAndClearDebugLog"}), u"");
+}
+
 TEST_F(Lifecycle, OtherHostsLogNothing) {
-    for (const int type : {0, 1, 2, 5, 6, 8, 200}) {
+    for (const int type : {0, 1, 2, 5, 6, 8, 9, 200}) {
         SCOPED_TRACE(type);
         start({.application_type = static_cast<std::uint8_t>(type)});
         EXPECT_EQ(call(u"VlFile_VersionAutoUpdate", {}), u"14000000");
