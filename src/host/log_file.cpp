@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <map>
 #include <mutex>
+#include <vector>
 
 namespace vell::host {
 namespace {
@@ -50,9 +51,31 @@ std::string log_entry(std::string_view source, std::string text) {
     return std::string("[").append(source).append("] ").append(text);
 }
 
-UniqueFile open_log(const std::wstring& path) {
-    return UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+enum class LogUse : std::uint8_t { Append, Rename };
+
+UniqueFile open_log(const std::wstring& path, LogUse use) {
+    const bool appends = use == LogUse::Append;
+    return UniqueFile(CreateFileW(path.c_str(), appends ? GENERIC_WRITE : DELETE, 0, nullptr,
+                                  appends ? OPEN_ALWAYS : OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH, nullptr));
+}
+
+bool has_room(const UniqueFile& file, std::size_t bytes) {
+    LARGE_INTEGER size{};
+    return GetFileSizeEx(file.get(), &size) &&
+           static_cast<std::uint64_t>(size.QuadPart) + bytes <= log_size_limit;
+}
+
+// Renames an open file, in the place of another. Nobody else can have opened it meanwhile, as
+// between closing it and renaming it by its path.
+bool rename_to(const UniqueFile& file, const std::wstring& path) {
+    std::vector<char> room(sizeof(FILE_RENAME_INFO) + path.size() * sizeof(wchar_t));
+    auto* const information = reinterpret_cast<FILE_RENAME_INFO*>(room.data());
+    information->ReplaceIfExists = TRUE;
+    information->FileNameLength = static_cast<DWORD>(path.size() * sizeof(wchar_t));
+    path.copy(information->FileName, path.size()); // the zero behind it is there already
+    return SetFileInformationByHandle(file.get(), FileRenameInfo, room.data(),
+                                      static_cast<DWORD>(room.size()));
 }
 
 class LogFiles {
@@ -65,7 +88,13 @@ class LogFiles {
             return;
         }
         const std::string line = log_line_text(local_time_text(), source, std::string(text));
-        const UniqueFile file = open_in_turn(log, lock);
+        UniqueFile file = open_in_turn(log, LogUse::Append, lock);
+        if (file && !has_room(file, line.size())) {
+            file.reset();
+            if (!set_aside(log, line.size(), lock))
+                return; // lines may be lost, the disk is not to be filled
+            file = open_in_turn(log, LogUse::Append, lock);
+        }
         if (!file) {
             report_once(GetLastError());
             return;
@@ -78,14 +107,17 @@ class LogFiles {
   private:
     struct Log {
         std::wstring path;
+        std::wstring old_path;
         bool in_use = false; // by someone who was waited for in vain
     };
 
     Log& log_of(LogChannel channel) {
         Log& log = logs_[{channel, server_or_web()}];
         if (log.path.empty()) {
-            if (std::wstring folder = make_log_folder(); !folder.empty())
-                log.path = folder.append(log_file_name(channel));
+            if (const std::wstring folder = make_log_folder(); !folder.empty()) {
+                log.path = folder + std::wstring(log_file_name(channel));
+                log.old_path = folder + old_log_file_name(channel);
+            }
         }
         return log;
     }
@@ -93,12 +125,12 @@ class LogFiles {
     // Another process may be writing its own line at this moment, which is waited for without the
     // lock. One that keeps the file open costs one wait; from then on each line has one try, until
     // the file is free again.
-    UniqueFile open_in_turn(Log& log, std::unique_lock<std::mutex>& lock) {
+    UniqueFile open_in_turn(Log& log, LogUse use, std::unique_lock<std::mutex>& lock) {
         constexpr ULONGLONG longest_wait_ms = 1000;
         constexpr DWORD pause_ms = 5;
         const ULONGLONG end = GetTickCount64() + longest_wait_ms;
         for (;;) {
-            UniqueFile file = open_log(log.path);
+            UniqueFile file = open_log(log.path, use);
             const DWORD error = file ? ERROR_SUCCESS : GetLastError();
             if (error != ERROR_SHARING_VIOLATION || log.in_use || GetTickCount64() >= end) {
                 log.in_use = error == ERROR_SHARING_VIOLATION;
@@ -109,6 +141,16 @@ class LogFiles {
             Sleep(pause_ms);
             lock.lock();
         }
+    }
+
+    // Gives the full log its other name. The size is asked for once more: another process may have
+    // been faster, and what it put aside is not to be replaced by the few lines since. False where
+    // somebody has either file open.
+    bool set_aside(Log& log, std::size_t bytes, std::unique_lock<std::mutex>& lock) {
+        const UniqueFile file = open_in_turn(log, LogUse::Rename, lock);
+        if (!file)
+            return GetLastError() == ERROR_FILE_NOT_FOUND; // renamed at this moment
+        return has_room(file, bytes) || rename_to(file, log.old_path);
     }
 
     void report_once(DWORD error) {
@@ -133,6 +175,11 @@ std::wstring_view log_file_name(LogChannel channel) {
     default:
         return L"Vell Plugin FMServer.log";
     }
+}
+
+std::wstring old_log_file_name(LogChannel channel) {
+    std::wstring name(log_file_name(channel));
+    return name.insert(name.rfind(L'.'), L" (old)");
 }
 
 std::wstring log_folder(std::wstring_view executable, bool server_or_web) {

@@ -46,6 +46,38 @@ TEST_F(Plugin, LinesOfManyThreadsAreWhole) {
         EXPECT_EQ(line, "[Vell File Plug-In] " + std::string(900, line.back()));
 }
 
+TEST_F(Plugin, AFullLogMakesPlaceForAnother) {
+    start({.application_type = server});
+    const std::wstring log = executable_folder() + L"Logs\\VellDebug.log";
+    const std::wstring old = executable_folder() + L"Logs\\VellDebug (old).log";
+    const auto remove_both = [&] {
+        DeleteFileW(log.c_str());
+        DeleteFileW(old.c_str());
+    };
+    const auto add_line = [&] {
+        host::log_line(host::LogChannel::Debug, "me", "text");
+        return std::filesystem::file_size(log);
+    };
+    const auto grow_to = [&](std::uint64_t size) {
+        set_length(open_file(to_utf16(log), GENERIC_WRITE), static_cast<std::int64_t>(size));
+    };
+    remove_both();
+    const std::uint64_t line = add_line();
+    grow_to(host::log_size_limit - line);
+    EXPECT_EQ(add_line(), host::log_size_limit);
+    EXPECT_EQ(add_line(), line);
+    EXPECT_EQ(std::filesystem::file_size(old), host::log_size_limit);
+    grow_to(host::log_size_limit - line + 1);
+    {
+        const UniqueFile reader =
+            open_file(to_utf16(old), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_EQ(add_line(), host::log_size_limit - line + 1); // the line is lost
+    }
+    EXPECT_EQ(add_line(), line);
+    EXPECT_EQ(std::filesystem::file_size(old), host::log_size_limit - line + 1);
+    remove_both();
+}
+
 TEST(CrashReport, DumpsAreNamedByTimeAndThread) {
     EXPECT_EQ(host::crash_dump_name(L"C:\\T\\", {2020, 12, 4, 31, 3, 4, 5, 0}, 77, 88),
               L"C:\\T\\Crashdump Vell File Plug-In v14.0-20201231-030405-77-88.dmp");
@@ -53,13 +85,49 @@ TEST(CrashReport, DumpsAreNamedByTimeAndThread) {
 
 // vellhost, the plug-in and the stand-in library in a folder of their own, so that log and dump
 // of the crash are found there.
-DWORD run_crashing_host(const TemporaryFolder& folder, std::wstring_view application_type) {
+void copy_host(const TemporaryFolder& folder) {
     for (const wchar_t* name : {L"vellhost.exe", L"VellFile.fmx64", L"FMWrapper.dll"})
         std::filesystem::copy_file(executable_folder() + name, folder.path(name));
-    return exit_code(start_program(L"\"" + folder.path(L"vellhost.exe") + L"\" --app-type " +
-                                       std::wstring(application_type) +
-                                       L" --fail-call 2:3 \"VlFile_Version( \\\"x\\\" )\"",
-                                   {L"TEMP", L"TMP"}, folder.path()));
+}
+
+UniqueHandle start_host(const TemporaryFolder& folder, std::wstring_view options) {
+    return start_program(L"\"" + folder.path(L"vellhost.exe") + L"\" " + std::wstring(options) +
+                             L" \"VlFile_Version( \\\"x\\\" )\"",
+                         {L"TEMP", L"TMP"}, folder.path());
+}
+
+DWORD run_crashing_host(const TemporaryFolder& folder, std::wstring_view application_type) {
+    copy_host(folder);
+    return exit_code(
+        start_host(folder, L"--app-type " + std::wstring(application_type) + L" --fail-call 2:3"));
+}
+
+// Two processes fill the log at once: what was set aside is never replaced by a few new lines, and
+// none of these is lost.
+TEST(LogFile, AFullLogIsSetAsideOnce) {
+    const TemporaryFolder folder;
+    copy_host(folder);
+    const std::wstring name = L"Logs\\Vell Plugin FMServer";
+    constexpr std::size_t start = host::log_size_limit - 300; // room for some lines of the banner
+    set_length(open_file(folder.file(name + L".log", ""), GENERIC_WRITE),
+               static_cast<std::int64_t>(start));
+    UniqueHandle hosts[2];
+    for (UniqueHandle& host : hosts)
+        host = start_host(folder, L"--app-type 3");
+    for (const UniqueHandle& host : hosts)
+        EXPECT_EQ(exit_code(host), 0u);
+    const std::string old = read_file(folder.path(name + L" (old).log"));
+    ASSERT_GT(old.size(), start);
+    EXPECT_LE(old.size(), host::log_size_limit);
+    const std::string lines = old.substr(start) + read_file(folder.path(name + L".log"));
+    for (const std::string_view line :
+         {"started running under FileMaker Server.\r\n", "Plug-in build number: 508\r\n",
+          "External function called. functionID: 1\r\n", "Plug-in shutdown completed.\r\n"}) {
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = lines.find(line, at)) != lines.npos; ++at)
+            ++count;
+        EXPECT_EQ(count, std::size(hosts)) << line;
+    }
 }
 
 std::string dump_in(const TemporaryFolder& folder) {
