@@ -104,6 +104,10 @@ Result<void> DragAndDrop::add(Call& call) {
     VELL_TRY(windows_.serve(handler.window, *this,
                             handler.host_version < first_with_own_targets ? EarlierTarget::Revoke
                                                                           : EarlierTarget::Keep));
+    if (handlers_.is_full()) { // by what came in while the host was asked
+        leave_unserved({handler.window});
+        return Failure{ErrorCode::TooManyHandlers};
+    }
     handlers_.add(std::move(handler));
     return {};
 }
@@ -168,26 +172,28 @@ bool DragAndDrop::wants_mail(Window window) const {
 }
 
 std::optional<Taker> DragAndDrop::taker(Window window, Point point, const Offer& offer) const {
-    const auto position = [this](Window scrolled) {
-        return windows_.scroll_position(scrolled);
-    };
-    const Handler* handler = handlers_.at(window, point, offer, position);
+    // Asked for before the handlers are looked at: the scroll bar's answer is the host's code,
+    // which may stop or add some.
+    const std::int32_t scrolled =
+        handlers_.any_scrolls(window) ? windows_.scroll_position(window) : 0;
+    const Handler* handler = handlers_.at(window, point, offer, scrolled);
     if (!handler)
         return std::nullopt;
-    const std::int32_t scrolled = handler->zone.scrolls ? position(window) : 0;
-    return Taker{handler->id, handler->effect, handler->zone.outline(scrolled)};
+    return Taker{handler->id, handler->effect,
+                 handler->zone.outline(handler->zone.scrolls ? scrolled : 0)};
 }
 
 void DragAndDrop::dropped(const Taker& taker, std::span<const std::u16string> paths) {
-    const Handler* handler = handlers_.find(taker.handler_id);
-    if (!handler || paths.empty())
+    const Handler* found = handlers_.find(taker.handler_id);
+    if (!found || paths.empty())
         return;
+    // The host may do anything when its window comes to the front, also stop this handler.
+    const Handler handler = *found;
     // Drops keep their order: one that finds others waiting waits behind them.
     const bool is_next = pending_.empty();
-    pending_.push_back({handler->script, path_list(paths, files_)});
-    // The host may do anything when its window comes to the front, also stop this handler.
-    if (handler->brings_to_front)
-        windows_.bring_to_front(handler->window);
+    pending_.push_back({handler.script, path_list(paths, files_)});
+    if (handler.brings_to_front)
+        windows_.bring_to_front(handler.window);
     if (is_next && !pending_.empty() && !starting_ && host_.is_callable())
         start_oldest();
 }

@@ -39,12 +39,18 @@ const Handler* HandlerList::find(std::uint32_t id) const {
     return found == handlers_.end() ? nullptr : &*found;
 }
 
+bool HandlerList::any_scrolls(Window window) const {
+    return std::any_of(handlers_.begin(), handlers_.end(), [window](const Handler& handler) {
+        return handler.window == window && handler.zone.scrolls;
+    });
+}
+
 const Handler* HandlerList::at(Window window, Point point, const Offer& offer,
-                               const ScrollPosition& scroll_position) const {
+                               std::int32_t scroll_position) const {
     for (const Handler& handler : handlers_) {
         if (handler.window != window || !handler.takes(offer))
             continue;
-        if (handler.zone.contains(point, handler.zone.scrolls ? scroll_position(window) : 0))
+        if (handler.zone.contains(point, handler.zone.scrolls ? scroll_position : 0))
             return &handler;
     }
     return nullptr;

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -50,7 +49,6 @@ struct Handler {
 class HandlerList {
   public:
     static constexpr std::size_t most = 6;
-    using ScrollPosition = std::function<std::int32_t(Window)>;
 
     bool is_full() const { return handlers_.size() >= most; }
     void add(Handler handler);
@@ -58,10 +56,12 @@ class HandlerList {
     bool serves(Window window) const;
     // Null when there is none of that identifier any more.
     const Handler* find(std::uint32_t id) const;
+    // Whether a zone of the window moves with its vertical scroll position.
+    bool any_scrolls(Window window) const;
     // The first handler of the window that takes what is offered at a point in client coordinates;
     // null when there is none.
     const Handler* at(Window window, Point point, const Offer& offer,
-                      const ScrollPosition& scroll_position) const;
+                      std::int32_t scroll_position) const;
 
     // Those of a file and a script, letters A to Z compared without case. An empty script name
     // stands for every script, an empty file name for everything.

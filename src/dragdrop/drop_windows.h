@@ -49,7 +49,8 @@ class DropWindows {
     virtual std::int32_t scroll_position(Window window) = 0;
     virtual void bring_to_front(Window window) = 0;
 
-    // Puts a drop target on the window, or leaves ours there. The receiver outlives it.
+    // Puts a drop target on the window, once more where ours is not that of the window any more.
+    // The receiver outlives it.
     virtual Result<void> serve(Window window, DropReceiver& receiver, EarlierTarget earlier) = 0;
     // Whether the window that serve() got is still there; another may have its handle by now.
     virtual bool is_served(Window window) = 0;

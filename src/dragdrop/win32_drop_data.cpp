@@ -8,6 +8,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 
 namespace vell::dragdrop {
@@ -16,8 +17,6 @@ namespace {
 using files::FileSystem;
 using files::NativePath;
 using files::Permission;
-
-constexpr std::uint64_t largest_item = std::uint64_t{4} << 30; // no source may fill the disk
 
 CLIPFORMAT descriptor_format() {
     static const UINT format = RegisterClipboardFormatW(CFSTR_FILEDESCRIPTORW);
@@ -89,9 +88,28 @@ std::vector<ContentsItem> items_in(IDataObject& data) {
     return described_items(LockedBytes(medium->hGlobal).bytes());
 }
 
-Result<void> copy_stream(IStream& stream, std::optional<std::uint64_t> size, files::File& file) {
+// What a drop may still write.
+class Room {
+  public:
+    explicit Room(std::uint64_t bytes) : left_(bytes) {}
+    Result<void> take(std::uint64_t bytes) {
+        exceeded_ |= bytes > left_;
+        if (exceeded_)
+            return Failure{ErrorCode::ResourceTooLarge};
+        left_ -= bytes;
+        return {};
+    }
+    bool is_exceeded() const { return exceeded_; }
+
+  private:
+    std::uint64_t left_;
+    bool exceeded_ = false;
+};
+
+Result<void> copy_stream(IStream& stream, std::optional<std::uint64_t> size, files::File& file,
+                         Room& room) {
     stream.Seek({}, STREAM_SEEK_SET, nullptr); // some sources hand it over at its end
-    std::uint64_t left = std::min(size.value_or(largest_item), largest_item);
+    std::uint64_t left = size.value_or(std::numeric_limits<std::uint64_t>::max());
     std::string buffer(64 * 1024, '\0');
     while (left > 0) {
         const ULONG wanted = static_cast<ULONG>(std::min<std::uint64_t>(left, buffer.size()));
@@ -99,6 +117,7 @@ Result<void> copy_stream(IStream& stream, std::optional<std::uint64_t> size, fil
         VELL_TRY(check_hresult(stream.Read(buffer.data(), wanted, &got)));
         if (got == 0 || got > wanted)
             break;
+        VELL_TRY(room.take(got));
         VELL_TRY(file.write(std::string_view(buffer).substr(0, got)));
         left -= got;
     }
@@ -106,28 +125,34 @@ Result<void> copy_stream(IStream& stream, std::optional<std::uint64_t> size, fil
 }
 
 // A message of a mail program: the storage becomes a compound file.
-Result<void> write_storage(IStorage& storage, const NativePath& path) {
+Result<void> write_storage(IStorage& storage, const NativePath& path, Room& room) {
     ComPointer<IStorage> copy;
     VELL_TRY(check_hresult(StgCreateDocfile(as_wide(path.wide),
                                             STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0,
                                             copy.typed_out())));
     VELL_TRY(check_hresult(storage.CopyTo(0, nullptr, nullptr, copy.get())));
-    return check_hresult(copy->Commit(STGC_DEFAULT));
+    VELL_TRY(check_hresult(copy->Commit(STGC_DEFAULT)));
+    copy.reset();
+    const auto file = VELL_TRY(files::system_files().open(path, Permission::Read));
+    return room.take(VELL_TRY(file->size()));
 }
 
-Result<void> write_contents(const Medium& medium, const ContentsItem& item,
-                            const NativePath& path) {
+Result<void> write_contents(const Medium& medium, const ContentsItem& item, const NativePath& path,
+                            Room& room) {
     if (medium->tymed == TYMED_ISTORAGE)
-        return write_storage(*medium->pstg, path);
+        return write_storage(*medium->pstg, path, room);
     FileSystem& files = files::system_files();
     VELL_TRY(files.create_new(path));
     const auto file = VELL_TRY(files.open(path, Permission::Write));
     if (medium->tymed == TYMED_ISTREAM) {
-        VELL_TRY(copy_stream(*medium->pstm, item.size, *file));
+        VELL_TRY(copy_stream(*medium->pstm, item.size, *file, room));
     } else if (medium->tymed == TYMED_HGLOBAL) {
         const LockedBytes locked(medium->hGlobal);
         // A block of memory may be longer than what was put into it.
-        VELL_TRY(file->write(locked.bytes().substr(0, item.size.value_or(locked.bytes().size()))));
+        const std::string_view bytes =
+            locked.bytes().substr(0, item.size.value_or(locked.bytes().size()));
+        VELL_TRY(room.take(bytes.size()));
+        VELL_TRY(file->write(bytes));
     } else {
         return Failure{ErrorCode::NotSupported};
     }
@@ -162,36 +187,39 @@ std::vector<std::u16string> paths_in(IDataObject& data) {
 
 std::vector<std::u16string> WrittenFiles::write(IDataObject& data) {
     const std::vector<ContentsItem> items = items_in(data);
-    const auto folder = items.empty() ? std::nullopt : new_folder();
-    if (!folder)
+    const auto path_of_folder =
+        items.empty() || items.size() > limits_.items ? std::nullopt : new_folder();
+    if (!path_of_folder)
         return {};
-    folders_.push_back({*folder, {}});
-    std::vector<std::u16string>& written = folders_.back().files;
+    const auto folder = std::make_shared<Folder>(*path_of_folder);
     FreshNames names;
-    for (std::size_t i = 0; i < items.size(); ++i) {
+    Room room(limits_.bytes);
+    folders_.push_back(folder);
+    for (std::size_t i = 0; i < items.size() && !room.is_exceeded(); ++i) {
         if (items[i].is_folder)
             continue;
-        const NativePath path{*folder + u"\\" + names.name_for(items[i].name), std::nullopt};
+        const NativePath path{folder->path() + u"\\" + names.name_for(items[i].name), std::nullopt};
         Medium medium;
         if (!medium.get(data,
                         format_of(contents_format(), TYMED_ISTREAM | TYMED_ISTORAGE | TYMED_HGLOBAL,
                                   static_cast<LONG>(i))))
             continue;
-        if (write_contents(medium, items[i], path))
-            written.push_back(path.wide);
+        if (write_contents(medium, items[i], path, room))
+            folder->files.push_back(path.wide);
         else
             DeleteFileW(as_wide(path.wide)); // half a message is none
     }
-    return written;
+    if (room.is_exceeded()) {
+        std::erase(folders_, folder);
+        return {};
+    }
+    return folder->files;
 }
 
-void WrittenFiles::remove_all() {
-    for (const Folder& folder : folders_) {
-        for (const std::u16string& file : folder.files)
-            DeleteFileW(as_wide(file));
-        RemoveDirectoryW(as_wide(folder.path));
-    }
-    folders_.clear();
+WrittenFiles::Folder::~Folder() {
+    for (const std::u16string& file : files)
+        DeleteFileW(as_wide(file));
+    RemoveDirectoryW(as_wide(path_));
 }
 
 } // namespace vell::dragdrop

@@ -60,16 +60,23 @@ ULONG CDropTarget::Release() {
 // callback holds a reference until it ends.
 
 HRESULT CDropTarget::DragEnter(IDataObject* data, DWORD keys, POINTL point, DWORD* effect) {
+    if (!data)
+        return E_INVALIDARG;
     const ComPointer<CDropTarget> alive = share(this);
     return guarded(effect, [&](DWORD& chosen) {
-        enter(data);
-        move(keys, point, chosen);
+        const std::shared_ptr<Drag> drag = enter(data);
+        move(*drag, keys, point, chosen);
     });
 }
 
 HRESULT CDropTarget::DragOver(DWORD keys, POINTL point, DWORD* effect) {
     const ComPointer<CDropTarget> alive = share(this);
-    return guarded(effect, [&](DWORD& chosen) { move(keys, point, chosen); });
+    return guarded(effect, [&](DWORD& chosen) {
+        if (const std::shared_ptr<Drag> drag = drag_)
+            move(*drag, keys, point, chosen);
+        else
+            chosen = no_effect;
+    });
 }
 
 HRESULT CDropTarget::DragLeave() {
@@ -78,14 +85,18 @@ HRESULT CDropTarget::DragLeave() {
 }
 
 HRESULT CDropTarget::Drop(IDataObject* data, DWORD keys, POINTL point, DWORD* effect) {
+    if (!data)
+        return E_INVALIDARG;
     const ComPointer<CDropTarget> alive = share(this);
+    std::shared_ptr<Drag> drag = drag_;
     const HRESULT result = guarded(effect, [&](DWORD& chosen) {
         // Some sources hand over another object than the one that entered.
-        if (data != data_.get())
-            enter(data);
-        drop(keys, point, chosen);
+        if (!drag || data != drag->data.get())
+            drag = enter(data);
+        drop(*drag, keys, point, chosen);
     });
-    guarded([this] { leave(); });
+    if (drag_ == drag)
+        guarded([this] { leave(); });
     return result;
 }
 
@@ -94,101 +105,130 @@ void CDropTarget::disconnect() {
     show_outline(std::nullopt);
 }
 
-void CDropTarget::enter(IDataObject* data) {
+CDropTarget::~CDropTarget() {
+    if (target_on(window_) != earlier_.get())
+        static_cast<void>(earlier_.release());
+}
+
+std::shared_ptr<CDropTarget::Drag> CDropTarget::enter(IDataObject* data) {
     leave();
-    data_ = share(data);
-    offer_ = data && receiver_ ? offer_of(*data, receiver_->wants_mail(window_)) : Offer{};
+    const auto drag = std::make_shared<Drag>();
+    drag->data = share(data);
+    drag_ = drag;
+    if (receiver_)
+        drag->offer = offer_of(*data, receiver_->wants_mail(window_));
+    return drag;
 }
 
 void CDropTarget::leave() {
+    const std::shared_ptr<Drag> drag = std::exchange(drag_, nullptr);
     show_outline(std::nullopt);
-    leave_earlier();
-    data_.reset();
-    offer_ = {};
+    if (drag)
+        leave_earlier(*drag);
 }
 
-std::optional<Taker> CDropTarget::taker_at(POINTL point, std::uint32_t allowed) const {
+std::optional<Taker> CDropTarget::taker_at(const Drag& drag, POINTL point,
+                                           std::uint32_t allowed) const {
     POINT position{point.x, point.y};
     if (!receiver_ || !ScreenToClient(window_, &position))
         return std::nullopt;
     std::optional<Taker> taker = receiver_->taker(
         window_, {static_cast<std::int32_t>(position.x), static_cast<std::int32_t>(position.y)},
-        offer_);
+        drag.offer);
     if (!taker)
         return std::nullopt;
     taker->effect = allowed_effect(taker->effect, allowed);
     return taker->effect == Effect::None ? std::nullopt : taker;
 }
 
-void CDropTarget::move(DWORD keys, POINTL point, DWORD& effect) {
-    const std::optional<Taker> taker = taker_at(point, effect);
-    show_outline(taker ? taker->outline : std::nullopt);
+void CDropTarget::move(Drag& drag, DWORD keys, POINTL point, DWORD& effect) {
+    const std::optional<Taker> taker = taker_at(drag, point, effect);
+    if (drag_.get() == &drag)
+        show_outline(taker ? taker->outline : std::nullopt);
+    if (drag_.get() != &drag) { // it has left meanwhile
+        effect = no_effect;
+        return;
+    }
     if (!taker)
-        return move_in_earlier(keys, point, effect);
-    leave_earlier();
+        return move_in_earlier(drag, keys, point, effect);
+    leave_earlier(drag);
     effect = static_cast<DWORD>(taker->effect);
 }
 
-void CDropTarget::drop(DWORD keys, POINTL point, DWORD& effect) {
-    const std::optional<Taker> taker = taker_at(point, effect);
+// A drop counts, whatever has come in between: it is not said a second time.
+void CDropTarget::drop(Drag& drag, DWORD keys, POINTL point, DWORD& effect) {
+    const std::optional<Taker> taker = taker_at(drag, point, effect);
     show_outline(std::nullopt);
     if (taker) {
-        leave_earlier();
-        const std::vector<std::u16string> paths = dropped_things();
-        effect = paths.empty() ? no_effect : static_cast<DWORD>(taker->effect);
+        leave_earlier(drag);
+        const std::vector<std::u16string> paths = dropped_things(drag);
         // Reading may have let messages through that have stopped the handler.
+        effect = paths.empty() || !receiver_ ? no_effect : static_cast<DWORD>(taker->effect);
         if (receiver_)
             receiver_->dropped(*taker, paths);
         return;
     }
     const DWORD allowed = effect;
-    if (!in_earlier_)
-        move_in_earlier(keys, point, effect);
-    if (!earlier_) {
+    if (!drag.in_earlier)
+        move_in_earlier(drag, keys, point, effect);
+    const ComPointer<IDropTarget> earlier = callable_earlier();
+    // A drop ends its drag, unless that has left meanwhile.
+    if (!std::exchange(drag.in_earlier, false) || !earlier) {
         effect = no_effect;
         return;
     }
-    in_earlier_ = false; // a drop ends its drag
     effect = allowed;
-    if (FAILED(earlier_->Drop(data_.get(), keys, point, &effect)))
+    if (FAILED(earlier->Drop(drag.data.get(), keys, point, &effect)))
         effect = no_effect;
 }
 
-std::vector<std::u16string> CDropTarget::dropped_things() {
-    if (offer_.files)
-        return paths_in(*data_.get());
-    std::vector<std::u16string> paths = written_.write(*data_.get());
+std::vector<std::u16string> CDropTarget::dropped_things(const Drag& drag) {
+    if (drag.offer.files)
+        return paths_in(*drag.data.get());
+    std::vector<std::u16string> paths = written_.write(*drag.data.get());
     if (paths.empty() && receiver_)
         receiver_->note("Drag and drop: nothing could be read from what was dropped.");
     return paths;
 }
 
-void CDropTarget::move_in_earlier(DWORD keys, POINTL point, DWORD& effect) {
-    if (!earlier_) {
+ComPointer<IDropTarget> CDropTarget::callable_earlier() const {
+    return target_on(window_) ? share(earlier_.get()) : ComPointer<IDropTarget>();
+}
+
+void CDropTarget::move_in_earlier(Drag& drag, DWORD keys, POINTL point, DWORD& effect) {
+    const ComPointer<IDropTarget> earlier = callable_earlier();
+    if (!earlier) {
         effect = no_effect;
         return;
     }
-    const bool entering = !in_earlier_;
-    in_earlier_ = true;
-    const HRESULT result = entering ? earlier_->DragEnter(data_.get(), keys, point, &effect)
-                                    : earlier_->DragOver(keys, point, &effect);
+    const bool entering = !std::exchange(drag.in_earlier, true);
+    const HRESULT result = entering ? earlier->DragEnter(drag.data.get(), keys, point, &effect)
+                                    : earlier->DragOver(keys, point, &effect);
     if (FAILED(result))
         effect = no_effect;
 }
 
-void CDropTarget::leave_earlier() {
-    if (earlier_ && std::exchange(in_earlier_, false))
-        earlier_->DragLeave();
+void CDropTarget::leave_earlier(Drag& drag) {
+    if (!std::exchange(drag.in_earlier, false))
+        return;
+    if (const ComPointer<IDropTarget> earlier = callable_earlier())
+        earlier->DragLeave();
 }
 
 void CDropTarget::show_outline(const std::optional<Rectangle>& outline) {
     if (outline == outline_)
         return;
-    if (outline_)
-        erase_focus_frame(window_, *outline_);
+    // Erasing lets the window paint itself, which may lead back here.
+    if (const auto shown = std::exchange(outline_, std::nullopt))
+        erase_focus_frame(window_, *shown);
+    if (!outline || outline_)
+        return;
     outline_ = outline;
-    if (outline_)
-        draw_focus_frame(window_, *outline_);
+    draw_focus_frame(window_, *outline_);
+}
+
+IDropTarget* target_on(HWND window) {
+    return static_cast<IDropTarget*>(GetPropW(window, L"OleDropTargetInterface"));
 }
 
 } // namespace vell::dragdrop

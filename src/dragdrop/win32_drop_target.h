@@ -7,6 +7,7 @@
 
 #include <oleidl.h>
 
+#include <memory>
 #include <optional>
 
 namespace vell::dragdrop {
@@ -20,6 +21,10 @@ class CDropTarget final : public IDropTarget {
     CDropTarget& operator=(const CDropTarget&) = delete;
 
     // The target that had the window before. It gets what no handler takes.
+    //
+    // Not every owner counts references: some destroy their target with its window, or after having
+    // taken it from the window. So it is called only while the window has a target, and released
+    // only where it is that of the window again; otherwise its reference is left to it.
     void set_earlier(ComPointer<IDropTarget> earlier) { earlier_ = std::move(earlier); }
     IDropTarget* earlier() const { return earlier_.get(); }
     // Serves no handler from now on. Everything goes to the earlier target, for as long as somebody
@@ -37,16 +42,25 @@ class CDropTarget final : public IDropTarget {
                                    DWORD* effect) override;
 
   private:
-    ~CDropTarget() = default; // by Release
+    // A drag over the window. Every call to a source, another target or a window may let messages
+    // through that end it, or begin another one: who works for a drag keeps it.
+    struct Drag {
+        ComPointer<IDataObject> data;
+        Offer offer;
+        bool in_earlier = false; // the earlier target was told that the drag has entered
+    };
 
-    void enter(IDataObject* data);
+    ~CDropTarget(); // by Release
+
+    std::shared_ptr<Drag> enter(IDataObject* data);
     void leave();
-    std::optional<Taker> taker_at(POINTL point, std::uint32_t allowed) const;
-    void move(DWORD keys, POINTL point, DWORD& effect);
-    void drop(DWORD keys, POINTL point, DWORD& effect);
-    std::vector<std::u16string> dropped_things();
-    void move_in_earlier(DWORD keys, POINTL point, DWORD& effect);
-    void leave_earlier();
+    std::optional<Taker> taker_at(const Drag& drag, POINTL point, std::uint32_t allowed) const;
+    void move(Drag& drag, DWORD keys, POINTL point, DWORD& effect);
+    void drop(Drag& drag, DWORD keys, POINTL point, DWORD& effect);
+    std::vector<std::u16string> dropped_things(const Drag& drag);
+    ComPointer<IDropTarget> callable_earlier() const; // null where there is none to be called
+    void move_in_earlier(Drag& drag, DWORD keys, POINTL point, DWORD& effect);
+    void leave_earlier(Drag& drag);
     void show_outline(const std::optional<Rectangle>& outline);
 
     LONG references_ = 1;
@@ -54,11 +68,11 @@ class CDropTarget final : public IDropTarget {
     DropReceiver* receiver_; // null once disconnected
     WrittenFiles& written_;
     ComPointer<IDropTarget> earlier_;
-    // Of the drag that is under way.
-    ComPointer<IDataObject> data_;
-    Offer offer_;
-    bool in_earlier_ = false;          // the earlier target was told that the drag has entered
+    std::shared_ptr<Drag> drag_;       // the one that is under way; null when there is none
     std::optional<Rectangle> outline_; // as it is drawn
 };
+
+// The drop target that OLE keeps for a window; null when it has none, or is no more.
+IDropTarget* target_on(HWND window);
 
 } // namespace vell::dragdrop

@@ -13,8 +13,6 @@
 namespace vell::dragdrop {
 namespace {
 
-// Where OLE keeps the drop target of a window.
-constexpr const wchar_t* ole_property = L"OleDropTargetInterface";
 // Ours, by which a window is told from a later one with the same handle: properties end with their
 // window.
 constexpr const wchar_t* own_property = L"VellFileDropTarget";
@@ -185,15 +183,16 @@ Result<void> put_on(HWND window, IDropTarget* target) {
     return {};
 }
 
-IDropTarget* target_on(HWND window) {
-    return static_cast<IDropTarget*>(GetPropW(window, ole_property));
-}
-
 Result<void> SystemWindows::serve(Window handle, DropReceiver& receiver, EarlierTarget earlier) {
-    if (is_served(handle))
-        return {};
-    VELL_TRY(ole_.begin());
     const HWND window = static_cast<HWND>(handle);
+    if (is_served(handle)) {
+        if (target_on(window) == find(handle)->target.get())
+            return {};
+        // Somebody has taken our target off, or put another one over it, which may know ours: a new
+        // one goes over that.
+        leave(handle);
+    }
+    VELL_TRY(ole_.begin());
     ServedWindow served{window,
                         ComPointer<CDropTarget>(new CDropTarget(window, receiver, written_))};
     if (earlier == EarlierTarget::Keep)
@@ -229,7 +228,7 @@ void SystemWindows::leave(Window handle) {
             RevokeDragDrop(served.window);
             if (target.earlier())
                 RegisterDragDrop(served.window, target.earlier());
-        } else {
+        } else if (target_on(served.window)) {
             // Another target has been put over ours since, and may pass on to it what it does not
             // take itself.
             stay_loaded();

@@ -40,7 +40,11 @@ class FakeWindows : public DropWindows {
     }
     Window document(Window) override { return front; }
     std::int32_t outer_width(Window) override { return width; }
-    std::int32_t scroll_position(Window) override { return scrolled; }
+    std::int32_t scroll_position(Window) override {
+        if (meanwhile)
+            std::exchange(meanwhile, nullptr)();
+        return scrolled;
+    }
     void bring_to_front(Window) override {}
     Result<void> serve(Window window, DropReceiver& drop_receiver, EarlierTarget target) override {
         receiver = &drop_receiver;
@@ -60,6 +64,7 @@ class FakeWindows : public DropWindows {
     std::map<Window, bool> served; // to false when the window is closed
     DropReceiver* receiver = nullptr;
     EarlierTarget earlier = EarlierTarget::Keep;
+    std::function<void()> meanwhile; // happens while the scroll bar answers
 };
 
 class Dropping : public ::testing::Test {
@@ -176,6 +181,21 @@ TEST_F(Dropping, TheFirstZoneThatHoldsThePointTakesTheDrop) {
     EXPECT_EQ(started(),
               (Texts{u"Solution/Left/C:\\a", u"Solution/Both/C:\\b\rD:\\",
                      u"Solution/Mail/C:\\mail", u"Solution/Step/C:\\c", u"Solution/Step/C:\\d"}));
+}
+
+TEST_F(Dropping, HandlersMayComeAndGoWhileTheHostAnswers) {
+    add(u"Scrolled", u"0 0 100 100", u"-ScrollDropZone");
+    windows.meanwhile = [this] {
+        for (int i = 0; i < 5; ++i)
+            add(u"Later");
+    };
+    drop({10, 10}, {u"1"});
+    windows.meanwhile = [this] {
+        stop(u"");
+    };
+    drop({10, 10}, {u"2"});
+    EXPECT_EQ(started(), Texts{u"Solution/Scrolled/1"});
+    EXPECT_TRUE(drops.handlers().empty());
 }
 
 TEST_F(Dropping, WaitsForTheHostInTheOrderOfTheDrops) {

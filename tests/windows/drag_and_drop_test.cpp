@@ -3,12 +3,14 @@
 #include "console/host/host_window.h"
 #include "console/host/session.h"
 #include "src/base/bytes.h"
+#include "src/dragdrop/win32_drop_data.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <ole2.h>
 #include <shlobj.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <optional>
 
@@ -39,8 +41,19 @@ class LocalObject : public Interface {
     ~LocalObject() { EXPECT_EQ(references, 1u); }
 };
 
+// Contents without a file, as mail programs hand them over.
+struct MailItem {
+    std::u16string name;
+    DWORD medium;
+    std::string bytes;
+};
+
 class DataObject final : public LocalObject<IDataObject> {
   public:
+    // What happens before an answer: a source's answer takes time, in which messages come in.
+    std::function<void(CLIPFORMAT)> asked = [](CLIPFORMAT) {
+    };
+
     void add(UINT format, std::string bytes, DWORD medium = TYMED_HGLOBAL, LONG index = -1) {
         parts_.push_back({static_cast<CLIPFORMAT>(format), medium, index, std::move(bytes)});
     }
@@ -52,8 +65,20 @@ class DataObject final : public LocalObject<IDataObject> {
             bytes.append(reinterpret_cast<const char*>(path.c_str()), path.size() * 2 + 2);
         add(CF_HDROP, bytes.append(2, '\0'));
     }
+    void add_mail(const std::vector<MailItem>& items) {
+        const auto count = static_cast<std::uint32_t>(items.size());
+        std::string descriptors(reinterpret_cast<const char*>(&count), sizeof count);
+        for (LONG i = 0; const MailItem& item : items) {
+            FILEDESCRIPTORW descriptor{};
+            std::ranges::copy(item.name, descriptor.cFileName);
+            descriptors.append(reinterpret_cast<const char*>(&descriptor), sizeof descriptor);
+            add(RegisterClipboardFormatW(CFSTR_FILECONTENTS), item.bytes, item.medium, i++);
+        }
+        add(RegisterClipboardFormatW(CFSTR_FILEDESCRIPTORW), descriptors);
+    }
 
     HRESULT STDMETHODCALLTYPE GetData(FORMATETC* format, STGMEDIUM* medium) override {
+        asked(format->cfFormat);
         const Part* part = find(*format);
         if (!part)
             return DV_E_FORMATETC;
@@ -72,6 +97,7 @@ class DataObject final : public LocalObject<IDataObject> {
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC* format) override {
+        asked(format->cfFormat);
         return find(*format) ? S_OK : DV_E_FORMATETC;
     }
     HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
@@ -152,7 +178,8 @@ class MovingSource final : public LocalObject<IDropSource> {
 // Another program's target, as far as our own can tell.
 class OtherTarget final : public LocalObject<IDropTarget> {
   public:
-    HRESULT STDMETHODCALLTYPE DragEnter(IDataObject*, DWORD, POINTL, DWORD* effect) override {
+    HRESULT STDMETHODCALLTYPE DragEnter(IDataObject* data, DWORD, POINTL, DWORD* effect) override {
+        EXPECT_NE(data, nullptr);
         return noted('e', effect);
     }
     HRESULT STDMETHODCALLTYPE DragOver(DWORD, POINTL, DWORD* effect) override {
@@ -175,9 +202,40 @@ class OtherTarget final : public LocalObject<IDropTarget> {
     }
 };
 
+// A target whose owner counts no references: who touches it once it is destroyed faults.
+class UncountedTarget {
+  public:
+    OtherTarget* get() const { return target_; }
+    void destroy() {
+        DWORD before = 0;
+        VirtualProtect(target_, sizeof *target_, PAGE_NOACCESS, &before);
+    }
+
+  private:
+    OtherTarget* const target_ =
+        new (VirtualAlloc(nullptr, sizeof(OtherTarget), MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE))
+            OtherTarget;
+};
+
 using Texts = std::vector<std::u16string>;
 constexpr DWORD every_effect = DROPEFFECT_COPY | DROPEFFECT_MOVE | DROPEFFECT_LINK;
 constexpr const wchar_t* no_display = L"no display";
+
+std::vector<std::wstring> lines_of(const std::u16string& list) {
+    std::wstring rest = to_wide(list) + L'\r';
+    std::vector<std::wstring> lines;
+    for (std::size_t end; (end = rest.find(L'\r')) != rest.npos; rest.erase(0, end + 1))
+        lines.push_back(rest.substr(0, end));
+    return lines;
+}
+
+// Folders of drops in the system's temporary folder.
+std::size_t written_folders() {
+    const std::filesystem::directory_iterator all(std::filesystem::temp_directory_path());
+    return static_cast<std::size_t>(std::count_if(begin(all), end(all), [](const auto& entry) {
+        return entry.path().filename().wstring().starts_with(L"VELLTEMP") && entry.is_directory();
+    }));
+}
 
 class DragAndDrop : public Plugin {
   protected:
@@ -380,10 +438,13 @@ TEST_F(DragAndDrop, AnEarlierTargetGetsWhatNoZoneTakesAndTheWindowBack) {
 }
 
 TEST_F(DragAndDrop, ClosedWindowsAndShutdownLeaveNothing) {
+    const bool has_display = open({.application_type = 6});
+    EXPECT_EQ(add(), u"$$-5600"); // nobody drags anything there
+    window.reset();
     start();
     EXPECT_EQ(call(u"VlFile_DragAndDrop", {u"-AddDragAndDropHandler", u"Solution", u"S"}),
               u"$$-5600");
-    if (!open())
+    if (!has_display || !open())
         GTEST_SKIP() << no_display;
     for (int i = 0; i < 6; ++i)
         EXPECT_EQ(add(), u"0");
@@ -400,43 +461,181 @@ TEST_F(DragAndDrop, ClosedWindowsAndShutdownLeaveNothing) {
 TEST_F(DragAndDrop, MailBecomesFilesUntilShutdown) {
     if (!open())
         GTEST_SKIP() << no_display;
-    struct Item {
-        std::u16string name;
-        DWORD medium;
-        std::string bytes;
-        std::wstring expected;
-    };
-    const Item items[] = {{u"Re: ..\\offer.eml", TYMED_ISTREAM, "stream", L"Re_ .._offer.eml"},
-                          {u"note.txt", TYMED_HGLOBAL, "memory", L"note.txt"},
-                          {u"mail.msg", TYMED_ISTORAGE, "", L"mail.msg"}};
+    const wchar_t* const names[] = {L"Re_ .._offer.eml", L"note.txt", L"mail.msg"};
     DataObject data;
-    std::string descriptors("\x03\0\0\0", 4);
-    for (LONG i = 0; const Item& item : items) {
-        FILEDESCRIPTORW descriptor{};
-        std::ranges::copy(item.name, descriptor.cFileName);
-        descriptors.append(reinterpret_cast<const char*>(&descriptor), sizeof descriptor);
-        data.add(RegisterClipboardFormatW(CFSTR_FILECONTENTS), item.bytes, item.medium, i++);
-    }
-    data.add(RegisterClipboardFormatW(CFSTR_FILEDESCRIPTORW), descriptors);
+    data.add_mail({{u"Re: ..\\offer.eml", TYMED_ISTREAM, "stream"},
+                   {u"note.txt", TYMED_HGLOBAL, "memory"},
+                   {u"mail.msg", TYMED_ISTORAGE, ""}});
     add();
     EXPECT_EQ(drop(data), DWORD{DROPEFFECT_NONE});
     add(u"", u"-AllowMailDrops");
     EXPECT_EQ(drop(data), DWORD{DROPEFFECT_LINK});
     const Texts lists = parameters();
     ASSERT_EQ(lists.size(), 1u);
-    std::wstring rest = to_wide(lists[0]) + L'\r';
-    std::vector<std::wstring> paths;
-    for (std::size_t end; (end = rest.find(L'\r')) != rest.npos; rest.erase(0, end + 1))
-        paths.push_back(rest.substr(0, end));
-    ASSERT_EQ(paths.size(), std::size(items));
+    const std::vector<std::wstring> paths = lines_of(lists[0]);
+    ASSERT_EQ(paths.size(), std::size(names));
     const std::wstring folder = paths[0].substr(0, paths[0].rfind(L'\\'));
     for (std::size_t i = 0; i < paths.size(); ++i)
-        EXPECT_EQ(paths[i], folder + L'\\' + items[i].expected);
+        EXPECT_EQ(paths[i], folder + L'\\' + names[i]);
     EXPECT_EQ(read_file(paths[0]), "stream");
     EXPECT_EQ(read_file(paths[1]), "memory");
     EXPECT_EQ(StgIsStorageFile(paths[2].c_str()), S_OK);
     host().shut_down();
     EXPECT_EQ(GetFileAttributesW(folder.c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_F(DragAndDrop, MailThatComesInDuringAnotherLosesNothing) {
+    if (!open())
+        GTEST_SKIP() << no_display;
+    add(u"", u"-AllowMailDrops");
+    const std::size_t folders_before = written_folders();
+    const CLIPFORMAT contents =
+        static_cast<CLIPFORMAT>(RegisterClipboardFormatW(CFSTR_FILECONTENTS));
+    DataObject inner;
+    inner.add_mail({{u"inner.eml", TYMED_HGLOBAL, "inner"}});
+    DataObject outer;
+    outer.add_mail({{u"a.eml", TYMED_HGLOBAL, "outer a"}, {u"b.eml", TYMED_ISTREAM, "outer b"}});
+    int nested = 3;
+    outer.asked = [&](CLIPFORMAT format) {
+        for (; format == contents && nested > 0; --nested)
+            drop(inner);
+    };
+    EXPECT_EQ(drop(outer), DWORD{DROPEFFECT_LINK});
+    const Texts lists = parameters();
+    ASSERT_EQ(lists.size(), 4u);
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(read_file(to_wide(lists[i])), "inner");
+    const std::vector<std::wstring> paths = lines_of(lists[3]);
+    ASSERT_EQ(paths.size(), 2u);
+    EXPECT_EQ(read_file(paths[0]), "outer a");
+    EXPECT_EQ(read_file(paths[1]), "outer b");
+    // The plug-in ends while it reads.
+    nested = 1;
+    outer.asked = [&](CLIPFORMAT format) {
+        for (; format == contents && nested > 0; --nested)
+            host().shut_down();
+    };
+    EXPECT_EQ(drop(outer), DWORD{DROPEFFECT_NONE});
+    EXPECT_EQ(parameters(), Texts{});
+    EXPECT_EQ(written_folders(), folders_before);
+}
+
+TEST(WrittenFiles, AreBoundInNumberAndSum) {
+    OleInitialize(nullptr);
+    const std::size_t folders_before = written_folders();
+    {
+        dragdrop::WrittenFiles written(dragdrop::DropLimits{.items = 3, .bytes = 5'100});
+        const auto count_of = [&](const std::vector<MailItem>& items) {
+            DataObject data;
+            data.add_mail(items);
+            return written.write(data).size();
+        };
+        const MailItem stream{u"a", TYMED_ISTREAM, std::string(2'500, 'x')};
+        const MailItem memory{u"b", TYMED_HGLOBAL, std::string(2'500, 'x')};
+        const MailItem small{u"c", TYMED_HGLOBAL, std::string(600, 'x')};
+        const MailItem storage{u"d", TYMED_ISTORAGE, ""}; // some hundred bytes at least
+        EXPECT_EQ(count_of({stream, memory}), 2u);
+        EXPECT_EQ(count_of({small, small, small}), 3u);
+        EXPECT_EQ(written_folders(), folders_before + 2);
+        EXPECT_EQ(count_of({small, small, small, small}), 0u);
+        EXPECT_EQ(count_of({stream, memory, small}), 0u);
+        EXPECT_EQ(count_of({small, memory, stream}), 0u);
+        EXPECT_EQ(count_of({stream, memory, storage}), 0u);
+        EXPECT_EQ(written_folders(), folders_before + 2);
+    }
+    EXPECT_EQ(written_folders(), folders_before);
+    OleUninitialize();
+}
+
+TEST_F(DragAndDrop, ADragMayEndWhileItsSourceAnswers) {
+    if (!open())
+        GTEST_SKIP() << no_display;
+    OtherTarget other;
+    ASSERT_EQ(RegisterDragDrop(window->document(), &other), S_OK);
+    add(u"40 60 300 180");
+    const auto once = [](auto work) {
+        return [work, done = false](CLIPFORMAT) mutable {
+            if (!std::exchange(done, true))
+                work();
+        };
+    };
+    const auto leave = [&] {
+        target()->DragLeave();
+    };
+    DataObject data;
+    data.add_files({u"C:\\1"});
+    data.asked = once(leave);
+    EXPECT_EQ(enter(data, {5, 5}), DWORD{DROPEFFECT_NONE});
+    EXPECT_EQ(over({5, 5}), DWORD{DROPEFFECT_NONE}); // without a drag
+    EXPECT_EQ(other.calls, "");
+
+    DataObject dropped; // another object than the one that has entered
+    dropped.add_files({u"C:\\2"});
+    const auto drop_other = [&](POINT point, auto meanwhile) {
+        enter(data, point);
+        dropped.asked = once(meanwhile);
+        const POINT screen = on_screen(point);
+        DWORD effect = every_effect;
+        target()->Drop(&dropped, 0, {screen.x, screen.y}, &effect);
+        return effect;
+    };
+    EXPECT_EQ(drop_other({50, 70}, leave), DWORD{DROPEFFECT_LINK});
+    EXPECT_EQ(parameters(), Texts{u"C:\\2"});
+    EXPECT_EQ(drop_other({5, 5}, leave), DWORD{DROPEFFECT_MOVE});
+    EXPECT_EQ(std::exchange(other.calls, ""), "eled"); // entered anew by what is dropped
+    IDropTarget* const held = target();
+    held->AddRef();
+    EXPECT_EQ(drop_other({50, 70}, [&] { call_id(7309, {u""}); }), DWORD{DROPEFFECT_MOVE});
+    EXPECT_EQ(other.calls, "ed");
+    EXPECT_EQ(held->Release(), 0u);
+    EXPECT_EQ(parameters(), Texts{});
+    RevokeDragDrop(window->document());
+}
+
+TEST_F(DragAndDrop, TheHostMayTakeItsWindowBack) {
+    if (!open())
+        GTEST_SKIP() << no_display;
+    DataObject data;
+    data.add_files({u"C:\\1"});
+    OtherTarget own;
+    const HWND document = window->document();
+    ASSERT_EQ(RegisterDragDrop(document, &own), S_OK);
+    add(u"40 60 300 180");
+    RevokeDragDrop(document);
+    ASSERT_EQ(RegisterDragDrop(document, &own), S_OK);
+    EXPECT_EQ(add(u"40 60 300 180"), u"0");
+    EXPECT_EQ(drop(data), DWORD{DROPEFFECT_LINK});
+    EXPECT_EQ(drop(data, {5, 5}), DWORD{DROPEFFECT_MOVE});
+    EXPECT_EQ(own.calls, "ed");
+    EXPECT_EQ(parameters(), Texts{u"C:\\1"});
+    call_id(7309, {u""});
+    EXPECT_EQ(target(), &own);
+    RevokeDragDrop(document);
+
+    // An owner that destroys its target: taken off before, or with the window.
+    UncountedTarget first;
+    ASSERT_EQ(RegisterDragDrop(document, first.get()), S_OK);
+    add();
+    RevokeDragDrop(document);
+    first.destroy();
+    EXPECT_EQ(add(), u"0");
+    ASSERT_NE(target(), nullptr);
+    EXPECT_EQ(drop(data), DWORD{DROPEFFECT_LINK});
+    call_id(7309, {u""});
+
+    UncountedTarget second;
+    ASSERT_EQ(RegisterDragDrop(document, second.get()), S_OK);
+    add(u"40 60 300 180");
+    enter(data, {5, 5});
+    EXPECT_EQ(second.get()->calls, "e");
+    IDropTarget* const held = target();
+    held->AddRef();
+    RevokeDragDrop(document); // as its owner does, for whom it is its own
+    window.reset();
+    second.destroy();
+    EXPECT_EQ(held->DragLeave(), S_OK);
+    host().idle();
+    held->Release();
 }
 
 } // namespace
