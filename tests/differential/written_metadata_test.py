@@ -69,6 +69,8 @@ WRITES = {
 # exiftool does not follow the Exif pointer in these files, whose entry says that it
 # is a text. Written anew, it is a pointer, and exiftool finds what stood there all the time.
 MENDED = {"jpg-tests-30-type_error.jpg"}
+# Texts of the type 129 of Exif 3.0, which stay of that type and which exiftool does not know yet.
+UNKNOWN_TO_EXIFTOOL = {("exif3.jpg", "IFD0:Artist")}
 # Where something stands in the file, and what describes the file itself.
 PLACES = re.compile(r"SourceFile|(System|ExifTool|Composite):|File:(Current|ExifByteOrder|Comment)|"
                     r"MPImage1:MPImageLength|.*(Offset|Start|OffsetSchema)$")
@@ -150,6 +152,8 @@ class Judge:
 def judge(checks, path, kind, copy, before, after):
     _, _, by_exiftool, by_exiv2, changing = WRITES[kind]
     for key, value in by_exiftool.items():
+        if (os.path.basename(path), key) in UNKNOWN_TO_EXIFTOOL and key not in before:
+            continue
         checks.check(same(value, after.get(key)), f"{kind} in exiftool", path, key, after.get(key))
     for key in before.keys() | after.keys():
         is_found_now = key not in before and os.path.basename(path) in MENDED
