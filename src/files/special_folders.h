@@ -68,8 +68,8 @@ using SpecialFolderSource =
     std::function<Result<std::u16string>(SpecialFolder folder, MakeFolder make)>;
 Result<std::u16string> system_special_folder(SpecialFolder folder, MakeFolder make);
 
-// VlFile_FindFolder( folderswitch ): the path, with "\" at its end, of the folder whose word is in
-// the switch, such as "-DesktopFolder"; where words contain each other, that of the longest one.
+// VlFile_FindFolder( folderswitch ): the path, with "\" at its end, of the folder whose word is one
+// of the names in the switch, such as "-DesktopFolder"; of several that of the longest one.
 // "-CreateFolder" makes a folder of the user's that is not there yet. BadParameter without a word.
 Result<void> find_folder(params::Call& call, const SpecialFolderSource& source);
 inline Result<void> find_folder(params::Call& call) {

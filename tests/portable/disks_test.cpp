@@ -210,7 +210,11 @@ TEST(FindFolder, TakesTheLongestWord) {
     }
     EXPECT_EQ(found(u"-FileMakerPathFormat desktop"), "filewin:/C:/x/");
     EXPECT_EQ(made, MakeFolder::No);
-    for (const char16_t* switches : {u"", u"-CreateFolder -FileMakerPathFormat"})
+    EXPECT_EQ(found(u"-Desktop,-PublicDesktopFolder"), "C:\\x\\");
+    EXPECT_EQ(asked, SpecialFolder::PublicDesktop);
+    for (const char16_t* switches :
+         {u"", u"-CreateFolder -FileMakerPathFormat", u"-DesktopX", u"-Documentation",
+          u"-SystemFontsFolder", u"-DesktopFolders", u"-XDesktop", u"-Desktop2", u"Musicl\u00E4"})
         EXPECT_EQ(found(switches), "$$-50");
 }
 
