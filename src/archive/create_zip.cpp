@@ -4,6 +4,7 @@
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/files/folder_lister.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 #include "src/files/temporary_copy.h"
 
@@ -89,11 +90,11 @@ ErrorCode creation_error(ErrorCode code) {
 
 // The path of an archive that does not exist yet.
 Result<NativePath> destination_path(Call& call, files::FileSystem& files) {
-    std::u16string text = call.text(2);
-    const std::size_t dot = text.rfind(u'.');
-    if (!text.empty() && (dot == text.npos || dot + 1 == text.size()))
-        text += u".zip";
-    NativePath path = VELL_TRY(params::resolve(params::Accept::Paths, std::move(text)));
+    NativePath path = VELL_TRY(call.path(2));
+    const std::size_t dot = path.wide.rfind(u'.');
+    if (dot == path.wide.npos || dot + 1 == path.wide.size())
+        path.wide += u".zip";
+    path = VELL_TRY(files::path_to_make(path));
     switch (files.kind_of(path)) {
     case ItemKind::File:
         return Failure{ErrorCode::AlreadyExists};
@@ -102,7 +103,6 @@ Result<NativePath> destination_path(Call& call, files::FileSystem& files) {
     case ItemKind::None:
         break;
     }
-    VELL_TRY(files::check_new_name(path.wide));
     return path;
 }
 

@@ -2,12 +2,14 @@
 
 #include "src/base/ascii.h"
 #include "src/base/utf8.h"
-#include "src/files/path_parts.h"
+#include "src/files/item_names.h"
 
 #include <algorithm>
 
 namespace vell::archive {
 namespace {
+
+using files::is_dots_and_blanks;
 
 // Calls `visit` with each name between separators of either kind.
 template <typename Char, typename Visit>
@@ -26,10 +28,6 @@ bool all_names(std::basic_string_view<Char> path, Visit visit) {
 template <typename Char>
 bool is_parent(std::basic_string_view<Char> name) {
     return name.size() == 2 && name[0] == Char('.') && name[1] == Char('.');
-}
-
-bool is_dots_and_blanks(std::u16string_view name) {
-    return std::ranges::all_of(name, [](char16_t c) { return c == u'.' || c == u' '; });
 }
 
 // What Windows gives no file name.

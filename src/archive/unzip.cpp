@@ -1,4 +1,5 @@
 #include "src/archive/zip_functions.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 
 namespace vell::archive {
@@ -46,7 +47,7 @@ Result<NativePath> destination_folder(Call& call, ArchiveSystem& system,
         full.wide.resize(full.wide.find_last_of(u"\\/") + 1);
         return full;
     }
-    NativePath folder = VELL_TRY(call.path(2));
+    NativePath folder = VELL_TRY(files::path_to_change(call.path(2)));
     switch (system.files().kind_of(folder)) {
     case ItemKind::File:
         return Failure{ErrorCode::AlreadyExists};
@@ -155,8 +156,9 @@ Result<void> Expansion::choose_target(const NativePath& destination) {
     }
     std::u16string_view name = files::last_name(archive_.wide);
     name = name.substr(0, name.rfind(u'.'));
-    name = name.substr(0, name.find_last_not_of(u". ") + 1); // Windows would cut them off
-    const NativePath folder = joined(target_, without_device_name(name));
+    name = files::without_cut_ending(name);
+    const NativePath folder =
+        VELL_TRY(files::path_to_make(joined(target_, without_device_name(name))));
     VELL_TRY(make_archive_folder(folder));
     if (!name.empty() && system_.is_link(folder))
         return Failure{ErrorCode::BadName};

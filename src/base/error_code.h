@@ -8,7 +8,7 @@ namespace vell {
 
 enum class ErrorCode : std::int32_t {
     OperationAborted = 299, // by the user, in the shell's progress window
-    PathTooLong = 206,      // for the shell, which takes no long paths
+    PathTooLong = 206,      // for Windows, or for the shell, which takes short ones only
     PdfFailed = 99,         // text of a PDF file: for a reason without a number of its own
     FolderExists = 17,      // a folder to be expanded stands there already
     // What the PDF library refuses, by its own numbers.

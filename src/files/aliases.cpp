@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/files/information.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 #include "src/files/shell_link_file.h"
 #include "src/files/temporary_copy.h"
@@ -21,7 +22,7 @@ constexpr std::uint64_t longest_link_file = 1024 * 1024;
 constexpr int most_links_in_a_row = 16;
 
 Result<NativePath> one_path(Call& call, std::size_t index) {
-    return params::resolve(params::Accept::OnePath, call.text(index));
+    return params::resolve(params::Accept::HostForms, call.text(index));
 }
 
 NativePath native(std::u16string path) {
@@ -36,7 +37,7 @@ Result<std::u16string> path_of_switch(Call& call, ShellLinks& links, std::u16str
         return std::u16string();
     if (value->starts_with(u'%') || value->find_first_of(u"\\/:") == std::u16string::npos)
         return *value;
-    const NativePath path = VELL_TRY(params::resolve(params::Accept::OnePath, *value));
+    const NativePath path = VELL_TRY(params::resolve(params::Accept::HostForms, *value));
     return VELL_TRY(links.full_path(path)).wide;
 }
 
@@ -77,9 +78,10 @@ Result<ShellLink> link_to(Call& call, ShellLinks& links, const FoundItem& source
 
 // The full path of an alias that is to be made.
 Result<NativePath> new_alias_path(Call& call, ShellLinks& links) {
-    NativePath path = VELL_TRY(one_path(call, 2));
-    if (without_trailing_separator(path.wide).size() < path.wide.size())
-        return Failure{ErrorCode::BadName};
+    NativePath path = VELL_TRY(path_to_make(one_path(call, 2)));
+    const std::u16string_view name = last_name(path.wide);
+    if (name.empty() || !path.wide.ends_with(name))
+        return Failure{ErrorCode::BadName}; // a folder's path
     if (!is_shell_link(path.wide))
         path.wide += u".lnk";
     VELL_TRY(check_name_characters(last_name(path.wide)));

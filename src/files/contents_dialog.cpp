@@ -3,6 +3,7 @@
 #include "src/files/contents.h"
 #include "src/files/defaults.h"
 #include "src/files/file_dialog.h"
+#include "src/files/select_dialogs.h"
 
 namespace vell::files {
 namespace {
@@ -39,8 +40,7 @@ Result<void> contents_dialog(Call& call) {
     dialog.owner = call.main_window();
     if (dialog.title.empty())
         dialog.title = u"Select a file.";
-    if (!call.text(folder_position).empty())
-        dialog.initial_folder = VELL_TRY(call.path(folder_position, {.as_folder = true})).wide;
+    dialog.initial_folder = VELL_TRY(initial_folder(call, folder_position));
 
     const std::vector<std::u16string> selected = VELL_TRY(show_dialog(dialog));
     const NativePath chosen{selected.front(), std::nullopt};

@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/base/win32_error.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 #include "src/params/paths.h"
 
@@ -107,6 +108,14 @@ Result<Disk> find_named(DiskSystem& system, std::u16string_view name) {
     return std::move(found.front());
 }
 
+// A share's name without what stands before its slashes in addresses and in the host's form.
+std::u16string_view without_scheme(std::u16string_view name) {
+    for (const std::u16string_view scheme : {u"smb:", u"file:"})
+        if (starts_ignoring_case(name, scheme))
+            return name.substr(scheme.size());
+    return name;
+}
+
 } // namespace
 
 std::u16string Disk::root() const {
@@ -114,7 +123,7 @@ std::u16string Disk::root() const {
 }
 
 Result<Disk> find_disk(DiskSystem& system, std::u16string name, Below below) {
-    VELL_TRY(params::strip_prefix(params::Accept::OnePath, name));
+    VELL_TRY(params::strip_prefix(params::Accept::HostForms, name));
     if (params::classify(name) == params::PathKind::Smb)
         name.erase(0, name.find(u':') + 1);
     name = VELL_TRY(params::resolve(params::Accept::Nothing, std::move(name))).wide;
@@ -135,9 +144,8 @@ Result<Disk> find_disk(DiskSystem& system, std::u16string name, Below below) {
 }
 
 Result<std::u16string> share_name(std::u16string_view server, std::u16string_view disk) {
-    constexpr std::u16string_view scheme = u"smb:";
-    if (starts_ignoring_case(server, scheme))
-        server.remove_prefix(scheme.size());
+    server = without_scheme(server);
+    disk = without_scheme(disk);
     std::vector<std::u16string_view> parts = parts_of(server);
     const std::vector<std::u16string_view> more = parts_of(disk);
     if (disk.starts_with(u"\\\\") || disk.starts_with(u"//")) {

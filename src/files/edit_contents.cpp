@@ -39,7 +39,7 @@ Result<void> substitute_all(Substituter& substituter, std::span<char> buffer, Fi
 Result<void> insert_contents(Call& call, FileSystem& files) {
     if (call.parameter_count() < 4)
         return Failure{ErrorCode::BadParameter};
-    const RewrittenFile file = VELL_TRY(rewritten_file(call, 1, 2));
+    const RewrittenFile file = VELL_TRY(rewritten_file(call, files, 1, 2));
     if (file.destination && files.kind_of(*file.destination) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
     const auto position = static_cast<std::uint64_t>(std::max<std::int64_t>(call.number(4), 0));
@@ -67,7 +67,7 @@ Result<void> insert_contents(Call& call, FileSystem& files) {
 Result<void> substitute(Call& call, FileSystem& files) {
     if (call.parameter_count() < 5)
         return Failure{ErrorCode::BadParameter};
-    const RewrittenFile file = VELL_TRY(rewritten_file(call, 1, 2));
+    const RewrittenFile file = VELL_TRY(rewritten_file(call, files, 1, 2));
     const params::SwitchSet switches = call.switches();
     const TextEncoding encoding =
         params::contents_encoding_of(switches, TextEncoding::Utf8, call.step_option(6));

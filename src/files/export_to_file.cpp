@@ -1,6 +1,6 @@
 #include "src/files/export_to_file.h"
 
-#include "src/files/path_parts.h"
+#include "src/files/item_names.h"
 #include "src/files/temporary_copy.h"
 #include "src/files/written_text.h"
 
@@ -22,7 +22,7 @@ Result<void> export_to_file(Call& call, FileSystem& files) {
     if (call.parameter_count() < 3)
         return Failure{ErrorCode::BadParameter};
     const params::SwitchSet switches = call.switches();
-    const NativePath target = VELL_TRY(call.path(2));
+    const NativePath target = VELL_TRY(path_to_make(call.path(2)));
     std::string text;
     if (!call.is_container(1))
         text = VELL_TRY(encode_contents(
@@ -30,7 +30,6 @@ Result<void> export_to_file(Call& call, FileSystem& files) {
     const Replace replace = switches.has("-OverwriteExisting") ? Replace::Yes : Replace::No;
     if (replace == Replace::No && files.kind_of(target) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
-    VELL_TRY(check_new_name(target.wide));
 
     VELL_TRY(write_whole_file(call, files, target, replace,
                               [&](File& file) { return write_source(call, file, text); }));

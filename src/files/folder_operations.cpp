@@ -2,6 +2,8 @@
 
 #include "src/base/utf16.h"
 #include "src/base/win32_error.h"
+#include "src/files/found_item.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 
 #include <algorithm>
@@ -12,9 +14,6 @@ namespace vell::files {
 namespace {
 
 using params::Call;
-
-// The longest path that the shell's file operation takes: MAX_PATH with its terminating zero.
-constexpr std::size_t longest_shell_path = 259;
 
 // Of the shell's own numbers, those that the checks before it give in its place.
 constexpr auto same_folder = static_cast<ErrorCode>(0x71);
@@ -45,14 +44,18 @@ struct FolderPaths {
 Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
     if (call.parameter_count() < 3)
         return Failure{ErrorCode::BadParameter};
-    const Result<NativePath> given = call.path(1);
-    const NativePath source = native(given ? without_trailing_separator(given->wide) : u"");
-    if (!given || tree.files().kind_of(source) != ItemKind::Folder) {
+    const auto not_a_folder = [&] {
         call.debug_note("DoCopyFolder001A errFSNotAFolder ");
         return Failure{ErrorCode::NotAFolder};
-    }
-    const NativePath target = VELL_TRY(call.path(2));
-    VELL_TRY(check_new_name(target.wide));
+    };
+    const Result<NativePath> given = call.path(1);
+    if (!given)
+        return not_a_folder();
+    const NativePath source =
+        native(without_trailing_separator(VELL_TRY(path_to_change(*given)).wide));
+    if (tree.files().kind_of(source) != ItemKind::Folder)
+        return not_a_folder();
+    const NativePath target = VELL_TRY(path_to_make(tree.files(), source, call.path(2)));
     VELL_TRY(check_name_characters(last_name(target.wide))); // the shell takes "*" for a pattern
     return FolderPaths{source, native(without_trailing_separator(target.wide))};
 }
@@ -70,6 +73,13 @@ NativePath joined(const NativePath& folder, std::u16string_view name) {
     return path;
 }
 
+// A whole volume is no folder to be copied, moved or deleted.
+Result<void> check_no_root(const NativePath& folder) {
+    if (last_name(folder.wide).empty())
+        return Failure{ErrorCode::Busy};
+    return {};
+}
+
 // Where the shell puts the copy: a folder that exists takes it in.
 NativePath place_of_copy(TreeSystem& tree, const FolderPaths& paths) {
     return tree.files().kind_of(paths.target) == ItemKind::Folder
@@ -81,8 +91,10 @@ NativePath place_of_copy(TreeSystem& tree, const FolderPaths& paths) {
 std::vector<NativePath> way_up(std::u16string_view path) {
     std::vector<NativePath> way;
     const NativePath root = native(path.substr(0, root_length(path)));
-    for (; !path.empty() && path != root.wide; path = parent_path(path))
+    if (path != root.wide)
         way.push_back(native(path));
+    for (const std::u16string_view above : folders_above(path))
+        way.push_back(native(above));
     way.push_back(root);
     return way;
 }
@@ -115,8 +127,6 @@ Result<std::vector<NativePath>> links_below(TreeSystem& tree, const NativePath& 
 // folder above it or above the copy.
 Result<void> check_links(TreeSystem& tree, const FolderPaths& paths, const NativePath& place) {
     const std::size_t longest = std::max(paths.source.wide.size(), place.wide.size());
-    if (longest > longest_shell_path)
-        return Failure{ErrorCode::PathTooLong};
     const std::vector<NativePath> above_copy = way_up(place.wide);
     for (const NativePath& link :
          VELL_TRY(links_below(tree, paths.source, longest_shell_path - longest))) {
@@ -127,22 +137,78 @@ Result<void> check_links(TreeSystem& tree, const FolderPaths& paths, const Nativ
     return {};
 }
 
+// Where an item below the source comes to stand.
+NativePath copy_of(const NativePath& item, const NativePath& source, const NativePath& copy) {
+    std::u16string_view below = std::u16string_view(item.wide).substr(source.wide.size());
+    if (below.starts_with(u'\\'))
+        below.remove_prefix(1);
+    return joined(copy, below);
+}
+
 // The shell also reports success when it has passed over things, such as files in use.
 Result<void> check_copied(TreeSystem& tree, const NativePath& source, const NativePath& copy) {
     if (tree.files().kind_of(copy) != ItemKind::Folder)
         return Failure{ErrorCode::Busy};
     return tree.for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
-        std::u16string_view below = std::u16string_view(item.path.wide).substr(source.wide.size());
-        if (below.starts_with(u'\\'))
-            below.remove_prefix(1);
-        if (tree.files().kind_of(joined(copy, below)) != item.kind)
+        if (tree.files().kind_of(copy_of(item.path, source, copy)) != item.kind)
             return Failure{ErrorCode::Busy};
         return {};
     });
 }
 
+// The folders that a copy will make: the copy itself and what is missing above it, or what it lacks
+// of the source's folders. Those above others come first.
+Result<std::vector<NativePath>> missing_folders(TreeSystem& tree, const NativePath& source,
+                                                const NativePath& copy) {
+    std::vector<NativePath> missing;
+    const auto is_missing = [&](const NativePath& folder) {
+        return tree.files().kind_of(folder) == ItemKind::None;
+    };
+    if (is_missing(copy)) {
+        missing = way_up(copy.wide);
+        missing.erase(std::ranges::find_if_not(missing, is_missing), missing.end());
+        std::ranges::reverse(missing);
+        return missing;
+    }
+    VELL_TRY(tree.for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
+        NativePath folder = copy_of(item.path, source, copy);
+        if (item.kind == ItemKind::Folder && is_missing(folder))
+            missing.push_back(std::move(folder));
+        return {};
+    }));
+    return missing;
+}
+
+// Removes those of the folders, and of what is in them, that hold nothing but folders. What cannot
+// be removed stays: there is another failure to report.
+void remove_if_empty(TreeSystem& tree, std::vector<NativePath> folders) {
+    for (; !folders.empty(); folders.pop_back()) {
+        std::vector<NativePath> inner{folders.back()};
+        static_cast<void>(
+            tree.for_each_below(folders.back(), [&](const ItemBelow& item) -> Result<void> {
+                if (item.kind == ItemKind::Folder && !item.is_link)
+                    inner.push_back(item.path);
+                return {};
+            }));
+        for (; !inner.empty(); inner.pop_back())
+            static_cast<void>(tree.remove_folder(inner.back()));
+    }
+}
+
+Result<void> run_copy(TreeSystem& tree, const FolderPaths& paths, const NativePath& place,
+                      ShellMessages messages) {
+    const ShellOutcome outcome = tree.shell_copy(paths.source, paths.target, messages);
+    if (outcome.aborted)
+        return Failure{ErrorCode::OperationAborted};
+    if (outcome.code != 0)
+        return Failure{static_cast<ErrorCode>(outcome.code)};
+    return check_copied(tree, paths.source, place);
+}
+
 Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMessages messages) {
     const NativePath place = place_of_copy(tree, paths);
+    if (std::max(paths.source.wide.size(), place.wide.size()) > longest_shell_path)
+        return Failure{ErrorCode::PathTooLong};
     if (is_same_folder(tree, place, paths.source))
         return Failure{same_folder};
     if (contains(tree, way_up(place.wide), paths.source))
@@ -153,12 +219,11 @@ Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMess
         (there == ItemKind::Folder && messages == ShellMessages::Suppressed))
         return Failure{ErrorCode::AlreadyExists};
     VELL_TRY(check_links(tree, paths, place));
-    const ShellOutcome outcome = tree.shell_copy(paths.source, paths.target, messages);
-    if (outcome.aborted)
-        return Failure{ErrorCode::OperationAborted};
-    if (outcome.code != 0)
-        return Failure{static_cast<ErrorCode>(outcome.code)};
-    return check_copied(tree, paths.source, place);
+    const std::vector<NativePath> missing = VELL_TRY(missing_folders(tree, paths.source, place));
+    const Result<void> copied = run_copy(tree, paths, place, messages);
+    if (!copied)
+        remove_if_empty(tree, missing);
+    return copied;
 }
 
 std::u16string deletion_question(std::u16string_view name) {
@@ -204,11 +269,10 @@ ShellMessages messages_for(const Call& call) {
 Result<void> delete_with_contents(Call& call, TreeSystem& tree, const NativePath& path,
                                   bool confirmed) {
     const NativePath folder = VELL_TRY(trimmed_full_path(tree, path));
-    const std::u16string_view name = last_name(folder.wide);
-    if (name.empty())
-        return Failure{ErrorCode::Busy}; // a whole volume
+    VELL_TRY(check_no_root(folder));
     if (!confirmed &&
-        (!call.can_ask_user() || !tree.confirm(call.main_window(), deletion_question(name))))
+        (!call.can_ask_user() ||
+         !tree.confirm(call.main_window(), deletion_question(last_name(folder.wide)))))
         return Failure{ErrorCode::NotConfirmed};
     if (!tree.has_shell_operations())
         return Failure{ErrorCode::NotAvailable};
@@ -224,7 +288,7 @@ Result<void> delete_folder(Call& call, TreeSystem& tree) {
     const params::SwitchSet switches = call.switches();
     const bool with_contents = call.is_step() ? call.step_option(2) == 1
                                               : switches.has("-deleteAllSubFoldersAndAllContents");
-    const NativePath given = VELL_TRY(call.path(1));
+    const NativePath given = VELL_TRY(path_to_change(call.path(1)));
     const NativePath path = native(without_trailing_separator(given.wide));
     switch (tree.files().kind_of(path)) {
     case ItemKind::None:
@@ -234,6 +298,7 @@ Result<void> delete_folder(Call& call, TreeSystem& tree) {
     case ItemKind::Folder:
         break;
     }
+    VELL_TRY(check_no_root(path));
     if (with_contents)
         VELL_TRY(delete_with_contents(call, tree, path, switches.has("noWarning")));
     else
@@ -248,6 +313,7 @@ Result<void> copy_folder(Call& call, TreeSystem& tree) {
         return Failure{ErrorCode::NotAvailable};
     FolderPaths full;
     full.source = VELL_TRY(trimmed_full_path(tree, given.source));
+    VELL_TRY(check_no_root(full.source));
     full.target = VELL_TRY(trimmed_full_path(tree, given.target));
     VELL_TRY(copy_by_shell(tree, full, messages_for(call)));
     call.set_done();
@@ -260,6 +326,7 @@ Result<void> move_folder(Call& call, TreeSystem& tree) {
     const NativePath target = VELL_TRY(trimmed_full_path(tree, paths.target));
     if (is_inside(tree, target.wide, source.wide))
         return Failure{ErrorCode::MoveIntoItself};
+    VELL_TRY(check_no_root(source));
     VELL_TRY(tree.move(paths.source, paths.target));
     call.set_done();
     return {};

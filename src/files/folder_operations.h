@@ -1,4 +1,5 @@
-// Functions that delete, copy and move whole folders.
+// Functions that delete, copy and move whole folders. The root of a volume is none of these (Busy).
+// What names may be, item_names.h tells (BadName).
 #pragma once
 
 #include "src/files/tree_system.h"
@@ -23,14 +24,15 @@ inline Result<void> delete_folder(params::Call& call) {
 // the destination when that is a folder already; AlreadyExists when a file has that name. The code
 // is the shell's own number, OperationAborted when the user ends it, Busy when anything of the
 // source is missing in what the shell reports as done. A copy that would hold itself, also by way
-// of a link, is refused before (125).
+// of a link, is refused before (125). What fails leaves no new folder that is empty.
 Result<void> copy_folder(params::Call& call, TreeSystem& tree);
 inline Result<void> copy_folder(params::Call& call) {
     return copy_folder(call, system_tree());
 }
 
 // VlFile_MoveFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
-// source is none, MoveIntoItself for a destination that is the source or lies in it.
+// source is none, MoveIntoItself for a destination that is the source or lies in it. A folder is not
+// moved to another volume: Windows' number 17 (ERROR_NOT_SAME_DEVICE).
 Result<void> move_folder(params::Call& call, TreeSystem& tree);
 inline Result<void> move_folder(params::Call& call) {
     return move_folder(call, system_tree());

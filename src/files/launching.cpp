@@ -16,7 +16,7 @@ Result<NativePath> path_to_show(Call& call) {
         return Failure{ErrorCode::BadParameter};
     if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
-    return params::resolve(params::Accept::OnePath, call.text(1));
+    return params::resolve(params::Accept::HostForms, call.text(1));
 }
 
 Result<FoundItem> find_for_shell(Desktop& desktop, const NativePath& path) {

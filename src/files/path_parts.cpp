@@ -27,7 +27,7 @@ std::size_t skip_name(std::u16string_view path, std::size_t at) {
 
 // The position behind a drive such as "C:\" at `at`; `at` when there is none.
 std::size_t skip_drive(std::u16string_view path, std::size_t at) {
-    if (at + 1 >= path.size() || path[at + 1] != u':' || is_separator(path[at]))
+    if (at + 1 >= path.size() || path[at + 1] != u':' || !is_letter(path[at]))
         return at;
     return at + (has_separator_at(path, at + 2) ? 3 : 2);
 }
@@ -36,8 +36,10 @@ bool names_network(std::u16string_view rest) {
     return rest.size() > 3 && starts_ignoring_case(rest, u"unc") && is_separator(rest[3]);
 }
 
-bool is_verbatim(std::u16string_view path) {
-    return path.starts_with(u"\\\\?\\");
+// Behind it stands the name of a device, which may be a drive.
+bool has_device_prefix(std::u16string_view path) {
+    return path.size() >= device_prefix_length && is_separator(path[0]) && is_separator(path[1]) &&
+           (path[2] == u'?' || path[2] == u'.') && is_separator(path[3]);
 }
 
 } // namespace
@@ -47,8 +49,7 @@ std::size_t root_length(std::u16string_view path) {
         return skip_drive(path, 0);
     if (!has_separator_at(path, 1))
         return 1;
-    if (path.size() >= device_prefix_length && (path[2] == u'?' || path[2] == u'.') &&
-        is_separator(path[3])) {
+    if (has_device_prefix(path)) {
         if (names_network(path.substr(device_prefix_length)))
             return skip_name(path, skip_name(path, device_prefix_length + 4));
         const std::size_t behind_drive = skip_drive(path, device_prefix_length);
@@ -79,20 +80,19 @@ std::u16string_view parent_path(std::u16string_view path) {
     return path.size() == root_length(path) ? std::u16string_view() : path;
 }
 
-bool is_device_name(std::u16string_view name) {
-    constexpr std::u16string_view devices[] = {u"con", u"prn",    u"aux",
-                                               u"nul", u"conin$", u"conout$"};
-    constexpr std::u16string_view ports[] = {u"com", u"lpt"};
-    constexpr std::u16string_view port_numbers = u"123456789\u00B9\u00B2\u00B3";
-    name = name.substr(0, name.find(u'.'));
-    name = name.substr(0, name.find_last_not_of(u' ') + 1);
-    std::u16string small(name);
-    std::ranges::transform(small, small.begin(), fold_ascii<char16_t>);
-    if (std::ranges::find(devices, small) != std::end(devices))
-        return true;
-    return small.size() == 4 &&
-           std::ranges::find(ports, std::u16string_view(small).substr(0, 3)) != std::end(ports) &&
-           port_numbers.find(small[3]) != port_numbers.npos;
+std::vector<std::u16string_view> folders_above(std::u16string_view path) {
+    const std::size_t root = root_length(path);
+    std::vector<std::u16string_view> folders;
+    std::size_t end = without_trailing_separator(path).size();
+    for (;;) {
+        while (end > root && !is_separator(path[end - 1])) // the last name
+            --end;
+        while (end > root && is_separator(path[end - 1]))
+            --end;
+        if (end <= root)
+            return folders;
+        folders.push_back(path.substr(0, end));
+    }
 }
 
 std::u16string_view folder_part(std::u16string_view path) {
@@ -101,23 +101,15 @@ std::u16string_view folder_part(std::u16string_view path) {
     return path;
 }
 
-Result<void> check_new_name(std::u16string_view path) {
-    const std::u16string_view name = last_name(path);
-    if (name.empty() || name == u"." || name == u".." || is_verbatim(path))
-        return {};
-    if (name.back() == u'.' || name.back() == u' ')
-        return Failure{ErrorCode::BadName};
-    return {};
+bool is_verbatim(std::u16string_view path) {
+    return path.starts_with(u"\\\\?\\");
 }
 
-Result<void> check_name_characters(std::u16string_view name) {
-    constexpr std::u16string_view forbidden = u"<>:\"/\\|?*";
-    const bool is_allowed = std::ranges::none_of(name, [&](char16_t unit) {
-        return unit < u' ' || forbidden.find(unit) != std::u16string_view::npos;
-    });
-    if (!is_allowed)
-        return Failure{ErrorCode::BadName};
-    return {};
+bool is_on_disk(std::u16string_view path) {
+    if (!has_device_prefix(path))
+        return true;
+    path.remove_prefix(device_prefix_length);
+    return skip_drive(path, 0) > 0 || names_network(path) || starts_ignoring_case(path, u"volume{");
 }
 
 } // namespace vell::files

@@ -2,10 +2,9 @@
 // separate names.
 #pragma once
 
-#include "src/base/result.h"
-
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace vell::files {
 
@@ -21,21 +20,18 @@ std::u16string_view last_name(std::u16string_view path);
 // The path of the folder that holds the item; empty where that is a root or is not named.
 std::u16string_view parent_path(std::u16string_view path);
 
-// Whether Windows takes a name for a device, such as "NUL" or "com1.txt": it is the part before the
-// first dot that counts.
-bool is_device_name(std::u16string_view name);
+// The paths of the folders that hold the item, the nearest first; the root is not among them.
+std::vector<std::u16string_view> folders_above(std::u16string_view path);
 
 // What stands before the last name, with the separator between them: the folder that holds the
 // item. Empty where the path does not name it.
 std::u16string_view folder_part(std::u16string_view path);
 
-// For items that are to be made: BadName when the last name ends in dots or spaces that Windows
-// would silently cut off, so that an item of another name would be made. "." and ".." are whole
-// names, and in a "\\?\" path nothing is cut.
-Result<void> check_new_name(std::u16string_view path);
+// Whether Windows takes the path as it stands: one that begins with "\\?\".
+bool is_verbatim(std::u16string_view path);
 
-// BadName when a name has a character that Windows forbids in names: a control character or one of
-// < > : " / \ | ? *
-Result<void> check_name_characters(std::u16string_view name);
+// False for the path of a device such as "\\.\COM1" or "\\.\pipe\name"; "\\?\" and "\\.\" may also
+// stand before a drive, a share ("UNC\server\share") or a volume ("Volume{...}").
+bool is_on_disk(std::u16string_view path);
 
 } // namespace vell::files

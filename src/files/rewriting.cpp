@@ -1,7 +1,7 @@
 #include "src/files/rewriting.h"
 
 #include "src/base/utf8.h"
-#include "src/files/path_parts.h"
+#include "src/files/item_names.h"
 #include "src/files/temporary_copy.h"
 #include "src/files/write_turn.h"
 
@@ -73,7 +73,6 @@ Result<void> write_new(FileSystem& files, File& from, const NativePath& path,
 Result<void> rewrite_to_new(FileSystem& files, const RewrittenFile& file,
                             const RewritingWork& work) {
     const NativePath& destination = *file.destination;
-    VELL_TRY(check_new_name(destination.wide));
     const WriteTurn turn = VELL_TRY(WriteTurn::take(destination));
     const std::unique_ptr<File> from = VELL_TRY(files.open(file.source, Permission::Read));
     VELL_TRY(files.create_new(destination));
@@ -85,13 +84,14 @@ Result<void> rewrite_to_new(FileSystem& files, const RewrittenFile& file,
 
 } // namespace
 
-Result<RewrittenFile> rewritten_file(Call& call, std::size_t source_index,
+Result<RewrittenFile> rewritten_file(Call& call, FileSystem& files, std::size_t source_index,
                                      std::size_t destination_index) {
     RewrittenFile file;
     file.source = VELL_TRY(call.path(source_index));
     const std::u16string destination = call.text(destination_index);
     if (!destination.empty() && destination != call.text(source_index))
-        file.destination = VELL_TRY(call.path(destination_index));
+        file.destination =
+            VELL_TRY(path_to_make(files, file.source, call.path(destination_index)));
     return file;
 }
 

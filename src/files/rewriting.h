@@ -21,9 +21,9 @@ struct RewrittenFile {
 };
 
 // The two paths of a call, by index. An empty destination, or one that is the same text as the
-// source, means the source's own place.
-Result<RewrittenFile> rewritten_file(params::Call& call, std::size_t source_index,
-                                     std::size_t destination_index);
+// source, means the source's own place; any other is one at which Windows can make a file.
+Result<RewrittenFile> rewritten_file(params::Call& call, FileSystem& files,
+                                     std::size_t source_index, std::size_t destination_index);
 
 // Reads one file from its start and writes the other, which is empty.
 using RewritingWork = std::function<Result<void>(File& from, File& to)>;

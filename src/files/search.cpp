@@ -3,6 +3,7 @@
 #include "src/base/ascii.h"
 #include "src/files/listing_words.h"
 #include "src/files/name_pattern.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 #include "src/params/path_form.h"
 #include "src/params/switch_number.h"
@@ -23,7 +24,7 @@ constexpr std::size_t name_position = 2;
 // The full path of the existing folder that is to be searched, with a separator at its end.
 Result<std::u16string> searched_folder(Call& call, FileSystem& files, SearchSystem& system) {
     std::u16string given = call.text(folder_position);
-    VELL_TRY(params::strip_prefix(Accept::OnePath, given));
+    VELL_TRY(params::strip_prefix(Accept::HostForms, given));
     if (given.size() == 1 && is_letter(given[0]))
         given += u':';
     const bool has_separator = given.ends_with(u'/');

@@ -1,7 +1,7 @@
 #include "src/files/select_dialogs.h"
 
 #include "src/files/defaults.h"
-#include "src/files/path_parts.h"
+#include "src/files/item_names.h"
 #include "src/params/path_form.h"
 #include "src/params/switch_text.h"
 
@@ -36,25 +36,32 @@ Result<FileDialog> dialog_of(Call& call, DialogKind kind, std::u16string_view de
     dialog.title = call.text(prompt_position);
     if (dialog.title.empty())
         dialog.title = default_prompt;
-    if (!call.text(folder_index).empty())
-        dialog.initial_folder = VELL_TRY(call.path(folder_index, {.as_folder = true})).wide;
+    dialog.initial_folder = VELL_TRY(initial_folder(call, folder_index));
     dialog.show_hidden = call.switches().has("-ShowInvisibles");
     dialog.owner = call.main_window();
     return dialog;
 }
 
 // A name alone, as it is proposed to the user.
-Result<void> check_default_name(std::u16string_view name) {
+Result<std::u16string> default_name(const std::u16string& name) {
     constexpr std::size_t longest_name = 255;
     if (name.starts_with(u"$$"))
         return Failure{ErrorCode::ErrorAsPath};
     if (name.size() > longest_name)
         return Failure{ErrorCode::BadName};
     VELL_TRY(check_name_characters(name));
-    return check_new_name(name);
+    return VELL_TRY(path_to_make(NativePath{name, std::nullopt})).wide;
 }
 
 } // namespace
+
+Result<std::u16string> initial_folder(Call& call, std::size_t index) {
+    std::u16string text = call.text(index);
+    if (text.empty())
+        return text;
+    constexpr params::Accept accepted = params::Accept::HostForms | params::Accept::SeveralLines;
+    return VELL_TRY(params::resolve(accepted, std::move(text), {.as_folder = true})).wide;
+}
 
 Result<void> select_file_dialog(Call& call, const ShowDialog& show) {
     FileDialog dialog =
@@ -89,8 +96,7 @@ Result<void> save_file_dialog(Call& call, const ShowDialog& show) {
     FileDialog dialog = VELL_TRY(
         dialog_of(call, DialogKind::SaveFile, u"Save the file as:", folder_to_save_in_position));
     const SwitchSet switches = call.switches();
-    dialog.name = call.text(name_position);
-    VELL_TRY(check_default_name(dialog.name));
+    dialog.name = VELL_TRY(default_name(call.text(name_position)));
     dialog.types = params::switch_text(call, u"-Types=").value_or(u"");
     dialog.ask_before_replacing = !switches.has("-NoOverwritePrompt");
     call.set_text(params::path_result(switches, VELL_TRY(show(dialog)).front()));

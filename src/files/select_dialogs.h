@@ -11,6 +11,9 @@ namespace vell::files {
 // Shows a dialog; see show_dialog.
 using ShowDialog = std::function<Result<std::vector<std::u16string>>(const FileDialog&)>;
 
+// The folder where a dialog starts, by a parameter; empty for the system's choice.
+Result<std::u16string> initial_folder(params::Call& call, std::size_t index);
+
 // All of them: DialogNotAllowed without a user, Cancelled when the user cancels. A prompt is the
 // dialog's title. An initial folder that is not there is left to the system. "-ShowInvisibles"
 // shows hidden items.

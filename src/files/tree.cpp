@@ -1,11 +1,15 @@
 #include "src/files/tree.h"
 
 #include "src/base/number_text.h"
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 
+#include <algorithm>
+#include <exception>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace vell::files {
 namespace {
@@ -19,35 +23,42 @@ bool is_missing_parent(ErrorCode code) {
 }
 
 Result<NativePath> existing_path(Call& call, TreeSystem& tree, std::size_t index) {
-    NativePath path = VELL_TRY(call.path(index));
+    NativePath path = VELL_TRY(path_to_change(call.path(index)));
     if (tree.files().kind_of(path) == ItemKind::None)
         return Failure{ErrorCode::NotFound};
     return path;
 }
 
 Result<NativePath> existing_file(Call& call, TreeSystem& tree, std::size_t index) {
-    NativePath path = VELL_TRY(call.path(index));
+    NativePath path = VELL_TRY(path_to_change(call.path(index)));
     if (tree.files().kind_of(path) != ItemKind::File)
         return Failure{ErrorCode::NotFound};
     return path;
 }
 
-Result<NativePath> path_to_make(Call& call, std::size_t index) {
-    NativePath path = VELL_TRY(call.path(index));
-    VELL_TRY(check_new_name(path.wide));
-    return path;
+NativePath native(std::u16string_view path) {
+    return {std::u16string(path), std::nullopt};
 }
 
-// A folder that must be there before another is made in it.
-enum class Parent : std::uint8_t { Made, WasThere };
-Result<Parent> make_parent(TreeSystem& tree, const NativePath& path) {
-    VELL_TRY(check_new_name(path.wide));
-    const Result<void> made = tree.create_folder(path);
-    if (made)
-        return Parent::Made;
-    if (made.error() == ErrorCode::AlreadyExists && tree.files().kind_of(path) == ItemKind::Folder)
-        return Parent::WasThere;
-    return Failure{made.error()};
+// How many of the folders above an item, the nearest first, have to be made or looked at: up to one
+// that is there. The steps grow, so that a long path which leads nowhere costs few calls.
+std::size_t count_missing(TreeSystem& tree, std::span<const std::u16string_view> above) {
+    for (std::size_t i = 0; i < above.size(); i = 2 * i + 1)
+        if (tree.files().kind_of(native(above[i])) != ItemKind::None)
+            return i + 1;
+    return above.size();
+}
+
+// Makes a folder that must be there before another is made in it.
+Result<void> make_folder_on_the_way(TreeSystem& tree, std::u16string_view given, NewFolders& made) {
+    const NativePath path{path_as_cut(given), std::nullopt};
+    const Result<void> created = tree.create_folder(path);
+    if (created)
+        made.add(given);
+    else if (created.error() != ErrorCode::AlreadyExists ||
+             tree.files().kind_of(path) != ItemKind::Folder)
+        return created;
+    return {};
 }
 
 Result<void> transfer_file(Call& call, TreeSystem& tree, Transfer transfer) {
@@ -62,7 +73,7 @@ Result<void> transfer_file(Call& call, TreeSystem& tree, Transfer transfer) {
     if (!source)
         return unresolved(source.error());
     call.debug_note("CopyMoveFile sourceFileTxt NOERR ");
-    const Result<NativePath> target = path_to_make(call, 2);
+    const Result<NativePath> target = path_to_make(tree.files(), *source, call.path(2));
     if (!target)
         return unresolved(target.error());
 
@@ -78,18 +89,29 @@ Result<void> transfer_file(Call& call, TreeSystem& tree, Transfer transfer) {
     return {};
 }
 
+// The first characters of a text, of which the last is whole.
+std::u16string_view beginning(std::u16string_view text, std::size_t length) {
+    if (length < text.size() && length > 0 && is_high_surrogate(text[length - 1]))
+        --length;
+    return text.substr(0, length);
+}
+
 // "name_tmp<ticks>.extension" beside the file; without the dot when the name has none, since
-// Windows would cut it off.
+// Windows would cut it off. Of a name that this makes too long the end is left out.
 NativePath exchange_path(const NativePath& file, std::uint32_t ticks) {
-    const std::u16string_view path = file.wide;
+    constexpr std::size_t longest_name = 255;
+    const std::u16string_view path = without_trailing_separator(file.wide);
     const std::u16string_view name = last_name(path);
-    const std::size_t dot = name.rfind(u'.');
-    const std::size_t stem_length = dot == std::u16string_view::npos ? name.size() : dot;
-    const std::string number = to_text(std::uint64_t{ticks});
-    std::u16string result(path.substr(0, path.size() - name.size() + stem_length));
-    result += u"_tmp";
-    result.append(number.begin(), number.end());
-    result += name.substr(stem_length);
+    const std::size_t dot = std::min(name.rfind(u'.'), name.size());
+    const std::string middle = "_tmp" + to_text(std::uint64_t{ticks});
+    const std::size_t room = longest_name - middle.size();
+    std::u16string_view extension = name.substr(dot);
+    if (extension.size() > room)
+        extension = {};
+    std::u16string result(folder_part(path));
+    result += beginning(name.substr(0, dot), room - extension.size());
+    result.append(middle.begin(), middle.end());
+    result += extension;
     return {std::move(result), std::nullopt};
 }
 
@@ -110,34 +132,44 @@ Result<void> exchange(Call& call, TreeSystem& tree, const NativePath& first,
 
 } // namespace
 
-Result<void> make_folders(TreeSystem& tree, const NativePath& path) {
-    VELL_TRY(check_new_name(path.wide));
-    const Result<void> made = tree.create_folder(path);
-    if (made || !is_missing_parent(made.error()))
-        return made;
-    // Up to the first folder that can be made or is there, and down again.
-    std::vector<NativePath> missing;
-    Result<Parent> parent = Failure{made.error()};
-    NativePath current = path;
-    while (!parent && is_missing_parent(parent.error())) {
-        current.wide = std::u16string(parent_path(current.wide));
-        if (current.wide.empty())
-            break;
-        parent = make_parent(tree, current);
-        if (!parent)
-            missing.push_back(current);
+NewFolders::~NewFolders() {
+    try {
+        for (; !lengths_.empty(); lengths_.pop_back()) {
+            deepest_.resize(lengths_.back());
+            static_cast<void>(tree_.remove_folder({path_as_cut(deepest_), std::nullopt}));
+        }
+    } catch (const std::exception&) {
+        // What made the work end is the failure to report, not this one.
     }
-    bool any_made = VELL_TRY(parent) == Parent::Made;
-    for (; !missing.empty(); missing.pop_back()) {
-        parent = make_parent(tree, missing.back());
-        if (!parent && !any_made)
-            return Failure{parent.error()};
-        any_made = any_made || *parent == Parent::Made;
+}
+
+void NewFolders::add(std::u16string_view path) {
+    deepest_ = path;
+    lengths_.push_back(path.size());
+}
+
+Result<void> make_folders(TreeSystem& tree, const NativePath& given, NewFolders& made) {
+    const NativePath path = VELL_TRY(path_to_make(given));
+    const Result<void> created = tree.create_folder(path);
+    if (created)
+        made.add(path.wide);
+    if (created || !is_missing_parent(created.error()))
+        return created;
+    std::vector<std::u16string_view> above = folders_above(path.wide);
+    above.resize(count_missing(tree, above));
+    for (const std::u16string_view folder : above)
+        VELL_TRY(check_folder_on_the_way(folder));
+    for (; !above.empty(); above.pop_back()) {
+        const Result<void> there = make_folder_on_the_way(tree, above.back(), made);
+        if (!there)
+            return made.any() ? Result<void>{} : there;
     }
     // Without a new folder above it this one failed for a reason of its own, or another program has
     // made what was missing in the meantime.
-    const Result<void> made_at_last = tree.create_folder(path);
-    return any_made ? Result<void>{} : made_at_last;
+    const Result<void> created_at_last = tree.create_folder(path);
+    if (created_at_last)
+        made.add(path.wide);
+    return made.any() ? Result<void>{} : created_at_last;
 }
 
 Result<void> create_file(Call& call, TreeSystem& tree) {
@@ -145,15 +177,20 @@ Result<void> create_file(Call& call, TreeSystem& tree) {
         return Failure{ErrorCode::BadParameter};
     const bool create_folders =
         call.is_step() ? call.step_option(2) == 1 : call.switches().has("-CreateFolders");
-    const NativePath path = VELL_TRY(path_to_make(call, 1));
+    const NativePath path = VELL_TRY(path_to_make(call.path(1)));
     if (tree.files().kind_of(path) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
     if (without_trailing_separator(path.wide).size() < path.wide.size())
         return Failure{ErrorCode::BadName}; // the form of a folder's path
-    const NativePath parent{std::u16string(parent_path(path.wide)), std::nullopt};
-    if (create_folders && !parent.wide.empty() && tree.files().kind_of(parent) != ItemKind::Folder)
-        VELL_TRY(make_folders(tree, parent));
+    const NativePath parent = native(parent_path(path.wide));
+    NewFolders made(tree);
+    if (create_folders && !parent.wide.empty() &&
+        tree.files().kind_of(parent) != ItemKind::Folder) {
+        VELL_TRY(check_folder_on_the_way(parent.wide));
+        VELL_TRY(make_folders(tree, parent, made));
+    }
     VELL_TRY(tree.files().create_new(path));
+    made.keep();
     call.set_done();
     return {};
 }
@@ -161,8 +198,10 @@ Result<void> create_file(Call& call, TreeSystem& tree) {
 Result<void> create_folder(Call& call, TreeSystem& tree) {
     if (call.parameter_count() < 2)
         return Failure{ErrorCode::BadParameter};
+    NewFolders made(tree);
     const NativePath path = VELL_TRY(call.path(1));
-    VELL_TRY(make_folders(tree, path));
+    VELL_TRY(make_folders(tree, path, made));
+    made.keep();
     call.set_done();
     return {};
 }

@@ -1,22 +1,44 @@
 // Functions that make, delete, copy, move and exchange single files and make folders. Those that
 // change whole folders stand in folder_operations.h.
 //
-// Functions that make something of a new name refuse one that Windows would silently change
-// (BadName); an existing item is never replaced (AlreadyExists). A missing source is NotFound.
+// What names may be, item_names.h tells (BadName); an existing item is never replaced
+// (AlreadyExists). A missing source is NotFound.
 #pragma once
 
 #include "src/files/tree_system.h"
 #include "src/params/call.h"
 
+#include <cstddef>
+#include <string>
+#include <vector>
+
 namespace vell::files {
 
-// Makes a folder and every missing folder above it. AlreadyExists when there is anything of its
-// name. Once one that was missing above it has been made, the outcome for those below that one does
-// not count.
-Result<void> make_folders(TreeSystem& tree, const NativePath& path);
+// New folders, each in the one before: removed again where they are empty, unless they are kept.
+class NewFolders {
+  public:
+    explicit NewFolders(TreeSystem& tree) : tree_(tree) {}
+    NewFolders(const NewFolders&) = delete;
+    NewFolders& operator=(const NewFolders&) = delete;
+    ~NewFolders();
+    void add(std::u16string_view path);
+    bool any() const { return !lengths_.empty(); }
+    void keep() { lengths_.clear(); }
+
+  private:
+    TreeSystem& tree_;
+    std::u16string deepest_;
+    std::vector<std::size_t> lengths_; // of its part for each of them
+};
+
+// Makes a folder and every missing folder above it, which come to `made`. AlreadyExists when there
+// is anything of its name. Once one that was missing above it has been made, the outcome for those
+// below that one does not count. The calls of the system grow with the number of folders that are
+// made, and with no more than the logarithm of the number of those that are not.
+Result<void> make_folders(TreeSystem& tree, const NativePath& given, NewFolders& made);
 
 // VlFile_CreateFile( switches ; filePath ): an empty file. "-CreateFolders", or the step's "Create
-// folders", makes the missing folders above it.
+// folders", makes the missing folders above it, which go again when the file cannot be made.
 Result<void> create_file(params::Call& call, TreeSystem& tree);
 inline Result<void> create_file(params::Call& call) {
     return create_file(call, system_tree());

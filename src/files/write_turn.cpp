@@ -1,6 +1,7 @@
 #include "src/files/write_turn.h"
 
 #include "src/base/ascii.h"
+#include "src/files/item_names.h"
 
 #include <algorithm>
 #include <mutex>
@@ -22,7 +23,7 @@ Taken& taken() {
 } // namespace
 
 Result<WriteTurn> WriteTurn::take(const NativePath& path) {
-    std::u16string key = path.wide;
+    std::u16string key = path_as_cut(path.wide);
     std::ranges::transform(key, key.begin(),
                            [](char16_t c) { return c == u'/' ? u'\\' : fold_ascii(c); });
     Taken& turns = taken();

@@ -13,7 +13,8 @@ namespace vell::files {
 // same file, meet only the system's refusal.
 class WriteTurn {
   public:
-    // Busy while another call has the turn. Letters A to Z compare without case, "/" is "\".
+    // Busy while another call has the turn. Letters A to Z compare without case, "/" is "\", and
+    // what Windows cuts off at the end does not count.
     static Result<WriteTurn> take(const NativePath& path);
 
     WriteTurn(WriteTurn&& other) noexcept : key_(std::exchange(other.key_, {})) {}

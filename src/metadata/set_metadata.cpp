@@ -221,7 +221,7 @@ Result<SegmentRewrite> rewrite_of(Call& call, const WriteRequest& request, files
 
 Result<void> set_metadata(Call& call, files::FileSystem& files) {
     const WriteRequest request = VELL_TRY(request_of(call));
-    files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, 1, 2));
+    files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, files, 1, 2));
     if (file.destination && files.is_same_file(*file.destination, file.source))
         file.destination.reset(); // the source's own place, written in another way
     const SegmentRewrite rewrite = VELL_TRY(rewrite_of(call, request, files, file.source));

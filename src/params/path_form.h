@@ -7,9 +7,8 @@
 
 namespace vell::params {
 
-// "C:\a\b" as "filewin:/C:/a/b", which the functions take back; "\\server\share\a" as
-// "file://server/share/a", which only the host itself takes (they remove no "file:"). A "\\?\"
-// prefix is dropped.
+// "C:\a\b" as "filewin:/C:/a/b", which all functions take back; "\\server\share\a" as
+// "file://server/share/a", which those do that accept HostForms. A "\\?\" prefix is dropped.
 std::u16string host_form(std::u16string_view native);
 
 // One native path as the switches want it: in the host's form with "-FileMakerPathFormat".

@@ -1,5 +1,7 @@
 #include "src/params/paths.h"
 
+#include "src/base/ascii.h"
+
 namespace vell::params {
 namespace {
 
@@ -43,6 +45,11 @@ std::size_t prefix_length(Accept flags, std::u16string_view path) {
     }
 }
 
+// "C:", which Windows takes for the folder that is the current one there.
+bool is_bare_drive(std::u16string_view path) {
+    return path.size() == 2 && is_letter(path[0]) && path[1] == u':';
+}
+
 } // namespace
 
 PathKind classify(std::u16string_view path) {
@@ -81,9 +88,11 @@ Result<NativePath> resolve(Accept flags, std::u16string path, const PathUse& use
         return Failure{ErrorCode::BadParameter};
     if (path.starts_with(u"$$"))
         return Failure{ErrorCode::ErrorAsPath};
+    if (path.size() > longest_path)
+        return Failure{ErrorCode::PathTooLong};
     if (path.find(u'\0') != std::u16string::npos)
         return Failure{ErrorCode::BadName};
-    if (use.as_folder && !path.ends_with(u'\\'))
+    if (is_bare_drive(path) || (use.as_folder && !path.ends_with(u'\\')))
         path += u'\\';
     NativePath native{std::move(path), std::nullopt};
     if (use.narrow)

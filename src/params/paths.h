@@ -3,6 +3,7 @@
 
 #include "src/base/result.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -43,6 +44,7 @@ enum class Accept : std::uint32_t {
     SeveralLines = 0x1000000,       // one path a line
     OnePath = 0x333,                // every form with its slash
     Paths = OnePath | SeveralLines, // what nearly every function accepts
+    HostForms = OnePath | File,     // every form that host_form gives
 };
 
 constexpr Accept operator|(Accept a, Accept b) {
@@ -69,8 +71,12 @@ struct PathUse {
     std::function<Result<std::string>(std::u16string_view)> narrow = nullptr;
 };
 
+// The longest path that Windows opens, in UTF-16 units.
+inline constexpr std::size_t longest_path = 32'767;
+
 // BadParameter for an empty path, SeveralLines, ErrorAsPath for a path that begins with "$$" (the
-// result of a failed call), BadName for one with a zero character, where Windows would cut it off.
+// result of a failed call), PathTooLong for one that no call of Windows takes, BadName for one with
+// a zero character, where Windows would cut it off. A drive alone ("C:") is its root.
 Result<NativePath> resolve(Accept flags, std::u16string path, const PathUse& use = {});
 
 // The same for a path where nothing may exist yet: AlreadyExists when `exists` says otherwise.

@@ -125,7 +125,7 @@ TEST_F(Disks, TellOfThemselvesByAnyName) {
     const auto cases = testing::cells(
         u"-DiskPath|d|D:\\|-DiskPath|filewin:/D:/|D:\\|-DiskPath|data|D:\\|"
         u"-DiskPath|D:\\folder\\x|D:\\|-DiskPath|sales|Y:\\|-DiskPath|\\\\SERVER\\sales\\|Y:\\|"
-        u"-DiskPath|//server/sales|Y:\\|-DiskPath|smb://server/"
+        u"-DiskPath|//server/sales|Y:\\|-DiskPath|file://server/sales/|Y:\\|-DiskPath|smb://server/"
         u"sales|Y:\\|-DiskPath|\\\\other\\x\\folder|\\\\other\\x\\|"
         u"||-50||$$-35|-4299||C\rD|-4254||Q:|-35||nobody|-35||twin|-37||a<b|-37||\\\\server|-37|"
         u"|\\\\server\\..|-37|-FreeSpace|D|4999999999999|-usedspace|D|1|"
@@ -144,6 +144,7 @@ TEST_F(Disks, AreMountedOnFreeLetters) {
     const auto cases = testing::cells(
         u"|srv|/pub|0 connect Z: \\\\srv\\pub  ||\\\\srv|pub/|0 connect Z: \\\\srv\\pub  |"
         u"|SMB://srv/pub||0 connect Z: \\\\srv\\pub  |||\\\\srv\\pub|0 connect Z: \\\\srv\\pub  |"
+        u"||file://srv/pub/|0 connect Z: \\\\srv\\pub  ||file://srv/pub||0 connect Z: \\\\srv\\pub  |"
         u"|SRV|//srv/pub|0 connect Z: \\\\srv\\pub  |"
         u"-DriveLetter=q: -Persistent -ReturnPath|srv|pub\\x|Q:\\ connect Q: \\\\srv\\pub\\x   "
         u"kept|"

@@ -27,6 +27,8 @@ class NotedDesktop : public Desktop {
             return FoundItem{path.wide, false};
         if (path.wide == u"C:\\d" || path.wide == u"C:\\d\\")
             return FoundItem{path.wide, true};
+        if (path.wide == u"//s/t/a")
+            return FoundItem{u"\\\\s\\t\\a", false};
         if (path.wide == u"C:\\long")
             return FoundItem{std::u16string(260, u'x'), false};
         return Failure{ErrorCode::NotFound};
@@ -66,6 +68,7 @@ TEST(Launching, AsksTheDesktop) {
         {launch, {u"", u"fmp20:$x"}, "launch fmp20:$x||||0"},
         {launch, {u"", u"http:\ta"}, "$$-43"},
         {launch, {u"", u"fmpx:y"}, "$$-43"},
+        {reveal, {u"", u"file://s/t/a"}, "reveal \\\\s\\t\\a"},
         {open_folder, {u"", u"C:\\d"}, "launch C:\\d||C:\\d|open|0"},
         {open_folder, {u"", u"C:\\d\\a b.txt"}, "$$-1407"},
         {open_folder, {u"", u"C:\\none"}, "$$-120"},
@@ -133,12 +136,14 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
         {select_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
         {select_folder_dialog, {u"-ShowInvisibles", u"Where"}, "Where||||hidden ask", "C:\\a\\"},
         {save_file_dialog,
-         {u"", u"", u"r.pdf", u"D:\\"},
-         "Save the file as:|D:\\||r.pdf|ask",
+         {u"", u"", u"r.pdf", u"file://s/t/"},
+         "Save the file as:|//s/t/\\||r.pdf|ask",
          "C:\\a"},
         {save_file_dialog, {u"-NoOverwritePrompt -Types=x", u"P"}, "P||x||", "C:\\a"},
         {save_file_dialog, {u"", u"", u"a/b"}, "$$-37"},
-        {save_file_dialog, {u"", u"", u"a."}, "$$-37"},
+        {save_file_dialog, {u"", u"", u"a. "}, "Save the file as:|||a|ask", "C:\\a"},
+        {save_file_dialog, {u"", u"", u"..."}, "$$-37"},
+        {save_file_dialog, {u"", u"", u"aux.txt"}, "$$-37"},
         {save_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
         {save_file_dialog, {u""}, "$$-50"},
         {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},

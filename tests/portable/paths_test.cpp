@@ -95,6 +95,8 @@ TEST(Paths, WhatIsNoPathIsRefused) {
         EXPECT_EQ(resolved(flags, u"C:\\a" + zero + u".txt"), "-37");
         EXPECT_EQ(resolved(flags, u"", {.as_folder = true}), "-50");
     }
+    EXPECT_EQ(resolved(0x333, u"/" + std::u16string(32'767, u'a')).size(), 32'767u);
+    EXPECT_EQ(resolved(0x333, u"/" + std::u16string(32'768, u'a')), "206");
     // What stripping leaves counts.
     EXPECT_EQ(resolved(0x333, u"filewin:/"), "-50");
     EXPECT_EQ(resolved(0x333, u"/", {.as_folder = true}), "-50");
@@ -108,6 +110,15 @@ TEST(Paths, SeparatorsStayAndAFolderEndsWithABackslash) {
     EXPECT_EQ(resolved(0x333, u"C:\\data", folder), "C:\\data\\");
     EXPECT_EQ(resolved(0x333, u"C:\\data\\", folder), "C:\\data\\");
     EXPECT_EQ(resolved(0x333, u"filewin:/C:/data/", folder), "C:/data/\\");
+}
+
+TEST(Paths, ADriveAloneIsItsRoot) {
+    for (const char16_t* drive : {u"c:", u"filewin:/c:", u"/c:", u"imagewin:/c:"}) {
+        EXPECT_EQ(resolved(0x333, drive), "c:\\");
+        EXPECT_EQ(resolved(0x333, drive, {.as_folder = true}), "c:\\");
+    }
+    for (const char16_t* other : {u"c:a", u"c:.", u"1:", u"c:/"})
+        EXPECT_EQ(resolved(0x333, other), narrow(other));
 }
 
 TEST(Paths, TheNarrowPathIsMadeOnRequestFromTheFinishedWideOne) {
@@ -156,6 +167,9 @@ TEST(Paths, HostFormsOfDrivesComeBackAsTheSamePath) {
         const std::u16string host = path_result(wanted, native);
         EXPECT_EQ(narrow(host), form);
         EXPECT_EQ(resolved(0x1000333, host), back);
+        const bool is_share = std::string_view(form).starts_with("file:");
+        EXPECT_EQ(resolved(static_cast<std::uint32_t>(Accept::HostForms), host),
+                  is_share ? form + 5 : back);
         EXPECT_EQ(path_result(SwitchSet("-Files"), native), native);
     }
 }

@@ -67,6 +67,8 @@ class Search : public ::testing::Test {
         items.add(u"C:\\file", {});
         items.add_folder(u"C:\\");
         items.add_folder(u"C:\\top\\");
+        items.add_folder(u"\\\\s\\t\\");
+        folders.add(u"\\\\s\\t\\", {file(u"b")});
         folders.add(u"C:\\", {folder(u"top")});
         folders.add(u"C:\\top\\",
                     {folder(u"."), folder(u".."), file(u"Invoice 1.pdf"), folder(u"invoices"),
@@ -112,7 +114,7 @@ TEST_F(Search, FindsNamesAtEveryDepth) {
         u"C:\\top\\invoices\\b;C:\\top\\.git\\b;C:\\top\\b.lnk;|"
         u"-folders showpointdirs|C:\\top|*.|||C:\\top|nothing||"
         u"showinvisibles|C:\\top|dark|C:\\top\\dark;C:\\top\\dark\\dark invoice|"
-        u"|C|TOP|C:\\top||/C:|top|C:\\top|"
+        u"|C|TOP|C:\\top||/C:|top|C:\\top|-FileMakerPathFormat|file://s/t/|b|file://s/t/b|"
         // Each look at the clock is 0.4 seconds later: one for each batch and each folder's end.
         u"-TimeoutSecs=3|C:\\top|none||-TimeoutSecs=2|C:\\top|none|-4230|"
         u"-TimeoutSecs|C:\\top|b|-4239|-TimeoutSecs=86401|C:\\top|b|-4239|"

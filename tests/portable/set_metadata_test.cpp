@@ -348,7 +348,7 @@ TEST(SetMetadata, RefusesBeforeAnythingIsMade) {
     files.add(destination, "there");
     EXPECT_EQ(set(files, destination, "-SetXMP", "<x/>"), -48);
     EXPECT_EQ(files.at(destination), "there");
-    EXPECT_EQ(set(files, u"C:\\c.jpg.", "-SetXMP", "<x/>"), -37);
+    EXPECT_EQ(set(files, u"C:\\c.jpg:s", "-SetXMP", "<x/>"), -37);
     FakeCall missing({u"-SetXMP", u"C:\\none.jpg", destination, u"<x/>"});
     EXPECT_EQ(set_metadata(missing, files).error(), ErrorCode::NotFound);
     FakeCall three({u"-SetXMP", source, destination});

@@ -1,6 +1,7 @@
 // The tree functions where no real system shows it: failures halfway, a shell that is missing or
 // refuses, answers of the user.
 #include "src/files/folder_operations.h"
+#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 #include "src/files/tree.h"
 #include "tests/portable/fake_call.h"
@@ -21,6 +22,7 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
     Items items;
     std::map<std::u16string, std::u16string> links; // to what they lead
     std::u16string passed_over;                     // by the shell
+    std::u16string copied;                          // the one file of a copy that fails
     int failing_move = 0;                           // counted from 1
     ErrorCode failure = ErrorCode::Busy;
     bool has_shell = true;
@@ -30,6 +32,8 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
     std::vector<std::u16string> questions;
     std::vector<std::u16string> removed_folders;
     int shell_calls = 0;
+    int looks = 0; // at an item, and tries to make a folder
+    int walks = 0;
 
     FileSystem& files() override { return *this; }
     Result<NativePath> full_path(const NativePath& path) override { return path; }
@@ -42,6 +46,7 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
     }
     std::uint32_t tick_count() override { return 4'294'967'295u; }
     Result<void> create_folder(const NativePath& path) override {
+        ++looks;
         const std::u16string parent(parent_path(path.wide));
         if (!parent.empty() && !items.contains(parent + u"\\"))
             return Failure{ErrorCode::FolderNotFound};
@@ -52,7 +57,12 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
         return {};
     }
     Result<void> remove_folder(const NativePath& path) override {
-        removed_folders.push_back(path.wide);
+        const std::u16string folder = path.wide + u"\\";
+        const auto item = items.upper_bound(folder);
+        if (item != items.end() && item->first.starts_with(folder))
+            return Failure{ErrorCode::Busy};
+        if (items.erase(folder) > 0)
+            removed_folders.push_back(path.wide);
         return {};
     }
     Result<void> move(const NativePath& source, const NativePath& target) override {
@@ -65,6 +75,7 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
     }
     bool is_link(const NativePath& folder) override { return links.contains(folder.wide); }
     Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) override {
+        ++walks;
         for (const auto& [path, contents] : Items(items)) {
             if (!path.starts_with(folder.wide + u"\\") || path == folder.wide + u"\\")
                 continue;
@@ -77,10 +88,17 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
     ShellOutcome shell_copy(const NativePath& folder, const NativePath& target,
                             ShellMessages) override {
         ++shell_calls;
-        if (outcome.code == 0 && !outcome.aborted)
-            for (const auto& [path, contents] : Items(items))
-                if (path.starts_with(folder.wide + u"\\") && path != passed_over)
-                    items[target.wide + path.substr(folder.wide.size())] = contents;
+        std::u16string place = target.wide;
+        if (kind_of(target) == ItemKind::Folder)
+            place += folder.wide.substr(folder.wide.rfind(u'\\'));
+        const bool is_whole = outcome.code == 0 && !outcome.aborted;
+        for (std::u16string_view above = place; !is_whole && !above.empty();
+             above = parent_path(above))
+            items[std::u16string(above) + u"\\"];
+        for (const auto& [path, contents] : Items(items))
+            if (path.starts_with(folder.wide + u"\\") &&
+                (is_whole ? path != passed_over : path.ends_with(u'\\') || path == copied))
+                items[place + path.substr(folder.wide.size())] = contents;
         return outcome;
     }
     ShellOutcome shell_delete(const NativePath& folder, void*, ShellMessages) override {
@@ -100,6 +118,7 @@ class FakeTree : public TreeSystem, private testing::FakeFiles {
         return link == links.end() ? path : link->second;
     }
     ItemKind kind_of(const NativePath& path) override {
+        ++looks;
         if (items.contains(path.wide))
             return ItemKind::File;
         return items.contains(path.wide + u"\\") ? ItemKind::Folder : ItemKind::None;
@@ -139,22 +158,124 @@ TEST(PathParts, SplitEveryFormOfAPath) {
         EXPECT_EQ(parent_path(c.path), c.parent);
         EXPECT_EQ(last_name(c.path), c.name);
     }
-    EXPECT_FALSE(check_new_name(u"C:\\a. \\"));
-    EXPECT_TRUE(check_new_name(u"C:\\a\\.."));
-    EXPECT_TRUE(check_new_name(u"\\\\?\\C:\\a."));
+}
+
+// What becomes of a path, or the number of the error.
+std::u16string path_of(const Result<NativePath>& result) {
+    if (result)
+        return result->wide;
+    const std::string code = std::to_string(number(result.error()));
+    return {code.begin(), code.end()};
+}
+
+TEST(ItemNames, TellWhereWindowsMakesAndChangesThings) {
+    constexpr auto refused = u"-37";
+    constexpr auto same = u"";
+    struct Case {
+        std::u16string given, made, changed; // same: the path as it was given
+    };
+    for (const Case& c : {
+             Case{u"C:\\a.txt", same, same},
+             // What Windows cuts off.
+             Case{u"a.txt ", u"a.txt", u"a.txt"},
+             Case{u"C:/d. /a. . ", u"C:/d. /a", u"C:/d. /a"},
+             Case{u"C:a. \\/", u"C:a\\/", u"C:a\\/"},
+             Case{u"\\\\s\\t\\.a.", u"\\\\s\\t\\.a", u"\\\\s\\t\\.a"},
+             Case{u"//?/C:/a ", u"//?/C:/a", u"//?/C:/a"},
+             Case{u"\\\\.\\C:\\a ", u"\\\\.\\C:\\a", u"\\\\.\\C:\\a"},
+             Case{u"\\\\?\\C:\\a. ", same, same},
+             // What would be the folder above.
+             Case{u"a\\ ", refused, refused},
+             Case{u"a\\...", refused, refused},
+             Case{u"a/. ./", refused, refused},
+             Case{u"C: ", refused, refused},
+             Case{u"\\\\.\\C:\\a\\ ", refused, refused},
+             Case{u"\\\\?\\C:\\ ", same, same},
+             Case{u"C:\\a\\..", same, same},
+             Case{u".", same, same},
+             Case{u"\\??\\C:\\a", refused, refused},
+             // Streams.
+             Case{u"12:30.txt", refused, same},
+             Case{u"C:\\a:b\\c", refused, same},
+             Case{u"C::a", refused, same},
+             Case{u"\\\\?\\C:\\a:b", refused, same},
+             Case{u"\\\\s\\t\\a::$DATA", refused, same},
+             Case{u"1:30", refused, same},
+             // Devices.
+             Case{u"NUL", refused, same},
+             Case{u"a\\nul.txt", refused, same},
+             Case{u"C:con . ", refused, u"C:con"},
+             Case{u"COM1.tar.gz", refused, same},
+             Case{u"lpt\u00B2", refused, same},
+             Case{u"CONOUT$", refused, same},
+             Case{u"\\\\s\\t\\aux\\", refused, same},
+             Case{u"\\\\.\\NUL", refused, same},
+             Case{u"\\\\.\\pipe\\a", refused, same},
+             Case{u"//./COM10", refused, same},
+             Case{u"\\\\?\\C:\\nul", same, same},
+             Case{u"\\\\?\\unc\\s\\t\\a", same, same},
+             Case{u"\\\\?\\Volume{1}\\a", same, same},
+             Case{u"com", same, same},
+             Case{u"com10", same, same},
+             Case{u"nul\\a", same, same},
+         }) {
+        SCOPED_TRACE(utf8_from_utf16(c.given));
+        EXPECT_EQ(path_of(path_to_make(NativePath{c.given, {}})),
+                  c.made.empty() ? c.given : c.made);
+        EXPECT_EQ(path_of(path_to_change(NativePath{c.given, {}})),
+                  c.changed.empty() ? c.given : c.changed);
+    }
+    for (const auto* folder :
+         {u"a\\b ", u"a\\b..", u"a\\b .", u"a\\ ", u"a\\...", u"nul", u"C:/aux.b/"})
+        EXPECT_FALSE(check_folder_on_the_way(folder)) << utf8_from_utf16(folder);
+    for (const auto* folder : {u"a\\Co.", u"..", u"a\\.", u"C:", u"\\\\?\\C:\\b ", u"a .b"})
+        EXPECT_TRUE(check_folder_on_the_way(folder)) << utf8_from_utf16(folder);
+}
+
+ErrorCode make_folders(FakeTree& tree, const std::u16string& path) {
+    FakeCall call({u"", path});
+    return code_of(create_folder(call, tree));
 }
 
 TEST(MakeFolders, GoesUpToWhatIsThereAndNoFurther) {
     FakeTree tree;
-    EXPECT_EQ(code_of(make_folders(tree, {u"C:\\a\\b\\c", {}})), ErrorCode::Ok);
+    EXPECT_EQ(make_folders(tree, u"C:\\a\\b\\c"), ErrorCode::Ok);
     EXPECT_EQ(tree.items, (Items{{u"C:\\a\\", ""}, {u"C:\\a\\b\\", ""}, {u"C:\\a\\b\\c\\", ""}}));
-    EXPECT_EQ(code_of(make_folders(tree, {u"C:\\a\\b", {}})), ErrorCode::AlreadyExists);
-    EXPECT_EQ(code_of(make_folders(tree, {u"Q:\\a\\b", {}})), ErrorCode::FolderNotFound);
-    EXPECT_EQ(code_of(make_folders(tree, {u"C:\\x \\y\\z", {}})), ErrorCode::BadName);
+    EXPECT_EQ(make_folders(tree, u"C:\\a\\b"), ErrorCode::AlreadyExists);
+    EXPECT_EQ(make_folders(tree, u"Q:\\a\\b"), ErrorCode::FolderNotFound);
+    EXPECT_EQ(make_folders(tree, u"C:\\x\\y \\z"), ErrorCode::BadName);
     for (const auto* path : {u"C:\\a\\cannot be", u"C:\\a\\cannot be\\d", u"cannot be"})
-        EXPECT_EQ(code_of(make_folders(tree, {path, {}})), ErrorCode::FolderNotFound);
-    EXPECT_EQ(code_of(make_folders(tree, {u"C:\\new\\cannot be", {}})), ErrorCode::Ok);
+        EXPECT_EQ(make_folders(tree, path), ErrorCode::FolderNotFound);
+    EXPECT_EQ(make_folders(tree, u"C:\\new\\cannot be"), ErrorCode::Ok);
     EXPECT_EQ(tree.items.size(), 4u);
+}
+
+TEST(MakeFolders, TakesFewStepsForALongPathThatLeadsNowhere) {
+    const auto deep = [](std::u16string path, int levels) {
+        while (levels-- > 0)
+            path += u"\\a";
+        return path;
+    };
+    FakeTree tree;
+    EXPECT_EQ(make_folders(tree, deep(u"Q:", 16'000)), ErrorCode::FolderNotFound);
+    EXPECT_LT(tree.looks, 40);
+    EXPECT_EQ(make_folders(tree, deep(u"Q:", 16'384)), ErrorCode::PathTooLong);
+    EXPECT_LT(tree.looks, 40);
+    tree.looks = 0;
+    EXPECT_EQ(make_folders(tree, deep(u"C:", 300)), ErrorCode::Ok);
+    EXPECT_EQ(make_folders(tree, deep(u"C:", 300) + u"\\b\\c\\d"), ErrorCode::Ok);
+    EXPECT_LT(tree.looks, 350);
+    EXPECT_EQ(tree.items.size(), 303u);
+}
+
+TEST(CreateFile, LeavesNoFolderBehindWithoutItsFile) {
+    FakeTree tree; // which makes no files
+    tree.items = {{u"C:\\a\\", ""}};
+    const Items before = tree.items;
+    FakeCall call({u"-CreateFolders", u"C:\\a\\b\\Co.\\d.txt"});
+    EXPECT_EQ(code_of(create_file(call, tree)), ErrorCode::Busy);
+    EXPECT_EQ(tree.removed_folders, (std::vector<std::u16string>{u"C:\\a\\b\\Co", u"C:\\a\\b"}));
+    EXPECT_EQ(tree.items, before);
 }
 
 TEST(ExchangeFiles, LeavesEveryFileSomewhereWhicheverRenameFails) {
@@ -190,6 +311,28 @@ TEST(ExchangeFiles, LeavesEveryFileSomewhereWhicheverRenameFails) {
     FakeCall call({u"", u"a", u"d.x\\b"});
     EXPECT_EQ(code_of(exchange_files(call, tree)), ErrorCode::Busy);
     EXPECT_TRUE(tree.items.contains(u"d.x\\b_tmp4294967295")); // no dot at the end
+}
+
+TEST(ExchangeFiles, FindsRoomForTheNameInBetween) {
+    const std::u16string pair = u"\xD83D\xDE00";
+    const std::u16string middle = u"_tmp4294967295";
+    struct Case {
+        std::u16string name, between;
+    };
+    for (const Case& c : {
+             Case{std::u16string(250, u'n') + u".txt",
+                  std::u16string(237, u'n') + middle + u".txt"},
+             Case{std::u16string(255, u'n'), std::u16string(241, u'n') + middle},
+             Case{std::u16string(240, u'n') + pair + u"n", std::u16string(240, u'n') + middle},
+             Case{u"n." + std::u16string(252, u'x'), u"n" + middle},
+         }) {
+        FakeTree tree;
+        tree.items = {{u"a", "1"}, {u"d\\" + c.name, "2"}};
+        tree.failing_move = 2;
+        FakeCall call({u"", u"a", u"d\\" + c.name});
+        EXPECT_EQ(code_of(exchange_files(call, tree)), ErrorCode::Busy);
+        EXPECT_TRUE(tree.items.contains(u"d\\" + c.between)) << utf8_from_utf16(c.name);
+    }
 }
 
 TEST(FolderOperations, TellWhatTheShellAnswers) {
@@ -242,6 +385,66 @@ TEST(FolderOperations, DoNothingWithoutAShellOrBeyondItsReach) {
     tree.items = {{u"C:\\\\", ""}};
     EXPECT_EQ(code_of(delete_folder(volume, tree)), ErrorCode::Busy);
     EXPECT_EQ(tree.shell_calls, 1);
+}
+
+// A path that leads to a volume leads to none of the folders in it.
+TEST(FolderOperations, RefuseWholeVolumes) {
+    for (const auto* volume : {u"C:", u"filewin:/C:", u"C:/", u"C:\\", u"\\\\?\\C:\\", u"//s/t"}) {
+        SCOPED_TRACE(utf8_from_utf16(volume));
+        FakeTree tree;
+        for (const auto* folder : {u"C:\\\\", u"C:/\\", u"\\\\?\\C:\\\\", u"//s/t\\"})
+            tree.items[folder];
+        for (const auto* switches : {u"", u"-deleteAllSubFoldersAndAllContents noWarning"}) {
+            FakeCall removal({switches, volume});
+            EXPECT_EQ(code_of(delete_folder(removal, tree)), ErrorCode::Busy);
+        }
+        FakeCall copy({u"", volume, u"D:\\copy"});
+        EXPECT_EQ(code_of(copy_folder(copy, tree)), ErrorCode::Busy);
+        FakeCall moved({u"", volume, u"D:\\moved"});
+        EXPECT_EQ(code_of(move_folder(moved, tree)), ErrorCode::Busy);
+        EXPECT_EQ(tree.shell_calls, 0);
+        EXPECT_EQ(tree.items.size(), 4u);
+    }
+}
+
+TEST(CopyFolder, LooksAtLengthsBeforeItWalks) {
+    FakeTree tree;
+    tree.items = {{u"C:\\a\\", ""}, {u"C:\\a\\b\\", ""}};
+    FakeCall call({u"", u"C:\\a", u"C:\\" + std::u16string(300, u'n')});
+    EXPECT_EQ(code_of(copy_folder(call, tree)), ErrorCode::PathTooLong);
+    EXPECT_EQ(tree.walks, 0);
+    EXPECT_LT(tree.looks, 5);
+}
+
+TEST(CopyFolder, LeavesNoNewEmptyFolderWhenItFails) {
+    const Items before{{u"C:\\a\\", ""},    {u"C:\\a\\b\\", ""},   {u"C:\\a\\b\\c\\", ""},
+                       {u"C:\\a\\d\\", ""}, {u"C:\\a\\d\\f", "1"}, {u"D:\\", ""},
+                       {u"D:\\e\\", ""},    {u"D:\\e\\a\\", ""},   {u"D:\\e\\a\\b\\", ""}};
+    struct Case {
+        std::u16string target, copied;
+        Items more;
+    };
+    for (const Case& c : {
+             Case{u"D:\\new\\copy", u"", {}},
+             Case{u"D:\\new\\copy",
+                  u"C:\\a\\d\\f",
+                  {{u"D:\\new\\", ""},
+                   {u"D:\\new\\copy\\", ""},
+                   {u"D:\\new\\copy\\d\\", ""},
+                   {u"D:\\new\\copy\\d\\f", "1"}}},
+             Case{u"D:\\e", u"", {}},
+         }) {
+        FakeTree tree;
+        tree.items = before;
+        tree.outcome = {5, false};
+        tree.copied = c.copied;
+        FakeCall call({u"", u"C:\\a", c.target});
+        EXPECT_EQ(number(code_of(copy_folder(call, tree))), 5);
+        Items after = before;
+        after.insert(c.more.begin(), c.more.end());
+        EXPECT_EQ(tree.items, after);
+        EXPECT_EQ(tree.shell_calls, 1);
+    }
 }
 
 TEST(CopyFolder, GivesNothingThatHoldsItselfOrIsIncomplete) {

@@ -151,7 +151,8 @@ TEST(InsertContents, PutsTheTextBehindThePosition) {
     EXPECT_EQ(run(insert, files, {u"-Encoding=BytesOnly", u"f", u"n", u"\u20AC", u"9"}), "-48");
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new", u"x", u"6"}), "-39");
     EXPECT_EQ(run(insert, files, {u"", u"none", u"new", u"x"}), "-43");
-    EXPECT_EQ(run(insert, files, {u"", u"f", u"new.", u"x"}), "-37");
+    for (const char16_t* bad : {u"...", u"f. ", u"nul", u"12:30"})
+        EXPECT_EQ(run(insert, files, {u"", u"f", bad, u"x"}), "-37");
     EXPECT_EQ(run(insert, files, {u"", u"f", u"new"}), "-50");
     EXPECT_EQ(files.contents().size(), 2U); // nothing temporary, nothing half made
 
@@ -225,7 +226,7 @@ TEST(ExportToFile, WritesContainersAndTexts) {
     EXPECT_THROW(run(export_file, files, failing), std::bad_alloc);
     EXPECT_EQ(files.open_files(), 0);
     EXPECT_EQ(files.contents().size(), 1U);
-    EXPECT_EQ(run(export_file, files, {u"", u"x", u"C:\\g..."}), "-37");
+    EXPECT_EQ(run(export_file, files, {u"", u"x", u"C:\\f. "}), "-48");
     EXPECT_EQ(run(export_file, files, std::vector<std::u16string>{u"", u"x"}), "-50");
     EXPECT_EQ(run(export_file, files, {u"", u"x", u"bare"}), "0");
     EXPECT_EQ(files.contents().size(), 2U);
@@ -235,7 +236,7 @@ TEST(WriteTurn, OneWriterAtATime) {
     WritableFiles files;
     files.add(u"C:\\f", "old");
     {
-        const auto turn = WriteTurn::take({u"c:/F", std::nullopt});
+        const auto turn = WriteTurn::take({u"c:/F. ", std::nullopt});
         ASSERT_TRUE(turn);
         for (const auto& [function, parameters] :
              {std::pair{set_file, std::vector<std::u16string>{u"", u"C:\\f", u"x"}},
