@@ -10,6 +10,7 @@
 #include <PDFDoc.h>
 #include <Stream.h>
 #include <TextOutputDev.h>
+#include <goo/Work.h>
 #include <goo/gfile.h>
 
 #include <algorithm>
@@ -57,31 +58,6 @@ void make_shared_poppler(std::vector<std::string>& notes) {
     static const SharedPoppler shared(notes);
 }
 
-// Bounds what a small file can make of itself by drawing the same things again and again: the steps
-// of its drawing, and the characters of a page, which are sorted all together.
-class Workload {
-  public:
-    explicit Workload(std::int64_t file_size)
-        : steps_left_(50'000'000 + 64 * std::min<std::int64_t>(file_size, largest_file)) {}
-
-    void begin_page() { characters_left_ = 2'000'000; }
-    void spend(std::int64_t steps) { steps_left_ -= steps; }
-    void spend_character() {
-        --steps_left_;
-        --characters_left_;
-    }
-    void give_up() { steps_left_ = -1; }
-    bool is_exhausted() const {
-        return steps_left_ < 0 || characters_left_ < 0 || FilterStream::isOutputExhausted();
-    }
-
-    static constexpr std::int64_t largest_file = std::int64_t{1} << 40;
-
-  private:
-    std::int64_t steps_left_;
-    std::int64_t characters_left_ = 0;
-};
-
 // Gathers Poppler's small pieces, and keeps what the sink reports.
 class SinkBuffer {
   public:
@@ -107,62 +83,19 @@ class SinkBuffer {
     Result<void> outcome_;
 };
 
-class TextPages : public TextOutputDev {
-  public:
-    TextPages(SinkBuffer& sink, Workload& workload)
-        : TextOutputDev(take, this, false, 0, false), sink_(sink), workload_(workload) {
-        setTextEOL(eolUnix);
+// Takes the text of a page. C++ exceptions must not be thrown through Poppler, which holds memory.
+void take_text(void* buffer, const char* text, int length) noexcept {
+    try {
+        if (!static_cast<SinkBuffer*>(buffer)->append({text, static_cast<std::size_t>(length)}))
+            Work::giveUp();
+    } catch (...) {
+        Work::giveUp();
     }
-
-    void startPage(int page, GfxState* state, XRef* xref) override {
-        workload_.begin_page();
-        TextOutputDev::startPage(page, state, xref);
-    }
-    void drawChar(GfxState* state, double x, double y, double dx, double dy, double origin_x,
-                  double origin_y, CharCode code, int bytes, const Unicode* unicode,
-                  int length) override {
-        workload_.spend_character();
-        if (!workload_.is_exhausted())
-            TextOutputDev::drawChar(state, x, y, dx, dy, origin_x, origin_y, code, bytes, unicode,
-                                    length);
-    }
-    // Poppler follows a form only when the device does not draw it, and asks just before.
-    bool useDrawForm() override {
-        constexpr int steps_of_a_form = 500;
-        workload_.spend(steps_of_a_form);
-        return workload_.is_exhausted();
-    }
-
-  private:
-    // C++ exceptions must not be thrown through it: Poppler holds locks and memory.
-    static void take(void* self, const char* text, int length) noexcept {
-        auto& pages = *static_cast<TextPages*>(self);
-        try {
-            if (!pages.sink_.append({text, static_cast<std::size_t>(length)}))
-                pages.workload_.give_up();
-        } catch (...) {
-            pages.workload_.give_up();
-        }
-    }
-
-    SinkBuffer& sink_;
-    Workload& workload_;
-};
-
-// Asked between the operators of a page, behind every eleventh.
-bool is_to_end(void* workload) {
-    constexpr int operators_between = 11;
-    auto& load = *static_cast<Workload*>(workload);
-    load.spend(operators_between);
-    return load.is_exhausted();
 }
 
-// For the document that this thread reads: enough to expand every byte of the file as far as it
-// goes.
-void limit_expansion(std::int64_t file_size) {
-    constexpr std::int64_t least = std::int64_t{128} << 20;
-    constexpr std::int64_t largest_ratio = 1032; // of deflate
-    FilterStream::limitOutput(least + largest_ratio * std::min(file_size, Workload::largest_file));
+// Asked now and then between the operators of a page.
+bool is_to_end(void*) {
+    return Work::isExhausted();
 }
 
 ErrorCode code_of(int poppler_error) {
@@ -205,23 +138,32 @@ BaseStream* make_stream(GooFile& file, std::int64_t size, std::string& bytes) {
     return new FileStream(&file, 0, false, size, Object(objNull));
 }
 
-Result<void> read_pages(PDFDoc& document, std::int64_t file_size, const params::ByteSink& sink) {
+Result<void> read_pages(PDFDoc& document, const params::ByteSink& sink) {
     // A page is an object of its own: numbers beyond that are not worth the trying.
     const int pages = std::min(document.getNumPages(), document.getXRef()->getNumObjects());
     if (pages <= 0)
         return Failure{ErrorCode::PdfWithoutPages};
     SinkBuffer buffer(sink);
-    Workload workload(file_size);
-    TextPages output(buffer, workload);
+    TextOutputDev output(take_text, &buffer, false, 0, false);
+    output.setTextEOL(eolUnix);
     constexpr double points_per_inch = 72;
-    for (int page = 1; page <= pages && !workload.is_exhausted(); ++page)
+    for (int page = 1; page <= pages && !Work::isExhausted(); ++page)
         document.displayPage(&output, page, points_per_inch, points_per_inch, 0, true, false, false,
-                             is_to_end, &workload);
-    VELL_TRY(buffer.flush());
-    // Half a text would pass for a whole one.
-    if (workload.is_exhausted())
-        return Failure{ErrorCode::PdfFailed};
-    return {};
+                             is_to_end, nullptr);
+    return buffer.flush();
+}
+
+// What the opened document gives out. What is cut short by the limit of work looks like damage, or
+// like a shorter text.
+Result<void> read_document(PDFDoc& document, const params::ByteSink& sink,
+                           std::vector<std::string>& notes) {
+    if (!document.isOk())
+        return Failure{code_of(document.getErrorCode())};
+    if (!document.okToCopy()) {
+        notes.push_back("PDF: Copying of text from this document is not allowed.");
+        return Failure{ErrorCode::PdfCopyForbidden};
+    }
+    return read_pages(document, sink);
 }
 
 } // namespace
@@ -233,16 +175,13 @@ Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSi
         make_shared_poppler(notes);
         const NoteScope scope(notes);
         const std::int64_t size = file->size();
-        limit_expansion(size);
+        Work::begin(size);
         std::string bytes;
         PDFDoc document(make_stream(*file, size, bytes));
-        if (!document.isOk())
-            return Failure{code_of(document.getErrorCode())};
-        if (!document.okToCopy()) {
-            notes.push_back("PDF: Copying of text from this document is not allowed.");
-            return Failure{ErrorCode::PdfCopyForbidden};
-        }
-        return read_pages(document, size, sink);
+        const Result<void> outcome = read_document(document, sink, notes);
+        if (Work::isExhausted() && (outcome || number(outcome.error()) > 0))
+            return Failure{ErrorCode::PdfFailed};
+        return outcome;
     } catch (...) { // mostly memory that cannot be had, for what a damaged file asks for
         return Failure{ErrorCode::PdfFailed};
     }

@@ -94,6 +94,23 @@ std::string compressed(const std::string& bytes) {
     return result;
 }
 
+// A stream as small as deflate makes it.
+std::string small_stream(const std::string& data, const std::string& entries = "") {
+    return stream(compressed(data), entries + " /Filter /FlateDecode");
+}
+
+// A white JPEG picture of this many pixels to a side; a block of it is two bits.
+std::string white_picture(unsigned side) {
+    const auto table = [](char kind) {
+        return std::string("\xFF\xC4\0\x14", 4) + kind + '\1' + std::string(16, '\0');
+    };
+    const std::string size{static_cast<char>(side >> 8), static_cast<char>(side)};
+    return "\xFF\xD8" + std::string("\xFF\xDB\0\x43\0", 5) + std::string(64, '\1') +
+           std::string("\xFF\xC0\0\x0B\x08", 5) + size + size + std::string("\1\1\x11\0", 4) +
+           table('\0') + table('\x10') + std::string("\xFF\xDA\0\x08\1\1\0\0\x3F\0", 10) +
+           std::string(side / 8 * (side / 8) / 4, '\0');
+}
+
 class PlainText : public PluginWithFolder {
   protected:
     std::u16string text_of(const std::u16string& path) {
@@ -180,6 +197,23 @@ TEST_F(PlainText, EndsForHostileDocuments) {
         functions.push_back(
             "<< /FunctionType 3 /Domain [0 1] /Bounds [0.5] /Encode [0 1 0 1] /Functions " + both);
     }
+    std::string fonts;
+    for (int i = 0; i < 200; ++i)
+        fonts += "/F" + std::to_string(i) + " 6 0 R ";
+    const std::vector<std::string> form_with_fonts{
+        stream("", " /Subtype /Form /BBox [0 0 9 9] /Resources << /Font << " + fonts + ">> >>"),
+        "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>"};
+    const auto drawn = [&](const std::string& content, const std::vector<std::string>& more = {},
+                           const std::string& resources = "") {
+        std::vector<std::string> objects{
+            catalogue, "<< /Kids [3 0 R] /Count 1 >>",
+            "<< /Type /Page /MediaBox [0 0 600 800] /Contents 4 0 R /Resources << /Font << /F "
+            "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >> >> " +
+                resources + " >> >>",
+            small_stream(content)};
+        objects.insert(objects.end(), more.begin(), more.end());
+        return pdf(objects);
+    };
     const std::string tint = "/ColorSpace << /C [/Separation /A /DeviceGray 5 0 R] >>";
     const struct {
         const char* what;
@@ -208,6 +242,36 @@ TEST_F(PlainText, EndsForHostileDocuments) {
         {"form fields", page(some_text, fields, "", "/AcroForm << /Fields [5 0 R] >>")},
         {"half a character", field("<FEFF0042 62>"), u""},
         {"a line that is no more than a mark", field("<FEFF0041000AFEFF>"), u"A\r\r"},
+        {"shadings",
+         drawn(
+             repeated("/S sh ", 3'000) + some_text,
+             {"<< /ShadingType 3 /ColorSpace /DeviceRGB /Coords [9 9 0 300 300 300] /Extend [true "
+              "true] /Function << /FunctionType 2 /Domain [0 1] /C0 [0 0 0] /C1 [1 1 1] /N 1 >> "
+              ">>"},
+             "/Shading << /S 5 0 R >>")},
+        {"words at one place",
+         drawn("BT /F 12 Tf 1 0 0 1 100 700 Tm " +
+               repeated("(a) Tj -9 0 Td (b) Tj 9 0 Td ", 32'000) + "ET"),
+         u"$$99"},
+        {"a picture for operators",
+         pdf({catalogue, "<< /Kids [3 0 R] /Count 1 >>", "<< /Type /Page /Contents 4 0 R >>",
+              stream(compressed(white_picture(32'000)), " /Filter [/FlateDecode /DCTDecode]")}),
+         u"$$99"},
+        {"a form with fonts", drawn(repeated("/X Do ", 20'000), form_with_fonts, x), u"$$99"},
+        {"an array of millions", drawn("[" + repeated("0 ", 6'000'000) + "] " + some_text),
+         u"$$99"},
+        {"states that are kept", drawn(repeated("q ", 1'000'000) + some_text), u"$$99"},
+        {"a long text for a short one",
+         drawn("BT /F 12 Tf 10 10 Td " + repeated("/Span /P BDC (a) Tj EMC ", 1'000) + "ET",
+               {"<< /ActualText (" + repeated("abcdefgh ", 7'000) + ") >>"},
+               "/Properties << /P 5 0 R >>"),
+         u"$$99"},
+        {"a CMap of all codes",
+         page(some_text,
+              {stream("begincmap 1 begincidrange <00000000> <ffffffff> 0 endcidrange endcmap",
+                      " /Type /CMap")},
+              "", "", japanese_font("5 0 R")),
+         u"$$99"},
         {"blanks without end",
          pdf({catalogue, "<< /Kids [3 0 R] /Count 1 >>", "<< /Type /Page /Contents 4 0 R >>",
               "[" + repeated("5 0 R ", 200) + "]",
