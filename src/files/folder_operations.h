@@ -31,8 +31,8 @@ inline Result<void> copy_folder(params::Call& call) {
 }
 
 // VlFile_MoveFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
-// source is none, MoveIntoItself for a destination that is the source or lies in it. A folder is not
-// moved to another volume: Windows' number 17 (ERROR_NOT_SAME_DEVICE).
+// source is none, MoveIntoItself for a destination that is the source or lies in it. A folder is
+// not moved to another volume: Windows' number 17 (ERROR_NOT_SAME_DEVICE).
 Result<void> move_folder(params::Call& call, TreeSystem& tree);
 inline Result<void> move_folder(params::Call& call) {
     return move_folder(call, system_tree());

@@ -90,8 +90,7 @@ Result<RewrittenFile> rewritten_file(Call& call, FileSystem& files, std::size_t 
     file.source = VELL_TRY(call.path(source_index));
     const std::u16string destination = call.text(destination_index);
     if (!destination.empty() && destination != call.text(source_index))
-        file.destination =
-            VELL_TRY(path_to_make(files, file.source, call.path(destination_index)));
+        file.destination = VELL_TRY(path_to_make(files, file.source, call.path(destination_index)));
     return file;
 }
 

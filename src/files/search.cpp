@@ -1,9 +1,9 @@
 #include "src/files/search.h"
 
 #include "src/base/ascii.h"
+#include "src/files/item_names.h"
 #include "src/files/listing_words.h"
 #include "src/files/name_pattern.h"
-#include "src/files/item_names.h"
 #include "src/files/path_parts.h"
 #include "src/params/path_form.h"
 #include "src/params/switch_number.h"

@@ -144,7 +144,8 @@ TEST_F(Disks, AreMountedOnFreeLetters) {
     const auto cases = testing::cells(
         u"|srv|/pub|0 connect Z: \\\\srv\\pub  ||\\\\srv|pub/|0 connect Z: \\\\srv\\pub  |"
         u"|SMB://srv/pub||0 connect Z: \\\\srv\\pub  |||\\\\srv\\pub|0 connect Z: \\\\srv\\pub  |"
-        u"||file://srv/pub/|0 connect Z: \\\\srv\\pub  ||file://srv/pub||0 connect Z: \\\\srv\\pub  |"
+        u"||file://srv/pub/|0 connect Z: \\\\srv\\pub  ||file://srv/pub||0 connect Z: \\\\srv\\pub "
+        u" |"
         u"|SRV|//srv/pub|0 connect Z: \\\\srv\\pub  |"
         u"-DriveLetter=q: -Persistent -ReturnPath|srv|pub\\x|Q:\\ connect Q: \\\\srv\\pub\\x   "
         u"kept|"
