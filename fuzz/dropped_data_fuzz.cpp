@@ -2,7 +2,7 @@
 #include "fuzz/input.h"
 #include "src/base/ascii.h"
 #include "src/dragdrop/dropped_data.h"
-#include "src/files/path_parts.h"
+#include "src/files/item_names.h"
 
 #include <algorithm>
 #include <set>
