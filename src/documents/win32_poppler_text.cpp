@@ -175,7 +175,7 @@ Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSi
         make_shared_poppler(notes);
         const NoteScope scope(notes);
         const std::int64_t size = file->size();
-        Work::begin(size);
+        Work work(size);
         std::string bytes;
         PDFDoc document(make_stream(*file, size, bytes));
         const Result<void> outcome = read_document(document, sink, notes);
