@@ -1,6 +1,7 @@
 // Path prefixes against a reading line by line. The bits of the input's first byte choose what is
 // accepted; the rest is the path.
 #include "fuzz/input.h"
+#include "src/base/ascii.h"
 #include "src/base/utf8.h"
 #include "src/files/path_references.h"
 #include "src/params/path_form.h"
@@ -93,13 +94,16 @@ void check_resolving(const Choice& choice, const std::u16string& path) {
         const vell::ErrorCode error = native.error();
         FUZZ_CHECK(error == vell::ErrorCode::BadParameter ||
                    error == vell::ErrorCode::SeveralLines ||
-                   error == vell::ErrorCode::ErrorAsPath || error == vell::ErrorCode::BadName);
+                   error == vell::ErrorCode::ErrorAsPath || error == vell::ErrorCode::BadName ||
+                   (error == vell::ErrorCode::PathTooLong && path.size() > longest_path));
         return;
     }
     const std::u16string& wide = native->wide;
     FUZZ_CHECK(!wide.empty() && !wide.starts_with(u"$$"));
     FUZZ_CHECK(wide.find(u'\0') == std::u16string::npos);
-    FUZZ_CHECK(wide.size() <= path.size() + (choice.as_folder ? 1 : 0));
+    const bool is_root_of_drive = wide.size() == 3 && wide.ends_with(u":\\");
+    FUZZ_CHECK(wide.size() <= path.size() + (choice.as_folder || is_root_of_drive ? 1 : 0));
+    FUZZ_CHECK(wide.size() != 2 || wide[1] != u':' || !vell::is_letter(wide[0]));
     FUZZ_CHECK(!choice.as_folder || wide.ends_with(u'\\'));
     FUZZ_CHECK(native->narrow.has_value() && native->narrow->size() == wide.size());
 }
