@@ -2,6 +2,9 @@
 // one.
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
 namespace vell {
 
 constexpr bool is_high_surrogate(char32_t unit) {
@@ -24,6 +27,13 @@ constexpr char16_t high_surrogate(char32_t character) {
 }
 constexpr char16_t low_surrogate(char32_t character) {
     return static_cast<char16_t>(0xDC00 + (character & 0x3FF));
+}
+
+// At most so many units of a text, without the first half of a character at their end.
+constexpr std::u16string_view beginning(std::u16string_view text, std::size_t length) {
+    if (length < text.size() && length > 0 && is_high_surrogate(text[length - 1]))
+        --length;
+    return text.substr(0, length);
 }
 
 } // namespace vell

@@ -76,9 +76,7 @@ NameParts parts_within(std::u16string_view name, std::size_t length) {
     NameParts parts{std::u16string(name.substr(0, point)), std::u16string(name.substr(point))};
     const std::size_t room = length - parts.extension.size();
     if (parts.stem.size() > room) {
-        parts.stem.resize(room);
-        if (is_high_surrogate(parts.stem.back()))
-            parts.stem.pop_back();
+        parts.stem.resize(beginning(parts.stem, room).size());
         parts.stem.resize(parts.stem.find_last_not_of(u" .") + 1);
     }
     if (parts.stem.empty())

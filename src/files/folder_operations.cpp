@@ -228,12 +228,8 @@ Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMess
 
 std::u16string deletion_question(std::u16string_view name) {
     constexpr std::size_t longest_name = 25;
-    if (name.size() > longest_name) {
-        name = name.substr(0, longest_name);
-        if (is_high_surrogate(name.back()))
-            name.remove_suffix(1); // half a character
-    }
-    return u"Do you really want to delete the folder \"" + std::u16string(name) +
+    return u"Do you really want to delete the folder \"" +
+           std::u16string(beginning(name, longest_name)) +
            u"\" and its contents? All its files and subdirectories will be deleted. This can not "
            u"be undone.";
 }

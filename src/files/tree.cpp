@@ -89,13 +89,6 @@ Result<void> transfer_file(Call& call, TreeSystem& tree, Transfer transfer) {
     return {};
 }
 
-// The first characters of a text, of which the last is whole.
-std::u16string_view beginning(std::u16string_view text, std::size_t length) {
-    if (length < text.size() && length > 0 && is_high_surrogate(text[length - 1]))
-        --length;
-    return text.substr(0, length);
-}
-
 // "name_tmp<ticks>.extension" beside the file; without the dot when the name has none, since
 // Windows would cut it off. Of a name that this makes too long the end is left out.
 NativePath exchange_path(const NativePath& file, std::uint32_t ticks) {

@@ -15,8 +15,7 @@ struct ImageDataTags {
 constexpr ImageDataTags image_data_tags[] = {{513, 514}, {273, 279}};
 
 // Tags whose values may hold offsets to anywhere: SubIFDs, maker notes, DNGPrivateData.
-constexpr std::uint16_t referring_tags[] = {330, tag::maker_note, 50740};
-constexpr FieldType ifd_offset{13}; // TIFF Technical Note 1
+constexpr std::uint16_t referring_tags[] = {tag::sub_directories, tag::maker_note, 50740};
 
 // Whether the entry may lead to bytes that the lists of directories and values do not tell. The
 // value of a type that is not known may stand anywhere, and have any length.

@@ -31,6 +31,10 @@ enum class FieldType : std::uint16_t {
     Utf8 = 129, // ends with a zero byte
 };
 
+// The offset of a directory, otherwise a Long (TIFF Technical Note 1). Not known to the tag
+// readers.
+inline constexpr FieldType ifd_offset{13};
+
 // Bytes of one value of the types 0 to 12.
 inline constexpr std::array<std::uint8_t, 13> field_type_sizes{0, 1, 1, 2, 4, 8, 1,
                                                                1, 2, 4, 8, 4, 8};

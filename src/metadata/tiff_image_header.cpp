@@ -201,8 +201,7 @@ class DirectoryReader {
     }
 
     std::vector<std::uint32_t> offsets(IfdEntry entry) {
-        constexpr FieldType directory_offset{13}; // a Long (TIFF Technical Note 1)
-        if (entry.type == directory_offset)
+        if (entry.type == ifd_offset)
             entry.type = FieldType::Long;
         std::vector<std::uint32_t> numbers;
         if (entry.type != FieldType::Long)
