@@ -5,7 +5,7 @@
 #include "bench/peers.h"
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
-#include "src/files/digest.h"
+#include "src/files/information/digest.h"
 
 #include <cstdio>
 #include <functional>

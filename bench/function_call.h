@@ -1,8 +1,8 @@
 // One call of a function through the dispatcher, to be made again and again.
 #pragma once
 
-#include "src/host/dispatcher.h"
-#include "src/host/host_data.h"
+#include "src/host/bridge/host_data.h"
+#include "src/host/lifecycle/dispatcher.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 #include "fuzz/input.h"
 #include "src/base/ascii.h"
 #include "src/dragdrop/dropped_data.h"
-#include "src/files/item_names.h"
+#include "src/files/tree/item_names.h"
 
 #include <algorithm>
 #include <set>

@@ -3,7 +3,7 @@
 #include "fuzz/input.h"
 #include "src/base/ascii.h"
 #include "src/base/utf8.h"
-#include "src/files/path_references.h"
+#include "src/files/paths/path_references.h"
 #include "src/params/path_form.h"
 #include "src/params/paths.h"
 

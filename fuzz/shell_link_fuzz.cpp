@@ -1,6 +1,6 @@
 // Link files: what is read of them, and that a relative path put in comes out again.
 #include "fuzz/input.h"
-#include "src/files/shell_link_file.h"
+#include "src/formats/shell_link_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);

@@ -3,7 +3,7 @@
 // First line: a number whose bits choose letter case and length of blocks, as one byte; then the
 // search text and the replacement, a line each; the rest is the stream.
 #include "fuzz/input.h"
-#include "src/files/substituter.h"
+#include "src/files/contents/substituter.h"
 #include "tests/portable/references.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // interface: the registrations that it collected, counts of live objects, and failures on demand.
 #pragma once
 
-#include "src/host/fm_api.h"
+#include "src/host/bridge/fm_api.h"
 
 #include <cstdint>
 

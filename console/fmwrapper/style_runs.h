@@ -1,7 +1,7 @@
 // Character styles and the runs in which a text wears them.
 #pragma once
 
-#include "src/host/fm_api.h"
+#include "src/host/bridge/fm_api.h"
 
 #include <cstdint>
 #include <vector>

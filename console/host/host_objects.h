@@ -3,7 +3,7 @@
 #pragma once
 
 #include "console/calc/value.h"
-#include "src/host/fm_api.h"
+#include "src/host/bridge/fm_api.h"
 
 #include <memory>
 #include <stdexcept>

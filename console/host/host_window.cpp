@@ -1,7 +1,7 @@
 #include "console/host/host_window.h"
 
 #include "console/host/wide_text.h"
-#include "src/host/main_window.h"
+#include "src/host/lifecycle/main_window.h"
 
 #include <algorithm>
 #include <stdexcept>

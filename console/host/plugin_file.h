@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/base/result.h"
-#include "src/host/call_record.h"
+#include "src/host/bridge/call_record.h"
 
 #include <string>
 

@@ -10,7 +10,7 @@
 #include "console/fmwrapper/control.h"
 #include "console/host/host_objects.h"
 #include "src/base/result.h"
-#include "src/host/call_record.h"
+#include "src/host/bridge/call_record.h"
 
 #include <cstdint>
 #include <mutex>

@@ -1,9 +1,9 @@
 // What archives need of the system beside the file access layer.
 #pragma once
 
-#include "src/files/file_access.h"
-#include "src/files/folder_reader.h"
 #include "src/params/calendar_time.h"
+#include "src/system/file_access.h"
+#include "src/system/folder_reader.h"
 
 #include <memory>
 

@@ -3,10 +3,10 @@
 #include "src/base/ascii.h"
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
-#include "src/files/folder_lister.h"
-#include "src/files/item_names.h"
-#include "src/files/path_parts.h"
-#include "src/files/temporary_copy.h"
+#include "src/files/contents/temporary_copy.h"
+#include "src/files/listing/folder_lister.h"
+#include "src/files/paths/path_parts.h"
+#include "src/files/tree/item_names.h"
 
 #include <algorithm>
 #include <new>

@@ -2,7 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/base/utf8.h"
-#include "src/files/item_names.h"
+#include "src/files/tree/item_names.h"
 
 #include <algorithm>
 

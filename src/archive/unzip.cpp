@@ -1,6 +1,6 @@
 #include "src/archive/zip_functions.h"
-#include "src/files/item_names.h"
-#include "src/files/path_parts.h"
+#include "src/files/paths/path_parts.h"
+#include "src/files/tree/item_names.h"
 
 namespace vell::archive {
 namespace {

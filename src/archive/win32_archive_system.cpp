@@ -1,9 +1,9 @@
 // What archives need of the system, over Windows' calls.
 #include "src/archive/archive_system.h"
-#include "src/files/file_times.h"
-#include "src/files/tree_system.h"
-#include "src/files/win32_file.h"
-#include "src/files/win32_path.h"
+#include "src/files/information/file_times.h"
+#include "src/system/tree_system.h"
+#include "src/windows/win32_file.h"
+#include "src/windows/win32_path.h"
 
 namespace vell::archive {
 namespace {

@@ -2,8 +2,8 @@
 
 #include "src/archive/zip_reader.h"
 #include "src/base/utf8.h"
-#include "src/files/path_parts.h"
-#include "src/files/temporary_copy.h"
+#include "src/files/contents/temporary_copy.h"
+#include "src/files/paths/path_parts.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "src/documents/plain_text.h"
 
-#include "src/files/command_output.h"
-#include "src/files/information.h"
+#include "src/files/commands/command_output.h"
+#include "src/files/information/information.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // PDF files as text.
 #pragma once
 
-#include "src/files/file_access.h"
 #include "src/params/call.h"
+#include "src/system/file_access.h"
 
 #include <functional>
 #include <string>

@@ -4,7 +4,7 @@
 #include "src/base/win32_com.h"
 #include "src/base/win32_text.h"
 #include "src/documents/encoding_data.h"
-#include "src/files/win32_path.h"
+#include "src/windows/win32_path.h"
 
 #include <shlobj.h>
 

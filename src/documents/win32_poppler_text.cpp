@@ -2,7 +2,7 @@
 
 #include "src/base/win32_handle.h"
 #include "src/documents/encoding_data.h"
-#include "src/files/win32_path.h"
+#include "src/windows/win32_path.h"
 
 #include <Error.h>
 #include <ErrorCodes.h>

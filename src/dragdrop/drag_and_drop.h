@@ -2,8 +2,8 @@
 #pragma once
 
 #include "src/dragdrop/drop_windows.h"
-#include "src/files/file_access.h"
 #include "src/params/call.h"
+#include "src/system/file_access.h"
 
 #include <deque>
 

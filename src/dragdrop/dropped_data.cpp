@@ -4,7 +4,7 @@
 #include "src/base/bytes.h"
 #include "src/base/number_text.h"
 #include "src/base/utf16.h"
-#include "src/files/item_names.h"
+#include "src/files/tree/item_names.h"
 
 #include <algorithm>
 

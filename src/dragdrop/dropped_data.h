@@ -2,7 +2,7 @@
 // descriptions of contents without a file (CFSTR_FILEDESCRIPTORW, a FILEGROUPDESCRIPTORW).
 #pragma once
 
-#include "src/files/file_access.h"
+#include "src/system/file_access.h"
 
 #include <cstdint>
 #include <functional>

@@ -2,7 +2,7 @@
 // byte is read once, however many occurrences are asked for.
 #pragma once
 
-#include "src/files/buffered_reader.h"
+#include "src/files/contents/buffered_reader.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,11 +1,11 @@
 // Reads the metadata of a file.
 #pragma once
 
-#include "src/files/buffered_reader.h"
-#include "src/files/file_access.h"
+#include "src/files/contents/buffered_reader.h"
 #include "src/metadata/metadata_request.h"
 #include "src/metadata/metadata_text.h"
 #include "src/params/call.h"
+#include "src/system/file_access.h"
 
 namespace vell::metadata {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/base/result.h"
-#include "src/files/buffered_reader.h"
+#include "src/files/contents/buffered_reader.h"
 
 #include <cstdint>
 #include <string_view>

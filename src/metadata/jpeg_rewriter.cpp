@@ -1,8 +1,8 @@
 #include "src/metadata/jpeg_rewriter.h"
 
 #include "src/base/bytes.h"
-#include "src/files/buffered_reader.h"
-#include "src/files/rewriting.h"
+#include "src/files/contents/buffered_reader.h"
+#include "src/files/contents/rewriting.h"
 #include "src/metadata/multi_picture.h"
 
 #include <algorithm>

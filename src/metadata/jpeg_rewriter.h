@@ -4,8 +4,8 @@
 #pragma once
 
 #include "src/base/result.h"
-#include "src/files/file_access.h"
 #include "src/metadata/jpeg_markers.h"
+#include "src/system/file_access.h"
 
 #include <cstdint>
 #include <optional>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "src/base/result.h"
-#include "src/files/buffered_reader.h"
+#include "src/files/contents/buffered_reader.h"
 #include "src/metadata/metadata_request.h"
 #include "src/metadata/metadata_text.h"
 

@@ -1,7 +1,7 @@
 // Bytes that a format announces and that must all be there.
 #pragma once
 
-#include "src/files/buffered_reader.h"
+#include "src/files/contents/buffered_reader.h"
 
 #include <string>
 

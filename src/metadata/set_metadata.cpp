@@ -1,7 +1,7 @@
 #include "src/metadata/set_metadata.h"
 
 #include "src/base/utf8.h"
-#include "src/files/rewriting.h"
+#include "src/files/contents/rewriting.h"
 #include "src/metadata/exif_writer.h"
 #include "src/metadata/iptc_writer.h"
 #include "src/metadata/jpeg_rewriter.h"

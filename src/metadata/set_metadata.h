@@ -1,8 +1,8 @@
 // Writes metadata into JPEG files.
 #pragma once
 
-#include "src/files/file_access.h"
 #include "src/params/call.h"
+#include "src/system/file_access.h"
 
 namespace vell::metadata {
 

@@ -1,5 +1,5 @@
 // Reading the contents of files, over files in memory.
-#include "src/files/contents.h"
+#include "src/files/contents/contents.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/fake_files.h"
 

@@ -1,5 +1,5 @@
 // Checksums over files in memory, with digests that only remember or fail.
-#include "src/files/digest.h"
+#include "src/files/information/digest.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/fake_files.h"
 #include "tests/portable/writable_files.h"

@@ -1,8 +1,8 @@
 // Functions on disks and special folders that exist only here.
 #include "src/base/ascii.h"
-#include "src/files/disk_names.h"
-#include "src/files/disks.h"
-#include "src/files/special_folders.h"
+#include "src/files/disks/disk_names.h"
+#include "src/files/disks/disks.h"
+#include "src/files/paths/special_folders.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/table_text.h"
 

@@ -1,7 +1,7 @@
 // What fails at the operation that a test chooses.
 #pragma once
 
-#include "src/files/file_access.h"
+#include "src/system/file_access.h"
 
 #include <limits>
 

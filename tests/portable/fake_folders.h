@@ -1,7 +1,7 @@
 // Folders that exist only in a test.
 #pragma once
 
-#include "src/files/folder_reader.h"
+#include "src/system/folder_reader.h"
 
 #include <algorithm>
 #include <functional>

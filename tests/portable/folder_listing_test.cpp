@@ -1,7 +1,7 @@
 // Listings and sizes of folders that exist only here.
-#include "src/files/folder_lister.h"
-#include "src/files/folder_size.h"
-#include "src/files/listing.h"
+#include "src/files/listing/folder_lister.h"
+#include "src/files/listing/folder_size.h"
+#include "src/files/listing/listing.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_files.h"
 #include "tests/portable/fake_folders.h"

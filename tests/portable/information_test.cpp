@@ -1,7 +1,7 @@
 // Attributes, types, sizes and names, over properties in memory.
-#include "src/files/attributes.h"
-#include "src/files/information.h"
-#include "src/files/path_to.h"
+#include "src/files/information/attributes.h"
+#include "src/files/information/information.h"
+#include "src/files/paths/path_to.h"
 #include "tests/portable/answer_of.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What the desktop is asked for, and what the dialogs are.
-#include "src/files/launching.h"
-#include "src/files/select_dialogs.h"
-#include "src/files/shell.h"
+#include "src/files/commands/shell.h"
+#include "src/files/desktop/launching.h"
+#include "src/files/desktop/select_dialogs.h"
 #include "tests/portable/answer_of.h"
 
 #include <gtest/gtest.h>

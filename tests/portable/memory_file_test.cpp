@@ -1,5 +1,5 @@
 // Files that live in memory.
-#include "src/files/file_access.h"
+#include "src/system/file_access.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Searching folders that exist only here.
 #include "src/base/ascii.h"
-#include "src/files/name_pattern.h"
-#include "src/files/search.h"
+#include "src/files/listing/name_pattern.h"
+#include "src/files/listing/search.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_files.h"
 #include "tests/portable/fake_folders.h"

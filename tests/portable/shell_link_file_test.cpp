@@ -1,6 +1,6 @@
 // What our own code reads and writes of shell links, and the values of their switches.
 #include "src/base/utf8.h"
-#include "src/files/shell_link_file.h"
+#include "src/formats/shell_link_file.h"
 #include "src/params/switch_text.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Commands that exist only here: their output, their times and their settings.
-#include "src/files/shell.h"
+#include "src/files/commands/shell.h"
 #include "tests/portable/fake_call.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Replacing texts in a stream: every result against a naive one.
-#include "src/files/substituter.h"
+#include "src/files/contents/substituter.h"
 #include "tests/portable/references.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // Texts converted for and from files, characters by number, references as paths, classic types.
-#include "src/files/character_codes.h"
-#include "src/files/mac_properties.h"
-#include "src/files/path_references.h"
-#include "src/files/text_conversion.h"
+#include "src/files/contents/character_codes.h"
+#include "src/files/contents/text_conversion.h"
+#include "src/files/information/mac_properties.h"
+#include "src/files/paths/path_references.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/fake_files.h"
 

@@ -1,9 +1,9 @@
 // The tree functions where no real system shows it: failures halfway, a shell that is missing or
 // refuses, answers of the user.
-#include "src/files/folder_operations.h"
-#include "src/files/item_names.h"
-#include "src/files/path_parts.h"
-#include "src/files/tree.h"
+#include "src/files/paths/path_parts.h"
+#include "src/files/tree/folder_operations.h"
+#include "src/files/tree/item_names.h"
+#include "src/files/tree/tree.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_files.h"
 

@@ -1,5 +1,5 @@
 // VlFile_GetContents on the system's own files, through the host.
-#include "src/files/file_access.h"
+#include "src/system/file_access.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>

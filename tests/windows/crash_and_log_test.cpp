@@ -1,6 +1,6 @@
 // The permanent log, and the end of a process whose function crashed.
-#include "src/host/crash_report.h"
-#include "src/host/log_file.h"
+#include "src/host/diagnostics/crash_report.h"
+#include "src/host/diagnostics/log_file.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <filesystem>

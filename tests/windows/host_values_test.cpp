@@ -1,8 +1,8 @@
 // Values on their way between the host and the plug-in.
-#include "src/host/host_call_object.h"
-#include "src/host/host_data.h"
-#include "src/host/late_entry_points.h"
-#include "src/host/styled_text.h"
+#include "src/host/bridge/host_call_object.h"
+#include "src/host/bridge/host_data.h"
+#include "src/host/bridge/late_entry_points.h"
+#include "src/host/bridge/styled_text.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <zlib.h>

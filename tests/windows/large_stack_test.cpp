@@ -1,5 +1,5 @@
 // Work on a stack of its own, on the calling thread.
-#include "src/host/large_stack.h"
+#include "src/host/lifecycle/large_stack.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

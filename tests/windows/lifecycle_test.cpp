@@ -1,8 +1,8 @@
 // Start-up, messages and shutdown, as a host of each kind and version sees them.
-#include "src/files/defaults.h"
-#include "src/host/debug_log.h"
-#include "src/host/main_window.h"
-#include "src/host/registry.h"
+#include "src/files/paths/defaults.h"
+#include "src/host/diagnostics/debug_log.h"
+#include "src/host/lifecycle/main_window.h"
+#include "src/host/vocabulary/registry.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Texts of PDF files through Poppler: sound, strange and hostile ones.
 #include "src/base/utf8.h"
 #include "src/documents/win32_poppler_text.h"
-#include "src/host/large_stack.h"
+#include "src/host/lifecycle/large_stack.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <zlib.h>

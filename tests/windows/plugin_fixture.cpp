@@ -1,7 +1,7 @@
 #include "tests/windows/plugin_fixture.h"
 
-#include "src/host/debug_log.h"
-#include "src/host/dispatcher.h"
+#include "src/host/diagnostics/debug_log.h"
+#include "src/host/lifecycle/dispatcher.h"
 
 #include <winioctl.h>
 

@@ -4,8 +4,8 @@
 #include "console/host/plugin_host.h"
 #include "src/base/win32_handle.h"
 #include "src/base/win32_text.h"
-#include "src/host/licence.h"
-#include "src/host/plugin_state.h"
+#include "src/host/lifecycle/licence.h"
+#include "src/host/lifecycle/plugin_state.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -1,6 +1,6 @@
 // Searching real trees, the machine's own disks and special folders, through the host.
 #include "src/base/utf8.h"
-#include "src/files/special_folders.h"
+#include "src/files/paths/special_folders.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <set>

@@ -1,6 +1,6 @@
 // The functions that change the tree of files and folders, through the host, on real ones.
-#include "src/files/temporary_copy.h"
-#include "src/files/tree_system.h"
+#include "src/files/contents/temporary_copy.h"
+#include "src/system/tree_system.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Functions that write the contents of files, on the system's own, through the host.
 #include "console/host/container_file.h"
 #include "console/host/host_objects.h"
-#include "src/files/defaults.h"
+#include "src/files/paths/defaults.h"
 #include "tests/portable/references.h"
 #include "tests/windows/plugin_fixture.h"
 

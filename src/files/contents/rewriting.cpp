@@ -1,0 +1,149 @@
+#include "src/files/contents/rewriting.h"
+
+#include "src/base/utf8.h"
+#include "src/files/contents/temporary_copy.h"
+#include "src/files/contents/write_turn.h"
+#include "src/files/tree/item_names.h"
+
+#include <algorithm>
+#include <exception>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+
+// A copy that stays, and is named in the debug log, unless it is removed.
+class KeptCopy {
+  public:
+    KeptCopy(Call& call, FileSystem& files, NativePath path)
+        : call_(call), files_(files), path_(std::move(path)) {}
+    KeptCopy(const KeptCopy&) = delete;
+    KeptCopy& operator=(const KeptCopy&) = delete;
+    ~KeptCopy() {
+        if (removed_)
+            return;
+        try {
+            call_.debug_note("The temporary copy is left at " + utf8_from_utf16(path_.wide));
+        } catch (const std::exception&) {
+            // The copy itself is what counts.
+        }
+    }
+
+    const NativePath& path() const { return path_; }
+    Result<void> remove() {
+        VELL_TRY(files_.remove(path_));
+        removed_ = true;
+        return {};
+    }
+
+  private:
+    Call& call_;
+    FileSystem& files_;
+    NativePath path_;
+    bool removed_ = false;
+};
+
+Result<void> rewrite_in_place(Call& call, FileSystem& files, const NativePath& path,
+                              const RewritingWork& work) {
+    const WriteTurn turn = VELL_TRY(WriteTurn::take(path));
+    // A file that may not be written is not worth a copy.
+    VELL_TRY(check_writable(files, path));
+    KeptCopy copy(call, files, VELL_TRY(make_temporary_copy(files, path)));
+    {
+        const std::unique_ptr<File> from = VELL_TRY(files.open(copy.path(), Permission::Read));
+        const std::unique_ptr<File> to = VELL_TRY(files.open(path, Permission::Write));
+        const std::uint64_t length = VELL_TRY(to->size());
+        if (VELL_TRY(from->size()) != length)
+            return Failure{ErrorCode::Busy}; // somebody else has changed it in between
+        VELL_TRY(to->set_end_of_file());
+        VELL_TRY(work(*from, *to));
+        VELL_TRY(to->close());
+    }
+    return copy.remove();
+}
+
+Result<void> write_new(FileSystem& files, File& from, const NativePath& path,
+                       const RewritingWork& work) {
+    const std::unique_ptr<File> to = VELL_TRY(files.open(path, Permission::Write));
+    VELL_TRY(work(from, *to));
+    return to->close();
+}
+
+Result<void> rewrite_to_new(FileSystem& files, const RewrittenFile& file,
+                            const RewritingWork& work) {
+    const NativePath& destination = *file.destination;
+    const WriteTurn turn = VELL_TRY(WriteTurn::take(destination));
+    const std::unique_ptr<File> from = VELL_TRY(files.open(file.source, Permission::Read));
+    VELL_TRY(files.create_new(destination));
+    UnfinishedFile unfinished(files, destination);
+    VELL_TRY(write_new(files, *from, destination, work));
+    unfinished.keep();
+    return {};
+}
+
+} // namespace
+
+Result<RewrittenFile> rewritten_file(Call& call, FileSystem& files, std::size_t source_index,
+                                     std::size_t destination_index) {
+    RewrittenFile file;
+    file.source = VELL_TRY(call.path(source_index));
+    const std::u16string destination = call.text(destination_index);
+    if (!destination.empty() && destination != call.text(source_index))
+        file.destination = VELL_TRY(path_to_make(files, file.source, call.path(destination_index)));
+    return file;
+}
+
+Result<void> rewrite(Call& call, FileSystem& files, const RewrittenFile& file,
+                     const RewritingWork& work) {
+    return file.destination ? rewrite_to_new(files, file, work)
+                            : rewrite_in_place(call, files, file.source, work);
+}
+
+Result<void> BlockWriter::write(File& to, std::string_view bytes) {
+    while (gathered_.size() + bytes.size() >= block_size) {
+        const std::size_t room = block_size - gathered_.size();
+        if (gathered_.empty()) {
+            VELL_TRY(to.write(bytes.substr(0, block_size)));
+        } else {
+            gathered_.insert(gathered_.end(), bytes.begin(), bytes.begin() + room);
+            VELL_TRY(flush(to));
+        }
+        bytes.remove_prefix(room);
+    }
+    gathered_.insert(gathered_.end(), bytes.begin(), bytes.end());
+    return {};
+}
+
+Result<void> BlockWriter::flush(File& to) {
+    if (gathered_.empty())
+        return {};
+    VELL_TRY(to.write({gathered_.data(), gathered_.size()}));
+    gathered_.clear();
+    return {};
+}
+
+Result<std::size_t> Copier::copy_some(File& from, File& to, std::size_t most) {
+    const std::size_t done = VELL_TRY(from.read({buffer_.data(), most}));
+    VELL_TRY(to.write({buffer_.data(), done}));
+    return done;
+}
+
+Result<void> Copier::copy(File& from, File& to, std::uint64_t count) {
+    while (count > 0) {
+        const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(count, buffer_.size()));
+        const std::size_t done = VELL_TRY(copy_some(from, to, most));
+        if (done == 0)
+            return Failure{ErrorCode::EndOfFile};
+        count -= done;
+    }
+    return {};
+}
+
+Result<void> Copier::copy_rest(File& from, File& to) {
+    while (VELL_TRY(copy_some(from, to, buffer_.size())) > 0)
+        continue;
+    return {};
+}
+
+} // namespace vell::files

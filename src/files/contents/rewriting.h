@@ -1,0 +1,65 @@
+// The frame of functions that write a changed copy of a file, to a new file or in its own place.
+#pragma once
+
+#include "src/params/call.h"
+#include "src/system/file_access.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace vell::files {
+
+// Bytes that are read or gathered at a time: whole pages, which the system writes fastest.
+inline constexpr std::size_t block_size = 256 * 1024;
+
+struct RewrittenFile {
+    NativePath source;
+    std::optional<NativePath> destination; // nullopt: the source's own place
+};
+
+// The two paths of a call, by index. An empty destination, or one that is the same text as the
+// source, means the source's own place; any other is one at which Windows can make a file.
+Result<RewrittenFile> rewritten_file(params::Call& call, FileSystem& files,
+                                     std::size_t source_index, std::size_t destination_index);
+
+// Reads one file from its start and writes the other, which is empty.
+using RewritingWork = std::function<Result<void>(File& from, File& to)>;
+
+// Lets `work` write the destination.
+//
+// In place, the work reads a temporary copy, which is removed only after success. Whatever fails
+// once there is a copy leaves it, and a line of the debug log says which it is; the file itself is
+// untouched up to the moment in which it is emptied for the work. A new destination must not exist
+// (AlreadyExists), and is removed when the work fails.
+Result<void> rewrite(params::Call& call, FileSystem& files, const RewrittenFile& file,
+                     const RewritingWork& work);
+
+// Gathers pieces into whole blocks; only the last one that is flushed is shorter.
+class BlockWriter {
+  public:
+    BlockWriter() { gathered_.reserve(block_size); }
+
+    Result<void> write(File& to, std::string_view bytes);
+    Result<void> flush(File& to);
+
+  private:
+    std::vector<char> gathered_;
+};
+
+// Copies bytes by way of one buffer.
+class Copier {
+  public:
+    // EndOfFile when there are fewer.
+    Result<void> copy(File& from, File& to, std::uint64_t count);
+    Result<void> copy_rest(File& from, File& to);
+
+  private:
+    Result<std::size_t> copy_some(File& from, File& to, std::size_t most);
+
+    std::vector<char> buffer_ = std::vector<char>(block_size);
+};
+
+} // namespace vell::files

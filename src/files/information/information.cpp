@@ -1,0 +1,87 @@
+#include "src/files/information/information.h"
+
+#include "src/base/ascii.h"
+#include "src/files/paths/path_parts.h"
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using params::SwitchSet;
+
+constexpr std::u16string_view separators = u"\\/";
+
+Result<NativePath> path_of(Call& call) {
+    if (call.parameter_count() < 2)
+        return Failure{ErrorCode::BadParameter};
+    return call.path(1);
+}
+
+} // namespace
+
+Result<void> exists(Call& call, FileSystem& files) {
+    const Result<NativePath> path = path_of(call);
+    call.set_number(path && files.kind_of(*path) != ItemKind::None);
+    return {};
+}
+
+Result<void> get_type_of_item(Call& call, ItemProperties& properties) {
+    const NativePath path = VELL_TRY(path_of(call));
+    const Result<std::uint32_t> attributes = properties.attributes(path);
+    if (!attributes)
+        return Failure{ErrorCode::NotFound};
+    if (*attributes & bit(Attribute::Device)) {
+        call.set_literal("unknown");
+        return {};
+    }
+    const bool is_folder = *attributes & bit(Attribute::Folder);
+    const SwitchSet switches = call.switches();
+    const bool tell_links = switches.has("-AddAliasInfo") || switches.has("-AddIsAlias");
+    if (is_folder)
+        call.set_literal("folder");
+    else
+        call.set_literal(tell_links && is_shell_link(path.wide) ? "file (alias)" : "file");
+    return {};
+}
+
+Result<void> get_file_size(Call& call, ItemProperties& properties) {
+    const NativePath path = VELL_TRY(path_of(call));
+    call.set_number(static_cast<std::int64_t>(VELL_TRY(properties.size(path))));
+    return {};
+}
+
+Result<void> get_resource_fork_size(Call& call) {
+    VELL_TRY(path_of(call));
+    call.set_number(0);
+    return {};
+}
+
+std::u16string_view extension_of(std::u16string_view path) {
+    if (path.empty() || separators.find(path.back()) != std::u16string_view::npos)
+        return {};
+    const std::u16string_view name = last_name(path);
+    const std::size_t dot = name.rfind(u'.');
+    return dot == std::u16string_view::npos ? std::u16string_view() : name.substr(dot + 1);
+}
+
+bool has_extension(std::u16string_view path, std::u16string_view extension) {
+    return equal_ignoring_case(extension_of(path), extension);
+}
+
+bool is_shell_link(std::u16string_view path) {
+    return has_extension(path, u"lnk");
+}
+
+Result<void> get_file_name(Call& call) {
+    const NativePath path = VELL_TRY(path_of(call));
+    call.set_text(last_name(path.wide));
+    return {};
+}
+
+Result<void> get_extension(Call& call) {
+    const NativePath path = VELL_TRY(path_of(call));
+    call.set_text(extension_of(path.wide));
+    return {};
+}
+
+} // namespace vell::files

@@ -1,0 +1,49 @@
+// What a path is, and what its name says.
+#pragma once
+
+#include "src/params/call.h"
+#include "src/system/file_access.h"
+#include "src/system/item_properties.h"
+
+namespace vell::files {
+
+// VlFile_Exists( switches ; filePath ): 1 for a file or a folder, else 0. Never an error.
+Result<void> exists(params::Call& call, FileSystem& files);
+inline Result<void> exists(params::Call& call) {
+    return exists(call, system_files());
+}
+
+// VlFile_GetTypeOfItem( switches ; filePath ): "file", "folder", or "unknown" for a device. With
+// "-AddAliasInfo" or "-AddIsAlias", " (alias)" follows for a shell link: a file whose name ends
+// with ".lnk". NotFound when there is nothing, or nothing to be told about it.
+Result<void> get_type_of_item(params::Call& call, ItemProperties& properties);
+inline Result<void> get_type_of_item(params::Call& call) {
+    return get_type_of_item(call, system_properties());
+}
+
+// VlFile_GetFileSize( switches ; filePath ), VlFile_GetDataSize( switches ; filePath ): the file's
+// length in bytes, also while others have it open. Busy for a folder.
+Result<void> get_file_size(params::Call& call, ItemProperties& properties);
+inline Result<void> get_file_size(params::Call& call) {
+    return get_file_size(call, system_properties());
+}
+
+// VlFile_GetResForkSize( switches ; filePath ): 0 for every path.
+Result<void> get_resource_fork_size(params::Call& call);
+
+// What follows the last dot of a path's last name. Empty without one, and for a path that ends with
+// a separator.
+std::u16string_view extension_of(std::u16string_view path);
+
+// Whether that is `extension`, which is given in small letters; A to Z compared without case.
+bool has_extension(std::u16string_view path, std::u16string_view extension);
+
+// Whether a file of this path is a shell link (an alias): its name ends with ".lnk".
+bool is_shell_link(std::u16string_view path);
+
+// VlFile_GetFileName( switches ; filePath ), VlFile_GetExtension( switches ; filePath ): of the
+// path as it is written; nothing has to exist there.
+Result<void> get_file_name(params::Call& call);
+Result<void> get_extension(params::Call& call);
+
+} // namespace vell::files

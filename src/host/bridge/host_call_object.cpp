@@ -1,0 +1,207 @@
+#include "src/host/bridge/host_call_object.h"
+
+#include "src/base/number_text.h"
+#include "src/base/utf8.h"
+#include "src/host/bridge/styled_text.h"
+#include "src/host/diagnostics/debug_log.h"
+#include "src/host/lifecycle/main_window.h"
+#include "src/host/lifecycle/plugin_state.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+namespace vell::host {
+namespace {
+
+using params::EncodedText;
+using params::LineEndings;
+using params::TextEncoding;
+
+constexpr std::string_view unreadable_parameter = "VellParamErr: XP7_GetBytesImproved failed";
+
+void append_bytes_as_characters(Text& text, std::string_view bytes) {
+    constexpr std::size_t bytes_at_once = 64 * 1024;
+    for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), bytes_at_once))) {
+        std::u16string units;
+        for (const char c : bytes.substr(0, bytes_at_once))
+            units += static_cast<unsigned char>(c);
+        text.append(Text(units));
+    }
+}
+
+void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
+    if (!piece.style.empty()) {
+        Text decoded;
+        decoded.assign_bytes(piece.bytes, piece.encoding);
+        append_styled(text, decoded.to_utf16(), text_style(piece.style));
+    } else if (piece.encoding == TextEncoding::BytesOnly) {
+        append_bytes_as_characters(text, piece.bytes);
+    } else if (is_first) {
+        text.assign_bytes(piece.bytes, piece.encoding); // the common case: no second copy
+    } else {
+        Text decoded;
+        decoded.assign_bytes(piece.bytes, piece.encoding);
+        text.append(decoded);
+    }
+}
+
+} // namespace
+
+HostCallObject::HostCallObject(const fm::ExprEnv* environment, const fm::DataVect* parameters,
+                               fm::Data* result, bool is_step)
+    : environment_(environment), parameters_(parameters), result_(result), is_step_(is_step) {}
+
+bool HostCallObject::can_ask_user() const {
+    return plugin_state().can_ask_user;
+}
+
+void* HostCallObject::main_window() const {
+    return host::main_window();
+}
+
+void HostCallObject::debug_note(std::string_view line) {
+    debug_log().add(line);
+}
+
+const fm::Text* HostCallObject::host_text(std::size_t index) const {
+    return index < parameters_.size() ? parameters_.text(static_cast<std::uint32_t>(index))
+                                      : nullptr;
+}
+
+params::SwitchSet HostCallObject::switches() {
+    const fm::Text* text = host_text(0);
+    if (!text)
+        return {};
+    return params::SwitchSet::filled_by([&](std::span<char> buffer) {
+        const std::uint32_t size = std::min(host_call(FM_Text_GetSize, text),
+                                            std::uint32_t{params::SwitchSet::max_length});
+        host_call(FM_Text_GetBytes, text, buffer.data(), static_cast<std::uint32_t>(buffer.size()),
+                  0u, size, static_cast<std::int32_t>(TextEncoding::AsciiMac));
+        buffer.back() = '\0';
+        return static_cast<std::size_t>(std::ranges::find(buffer, '\0') - buffer.begin());
+    });
+}
+
+std::u16string HostCallObject::text(std::size_t index) {
+    const fm::Text* text = host_text(index);
+    return text ? to_utf16(text) : std::u16string();
+}
+
+Result<std::string> HostCallObject::encode(std::u16string_view text, TextEncoding encoding,
+                                           params::Unencodable unencodable) {
+    if (encoding == TextEncoding::Utf8)
+        return utf8_from_utf16(text);
+    if (encoding == TextEncoding::BytesOnly) {
+        if (std::ranges::any_of(text, [](char16_t unit) { return unit > 0xFF; }))
+            return Failure{ErrorCode::ParameterUnreadable};
+        return std::string(text.begin(), text.end());
+    }
+    try {
+        std::string bytes = to_bytes(Text(text).get(), encoding);
+        if (unencodable == params::Unencodable::Refuse) {
+            Text back;
+            back.assign_bytes(bytes, encoding);
+            if (back.to_utf16() != text)
+                return Failure{ErrorCode::ParameterUnreadable};
+        }
+        return bytes;
+    } catch (const HostFailure&) {
+        return Failure{ErrorCode::ParameterUnreadable};
+    }
+}
+
+std::int64_t HostCallObject::number(std::size_t index) {
+    if (index >= parameters_.size())
+        return 0;
+    return to_integer(parameters_.number(static_cast<std::uint32_t>(index)));
+}
+
+std::int32_t HostCallObject::step_option(std::size_t index) {
+    if (!is_step_ || index >= parameters_.size())
+        return not_given;
+    if (host_call(FM_Data_IsEmpty, parameters_.at(static_cast<std::uint32_t>(index))))
+        return not_given;
+    constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int64_t highest = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::clamp(number(index), lowest, highest));
+}
+
+std::optional<params::CalendarTime> HostCallObject::time_stamp(std::size_t index) {
+    if (index >= parameters_.size())
+        return std::nullopt;
+    const auto position = static_cast<std::uint32_t>(index);
+    if (host_call(FM_Data_IsEmpty, parameters_.at(position)))
+        return std::nullopt;
+    return to_calendar_time(parameters_.time_stamp(position));
+}
+
+bool HostCallObject::is_container(std::size_t index) {
+    return index < parameters_.size() &&
+           native_type(parameters_.at(static_cast<std::uint32_t>(index))) == fm::NativeType::Binary;
+}
+
+Result<void> HostCallObject::read_container(std::size_t index, const params::ByteSink& sink) {
+    if (!is_container(index))
+        return Failure{ErrorCode::NotFound};
+    return read_main_stream(parameters_.container(static_cast<std::uint32_t>(index)), sink);
+}
+
+Result<std::u16string> HostCallObject::evaluate(std::u16string_view calculation) {
+    const Text expression(calculation);
+    Data value;
+    if (host_call(FM_ExprEnv_Evaluate, environment_, expression.get(), value.get()) != 0)
+        return Failure{ErrorCode::NotAvailable};
+    const fm::Text* text = text_of(value.get());
+    return text ? to_utf16(text) : std::u16string();
+}
+
+void HostCallObject::set_text(std::u16string_view text) {
+    store_text(result_, Text(text));
+}
+
+void HostCallObject::set_literal(std::string_view ascii) {
+    store_text(result_, Text(ascii));
+}
+
+void HostCallObject::set_number(std::int64_t value) {
+    Number number;
+    number.assign(value);
+    store_number(result_, number);
+}
+
+void HostCallObject::set_date(const params::CalendarTime& date) {
+    store_date(result_, DateTime(date));
+}
+
+void HostCallObject::set_time(const params::CalendarTime& time) {
+    store_time(result_, DateTime(time));
+}
+
+void HostCallObject::set_time_stamp(const params::CalendarTime& time_stamp) {
+    store_time_stamp(result_, DateTime(time_stamp));
+}
+
+void HostCallObject::set_decoded_text(std::span<const EncodedText> pieces,
+                                      LineEndings line_endings) {
+    Text text;
+    for (const EncodedText& piece : pieces)
+        append_decoded(text, piece, &piece == pieces.data());
+    if (line_endings != LineEndings::Keep) {
+        std::u16string units = text.to_utf16();
+        convert_line_endings(units, line_endings);
+        text.assign(units);
+    }
+    store_text(result_, text);
+}
+
+void store_code(fm::Data* result, ErrorCode code) {
+    std::string text = "0";
+    if (code == ErrorCode::ParameterUnreadable)
+        text = unreadable_parameter;
+    else if (code != ErrorCode::Ok)
+        text = "$$" + to_text(std::int64_t{number(code)});
+    store_text(result, Text(std::string_view(text)));
+}
+
+} // namespace vell::host

@@ -1,0 +1,34 @@
+// Numbers of the host: decimal, with the host's precision.
+#pragma once
+
+#include "src/host/bridge/host_values.h"
+
+#include <cstdint>
+
+namespace vell::host {
+
+class Number : public HostObject<fm::FixPt> {
+  public:
+    explicit Number(std::int32_t value = 0);
+    explicit Number(const fm::FixPt* value); // a copy
+
+    // Exact for every 64-bit value, on hosts without 64-bit numbers too.
+    void assign(std::int64_t value);
+    void assign(const fm::FixPt* value);
+
+    // The number itself becomes the sum, difference or product.
+    void add(const Number& other);
+    void subtract(const Number& other);
+    void multiply(const Number& other);
+    void negate();
+    void increment(std::int32_t by = 1);
+    void decrement(std::int32_t by = 1);
+};
+
+bool is_greater(const fm::FixPt* a, const Number& b);
+bool is_less(const fm::FixPt* a, const Number& b);
+
+// The integer part; a value outside the signed 32-bit range comes as the first number beyond it.
+std::int64_t to_integer(const fm::FixPt* number);
+
+} // namespace vell::host

@@ -1,0 +1,122 @@
+#include "src/host/lifecycle/dispatcher.h"
+
+#include "src/base/number_text.h"
+#include "src/base/win32_error_windows.h"
+#include "src/host/bridge/host_call_object.h"
+#include "src/host/diagnostics/log_file.h"
+#include "src/host/lifecycle/guarded_call.h"
+#include "src/host/lifecycle/licence.h"
+#include "src/host/lifecycle/plugin_state.h"
+#include "src/host/vocabulary/registry.h"
+
+#include <optional>
+
+namespace vell::host {
+namespace {
+
+// A function's or step's row, as far as a call needs it.
+struct Entry {
+    params::Body body;
+    Served served;
+    bool is_step;
+};
+
+std::optional<Entry> find_entry(std::int16_t id) {
+    if (const FunctionRow* function = find_function(id))
+        return Entry{function->body, function->served, false};
+    if (const StepRow* step = find_step(id))
+        return Entry{step->body, step->served, true};
+    return std::nullopt;
+}
+
+// What keeps a call from its body; Ok when nothing does.
+ErrorCode refusal() {
+    const LicenceChecks& licence = licence_checks();
+    if (!licence.within_time())
+        return ErrorCode::LicenceExpired;
+    if (const ErrorCode state = licence.state(); state != ErrorCode::Ok)
+        return state;
+    return disabled_state().is_set() ? ErrorCode::FunctionsDisabled : ErrorCode::Ok;
+}
+
+// Runs the body; what it throws becomes its code. A failure always has one: the system may refuse
+// something without saying why.
+ErrorCode outcome_of(params::Body body, bool is_step, const HostArguments& given) {
+    try {
+        HostCallObject call(given.environment, given.parameters, given.result, is_step);
+        const Result<void> outcome = body(call);
+        if (outcome)
+            return ErrorCode::Ok;
+        return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();
+    } catch (const std::bad_alloc&) {
+        return ErrorCode::OutOfMemory;
+    } catch (...) {
+        return ErrorCode::HostFailure;
+    }
+}
+
+void log_call(std::string_view event, std::int16_t id) {
+    log_line(std::string(event) + to_text(std::int64_t{id}));
+}
+
+fm::Errcode report(fm::Data* result, ErrorCode code) {
+    if (code == ErrorCode::Ok)
+        return 0;
+    try {
+        store_code(result, code);
+        return 0;
+    } catch (...) {
+        return static_cast<fm::Errcode>(number(code));
+    }
+}
+
+fm::Errcode serve(std::int16_t id, const HostArguments& given) {
+    // Asked once: a call that switches the lines off or on has both of them, or none.
+    const bool is_logged = plugin_state().logs_calls();
+    if (is_logged)
+        log_call("External function called. functionID: ", id);
+    std::optional<NoErrorWindows> quiet;
+    if (!plugin_state().can_ask_user)
+        quiet.emplace();
+    const std::optional<Entry> entry = find_entry(id);
+    if (!entry || entry->served != Served::Always) {
+        if (const ErrorCode code = refusal(); code != ErrorCode::Ok)
+            return report(given.result, code);
+    }
+    if (!entry)
+        return 0;
+    const fm::Errcode errcode = run_body(entry->body, entry->is_step, given);
+    if (is_logged)
+        log_call("External function end. functionID: ", id);
+    return errcode;
+}
+
+struct GuardedArguments {
+    std::int16_t id;
+    HostArguments given;
+    fm::Errcode errcode = 0;
+};
+
+void serve_guarded(void* arguments) {
+    auto& call = *static_cast<GuardedArguments*>(arguments);
+    try {
+        call.errcode = serve(call.id, call.given);
+    } catch (...) { // the log's own allocations
+        call.errcode = static_cast<fm::Errcode>(number(ErrorCode::OutOfMemory));
+    }
+}
+
+} // namespace
+
+fm::Errcode run_body(params::Body body, bool is_step, const HostArguments& given) {
+    return report(given.result, outcome_of(body, is_step, given));
+}
+
+fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
+                     const fm::DataVect* parameters, fm::Data* result) {
+    GuardedArguments arguments{id, {environment, parameters, result}};
+    guarded_call(serve_guarded, &arguments);
+    return arguments.errcode;
+}
+
+} // namespace vell::host

@@ -1,0 +1,162 @@
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "src/files/information/code_signature.h"
+#include "src/windows/win32_path.h"
+
+#include <wincrypt.h> // needed by the next ones
+
+#include <softpub.h>
+#include <wintrust.h>
+
+#include <array>
+#include <cstdio>
+#include <vector>
+
+namespace vell::files {
+namespace {
+
+using params::Call;
+using params::NativePath;
+
+struct StoreKind {
+    using Type = HCERTSTORE;
+    static Type empty() { return nullptr; }
+    static void close(Type store) { CertCloseStore(store, 0); }
+};
+struct MessageKind {
+    using Type = HCRYPTMSG;
+    static Type empty() { return nullptr; }
+    static void close(Type message) { CryptMsgClose(message); }
+};
+struct CertificateKind {
+    using Type = PCCERT_CONTEXT;
+    static Type empty() { return nullptr; }
+    static void close(Type certificate) { CertFreeCertificateContext(certificate); }
+};
+using UniqueStore = UniqueResource<StoreKind>;
+using UniqueMessage = UniqueResource<MessageKind>;
+using UniqueCertificate = UniqueResource<CertificateKind>;
+
+// The verdict of Windows on the file's signature: 0 when it is valid.
+LONG verify(const std::wstring& path, HANDLE file) {
+    WINTRUST_FILE_INFO file_info{};
+    file_info.cbStruct = sizeof file_info;
+    file_info.pcwszFilePath = path.c_str();
+    file_info.hFile = file;
+
+    WINTRUST_DATA data{};
+    data.cbStruct = sizeof data;
+    data.dwUIChoice = WTD_UI_NONE;
+    data.fdwRevocationChecks = WTD_REVOKE_NONE;
+    data.dwUnionChoice = WTD_CHOICE_FILE;
+    data.pFile = &file_info;
+    data.dwStateAction = WTD_STATEACTION_VERIFY;
+    data.dwProvFlags = WTD_CACHE_ONLY_URL_RETRIEVAL;
+
+    GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
+    auto* const no_window = static_cast<HWND>(INVALID_HANDLE_VALUE);
+    const LONG verdict = WinVerifyTrust(no_window, &action, &data);
+    data.dwStateAction = WTD_STATEACTION_CLOSE;
+    WinVerifyTrust(no_window, &action, &data);
+    return verdict;
+}
+
+struct Signature {
+    UniqueStore certificates;
+    UniqueMessage message;
+};
+
+// What is embedded in the file; an empty one when nothing is.
+Signature embedded_signature(const std::wstring& path) {
+    HCERTSTORE store = nullptr;
+    HCRYPTMSG message = nullptr;
+    if (!CryptQueryObject(CERT_QUERY_OBJECT_FILE, path.c_str(),
+                          CERT_QUERY_CONTENT_FLAG_PKCS7_SIGNED_EMBED, CERT_QUERY_FORMAT_FLAG_BINARY,
+                          0, nullptr, nullptr, nullptr, &store, &message, nullptr))
+        return {};
+    return {UniqueStore(store), UniqueMessage(message)};
+}
+
+UniqueCertificate signers_certificate(const Signature& signature) {
+    DWORD size = 0;
+    if (!CryptMsgGetParam(signature.message.get(), CMSG_SIGNER_CERT_INFO_PARAM, 0, nullptr, &size))
+        return {};
+    std::vector<BYTE> bytes(size);
+    if (!CryptMsgGetParam(signature.message.get(), CMSG_SIGNER_CERT_INFO_PARAM, 0, bytes.data(),
+                          &size))
+        return {};
+    return UniqueCertificate(CertGetSubjectCertificateFromStore(
+        signature.certificates.get(), X509_ASN_ENCODING | PKCS_7_ASN_ENCODING,
+        reinterpret_cast<CERT_INFO*>(bytes.data())));
+}
+
+std::u16string name_in(PCCERT_CONTEXT certificate, DWORD flags) {
+    const DWORD length =
+        CertGetNameStringW(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, flags, nullptr, nullptr, 0);
+    std::wstring name(length, L'\0');
+    CertGetNameStringW(certificate, CERT_NAME_SIMPLE_DISPLAY_TYPE, flags, nullptr, name.data(),
+                       length);
+    name.resize(std::min(name.find(L'\0'), name.size()));
+    return to_utf16(name);
+}
+
+// At most 99 characters, ASCII.
+template <typename... Numbers>
+std::u16string formatted(const char* format, Numbers... numbers) {
+    std::array<char, 100> text{};
+    snprintf(text.data(), text.size(), format, unsigned{numbers}...);
+    const std::string_view ascii = text.data();
+    return {ascii.begin(), ascii.end()};
+}
+
+std::u16string moment(const FILETIME& time) {
+    SYSTEMTIME utc;
+    if (!FileTimeToSystemTime(&time, &utc))
+        return {};
+    return formatted("%04u-%02u-%02uT%02u:%02u:%02uZ", utc.wYear, utc.wMonth, utc.wDay, utc.wHour,
+                     utc.wMinute, utc.wSecond);
+}
+
+void add_line(std::u16string& text, std::u16string_view key, std::u16string_view value) {
+    if (!text.empty())
+        text += u'\r';
+    text.append(key).append(u": ").append(value);
+}
+
+void add_certificate(std::u16string& text, PCCERT_CONTEXT certificate) {
+    add_line(text, u"Signer", name_in(certificate, 0));
+    add_line(text, u"Issuer", name_in(certificate, CERT_NAME_ISSUER_FLAG));
+    add_line(text, u"ValidFrom", moment(certificate->pCertInfo->NotBefore));
+    add_line(text, u"ValidTo", moment(certificate->pCertInfo->NotAfter));
+}
+
+} // namespace
+
+Result<void> get_code_sign_info(Call& call) {
+    if (call.parameter_count() < 2)
+        return Failure{ErrorCode::BadParameter};
+    const NativePath path = VELL_TRY(call.path(1));
+    const std::wstring name = win32_path(path);
+    // A running program has its file open for reading.
+    const UniqueFile file(CreateFileW(name.c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file)
+        return Failure{last_error()};
+
+    const Signature signature = embedded_signature(name);
+    const bool is_signed = static_cast<bool>(signature.message);
+    const LONG verdict = is_signed ? verify(name, file.get()) : TRUST_E_NOSIGNATURE;
+    std::u16string text;
+    add_line(text, u"Signed", is_signed ? u"1" : u"0");
+    add_line(text, u"Valid", verdict == 0 ? u"1" : u"0");
+    if (is_signed && verdict != 0)
+        add_line(text, u"Status", formatted("0x%08X", static_cast<unsigned>(verdict)));
+    if (is_signed)
+        if (const UniqueCertificate certificate = signers_certificate(signature))
+            add_certificate(text, certificate.get());
+    call.set_text(text);
+    return {};
+}
+
+} // namespace vell::files

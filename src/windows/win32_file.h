@@ -1,0 +1,13 @@
+// Files over handles that were opened elsewhere. Windows only.
+#pragma once
+
+#include "src/base/win32_handle.h"
+#include "src/system/file_access.h"
+
+#include <memory>
+
+namespace vell::files {
+
+std::unique_ptr<File> file_over(UniqueFile handle);
+
+} // namespace vell::files

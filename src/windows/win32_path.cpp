@@ -1,0 +1,54 @@
+#include "src/windows/win32_path.h"
+
+#include "src/base/win32_handle.h"
+#include "src/base/win32_text.h"
+#include "src/files/paths/path_references.h"
+
+#include <windows.h>
+
+namespace vell::files {
+namespace {
+
+// Lengths from which a path may be refused unless it has the "\\?\" prefix: MAX_PATH less the room
+// for a short name that folders need.
+constexpr std::size_t long_path_length = MAX_PATH - 12;
+
+} // namespace
+
+std::wstring win32_path(const params::NativePath& path) {
+    std::wstring wide = to_wide(path.wide);
+    if (wide.size() < long_path_length || wide.starts_with(L"\\\\?\\") ||
+        wide.starts_with(L"\\\\.\\"))
+        return wide;
+    const Result<std::wstring> full = full_wide_path(wide);
+    if (!full)
+        return wide; // the call that gets it reports what is wrong with it
+    return without_length_limit(*full);
+}
+
+std::wstring without_length_limit(const std::wstring& full_path) {
+    if (full_path.starts_with(L"\\\\?\\"))
+        return full_path;
+    return full_path.starts_with(L"\\\\") ? L"\\\\?\\UNC\\" + full_path.substr(2)
+                                          : L"\\\\?\\" + full_path;
+}
+
+Result<std::wstring> full_wide_path(const std::wstring& path) {
+    std::wstring full(path.size() + MAX_PATH, L'\0');
+    for (;;) {
+        const DWORD length =
+            GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+        if (length == 0)
+            return Failure{last_error()};
+        const bool complete = length < full.size();
+        full.resize(length);
+        if (complete)
+            return full;
+    }
+}
+
+Result<std::u16string> full_path(const std::u16string& path) {
+    return to_utf16(VELL_TRY(full_wide_path(to_wide(path))));
+}
+
+} // namespace vell::files
