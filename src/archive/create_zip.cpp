@@ -190,8 +190,6 @@ Result<void> write_archive(ArchiveSystem& system, const NativePath& path, Add ad
 } // namespace
 
 Result<void> create_zip(Call& call, ArchiveSystem& system) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const NativePath source = VELL_TRY(call.path(1));
     const ItemKind kind = system.files().kind_of(source);
     if (kind == ItemKind::None)

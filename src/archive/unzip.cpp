@@ -10,6 +10,10 @@ using params::Call;
 using params::SwitchSet;
 using params::TextEncoding;
 
+// The step's options by position.
+constexpr std::size_t no_archive_folder_option = 3;
+constexpr std::size_t overwrite_option = 4;
+
 struct Options {
     bool create_archive_folder = true;
     bool overwrite = false;
@@ -17,10 +21,10 @@ struct Options {
 };
 
 Options options_of(Call& call) {
-    if (call.is_step()) // its time limit is not looked at: expanding has none
-        return {call.step_option(3) != 1, call.step_option(4) == 1};
+    // The step's time limit is not looked at: expanding has none.
     const SwitchSet switches = call.switches();
-    return {!switches.has("-DontCreateArchiveFolder"), switches.has("-OverwriteExisting"),
+    return {!call.option_is(no_archive_folder_option, 1, switches, "-DontCreateArchiveFolder"),
+            call.option_is(overwrite_option, 1, switches, "-OverwriteExisting"),
             encoding_of(switches, TextEncoding::AsciiDos)};
 }
 
@@ -225,8 +229,6 @@ Result<void> Expansion::make_folder(const NativePath& path) {
 } // namespace
 
 Result<void> unzip(Call& call, ArchiveSystem& system, NameDecoder decode) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const Options options = options_of(call);
     const NativePath archive = VELL_TRY(archive_path(call, system.files()));
     const NativePath destination = VELL_TRY(destination_folder(call, system, archive));

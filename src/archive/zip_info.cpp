@@ -38,8 +38,6 @@ Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path) {
 }
 
 Result<void> get_zip_info(Call& call, ArchiveSystem& system, NameDecoder decode) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const NativePath path = VELL_TRY(call.path(1));
     const ItemKind kind = system.files().kind_of(path);

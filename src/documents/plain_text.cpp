@@ -14,8 +14,6 @@ constexpr std::u16string_view page_separator = u"\r<---------->\r";
 } // namespace
 
 Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const params::NativePath path = VELL_TRY(call.path(1));
     if (!files::has_extension(path.wide, u"pdf")) {
         call.set_text(u"");

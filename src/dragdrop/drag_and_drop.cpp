@@ -29,16 +29,8 @@ constexpr std::int32_t first_without_frame = 16'000;
 // The status area of versions 10 and 11 is part of the window but not of its content.
 constexpr std::int32_t status_area_offset = -80;
 
-bool option_or_switch(Call& call, std::size_t position, const SwitchSet& switches,
-                      std::string_view name) {
-    const std::int32_t option = call.step_option(position);
-    return option == Call::not_given ? switches.has(name) : option != 0;
-}
-
 Effect effect_of(Call& call, const SwitchSet& switches) {
-    const std::int32_t option = call.step_option(cursor_position);
-    const bool copy =
-        option == Call::not_given ? switches.has("-CopyCursor") : option == copy_cursor;
+    const bool copy = call.option_is(cursor_position, copy_cursor, switches, "-CopyCursor");
     return copy ? Effect::Copy : Effect::Link;
 }
 
@@ -61,8 +53,6 @@ Rectangle bounds_in_window(Call& call, const Rectangle& bounds, std::int32_t out
 } // namespace
 
 Result<void> DragAndDrop::drag_and_drop(Call& call) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     if (call.is_step() || switches.has("-AddDragAndDropHandler"))
         VELL_TRY(add(call));
@@ -90,8 +80,8 @@ Result<void> DragAndDrop::add(Call& call) {
     const SwitchSet switches = call.switches();
     handler.host_version = host_.version();
     handler.effect = effect_of(call, switches);
-    handler.allows_mail = option_or_switch(call, mail_position, switches, "-AllowMailDrops");
-    handler.zone.scrolls = option_or_switch(call, scroll_position, switches, "-ScrollDropZone");
+    handler.allows_mail = call.option(mail_position, switches, "-AllowMailDrops");
+    handler.zone.scrolls = call.option(scroll_position, switches, "-ScrollDropZone");
     handler.brings_to_front = switches.has("-BringToFront");
     if (const std::u16string bounds = call.text(bounds_position); !bounds.empty())
         handler.zone.bounds = VELL_TRY(parse_bounds(bounds));

@@ -114,8 +114,6 @@ Result<void> append_pdf_description(BufferedReader& file, MetadataText& text) {
 }
 
 Result<void> give_metadata(Call& call, files::FileSystem& files) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const MetadataRequest request = VELL_TRY(metadata_request_of(call.switches()));
     const files::NativePath path = VELL_TRY(call.path(1));
     const auto file = VELL_TRY(files.open(path, files::Permission::Read));

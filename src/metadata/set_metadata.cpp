@@ -100,15 +100,13 @@ Result<WriteRequest> request_of(Call& call) {
     const IptcWriting iptc{.detect_utf8 = !switches.has("-DontUseAutoUTF8Detection"),
                            .keep_others = switches.has("-KeepOtherDatasets")};
     if (!call.is_step()) {
-        if (call.parameter_count() < 4)
-            return Failure{ErrorCode::BadParameter};
         const auto maker_note =
             switches.has("-AddExifMakerNote") ? MakerNote::Keep : MakerNote::Remove;
         const Target target = VELL_TRY(target_of(switches));
         return WriteRequest{target, encoding_in(switches), maker_note, iptc, call.text(3)};
     }
     const std::int32_t action = call.step_option(3);
-    if (call.parameter_count() < 5 || action < 0 || action >= number_of_targets)
+    if (action < 0 || action >= number_of_targets)
         return Failure{ErrorCode::BadParameter};
     return WriteRequest{static_cast<Target>(action), encoding_in_step(call.step_option(5)),
                         MakerNote::Remove, iptc, call.text(4)};

@@ -15,6 +15,17 @@ Result<NativePath> Call::path(std::size_t index, const PathUse& use) {
     return resolve(Accept::Paths, text(index), use);
 }
 
+bool Call::option(std::size_t position, const SwitchSet& switches, std::string_view name) {
+    const std::int32_t given = step_option(position);
+    return given == not_given ? switches.has(name) : given != 0;
+}
+
+bool Call::option_is(std::size_t position, std::int32_t value, const SwitchSet& switches,
+                     std::string_view name) {
+    const std::int32_t given = step_option(position);
+    return given == not_given ? switches.has(name) : given == value;
+}
+
 Result<void> not_available(Call&) {
     return Failure{ErrorCode::NotAvailable};
 }

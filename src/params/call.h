@@ -78,6 +78,13 @@ class Call {
     Result<std::uint32_t> byte_count(std::size_t index);
     Result<NativePath> path(std::size_t index, const PathUse& use = {});
 
+    // Whether something is wanted: what the step's option says (any value but 0 wants it), and
+    // without the option whether the switch is there.
+    bool option(std::size_t position, const SwitchSet& switches, std::string_view name);
+    // The same for an option that must have one value to count, such as what deletes or replaces.
+    bool option_is(std::size_t position, std::int32_t value, const SwitchSet& switches,
+                   std::string_view name);
+
     // The value, as text, of a calculation in the host's language, in the context of the call.
     // NotAvailable when the host does not evaluate it.
     virtual Result<std::u16string> evaluate(std::u16string_view calculation) = 0;

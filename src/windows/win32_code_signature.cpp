@@ -133,8 +133,6 @@ void add_certificate(std::u16string& text, PCCERT_CONTEXT certificate) {
 } // namespace
 
 Result<void> get_code_sign_info(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const NativePath path = VELL_TRY(call.path(1));
     const std::wstring name = win32_path(path);
     // A running program has its file open for reading.

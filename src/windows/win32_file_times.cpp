@@ -34,8 +34,6 @@ Result<UniqueFile> open_for_times(const std::wstring& path) {
 }
 
 Result<CalendarTime> local_time_of(Call& call, TimeOfItem which) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const NativePath path = VELL_TRY(call.path(1));
     const UniqueFile item = VELL_TRY(open_for_times(win32_path(path)));
     ItemTimes times{};
@@ -60,8 +58,6 @@ Result<void> get_time_stamp(Call& call, TimeOfItem which) {
 }
 
 Result<void> set_time_stamp(Call& call, TimeOfItem which) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const NativePath path = VELL_TRY(call.path(1));
     const auto stamp = call.time_stamp(2);
     if (!stamp)

@@ -40,8 +40,6 @@ Result<std::u16string> program_path() {
 }
 
 Result<void> get_file_kind(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const params::NativePath path = VELL_TRY(call.path(1));
     const std::uint32_t attributes = VELL_TRY(system_properties().attributes(path));
 
@@ -62,8 +60,6 @@ Result<void> get_file_kind(Call& call) {
 }
 
 Result<void> get_preferred_languages(Call& call) {
-    if (call.parameter_count() < 1)
-        return Failure{ErrorCode::BadParameter};
     std::u16string languages = VELL_TRY(preferred_languages());
     if (call.switches().has("-GetFirstLanguage"))
         languages.resize(std::min(languages.find(u'\0'), languages.size()));

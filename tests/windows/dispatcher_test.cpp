@@ -60,6 +60,19 @@ TEST_F(Dispatcher, UnknownIdsDoNothing) {
         EXPECT_EQ(call_id(static_cast<std::int16_t>(id), {u"x"}), u"") << id;
 }
 
+TEST_F(Dispatcher, TooFewParametersReachNoBody) {
+    start();
+    const auto with_one_less = [&](std::int16_t id, std::int16_t needed) {
+        return needed == 0 ? u"$$-50" : call_id(id, std::vector<Value>(needed - 1, Value(u"")));
+    };
+    for (const host::FunctionRow& row : host::function_rows())
+        EXPECT_EQ(with_one_less(row.registered_id(), row.least_parameters.needed), u"$$-50")
+            << row.prototype;
+    for (const host::StepRow& row : host::step_rows())
+        EXPECT_EQ(with_one_less(row.id, row.needed_parameters), u"$$-50") << row.name;
+    EXPECT_EQ(call(u"VlFile_Exists", {}), u"0"); // needs none
+}
+
 TEST_F(Dispatcher, EveryFailureLeavesACode) {
     start();
     const auto result_of = [&](auto body) {
@@ -222,7 +235,7 @@ TEST(Registry, RowsAreConsistent) {
         EXPECT_EQ(host::find_function(row.registered_id()), &row);
         EXPECT_EQ(host::function_prototype(row.id), row.prototype);
         EXPECT_TRUE(row.name().starts_with("VlFile_")) << row.prototype;
-        EXPECT_LE(row.min_parameters, row.max_parameters) << row.prototype;
+        EXPECT_LE(row.least_parameters.demanded, row.max_parameters) << row.prototype;
     }
     for (const host::StepRow& row : host::step_rows()) {
         ids.push_back(row.id);

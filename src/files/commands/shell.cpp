@@ -49,17 +49,14 @@ Ticks wait_after_exit(const SwitchSet& switches, std::int32_t step_seconds) {
 
 Result<CommandSettings> settings_of(Call& call) {
     const SwitchSet switches(call.switches().text().substr(0, switches_read));
-    // A step option as true or false, or what the switches say.
-    const auto flag = [&](std::size_t option, bool by_switches) {
-        const std::int32_t value = call.step_option(option);
-        return value == Call::not_given ? by_switches : value != 0;
-    };
     CommandSettings settings;
     settings.time_limit = VELL_TRY(time_limit(switches, call.step_option(timeout_option)));
     settings.wait_after_exit = wait_after_exit(switches, call.step_option(wait_after_exit_option));
     settings.show_window =
-        flag(show_window_option, switches.has("-ShowCommandWindow")) && call.can_ask_user();
-    settings.wait_on_result = flag(wait_option, !switches.has("-DontWaitOnResult"));
+        call.option(show_window_option, switches, "-ShowCommandWindow") && call.can_ask_user();
+    const std::int32_t wait = call.step_option(wait_option);
+    settings.wait_on_result =
+        wait == Call::not_given ? !switches.has("-DontWaitOnResult") : wait != 0;
     settings.encoding = params::contents_encoding_of(switches, settings.encoding,
                                                      call.step_option(encoding_option));
     return settings;
@@ -68,8 +65,6 @@ Result<CommandSettings> settings_of(Call& call) {
 } // namespace
 
 Result<void> execute_shell(Call& call, const CommandStarter& start) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const CommandSettings settings = VELL_TRY(settings_of(call));
     const std::u16string command = call.text(1);
     if (command.find(u'\0') != std::u16string::npos)

@@ -94,8 +94,6 @@ Result<void> give_encoded(Call& call, const std::vector<std::uint64_t>& numbers,
 } // namespace
 
 Result<void> ascii_value_to_text(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const TextEncoding encoding = params::contents_encoding_of(call.switches(), no_encoding);
     const std::vector<std::uint64_t> numbers = numbers_in(call.text(1));
     const std::u16string separator = call.text(2);

@@ -124,8 +124,6 @@ Result<void> give_range(Call& call, FileSystem& files, const NativePath& path, B
 } // namespace
 
 Result<void> get_contents(Call& call, FileSystem& files) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, TextEncoding::Native);
 

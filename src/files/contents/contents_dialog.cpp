@@ -29,8 +29,6 @@ LineEndings line_endings_of(Call& call, const SwitchSet& switches) {
 } // namespace
 
 Result<void> contents_dialog(Call& call) {
-    if (call.parameter_count() < 1)
-        return Failure{ErrorCode::BadParameter};
     if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     const SwitchSet switches = call.switches();

@@ -14,6 +14,18 @@ using params::Call;
 using params::TextEncoding;
 using params::Unencodable;
 
+// Parameters by position, then the options of the two steps.
+constexpr std::size_t source_position = 1;
+constexpr std::size_t destination_position = 2;
+constexpr std::size_t inserted_text_position = 3;
+constexpr std::size_t insert_at_position = 4;
+constexpr std::size_t search_position = 3;
+constexpr std::size_t replacement_position = 4;
+constexpr std::size_t insert_encoding_option = 5;
+constexpr std::size_t insert_line_endings_option = 6;
+constexpr std::size_t ignore_case_option = 5;
+constexpr std::size_t substitute_encoding_option = 6;
+
 // Before anything is written. A number beyond the range is not known exactly: it lies behind the
 // end of a short file, and anywhere in a long one.
 Result<void> check_position(FileSystem& files, const NativePath& source, std::uint64_t position) {
@@ -37,19 +49,21 @@ Result<void> substitute_all(Substituter& substituter, std::span<char> buffer, Fi
 } // namespace
 
 Result<void> insert_contents(Call& call, FileSystem& files) {
-    if (call.parameter_count() < 4)
-        return Failure{ErrorCode::BadParameter};
-    const RewrittenFile file = VELL_TRY(rewritten_file(call, files, 1, 2));
+    const RewrittenFile file =
+        VELL_TRY(rewritten_file(call, files, source_position, destination_position));
     if (file.destination && files.kind_of(*file.destination) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
-    const auto position = static_cast<std::uint64_t>(std::max<std::int64_t>(call.number(4), 0));
+    const auto position =
+        static_cast<std::uint64_t>(std::max<std::int64_t>(call.number(insert_at_position), 0));
     const params::SwitchSet switches = call.switches();
     const TextEncoding encoding =
         switches.has("-UTF8Charset")
             ? TextEncoding::Utf8
-            : params::contents_encoding_of(switches, TextEncoding::Native, call.step_option(5));
-    std::u16string text = call.text(3);
-    params::convert_line_endings(text, params::line_endings_of(switches, call.step_option(6)));
+            : params::contents_encoding_of(switches, TextEncoding::Native,
+                                           call.step_option(insert_encoding_option));
+    std::u16string text = call.text(inserted_text_position);
+    params::convert_line_endings(
+        text, params::line_endings_of(switches, call.step_option(insert_line_endings_option)));
     const std::string bytes = VELL_TRY(encode_contents(call, text, encoding));
 
     VELL_TRY(check_position(files, file.source, position));
@@ -65,17 +79,18 @@ Result<void> insert_contents(Call& call, FileSystem& files) {
 }
 
 Result<void> substitute(Call& call, FileSystem& files) {
-    if (call.parameter_count() < 5)
-        return Failure{ErrorCode::BadParameter};
-    const RewrittenFile file = VELL_TRY(rewritten_file(call, files, 1, 2));
+    const RewrittenFile file =
+        VELL_TRY(rewritten_file(call, files, source_position, destination_position));
     const params::SwitchSet switches = call.switches();
-    const TextEncoding encoding =
-        params::contents_encoding_of(switches, TextEncoding::Utf8, call.step_option(6));
-    const bool ignore_case = call.is_step() ? call.step_option(5) == 1 : switches.has("IgnoreCase");
-    const std::string search = VELL_TRY(call.encode(call.text(3), encoding, Unencodable::Replace));
+    const TextEncoding encoding = params::contents_encoding_of(
+        switches, TextEncoding::Utf8, call.step_option(substitute_encoding_option));
+    const bool ignore_case = call.option_is(ignore_case_option, 1, switches, "IgnoreCase");
+    const std::string search =
+        VELL_TRY(call.encode(call.text(search_position), encoding, Unencodable::Replace));
     if (search.empty())
         return Failure{ErrorCode::BadParameter};
-    std::string replacement = VELL_TRY(call.encode(call.text(4), encoding, Unencodable::Replace));
+    std::string replacement =
+        VELL_TRY(call.encode(call.text(replacement_position), encoding, Unencodable::Replace));
     if (files.kind_of(file.source) == ItemKind::None)
         return Failure{ErrorCode::NotFound};
 

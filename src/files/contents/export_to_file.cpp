@@ -19,8 +19,6 @@ Result<void> write_source(Call& call, File& file, const std::string& text) {
 } // namespace
 
 Result<void> export_to_file(Call& call, FileSystem& files) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const params::SwitchSet switches = call.switches();
     const NativePath target = VELL_TRY(path_to_make(call.path(2)));
     std::string text;

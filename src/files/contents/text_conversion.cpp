@@ -35,8 +35,6 @@ void convert_line_ends(std::basic_string<Char>& text, const SwitchSet& switches,
 } // namespace
 
 Result<void> convert_from_host_text(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, no_encoding);
     std::u16string text = call.text(1);
@@ -52,8 +50,6 @@ Result<void> convert_from_host_text(Call& call) {
 }
 
 Result<void> convert_to_host_text(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, no_encoding);
     std::u16string text = call.text(1);

@@ -74,8 +74,6 @@ Result<void> write_text(Call& call, FileSystem& files, const NativePath& path,
 }
 
 Result<void> write_to_default_file(Call& call, FileSystem& files, Place place) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const TextToWrite content = text_to_write(call, 1);
     const std::optional<NativePath> path = defaults().file();
     if (!path)
@@ -84,8 +82,6 @@ Result<void> write_to_default_file(Call& call, FileSystem& files, Place place) {
 }
 
 Result<void> write_to_file(Call& call, FileSystem& files, Place place) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const TextToWrite content = text_to_write(call, 2);
     const NativePath path = VELL_TRY(call.path(1));
     return write_text(call, files, path, content, place);

@@ -147,8 +147,6 @@ std::optional<std::u16string> asked_detail(const SwitchSet& switches, const Shel
 } // namespace
 
 Result<void> create_alias(Call& call, FileSystem& files, ShellLinks& links) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const NativePath source_path = VELL_TRY(one_path(call, 1));
     const FoundItem source = VELL_TRY(links.find(source_path));
@@ -175,8 +173,6 @@ Result<void> create_alias(Call& call, FileSystem& files, ShellLinks& links) {
 }
 
 Result<void> resolve_alias(Call& call, FileSystem& files, ShellLinks& links) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const NativePath path = VELL_TRY(one_path(call, 1));
     FoundItem item = VELL_TRY(links.find(path));

@@ -12,8 +12,6 @@ using params::Call;
 using params::SwitchSet;
 
 Result<NativePath> path_to_show(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     return params::resolve(params::Accept::HostForms, call.text(1));

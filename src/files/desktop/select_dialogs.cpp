@@ -19,16 +19,9 @@ constexpr std::size_t folder_to_save_in_position = 3;
 constexpr std::size_t several_option = 3;
 constexpr std::size_t hidden_option = 4;
 
-bool wants(Call& call, const SwitchSet& switches, std::size_t option, std::string_view name) {
-    const std::int32_t value = call.step_option(option);
-    return value == Call::not_given ? switches.has(name) : value != 0;
-}
-
 // What all dialogs have in common.
 Result<FileDialog> dialog_of(Call& call, DialogKind kind, std::u16string_view default_prompt,
                              std::size_t folder_index) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     FileDialog dialog;
@@ -68,8 +61,8 @@ Result<void> select_file_dialog(Call& call, const ShowDialog& show) {
         VELL_TRY(dialog_of(call, DialogKind::SelectFile, u"Select a file.", folder_position));
     const SwitchSet switches = call.switches();
     dialog.types = params::switch_text(call, u"-Types=").value_or(default_file_types());
-    dialog.several = wants(call, switches, several_option, "-AllowMultipleFiles");
-    dialog.show_hidden = wants(call, switches, hidden_option, "-ShowInvisibles");
+    dialog.several = call.option(several_option, switches, "-AllowMultipleFiles");
+    dialog.show_hidden = call.option(hidden_option, switches, "-ShowInvisibles");
 
     std::vector<std::u16string> paths = VELL_TRY(show(dialog));
     std::u16string result;

@@ -162,8 +162,6 @@ Result<Facts> collect(DiskSystem& system, const Disk& disk, const SwitchSet& swi
 } // namespace
 
 Result<void> list_disks(Call& call, DiskSystem& system) {
-    if (call.parameter_count() < 1)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const WantedTypes wanted(switches);
     const bool ready_only = switches.has("-ReadyOnly");
@@ -193,8 +191,6 @@ Result<void> list_disks(Call& call, DiskSystem& system) {
 }
 
 Result<void> disk_info(Call& call, DiskSystem& system) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const Disk disk = VELL_TRY(find_disk(system, call.text(1), Below::Accepted));
     if (switches.has("-NumberOfFiles"))

@@ -23,10 +23,8 @@ constexpr std::size_t reuse_position = 6;
 constexpr auto no_free_letter = static_cast<ErrorCode>(1248);
 
 bool reuses_letter(Call& call, const SwitchSet& switches) {
-    const std::int32_t option = call.step_option(reuse_position);
-    if (option != Call::not_given)
-        return option != 0;
-    return switches.has("-reuse drive letter") || switches.has("-ReuseDriveLetter");
+    return call.option(reuse_position, switches, "-ReuseDriveLetter") ||
+           switches.has("-reuse drive letter");
 }
 
 // No letter, which is 0, without the switch.
@@ -102,8 +100,6 @@ Result<Disk> mount(Call& call, DiskSystem& system, ShareConnection& connection) 
 } // namespace
 
 Result<void> mount_disk(Call& call, DiskSystem& system) {
-    if (call.parameter_count() < 4)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     ShareConnection connection;
     connection.share = VELL_TRY(share_name(call.text(server_position), call.text(disk_position)));
@@ -122,8 +118,6 @@ Result<void> mount_disk(Call& call, DiskSystem& system) {
 }
 
 Result<void> unmount_disk(Call& call, DiskSystem& system) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const Disk disk = VELL_TRY(find_disk(system, call.text(1), Below::Refused));
     const OpenFiles open_files =
         call.switches().has("-Force") ? OpenFiles::CutOff : OpenFiles::Refuse;

@@ -115,8 +115,6 @@ Result<AttributeChange> change_of_step(Call& call) {
 } // namespace
 
 Result<void> get_file_attribute(Call& call, ItemProperties& properties) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const QuestionSwitch asked = VELL_TRY(question_of(call.switches()));
     const NativePath path = VELL_TRY(call.path(1));
     switch (asked.question) {
@@ -140,8 +138,6 @@ Result<void> get_file_attribute(Call& call, ItemProperties& properties) {
 }
 
 Result<void> set_file_attribute(Call& call, ItemProperties& properties) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const AttributeChange change =
         VELL_TRY(call.is_step() ? change_of_step(call) : change_of_switches(call.switches()));
     const NativePath path = VELL_TRY(call.path(1));
@@ -154,8 +150,6 @@ Result<void> set_file_attribute(Call& call, ItemProperties& properties) {
 }
 
 Result<void> is_free(Call& call, ItemProperties& properties) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const NativePath path = VELL_TRY(call.path(1));
     Result<bool> free = can_be_changed(properties, path);
     if (!free && free.error() == ErrorCode::Busy)

@@ -38,8 +38,6 @@ std::string hexadecimal(std::span<const std::uint8_t> bytes, bool colons) {
 } // namespace
 
 Result<void> get_file_hash(Call& call, FileSystem& files, const DigestMaker& make_digest) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     std::vector<char> buffer(buffer_size);
     const NativePath path = VELL_TRY(call.path(1));
     const SwitchSet switches = call.switches();

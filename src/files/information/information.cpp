@@ -11,22 +11,16 @@ using params::SwitchSet;
 
 constexpr std::u16string_view separators = u"\\/";
 
-Result<NativePath> path_of(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
-    return call.path(1);
-}
-
 } // namespace
 
 Result<void> exists(Call& call, FileSystem& files) {
-    const Result<NativePath> path = path_of(call);
+    const Result<NativePath> path = call.path(1);
     call.set_number(path && files.kind_of(*path) != ItemKind::None);
     return {};
 }
 
 Result<void> get_type_of_item(Call& call, ItemProperties& properties) {
-    const NativePath path = VELL_TRY(path_of(call));
+    const NativePath path = VELL_TRY(call.path(1));
     const Result<std::uint32_t> attributes = properties.attributes(path);
     if (!attributes)
         return Failure{ErrorCode::NotFound};
@@ -45,13 +39,13 @@ Result<void> get_type_of_item(Call& call, ItemProperties& properties) {
 }
 
 Result<void> get_file_size(Call& call, ItemProperties& properties) {
-    const NativePath path = VELL_TRY(path_of(call));
+    const NativePath path = VELL_TRY(call.path(1));
     call.set_number(static_cast<std::int64_t>(VELL_TRY(properties.size(path))));
     return {};
 }
 
 Result<void> get_resource_fork_size(Call& call) {
-    VELL_TRY(path_of(call));
+    VELL_TRY(call.path(1));
     call.set_number(0);
     return {};
 }
@@ -73,13 +67,13 @@ bool is_shell_link(std::u16string_view path) {
 }
 
 Result<void> get_file_name(Call& call) {
-    const NativePath path = VELL_TRY(path_of(call));
+    const NativePath path = VELL_TRY(call.path(1));
     call.set_text(last_name(path.wide));
     return {};
 }
 
 Result<void> get_extension(Call& call) {
-    const NativePath path = VELL_TRY(path_of(call));
+    const NativePath path = VELL_TRY(call.path(1));
     call.set_text(extension_of(path.wide));
     return {};
 }

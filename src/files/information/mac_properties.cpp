@@ -36,8 +36,6 @@ struct Item {
 
 // What stands at the path of a call; NotFound for nothing.
 Result<Item> item_of(Call& call, FileSystem& files) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     NativePath path = VELL_TRY(call.path(1));
     const ItemKind kind = files.kind_of(path);
     if (kind == ItemKind::None)
@@ -68,15 +66,11 @@ Result<void> get_file_creator(Call& call, FileSystem& files) {
 }
 
 Result<void> set_finder_comment(Call& call) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     VELL_TRY(call.path(1));
     return Failure{ErrorCode::NotAvailable};
 }
 
-Result<void> reference_to_clip(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
+Result<void> reference_to_clip(Call&) {
     return Failure{ErrorCode::NotAvailable};
 }
 

@@ -23,8 +23,6 @@ Result<std::u16string> existing_folder(Call& call, FileSystem& files) {
 } // namespace
 
 Result<void> list_folder(Call& call, FileSystem& files, FolderSource& folders) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const std::u16string folder = VELL_TRY(existing_folder(call, files));
     ListingOptions options = listing_words(switches);
@@ -39,8 +37,6 @@ Result<void> list_folder(Call& call, FileSystem& files, FolderSource& folders) {
 }
 
 Result<void> get_folder_size(Call& call, FileSystem& files, FolderSource& folders) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const std::u16string folder = VELL_TRY(existing_folder(call, files));
     const std::uint64_t size = VELL_TRY(folder_size(folders, folder));
     call.set_number(static_cast<std::int64_t>(size));

@@ -86,8 +86,6 @@ Result<ListingOptions> search_options(const SwitchSet& switches, SearchSystem& s
 } // namespace
 
 Result<void> search(Call& call, FileSystem& files, FolderSource& folders, SearchSystem& system) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const SwitchSet switches = call.switches();
     const std::u16string folder = VELL_TRY(searched_folder(call, files, system));
     std::u16string name = VELL_TRY(searched_name(call));

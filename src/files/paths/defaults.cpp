@@ -42,8 +42,6 @@ Defaults& defaults() {
 }
 
 Result<void> set_default_file(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     defaults().release_file();
     defaults().set_file(VELL_TRY(call.path(1)));
     call.set_done();
@@ -51,16 +49,12 @@ Result<void> set_default_file(Call& call) {
 }
 
 Result<void> set_default_type(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     defaults().set_type(call.text(1));
     call.set_done();
     return {};
 }
 
 Result<void> set_default_creator(Call& call) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     call.set_done();
     return {};
 }

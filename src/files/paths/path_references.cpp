@@ -55,8 +55,6 @@ bool names_a_place(std::u16string_view line) {
 }
 
 Result<std::u16string> reference_of(Call& call, const FullPath& full_path) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     return path_of_reference(call.text(1), full_path);
 }
 

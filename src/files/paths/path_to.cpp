@@ -26,8 +26,6 @@ Result<std::u16string> current_file(params::Call& call) {
 } // namespace
 
 Result<void> get_path_to(params::Call& call, const ProgramPath& program) {
-    if (call.parameter_count() < 1)
-        return Failure{ErrorCode::BadParameter};
     const params::SwitchSet switches = call.switches();
     if (switches.has("currentFileName")) {
         call.set_text(params::path_result(switches, VELL_TRY(current_file(call))));

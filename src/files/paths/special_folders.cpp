@@ -100,8 +100,6 @@ std::span<const SpecialFolderWord> special_folder_words() {
 }
 
 Result<void> find_folder(params::Call& call, const SpecialFolderSource& source) {
-    if (call.parameter_count() < 1)
-        return Failure{ErrorCode::BadParameter};
     const params::SwitchSet switches = call.switches();
     const SpecialFolderWord* const word = longest_word(switches.text());
     if (!word)

@@ -15,6 +15,8 @@ namespace {
 
 using params::Call;
 
+constexpr std::size_t contents_option = 2; // of the step that deletes
+
 // Of the shell's own numbers, those that the checks before it give in its place.
 constexpr auto same_folder = static_cast<ErrorCode>(0x71);
 constexpr auto target_in_source = static_cast<ErrorCode>(0x7D);
@@ -42,8 +44,6 @@ struct FolderPaths {
 };
 
 Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const auto not_a_folder = [&] {
         call.debug_note("DoCopyFolder001A errFSNotAFolder ");
         return Failure{ErrorCode::NotAFolder};
@@ -279,11 +279,9 @@ Result<void> delete_with_contents(Call& call, TreeSystem& tree, const NativePath
 } // namespace
 
 Result<void> delete_folder(Call& call, TreeSystem& tree) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const params::SwitchSet switches = call.switches();
-    const bool with_contents = call.is_step() ? call.step_option(2) == 1
-                                              : switches.has("-deleteAllSubFoldersAndAllContents");
+    const bool with_contents =
+        call.option_is(contents_option, 1, switches, "-deleteAllSubFoldersAndAllContents");
     const NativePath given = VELL_TRY(path_to_change(call.path(1)));
     const NativePath path = native(without_trailing_separator(given.wide));
     switch (tree.files().kind_of(path)) {

@@ -16,6 +16,10 @@ namespace {
 
 using params::Call;
 
+// Options of the steps by position.
+constexpr std::size_t create_folders_option = 2;
+constexpr std::size_t other_volumes_option = 3;
+
 enum class Transfer : std::uint8_t { Copy, Move };
 
 bool is_missing_parent(ErrorCode code) {
@@ -62,8 +66,6 @@ Result<void> make_folder_on_the_way(TreeSystem& tree, std::u16string_view given,
 }
 
 Result<void> transfer_file(Call& call, TreeSystem& tree, Transfer transfer) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     call.debug_note("IN CopyMoveFile");
     const auto unresolved = [&](ErrorCode code) {
         call.debug_note("CopyMoveFile Error in TxtToParentFSSpecAndFileName ");
@@ -166,10 +168,8 @@ Result<void> make_folders(TreeSystem& tree, const NativePath& given, NewFolders&
 }
 
 Result<void> create_file(Call& call, TreeSystem& tree) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const bool create_folders =
-        call.is_step() ? call.step_option(2) == 1 : call.switches().has("-CreateFolders");
+        call.option_is(create_folders_option, 1, call.switches(), "-CreateFolders");
     const NativePath path = VELL_TRY(path_to_make(call.path(1)));
     if (tree.files().kind_of(path) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
@@ -189,8 +189,6 @@ Result<void> create_file(Call& call, TreeSystem& tree) {
 }
 
 Result<void> create_folder(Call& call, TreeSystem& tree) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     NewFolders made(tree);
     const NativePath path = VELL_TRY(call.path(1));
     VELL_TRY(make_folders(tree, path, made));
@@ -200,8 +198,6 @@ Result<void> create_folder(Call& call, TreeSystem& tree) {
 }
 
 Result<void> delete_file(Call& call, TreeSystem& tree) {
-    if (call.parameter_count() < 2)
-        return Failure{ErrorCode::BadParameter};
     const NativePath path = VELL_TRY(existing_path(call, tree, 1));
     VELL_TRY(tree.files().remove(path));
     call.set_done();
@@ -217,10 +213,8 @@ Result<void> move_file(Call& call, TreeSystem& tree) {
 }
 
 Result<void> exchange_files(Call& call, TreeSystem& tree) {
-    if (call.parameter_count() < 3)
-        return Failure{ErrorCode::BadParameter};
     const bool other_volumes =
-        call.is_step() ? call.step_option(3) == 1 : call.switches().has("-AllowDifferentVolumes");
+        call.option_is(other_volumes_option, 1, call.switches(), "-AllowDifferentVolumes");
     const NativePath first = VELL_TRY(existing_file(call, tree, 1));
     const NativePath second = VELL_TRY(existing_file(call, tree, 2));
     if (!other_volumes && !tree.on_same_volume(first, second))

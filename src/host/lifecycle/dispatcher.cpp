@@ -19,13 +19,14 @@ struct Entry {
     params::Body body;
     Served served;
     bool is_step;
+    std::int16_t needed_parameters;
 };
 
 std::optional<Entry> find_entry(std::int16_t id) {
     if (const FunctionRow* function = find_function(id))
-        return Entry{function->body, function->served, false};
+        return Entry{function->body, function->served, false, function->least_parameters.needed};
     if (const StepRow* step = find_step(id))
-        return Entry{step->body, step->served, true};
+        return Entry{step->body, step->served, true, step->needed_parameters};
     return std::nullopt;
 }
 
@@ -41,10 +42,12 @@ ErrorCode refusal() {
 
 // Runs the body; what it throws becomes its code. A failure always has one: the system may refuse
 // something without saying why.
-ErrorCode outcome_of(params::Body body, bool is_step, const HostArguments& given) {
+ErrorCode outcome_of(const Entry& entry, const HostArguments& given) {
     try {
-        HostCallObject call(given.environment, given.parameters, given.result, is_step);
-        const Result<void> outcome = body(call);
+        HostCallObject call(given.environment, given.parameters, given.result, entry.is_step);
+        if (call.parameter_count() < static_cast<std::size_t>(entry.needed_parameters))
+            return ErrorCode::BadParameter;
+        const Result<void> outcome = entry.body(call);
         if (outcome)
             return ErrorCode::Ok;
         return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();
@@ -85,7 +88,7 @@ fm::Errcode serve(std::int16_t id, const HostArguments& given) {
     }
     if (!entry)
         return 0;
-    const fm::Errcode errcode = run_body(entry->body, entry->is_step, given);
+    const fm::Errcode errcode = report(given.result, outcome_of(*entry, given));
     if (is_logged)
         log_call("External function end. functionID: ", id);
     return errcode;
@@ -109,7 +112,7 @@ void serve_guarded(void* arguments) {
 } // namespace
 
 fm::Errcode run_body(params::Body body, bool is_step, const HostArguments& given) {
-    return report(given.result, outcome_of(body, is_step, given));
+    return report(given.result, outcome_of({body, Served::Always, is_step, 0}, given));
 }
 
 fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,

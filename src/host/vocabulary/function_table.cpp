@@ -48,11 +48,16 @@ using params::not_available;
 constexpr std::uint32_t all_dialogs = fm::display_in_all_dialogs;
 constexpr std::uint32_t interactive = 0xE900; // not for auto-enter, validation and privileges
 
+// The host demands one number of parameters at least, the body needs another.
+constexpr LeastParameters least(std::int16_t by_host, std::int16_t by_body) {
+    return {by_host, by_body};
+}
+
 // ID, least and most parameters, dialogs, prototype, description, body
 constexpr FunctionRow rows[] = {
     {9000, 0, 0, all_dialogs, "VlFile_Version",
      "Use this function to see which version of the plug-in is loaded.", version, Served::Always},
-    {9001, 1, 1, all_dialogs, "VlFile_Version( switches )",
+    {9001, least(1, 0), 1, all_dialogs, "VlFile_Version( switches )",
      "Returns which version of the plug-in is loaded.", version, Served::Always},
     {9002, 0, 0, all_dialogs, "VlFile_VersionAutoUpdate",
      "Returns the 8-digit version number \"14000000\" for the host server's automatic update.",
@@ -64,7 +69,7 @@ constexpr FunctionRow rows[] = {
     {4202, 1, 3, interactive, "VlFile_ContentsDialog( switches ; { prompt ; { initialFolder } } )",
      "Shows the user a file selection dialog, the contents of the selected file is returned.",
      files::contents_dialog},
-    {4203, 1, 2, all_dialogs, "VlFile_Control( switches ; password )",
+    {4203, least(1, 0), 2, all_dialogs, "VlFile_Control( switches ; password )",
      "Controls the functions of the plug-in.", control, Served::Always},
     {4204, 2, 2, all_dialogs, "VlFile_ConvertFromFMText( switches ; text )",
      "Converts text formatted in the internal FileMaker format to text formatted in the format of "
@@ -90,7 +95,7 @@ constexpr FunctionRow rows[] = {
      "Deletes the folder indicated by the folderPath.", files::delete_folder},
     {4215, 2, 2, all_dialogs, "VlFile_DiskInfo( switches ; diskname )",
      "Retrieves information about a specified disk, like the number of files.", files::disk_info},
-    {4216, 2, 2, all_dialogs, "VlFile_Exists( switches ; filePath )",
+    {4216, least(2, 0), 2, all_dialogs, "VlFile_Exists( switches ; filePath )",
      "Check for the existence of a file or folder.", files::exists},
     {4220, 2, 2, all_dialogs, "VlFile_FileSpecToFullPath( switches ; FileSpec )",
      "Returns full path of a file or folder from the FSSpec.", files::file_spec_to_full_path},
@@ -244,7 +249,7 @@ constexpr FunctionRow rows[] = {
      files::get_code_sign_info},
     {4319, 2, 2, all_dialogs, "VlFile_GetFileStructure( switches ; filePath )",
      "Returns the structure of a (movie) file.", not_available},
-    {4320, 4, 4, all_dialogs,
+    {4320, least(4, 0), 4, all_dialogs,
      "VlFile_SetMovieMetaData( switches ; sourceFilePath ; destFilePath ; metadata )",
      "Sets metadata into a movie file.", metadata::set_movie_metadata},
     {4321, 3, 3, all_dialogs, "VlFile_ExportToFile( switches ; source ; filepath )",
@@ -264,7 +269,7 @@ constexpr FunctionRow rows[] = {
     {4328, 1, 1, all_dialogs, "VlFile_GetPreferredLanguages( switches )",
      "Returns a list of preferred language-country codes, like \"en-GB\".",
      files::get_preferred_languages},
-    {4329, 1, 2, all_dialogs, "VlFile_GetFileName( switches ; filepath )",
+    {4329, least(1, 2), 2, all_dialogs, "VlFile_GetFileName( switches ; filepath )",
      "Returns the name of a file (or folder) in a filePath, including the extension.",
      files::get_file_name},
     // A second group: a failure in the first does not keep these from being tried.

@@ -44,12 +44,12 @@ fm::Errcode register_function(const FunctionRow& row) {
     const auto register_ex = late_entry_points().register_function_ex;
     if (plugin_state().api_version < first_api_with_descriptions || !register_ex)
         return host_call(FM_ExprEnv_RegisterExternalFunction, id.get(), row.registered_id(),
-                         name.get(), prototype.get(), row.min_parameters, row.max_parameters,
-                         row.flags, &dispatch);
+                         name.get(), prototype.get(), row.least_parameters.demanded,
+                         row.max_parameters, row.flags, &dispatch);
     const Text description(std::string_view(function_description(row)));
     return host_call(register_ex, id.get(), row.registered_id(), name.get(), prototype.get(),
-                     description.get(), row.min_parameters, row.max_parameters, row.flags,
-                     &dispatch);
+                     description.get(), row.least_parameters.demanded, row.max_parameters,
+                     row.flags, &dispatch);
 }
 
 fm::Errcode register_step(const StepRow& row) {

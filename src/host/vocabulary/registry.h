@@ -18,9 +18,20 @@ enum class Served : std::uint8_t { WhenEnabled, Always };
 // Rows of one group are registered in their order up to the first failure.
 enum class RegistrationGroup : std::uint8_t { First, Second };
 
+// The smallest number of parameters: one number, unless the body needs other ones than the host
+// demands. A body that needs none answers any call.
+struct LeastParameters {
+    constexpr LeastParameters(std::int16_t number) : demanded(number), needed(number) {}
+    constexpr LeastParameters(std::int16_t by_host, std::int16_t by_body)
+        : demanded(by_host), needed(by_body) {}
+
+    std::int16_t demanded; // what the host is told: it refuses a calculation with fewer
+    std::int16_t needed;   // a call with fewer answers BadParameter without reaching the body
+};
+
 struct FunctionRow {
     std::int16_t id;
-    std::int16_t min_parameters;
+    LeastParameters least_parameters;
     std::int16_t max_parameters;
     std::uint32_t flags;
     std::string_view prototype;
@@ -46,6 +57,7 @@ struct StepRow {
     std::int16_t id; // that of the function which it mirrors, plus 3000
     std::string_view name;
     std::string_view description;
+    std::int16_t needed_parameters;            // see LeastParameters; the target counts
     std::span<const StepParameter> parameters; // the target first, where there is one
     params::Body body;
     Served served = Served::WhenEnabled;
