@@ -22,7 +22,7 @@ namespace vell::metadata {
 // NothingFound when the text only removes and there is nothing of that; BadParameter for a text
 // that is no tagged text, a value that its tag cannot hold (a date in another form than Exif's,
 // too) and IPTC that stays and would no longer be readable; ResourceTooLarge for what does not fit
-// or could not be read back. docs/decisions.md tells encodings and places.
+// or could not be read back. docs/decisions/metadata-writing.md tells encodings and places.
 Result<void> set_metadata(params::Call& call, files::FileSystem& files);
 inline Result<void> set_metadata(params::Call& call) {
     return set_metadata(call, files::system_files());

@@ -2,8 +2,8 @@
 // and renders the tags that it knows as tagged text: a section word with the tag's number, the
 // value, and "##END" with the number, separated by carriage returns.
 //
-// Two readers give the same text but for a few deliberate differences (docs/decisions.md): one
-// works on a file, the other on a block in memory.
+// Two readers give the same text but for a few deliberate differences (docs/decisions/metadata.md):
+// one works on a file, the other on a block in memory.
 #pragma once
 
 #include "src/base/result.h"
