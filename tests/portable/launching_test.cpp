@@ -145,7 +145,6 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
         {save_file_dialog, {u"", u"", u"..."}, "$$-37"},
         {save_file_dialog, {u"", u"", u"aux.txt"}, "$$-37"},
         {save_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
-        {save_file_dialog, {u""}, "$$-50"},
         {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},
     };
     for (const auto& c : cases) {
