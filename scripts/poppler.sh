@@ -9,6 +9,7 @@ set -eu
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 toolchain=$scripts/../cmake/mingw64.cmake
 patch=$scripts/poppler.patch
+headers=$scripts/poppler.cmake
 data=/usr/share/poppler # of the package poppler-data
 
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/vell-file
@@ -22,7 +23,7 @@ poppler_source=$("$scripts/source_package.sh" poppler)
     exit 1
 }
 recipe=$({
-    cat "${BASH_SOURCE[0]}" "$toolchain" "$patch"
+    cat "${BASH_SOURCE[0]}" "$toolchain" "$patch" "$headers"
     echo "$freetype_source $poppler_source"
     dpkg-query -W poppler-data
     x86_64-w64-mingw32-g++-posix --version
@@ -37,31 +38,55 @@ echo "Building Poppler for Windows (a few minutes, once)" >&2
 work=$(mktemp -d -p "$cache")
 trap 'rm -rf "$work"' EXIT
 
-# NAME SOURCE OPTION…: configures, builds, and installs into the folder that becomes the target.
-install_library() {
-    local name=$1 source=$2
-    shift 2
-    {
-        cmake -S "$source" -B "$work/$name" -G Ninja --toolchain "$toolchain" \
-            -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
-            -DCMAKE_INSTALL_PREFIX="$work/installed" -DCMAKE_INSTALL_LIBDIR=lib "$@" &&
-            cmake --build "$work/$name" &&
-            cmake --install "$work/$name"
-    } </dev/null >"$work/log" 2>&1 || {
-        tail -30 "$work/log" >&2
-        echo "$name could not be built." >&2
+# NAME COMMAND…: what it writes goes to the log of that name; shows the log's end when the command fails.
+logged() {
+    local log=$work/$1.log
+    shift
+    "$@" </dev/null >>"$log" 2>&1 || {
+        tail -30 "$log" >&2
+        echo "Building Poppler failed at: $*" >&2
         exit 1
     }
 }
 
-# With the zlib that the plug-in has: a second one inside FreeType would meet it when linking.
-install_library FreeType "$freetype_source" -DFT_REQUIRE_ZLIB=ON -DFT_DISABLE_BZIP2=ON \
-    -DFT_DISABLE_PNG=ON -DFT_DISABLE_HARFBUZZ=ON -DFT_DISABLE_BROTLI=ON
+# NAME SOURCE OPTION…
+configure() {
+    local name=$1 source=$2
+    shift 2
+    logged "$name" cmake -S "$source" -B "$work/$name" -G Ninja --toolchain "$toolchain" \
+        -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
+        -DCMAKE_INSTALL_PREFIX="$work/installed" -DCMAKE_INSTALL_LIBDIR=lib "$@"
+}
+
+# NAME: builds what is configured, and installs it into the folder that becomes the target.
+install_library() {
+    logged "$1" cmake --build "$work/$1"
+    logged "$1" cmake --install "$work/$1"
+}
+
+# With the zlib that the plug-in has: a second one inside FreeType would meet it when linking. Poppler
+# asks it for the names of fonts only, so it need not be fast.
+make_freetype() {
+    configure FreeType "$freetype_source" -DFT_REQUIRE_ZLIB=ON -DFT_DISABLE_BZIP2=ON \
+        -DFT_DISABLE_PNG=ON -DFT_DISABLE_HARFBUZZ=ON -DFT_DISABLE_BROTLI=ON \
+        -DCMAKE_C_FLAGS_RELEASE="-O1 -DNDEBUG"
+    install_library FreeType
+}
+freetype_headers=$work/installed/include/freetype2
+mkdir -p "$freetype_headers"
+make_freetype &
+freetype=$!
+
+# Only text is wanted, so everything that pictures, signatures and other interfaces need is left out,
+# and so are the sources that nothing of what is left refers to: those that draw or print.
 cp -r "$poppler_source" "$work/source"
 patch -s -d "$work/source" -p1 <"$patch"
-# Only text is wanted, so everything that pictures, signatures and other interfaces need is left out.
-freetype_headers=$work/installed/include/freetype2
-install_library Poppler "$work/source" -DFREETYPE_LIBRARY="$work/installed/lib/libfreetype.a" \
+unneeded='goo/(ImgWriter|JpegWriter|NetPBMWriter|PNGWriter|TiffWriter|gbase64|gbasename)'
+unneeded+='|poppler/(BBox|PS|PreScan|Splash)OutputDev|splash/Splash([^B]\w*)?'
+unneeded+='|poppler/(J\w*Decoder|JBIG2Stream|JPXStream|FILECacheLoader|FontInfo|PageTransition)'
+unneeded+='|poppler/(FD|Local)?PDFDoc(Builder|Factory)'
+sed -Ei "\\#^ *($unneeded)\.cc\$#d" "$work/source/CMakeLists.txt"
+configure Poppler "$work/source" -DFREETYPE_LIBRARY="$work/installed/lib/libfreetype.a" \
     -DFREETYPE_INCLUDE_DIR_ft2build="$freetype_headers" \
     -DFREETYPE_INCLUDE_DIR_freetype2="$freetype_headers" -DENABLE_UNSTABLE_API_ABI_HEADERS=ON \
     -DFONT_CONFIGURATION=win32 -DENABLE_BOOST=OFF -DCMAKE_DISABLE_FIND_PACKAGE_Boost=ON \
@@ -71,7 +96,10 @@ install_library Poppler "$work/source" -DFREETYPE_LIBRARY="$work/installed/lib/l
     -DENABLE_CPP=OFF -DENABLE_UTILS=OFF -DENABLE_RELOCATABLE=OFF \
     -DBUILD_GTK_TESTS=OFF -DBUILD_QT5_TESTS=OFF -DBUILD_QT6_TESTS=OFF -DBUILD_CPP_TESTS=OFF -DBUILD_MANUAL_TESTS=OFF \
     -DRUN_GPERF_IF_PRESENT=OFF -DWITH_NSS3=OFF -DPKG_CONFIG_EXECUTABLE=/bin/false \
-    -DWITH_JPEG=OFF -DWITH_PNG=OFF -DWITH_TIFF=OFF -DWITH_Cairo=OFF
+    -DWITH_JPEG=OFF -DWITH_PNG=OFF -DWITH_TIFF=OFF -DWITH_Cairo=OFF \
+    -DCMAKE_PROJECT_poppler_INCLUDE="$headers"
+wait $freetype || exit 1
+install_library Poppler
 # With one time for all files, so that the same data gives the same archive.
 (cd "$data" &&
     find cMap cidToUnicode nameToUnicode unicodeMap -type f | LC_ALL=C sort >"$work/names" &&
