@@ -1,0 +1,17 @@
+# Options shared by all of our own targets; what is only installed and called keeps its own.
+add_library(vell_options INTERFACE)
+set_target_properties(vell_options PROPERTIES EXPORT_NO_SYSTEM ON)
+target_include_directories(vell_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(vell_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic
+  -Wshadow -Wconversion -Wno-sign-conversion -Werror>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # GCC 12 sees overlapping copies inside std::string that are not there (its bug 105651). In
+  # precompiled headers it forgets what is the system's, and shows what it suspects of that, too.
+  target_compile_options(vell_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict
+    -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+endif()
+if(WIN32)
+  target_compile_definitions(vell_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
+    _WIN32_WINNT=0x0A00 WINVER=0x0A00)
+  target_link_options(vell_options INTERFACE -static $<$<CONFIG:Release>:-s>)
+endif()
