@@ -1,6 +1,7 @@
 #include "src/host/lifecycle/lifecycle.h"
 
 #include "src/base/number_text.h"
+#include "src/base/utf8.h"
 #include "src/base/win32_text.h"
 #include "src/files/paths/defaults.h"
 #include "src/host/bridge/late_entry_points.h"
@@ -143,9 +144,10 @@ void shut_down() {
 void show_about_box() {
     if (!plugin_state().can_ask_user)
         return;
-    const std::wstring text = to_wide(
-        u"Vell File Plug-In 14.0 (build 508)\n\nFiles and folders for FileMaker solutions.");
-    MessageBoxW(main_window(), text.c_str(), L"About Vell File Plug-In",
+    const std::string text = std::string(plugin_name_and_version) + " (build " +
+                             to_text(std::int64_t{build_number}) +
+                             ")\n\nFiles and folders for FileMaker solutions.";
+    MessageBoxW(main_window(), to_wide(utf16_from_utf8(text)).c_str(), L"About Vell File Plug-In",
                 MB_OK | MB_ICONINFORMATION);
 }
 

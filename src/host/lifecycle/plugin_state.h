@@ -14,11 +14,12 @@
 namespace vell::host {
 
 inline constexpr std::string_view plugin_name = "Vell File Plug-In";
-inline constexpr std::string_view plugin_version = "14.0";
-inline constexpr std::string_view plugin_name_and_version = "Vell File Plug-In 14.0";
-inline constexpr std::int32_t plugin_version_number = 14;
-inline constexpr std::string_view auto_update_version = "14000000";
-inline constexpr std::int32_t build_number = 508;
+// The macros are the project's version, which CMakeLists.txt states.
+inline constexpr std::string_view plugin_version = VELL_VERSION;
+inline constexpr std::string_view plugin_name_and_version = "Vell File Plug-In " VELL_VERSION;
+inline constexpr std::int32_t plugin_version_number = VELL_VERSION_MAJOR;
+inline constexpr std::string_view auto_update_version = VELL_AUTO_UPDATE_VERSION;
+inline constexpr std::int32_t build_number = VELL_BUILD;
 inline constexpr std::string_view options_string = "V7fi1YnYYnn";
 inline constexpr char plugin_id[] = "V7fi"; // the options string begins with it
 

@@ -60,7 +60,8 @@ constexpr FunctionRow rows[] = {
     {9001, least(1, 0), 1, all_dialogs, "VlFile_Version( switches )",
      "Returns which version of the plug-in is loaded.", version, Served::Always},
     {9002, 0, 0, all_dialogs, "VlFile_VersionAutoUpdate",
-     "Returns the 8-digit version number \"14000000\" for the host server's automatic update.",
+     "Returns the 8-digit version number \"" VELL_AUTO_UPDATE_VERSION
+     "\" for the host server's automatic update.",
      version_auto_update, Served::Always},
     {4201, 2, 2, all_dialogs, "VlFile_AppendContents( switches ; text )",
      "Append characters to the contents of an existing file indicated by the SetDefaultFileSpec "
