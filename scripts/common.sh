@@ -33,7 +33,7 @@ need_packages() {
 }
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
-    googletest wine64 wine dpkg-dev poppler-data ccache)
+    googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache)
 test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb xauth python3
     libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils)

@@ -1,5 +1,7 @@
 #include "console/model/decimal.h"
 
+#include <boost/multiprecision/cpp_int.hpp>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -49,10 +51,71 @@ std::optional<std::int64_t> scaled(std::int64_t coefficient, int by) {
 
 } // namespace
 
+struct Decimal::Large {
+    using Integer =
+        boost::multiprecision::number<boost::multiprecision::cpp_int_backend<>,
+                                      boost::multiprecision::et_off>; // sums are numbers
+
+    Integer value;
+
+    static Integer power_of_ten(int power) {
+        return boost::multiprecision::pow(Integer(10), static_cast<unsigned>(power));
+    }
+    static Large from_digits(const std::string& digits) { // without zeros before them
+        return {digits.empty() ? Integer() : Integer(digits)};
+    }
+    bool is_zero() const { return value.is_zero(); }
+
+    int digit_count() const { // 0 for zero
+        if (is_zero())
+            return 0;
+        int digits = static_cast<int>(msb(value) * 30102 / 100000); // log10(2), a little less
+        for (Integer limit = power_of_ten(digits); value >= limit; limit *= 10)
+            ++digits;
+        return digits;
+    }
+    // Divided by ten as often as nothing is lost, at most so many times; the number of times.
+    int drop_zeros(std::int64_t most) {
+        int dropped = 0;
+        Integer quotient;
+        Integer remainder;
+        for (; dropped < most && !is_zero(); ++dropped) {
+            divide_qr(value, Integer(10), quotient, remainder);
+            if (!remainder.is_zero())
+                break;
+            value.swap(quotient);
+        }
+        return dropped;
+    }
+    void scale_up(int digits) { // times 10^digits
+        if (digits > 0)
+            value *= power_of_ten(digits);
+    }
+    void scale_down(int digits) { // divided by 10^digits, truncated
+        if (digits > 0)
+            value /= power_of_ten(digits);
+    }
+    // a / b with a half rounded up; b is not zero.
+    static Large divide_rounded(const Integer& a, const Integer& b) {
+        Integer quotient;
+        Integer remainder;
+        divide_qr(a, b, quotient, remainder);
+        if (remainder + remainder >= b)
+            ++quotient;
+        return {std::move(quotient)};
+    }
+    void round_down(int digits) { // divided by 10^digits, a half rounded up
+        if (digits > digit_count())
+            value = 0;
+        else if (digits > 0)
+            value = divide_rounded(value, power_of_ten(digits)).value;
+    }
+};
+
 // Two magnitudes brought to one exponent.
 struct Decimal::Aligned {
-    Natural a;
-    Natural b;
+    Large a;
+    Large b;
     int exponent;
 };
 
@@ -85,7 +148,7 @@ struct Decimal::Collected {
 Decimal::Decimal(std::int64_t value) : small_(value) {
     if (value == int64_min) {
         small_ = 0;
-        large_ = Natural(absolute(value));
+        large_ = std::make_shared<Large>(Large{absolute(value)});
         negative_ = true;
     }
 }
@@ -102,23 +165,19 @@ Decimal Decimal::small(std::int64_t coefficient, int exponent) {
 
 Decimal Decimal::greatest(bool negative) {
     Decimal result;
-    result.large_ = Natural::from_digits(std::string(max_digits, '9'));
+    result.large_ = std::make_shared<Large>(Large::from_digits(std::string(max_digits, '9')));
     result.negative_ = negative;
     result.exponent_ = max_exponent - max_digits + 1;
     return result;
 }
 
-Decimal Decimal::make(bool negative, Natural coefficient, std::int64_t exponent) {
+Decimal Decimal::make(bool negative, Large coefficient, std::int64_t exponent) {
     if (const int surplus = coefficient.digit_count() - max_digits; surplus > 0) {
         coefficient.round_down(surplus);
         exponent += surplus;
     }
-    if (exponent < 0) {
-        const int zeros =
-            static_cast<int>(std::min<std::int64_t>(coefficient.trailing_zeros(), -exponent));
-        coefficient.scale_down(zeros);
-        exponent += zeros;
-    }
+    if (exponent < 0)
+        exponent += coefficient.drop_zeros(-exponent);
     if (coefficient.is_zero())
         return {};
     const std::int64_t first = exponent + coefficient.digit_count() - 1;
@@ -129,20 +188,19 @@ Decimal Decimal::make(bool negative, Natural coefficient, std::int64_t exponent)
 
     Decimal result;
     result.exponent_ = static_cast<std::int32_t>(exponent);
-    const std::optional<std::uint64_t> value = coefficient.to_uint64();
-    if (value && *value <= static_cast<std::uint64_t>(int64_max)) {
-        result.small_ = static_cast<std::int64_t>(*value);
+    if (coefficient.value <= int64_max) {
+        result.small_ = static_cast<std::int64_t>(coefficient.value);
         if (negative)
             result.small_ = -result.small_;
     } else {
-        result.large_ = std::move(coefficient);
+        result.large_ = std::make_shared<Large>(std::move(coefficient));
         result.negative_ = negative;
     }
     return result;
 }
 
 Decimal Decimal::from_digits(const Collected& collected) {
-    return make(collected.negative, Natural::from_digits(collected.digits),
+    return make(collected.negative, Large::from_digits(collected.digits),
                 collected.exponent + collected.text_exponent);
 }
 
@@ -227,8 +285,8 @@ Decimal Decimal::from_any_text(std::u16string_view text) {
     return from_digits(collected);
 }
 
-Natural Decimal::magnitude() const {
-    return is_small() ? Natural(absolute(small_)) : large_;
+Decimal::Large Decimal::magnitude() const {
+    return is_small() ? Large{absolute(small_)} : *large_;
 }
 
 int Decimal::top() const {
@@ -238,7 +296,7 @@ int Decimal::top() const {
 std::string Decimal::to_text() const {
     if (is_small() && exponent_ == 0)
         return std::to_string(small_);
-    std::string digits = magnitude().to_digits();
+    std::string digits = magnitude().value.str();
     const std::string sign = is_negative() ? "-" : "";
     const int first = exponent_ + static_cast<int>(digits.size()) - 1;
     if (first > plain_exponent || first < -plain_exponent) {
@@ -262,18 +320,18 @@ std::int64_t Decimal::to_int64() const {
         return scaled(small_, exponent_).value_or(saturated);
     if (exponent_ >= 0)
         return saturated;
-    Natural whole = large_;
+    Large whole = *large_;
     whole.scale_down(-exponent_);
-    const std::optional<std::uint64_t> value = whole.to_uint64();
-    if (!value || *value > static_cast<std::uint64_t>(int64_max))
+    if (whole.value > int64_max)
         return saturated;
-    return negative_ ? -static_cast<std::int64_t>(*value) : static_cast<std::int64_t>(*value);
+    const auto value = static_cast<std::int64_t>(whole.value);
+    return negative_ ? -value : value;
 }
 
 double Decimal::to_double() const {
     if (is_small() && exponent_ == 0)
         return static_cast<double>(small_);
-    const std::string text = magnitude().to_digits() + "e" + std::to_string(exponent_);
+    const std::string text = magnitude().value.str() + "e" + std::to_string(exponent_);
     double value = 0;
     const auto end = text.data() + text.size();
     if (std::from_chars(text.data(), end, value).ec == std::errc::result_out_of_range)
@@ -333,10 +391,10 @@ Decimal Decimal::add(const Decimal& a, const Decimal& b, bool negate_b) {
     const Aligned aligned = align(a, b);
     const bool b_negative = b.is_negative() != negate_b;
     if (a.is_negative() == b_negative)
-        return make(b_negative, aligned.a + aligned.b, aligned.exponent);
-    if (aligned.a >= aligned.b)
-        return make(a.is_negative(), aligned.a - aligned.b, aligned.exponent);
-    return make(b_negative, aligned.b - aligned.a, aligned.exponent);
+        return make(b_negative, {aligned.a.value + aligned.b.value}, aligned.exponent);
+    if (aligned.a.value >= aligned.b.value)
+        return make(a.is_negative(), {aligned.a.value - aligned.b.value}, aligned.exponent);
+    return make(b_negative, {aligned.b.value - aligned.a.value}, aligned.exponent);
 }
 
 Decimal operator+(const Decimal& a, const Decimal& b) {
@@ -353,8 +411,8 @@ Decimal operator*(const Decimal& a, const Decimal& b) {
         exponent <= Decimal::max_digits && !__builtin_mul_overflow(a.small_, b.small_, &product) &&
         product != int64_min)
         return Decimal::small(product, static_cast<int>(exponent));
-    return Decimal::make(a.is_negative() != b.is_negative(), a.magnitude() * b.magnitude(),
-                         exponent);
+    return Decimal::make(a.is_negative() != b.is_negative(),
+                         {a.magnitude().value * b.magnitude().value}, exponent);
 }
 
 std::optional<Decimal> Decimal::divide(const Decimal& a, const Decimal& b, int precision) {
@@ -369,13 +427,13 @@ std::optional<Decimal> Decimal::divide(const Decimal& a, const Decimal& b, int p
         fraction = precision - first;
     fraction = std::min(fraction, max_digits - 1 - first);
 
-    Natural numerator = a.magnitude();
-    Natural denominator = b.magnitude();
+    Large numerator = a.magnitude();
+    Large denominator = b.magnitude();
     const int shift = a.exponent_ - b.exponent_ + fraction;
     numerator.scale_up(shift);
     denominator.scale_up(-shift);
-    return make(a.is_negative() != b.is_negative(), Natural::divide_rounded(numerator, denominator),
-                -fraction);
+    return make(a.is_negative() != b.is_negative(),
+                Large::divide_rounded(numerator.value, denominator.value), -fraction);
 }
 
 Decimal Decimal::truncate(const Decimal& value) {
@@ -383,7 +441,7 @@ Decimal Decimal::truncate(const Decimal& value) {
         return value;
     if (value.is_small())
         return value.to_int64();
-    Natural whole = value.large_;
+    Large whole = *value.large_;
     whole.scale_down(-value.exponent_);
     return make(value.negative_, std::move(whole), 0);
 }
@@ -400,7 +458,7 @@ Decimal Decimal::round(const Decimal& value, int fraction_digits) {
         -value.exponent_ - std::clamp(fraction_digits, -2 * max_exponent, 2 * max_exponent);
     if (surplus <= 0)
         return value;
-    Natural coefficient = value.magnitude();
+    Large coefficient = value.magnitude();
     coefficient.round_down(surplus);
     return make(value.is_negative(), std::move(coefficient), value.exponent_ + surplus);
 }
@@ -419,7 +477,7 @@ std::strong_ordering operator<=>(const Decimal& a, const Decimal& b) {
     if (const int x = lower.top(), y = higher.top(); x != y)
         return x <=> y;
     const Decimal::Aligned aligned = Decimal::align(lower, higher);
-    return aligned.a <=> aligned.b;
+    return aligned.a.value.compare(aligned.b.value) <=> 0;
 }
 
 bool operator==(const Decimal& a, const Decimal& b) {

@@ -2,10 +2,9 @@
 // to a chosen number of digits.
 #pragma once
 
-#include "console/model/natural.h"
-
 #include <compare>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -60,24 +59,25 @@ class Decimal {
     friend bool operator==(const Decimal& a, const Decimal& b);
 
   private:
+    struct Large; // a coefficient of any length
     struct Aligned;
     struct Collected;
     static Decimal small(std::int64_t coefficient, int exponent);
-    static Decimal make(bool negative, Natural coefficient, std::int64_t exponent);
+    static Decimal make(bool negative, Large coefficient, std::int64_t exponent);
     static Decimal from_digits(const Collected& collected);
     static Decimal add(const Decimal& a, const Decimal& b, bool negate_b);
     static Aligned align(const Decimal& a, const Decimal& b);
     static Decimal greatest(bool negative);
 
-    bool is_small() const { return large_.is_zero(); }
-    Natural magnitude() const;
+    bool is_small() const { return !large_; }
+    Large magnitude() const;
     int top() const; // the power of ten of the first digit
 
     // The value is coefficient * 10^exponent_. The coefficient is small_ while its magnitude fits a
-    // signed 64-bit number, otherwise large_ with negative_. With a negative exponent the
+    // signed 64-bit number, otherwise *large_ with negative_. With a negative exponent the
     // coefficient does not end in a zero.
     std::int64_t small_ = 0;
-    Natural large_;
+    std::shared_ptr<const Large> large_;
     std::int32_t exponent_ = 0;
     bool negative_ = false; // of large_
 };
