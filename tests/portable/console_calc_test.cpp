@@ -5,7 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <ctime>
+#include <fstream>
 
 namespace vell::console {
 namespace {
@@ -83,115 +84,22 @@ std::string answer(std::string_view source) {
     return answer(world, source);
 }
 
-struct Case {
-    const char* source;
-    const char* answer;
-};
-
-void expect_answers(std::initializer_list<Case> cases) {
-    for (const Case& entry : cases)
-        EXPECT_EQ(answer(entry.source), entry.answer) << entry.source;
-}
-
-TEST(Calculation, TextLiteralsKeepBackslashesThatEscapeNothing) {
-    expect_answers({
-        {R"("C:\temp\new.txt")", R"(text:C:\temp\new.txt)"},
-        {R"("a\\b\"c\"")", R"(text:a\b"c")"},
-        {R"("C:\dir\\")", R"(text:C:\dir\)"},
-        {"\"a¶b\\¶\" & ¶", "text:a\rb¶\r"},
-        {R"("\\¶")", "text:\\\r"},
-        {R"("a\" & 1)", R"(error@0: this text is not closed; it needs a " at its end)"},
-    });
-    EXPECT_NE(answer(R"("C:\dir\")").find("write \\\\\" for a backslash"), std::string::npos);
-}
-
-TEST(Calculation, Precedence) {
-    expect_answers({
-        {"20 - 3 * 4 - 1", "number:7"},
-        {"(2 + 3) * 4", "number:20"},
-        {"2 ^ 3 ^ 2", "number:64"},
-        {"-2 ^ 2", "number:4"},
-        {"2 ^ -1", "number:.5"},
-        {"2 * 3 & 4 + 5", "text:69"},
-        {"\"a\" & 1 = \"A1\"", "number:1"},
-        {"1 + 1 = 2 and 3 > 2", "number:1"},
-        {"1 or 0 and 0", "number:1"},
-        {"1 xor 1 or 1", "number:1"},
-        {"not 1 = 2", "number:0"},
-        {"1 ≠ 2 and 1 <> 2 and 1 ≤ 1 and 1 <= 1 and 2 ≥ 1 and 2 >= 1", "number:1"},
-        {"1 /* two * / */ + // three\n 4", "number:5"},
-    });
-}
-
-TEST(Calculation, NumbersAndCoercions) {
-    expect_answers({
-        {"1.5e3 + .5", "number:1500.5"},
-        {"\"12 apples\" + \"3 pears\"", "number:15"},
-        {"1 / 3", "number:.3333333333333333"},
-        {"1 / 0 + 1", "invalid:?"},
-        {"1 / 0 & \"!\"", "text:?!"},
-        {"0 ^ -1", "invalid:?"},
-        {"4 ^ .5", "number:2"},
-        {"2 ^ 100", "number:1267650600228229401496703205376"},
-        {"\"a\" and \"1\"", "number:0"},
-        {"If( \"0.0\" ; 1 ; 2 )", "number:2"},
-        {"GetAsNumber( \"x\" )", "text:"},
-        {"GetAsNumber( \"FY98\" ) + 1", "number:99"},
-    });
-}
-
-TEST(Calculation, Comparisons) {
-    expect_answers({
-        {"\"ÄPFEL\" = \"äpfel\"", "number:1"},
-        {"Exact( \"A\" ; \"a\" )", "number:0"},
-        {"\"10\" < \"9\"", "number:1"},
-        {"\"5 kg\" = 5", "number:1"},
-        {"\"\" < -5", "number:1"},
-        {"Date( 12 ; 31 ; 2020 ) = \"12/31/2020\"", "number:1"},
-        {"Timestamp( Date( 1 ; 2 ; 2020 ) ; 0 ) > Date( 1 ; 1 ; 2020 )", "number:1"},
-        {"Time( 1 ; 0 ; 0 ) = 3600", "number:1"},
-        {"Container( \"A.txt\" ) = \"a.TXT\"", "number:1"},
-    });
-}
-
-TEST(Calculation, DatesAndTimesKeepTheirTypes) {
-    expect_answers({
-        {"Date( 2 ; 28 ; 2020 ) + 2", "date:3/1/2020"},
-        {"Date( 3 ; 1 ; 2020 ) - Date( 2 ; 1 ; 2020 )", "number:29"},
-        {"Date( 1 ; 1 ; 1 ) - 1", "invalid:?"},
-        {"Date( 1 ; 9999999999999999999 ; 2020 )", "invalid:?"},
-        {"Time( 1 ; 0 ; 0 ) - Time( 0 ; 30 ; 0 )", "time:0:30:00"},
-        {"Timestamp( Date( 12 ; 31 ; 2020 ) ; Time( 23 ; 59 ; 59 ) ) + 2",
-         "timestamp:1/1/2021 12:00:01 AM"},
-        {"Timestamp( Date( 1 ; 1 ; 2020 ) ; 60 ) - Timestamp( Date( 1 ; 1 ; 2020 ) ; 0 )",
-         "time:0:01:00"},
-        {"GetAsDate( Timestamp( \"7/4/2021\" ; \"13:00\" ) )", "date:7/4/2021"},
-        {"GetAsTime( \"7/4/2021 1:02:03 PM\" )", "time:13:02:03"},
-        {"GetAsDate( \"nonsense\" )", "invalid:?"},
-        {"Get( currentdate ) + 1", "date:3/1/2020"},
-    });
-}
-
-TEST(Calculation, TextFunctions) {
-    expect_answers({
-        {"Left( \"abc\" ; 2 ) & Right( \"abc\" ; 2 ) & Left( \"abc\" ; 9 ) & Right( 12 ; -1 )",
-         "text:abbcabc"},
-        {"Middle( \"abcdef\" ; 0 ; 3 )", "text:ab"},
-        {"Middle( \"abcdef\" ; 7 ; 3 ) & Middle( \"abc\" ; 1 ; 99999999999999999999 )", "text:abc"},
-        {"Length( \"a¶😀\" )", "number:4"},
-        {"Position( \"Banana\" ; \"AN\" ; 1 ; 2 )", "number:4"},
-        {"Position( \"Banana\" ; \"an\" ; 6 ; -2 )", "number:2"},
-        {"Position( \"Banana\" ; \"an\" ; 6 ; -3 )", "number:0"},
-        {"Position( \"Banana\" ; \"\" ; 1 ; 1 )", "number:0"},
-        {"PatternCount( \"ABABAB\" ; \"ab\" ) & PatternCount( \"aaaa\" ; \"aa\" )", "text:32"},
-        {"Upper( \"straße é ω ж ÿ\" ) & Lower( \"ÀÉ ŁŽ Ÿ ΑΩ Жя\" )",
-         "text:STRAßE É Ω Ж Ÿàé łž ÿ αω жя"},
-        {"Trim( \"  a b  \" ) & Trim( \"   \" )", "text:a b"},
-        {"Substitute( \"aAbc\" ; [ \"a\" ; \"b\" ] ; [ \"b\" ; \"xy\" ] )", "text:xyAxyc"},
-        {"Substitute( \"abc\" ; \"\" ; \"x\" )", "text:abc"},
-        {"Char( Code( \"ax😀\" ) ) & Char( 0 ) & Code( \"ab\" )", "text:ax😀9800097"},
-        {"IsEmpty( \"\" ) and not IsEmpty( 0 ) and TRUE and not false", "number:1"},
-    });
+// Each line of the table is a calculation, " → " and its answer, with "␍" for carriage returns.
+TEST(Calculation, GivesWhatTheTableSays) {
+    std::ifstream table(VELL_TEST_DATA "/calculations.txt");
+    int rows = 0;
+    const std::string arrow = " → ";
+    for (std::string line; std::getline(table, line);) {
+        const std::size_t end = line.find(arrow);
+        if (end == std::string::npos)
+            continue;
+        std::string expected = line.substr(end + arrow.size());
+        for (std::size_t at; (at = expected.find("␍")) != std::string::npos;)
+            expected.replace(at, std::string_view("␍").size(), "\r");
+        EXPECT_EQ(answer(line.substr(0, end)), expected) << line;
+        ++rows;
+    }
+    EXPECT_GT(rows, 70);
 }
 
 TEST(Calculation, ConditionsEvaluateOnlyWhatTheyNeed) {
@@ -199,6 +107,10 @@ TEST(Calculation, ConditionsEvaluateOnlyWhatTheyNeed) {
     EXPECT_EQ(answer(world, "If( 1 ; 5 ; Tick )"), "number:5");
     EXPECT_EQ(answer(world, "Case( 0 ; Tick ; \"\" ; Tick ; 1 ; 7 ; Tick )"), "number:7");
     EXPECT_EQ(answer(world, "Case( 0 ; 1 ; 0 ; 2 )"), "text:");
+    EXPECT_EQ(answer(world, ""), "error@0: a value is missing at the end");
+    EXPECT_EQ(answer(world, "1 /* two * / */ + // three\n 4"), "number:5");
+    EXPECT_NE(answer(world, R"("C:\dir\")").find("write \\\\\" for a backslash"),
+              std::string::npos);
     EXPECT_EQ(answer(world, "0 and Tick or 1 or Tick"), "number:1");
     EXPECT_EQ(world.calls, 0);
     EXPECT_EQ(answer(world, "1 and Tick"), "number:0");
@@ -229,20 +141,6 @@ TEST(Calculation, ArgumentCountsAreCheckedBeforeAnythingIsCalled) {
     EXPECT_EQ(world.calls, 0);
 }
 
-TEST(Calculation, ErrorsSayWhatAndWhere) {
-    expect_answers({
-        {"", "error@0: a value is missing at the end"},
-        {"1 2", "error@2: an operator is expected here, not 2"},
-        {"Left( 1 ; 2", "error@4: this ( is not closed"},
-        {"Left( \"a\" , 1 )",
-         "error@10: a comma has no meaning here; arguments are separated by ;"},
-        {"Lenght( 1 )", "error@0: there is no function Lenght; is Length meant?"},
-        {"1 + Fail", "error@4: Fail: it went wrong"},
-        {"Container( \"missing\" )", "error@0: there is no file missing"},
-        {"\"😀\" & #", "error@7: unexpected character #"},
-    });
-}
-
 std::string repeated(int count, std::string_view text) {
     std::string all;
     while (count-- > 0)
@@ -266,11 +164,11 @@ TEST(Calculation, NestingIsBoundedAndLengthIsNot) {
               std::string::npos);
 
     // A long calculation of one level: quadratic work would take minutes.
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock(); // others may slow this machine down
     EXPECT_EQ(answer("0" + repeated(200'000, " + 1")), "number:200000");
     EXPECT_EQ(answer("\"\"" + repeated(200'000, " & \"x\"")).size(), 200'005U);
     EXPECT_EQ(answer(std::string(200'000, '-') + "1"), "number:1");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 20);
 }
 
 std::string display(std::string_view source, std::size_t position, std::size_t length) {
