@@ -30,6 +30,7 @@ TEST_F(WriteContents, EncodesAndConvertsLineEnds) {
     } cases[] = {
         {u"", u"a\u20AC\u017D", "a\x80\x8E"}, // native: 1252
         {u"", u"a\u65E5", "a?"},
+        {u"-Encoding=ASCII_Windows", u"\u0100\U0001F600b", "??b"}, // no A without its stroke
         {u"-Encoding=UTF8", u"a\u20AC\U0001F600", "a\xE2\x82\xAC\xF0\x9F\x98\x80"},
         {u"-Encoding=ASCII_Mac", u"\u00C4\r", "\x80\r"},
         {u"-Encoding=BytesOnly", u"\u0080\u00FF", "\x80\xFF"},
@@ -117,18 +118,6 @@ TEST_F(WriteContents, ServesSteps) {
     EXPECT_EQ(contents(L"step.txt"), "x\r\n\r\n\xC3\xA9\xE9");
     EXPECT_EQ(call_id(7283, {u"", file, none, u"X", u"y", number(0), number(1)}), u"0");
     EXPECT_EQ(contents(L"step.txt"), "x\r\n\r\n\xC3\xA9\xE9");
-}
-
-TEST_F(WriteContents, KeepsTheDefaultFileBetweenCalls) {
-    const std::u16string file = folder.file(L"default.txt", "old and long");
-    EXPECT_EQ(call(u"VlFile_SetDefaultFileSpec", {u"", u"filewin:/" + file}), u"0");
-    EXPECT_EQ(call(u"VlFile_SetContents", {u"", u"new"}), u"0");
-    EXPECT_EQ(call(u"VlFile_AppendContents", {u"", u"er"}), u"0");
-    EXPECT_EQ(contents(L"default.txt"), "newer");
-    EXPECT_EQ(call(u"VlFile_SetDefaultType", {u"", u"TEXT"}), u"0");
-    EXPECT_EQ(files::default_file_types(), u"TEXT");
-    EXPECT_EQ(call(u"VlFile_SetDefaultCreator", {u"", u"ttxt"}), u"0");
-    EXPECT_TRUE(DeleteFileW(as_wide(file)));
 }
 
 // Of containers, the main stream comes byte for byte, and nothing of the work is left.
