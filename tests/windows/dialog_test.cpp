@@ -45,7 +45,7 @@ class User {
 
   private:
     static void answer(const std::u16string& title, const std::u16string& file_name) {
-        const HWND dialog = FindWindowW(nullptr, as_wide(title));
+        const HWND dialog = own_window(L"", to_wide(title));
         const HWND name = dialog ? GetDlgItem(dialog, file_name_control) : nullptr;
         if (!name || !IsWindowVisible(dialog))
             return;
@@ -151,8 +151,8 @@ constexpr host::LicenceChecks noting_error_mode{
 TEST_F(PluginWithFolder, NothingIsShownWhereNobodyCanBeAsked) {
     // Answers what is shown all the same, so that it fails the test instead of stopping it.
     std::atomic<int> shown = 0;
-    const Watcher user([&] {
-        if (const HWND dialog = FindWindowW(L"#32770", nullptr)) {
+    const Watcher user([&, start = time_now()] {
+        if (const HWND dialog = window_since(start, L"#32770")) {
             ++shown;
             PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
             Sleep(200);

@@ -314,7 +314,7 @@ TEST_F(Lifecycle, FindsTheMainWindowAndOwnsTheAboutBoxByIt) {
     HWND owner = nullptr;
     {
         const Watcher user([&] {
-            if (const HWND box = FindWindowW(nullptr, L"About Vell File Plug-In")) {
+            if (const HWND box = own_window(L"", L"About Vell File Plug-In")) {
                 owner = GetWindow(box, GW_OWNER);
                 PostMessageW(box, WM_COMMAND, IDOK, 0);
             }

@@ -3,6 +3,7 @@
 #include "src/host/diagnostics/debug_log.h"
 #include "src/host/lifecycle/dispatcher.h"
 
+#include <tlhelp32.h>
 #include <winioctl.h>
 
 #include <filesystem>
@@ -20,6 +21,49 @@ std::wstring log_path(std::wstring_view name) {
     DeleteFileW(log_path(Plugin::web_log).c_str());
     return true;
 }();
+
+struct WindowSearch {
+    std::wstring class_name;
+    std::wstring title;
+    std::function<bool(DWORD)> takes_process;
+    HWND found = nullptr;
+
+    static BOOL CALLBACK look_at(HWND window, LPARAM argument) {
+        auto& search = *reinterpret_cast<WindowSearch*>(argument);
+        DWORD process = 0;
+        GetWindowThreadProcessId(window, &process);
+        wchar_t name[200] = L"";
+        wchar_t title[200] = L"";
+        GetClassNameW(window, name, 200);
+        InternalGetWindowText(window, title, 200); // waits for nobody, as GetWindowText would
+        if ((search.class_name.empty() || search.class_name == name) &&
+            (search.title.empty() || search.title == title) && search.takes_process(process))
+            search.found = window;
+        return search.found == nullptr;
+    }
+    HWND run() {
+        EnumWindows(look_at, reinterpret_cast<LPARAM>(this));
+        return found;
+    }
+};
+
+bool has_started_since(const FILETIME& time, DWORD process) {
+    const UniqueHandle handle(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process));
+    FILETIME started{}, others{};
+    GetProcessTimes(handle.get(), &started, &others, &others, &others);
+    return CompareFileTime(&started, &time) >= 0;
+}
+
+DWORD starter_of(DWORD process) {
+    const UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL is_one = Process32FirstW(snapshot.get(), &entry); is_one;
+         is_one = Process32NextW(snapshot.get(), &entry))
+        if (entry.th32ProcessID == process)
+            return entry.th32ParentProcessID;
+    return 0;
+}
 
 std::wstring long_form(const std::wstring& path) {
     return L"\\\\?\\" + path;
@@ -143,6 +187,31 @@ void in_threads(std::size_t count, const std::function<void(std::size_t)>& work)
         threads.emplace_back(work, i);
     for (std::thread& thread : threads)
         thread.join();
+}
+
+HWND own_window(const std::wstring& class_name, const std::wstring& title) {
+    return WindowSearch{class_name, title,
+                        [](DWORD process) {
+                            return process == GetCurrentProcessId();
+                        }}
+        .run();
+}
+
+HWND window_since(const FILETIME& time, const std::wstring& class_name) {
+    return WindowSearch{class_name, L"",
+                        [&](DWORD process) {
+                            while (process != GetCurrentProcessId() && process != 0 &&
+                                   has_started_since(time, process))
+                                process = starter_of(process);
+                            return process == GetCurrentProcessId();
+                        }}
+        .run();
+}
+
+FILETIME time_now() {
+    FILETIME time;
+    GetSystemTimeAsFileTime(&time);
+    return time;
 }
 
 Watcher::Watcher(std::function<void()> look)

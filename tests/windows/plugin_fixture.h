@@ -78,6 +78,13 @@ DWORD exit_code(const UniqueHandle& process); // waits for the end
 // Work in as many threads at once, each with its number.
 void in_threads(std::size_t count, const std::function<void(std::size_t)>& work);
 
+// Windows on the screen of a class and a title, each of them any when it is empty, that this
+// process shows or, in the second form, one of those that it has started since a time. Other
+// programs may show what they like meanwhile, and what an earlier test left may crash.
+HWND own_window(const std::wstring& class_name, const std::wstring& title = L"");
+HWND window_since(const FILETIME& time, const std::wstring& class_name);
+FILETIME time_now();
+
 // Looks at the screen every few milliseconds, on a thread of its own.
 class Watcher {
   public:

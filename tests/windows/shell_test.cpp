@@ -1,8 +1,6 @@
 // VlFile_ExecuteShell with real commands, through the host.
 #include "tests/windows/plugin_fixture.h"
 
-#include <array>
-
 namespace vell::test {
 namespace {
 
@@ -80,15 +78,10 @@ TEST_F(Shell, GoesOnWithoutACommandThatTakesTooLong) {
 }
 
 TEST_F(Shell, LetsACommandWriteForLongerThanItsLimit) {
-    const std::u16string line = u"echo line&" + pause(1) + u"&";
+    const std::u16string line = pause(1) + u"&echo line&";
     // Eight seconds; a limit of 150 ticks is over after five.
-    std::u16string command;
-    std::u16string printed;
-    for (int i = 0; i < 8; ++i) {
-        command += line;
-        printed += u"line\r";
-    }
-    EXPECT_EQ(run(u"-TimeoutTicks=150", command + u"echo end"), printed + u"end\r");
+    EXPECT_EQ(run(u"-TimeoutTicks=150", line + line + line + line + line + line + line + line),
+              u"line\rline\rline\rline\rline\rline\rline\rline\r");
 }
 
 TEST_F(Shell, TakesCommandsAsLongAsTheInterpreterDoes) {
@@ -164,16 +157,28 @@ TEST_F(Shell, LeavesNoHandleOpen) {
     EXPECT_EQ(handles(), before);
 }
 
+// A program may fail to start where many are started at once, which is no fault of ours: it has
+// printed nothing then, and has left no file either.
 TEST_F(Shell, ServesSessionsAtOnce) {
     start({.application_type = server});
-    std::array<std::u16string, 4> results;
-    in_threads(results.size(), [&](std::size_t i) {
-        const std::u16string name(i + 1, static_cast<char16_t>(u'a' + i));
-        for (int run_count = 0; run_count < 3; ++run_count)
-            results[i] += run(u"-TimeoutSecs=60", u"echo " + name);
+    in_threads(4, [&](std::size_t session) {
+        const std::u16string text(session + 1, static_cast<char16_t>(u'a' + session));
+        int starts_left = 5;
+        for (int i = 0; i < 3; ++i) {
+            const std::wstring name = std::to_wstring(session) + L"_" + std::to_wstring(i);
+            const std::u16string command =
+                u"echo started>" + quoted(name.c_str()) + u"&echo " + text;
+            const ULONGLONG before = GetTickCount64();
+            std::u16string result;
+            do
+                result = run(u"-TimeoutSecs=60", command);
+            while (result.empty() && !exists(path(name)) && --starts_left > 0);
+            EXPECT_EQ(result, text + u"\r")
+                << "session " << session << ", command " << i << ", " << GetTickCount64() - before
+                << " ms, starts left " << starts_left
+                << (exists(path(name)) ? ", the interpreter ran" : ", nothing was started");
+        }
     });
-    EXPECT_EQ(results, (std::array<std::u16string, 4>{u"a\ra\ra\r", u"bb\rbb\rbb\r",
-                                                      u"ccc\rccc\rccc\r", u"dddd\rdddd\rdddd\r"}));
 }
 
 } // namespace
