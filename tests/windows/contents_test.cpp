@@ -21,25 +21,10 @@ class Contents : public PluginWithFolder {
     }
 };
 
-TEST_F(Contents, DecodesInTheEncodingAskedFor) {
-    const std::u16string file = folder.file(L"text.txt", "a\x80\x8E\xFF");
-    EXPECT_EQ(contents(u"", file), u"a\u20AC\u017D\u00FF"); // native: 1252
-    EXPECT_EQ(contents(u"-encoding=ascii_mac", file), u"a\u00C4\u00E9\u02C7");
-    EXPECT_EQ(contents(u"-Encoding=BytesOnly", file), u"a\u0080\u008E\u00FF");
-    EXPECT_EQ(contents(u"-Encoding=UTF8", file),
-              u"<INVALID UTF8; trying native encoding>a\u20AC\u017D\u00FF");
-    const std::u16string utf8 = folder.file(L"utf8.txt", "\xEF\xBB\xBF"
-                                                         "caf\xC3\xA9 \xF0\x9F\x98\x80");
-    EXPECT_EQ(contents(u"-Encoding=UTF8", utf8), u"\uFEFFcaf\u00E9 \U0001F600");
-}
-
 TEST_F(Contents, ReportsWhatKeepsItFromReading) {
     const std::u16string file = folder.file(L"some.txt", "12345");
     EXPECT_EQ(contents(u"", path(L"missing.txt")), u"$$-43");
     EXPECT_EQ(contents(u"", path(L"none\\missing.txt")), u"$$-120");
-    EXPECT_EQ(contents(u"", file, {number(0), number(2147483648)}), u"$$-4241");
-    EXPECT_EQ(contents(u"", file, {number(99)}), u"$$-39");
-    EXPECT_EQ(contents(u"-ExperimentalPDFToPlainText", file), u""); // no PDF file
     {
         const UniqueFile held = open_file(file, GENERIC_READ, FILE_SHARE_READ);
         ASSERT_TRUE(held);

@@ -33,19 +33,6 @@ TEST(LogFile, LinesAreCutWithTheirEndKept) {
     }
 }
 
-TEST_F(Plugin, LinesOfManyThreadsAreWhole) {
-    start({.application_type = server});
-    new_log_lines();
-    in_threads(8, [](std::size_t thread) {
-        for (int i = 0; i < 50; ++i)
-            host::log_line(std::string(900, static_cast<char>('a' + thread)));
-    });
-    const std::vector<std::string> lines = new_log_lines();
-    EXPECT_EQ(lines.size(), 400u);
-    for (const std::string& line : lines)
-        EXPECT_EQ(line, "[Vell File Plug-In] " + std::string(900, line.back()));
-}
-
 TEST_F(Plugin, AFullLogMakesPlaceForAnother) {
     start({.application_type = server});
     const std::wstring log = executable_folder() + L"Logs\\VellDebug.log";

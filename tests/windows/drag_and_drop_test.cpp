@@ -177,7 +177,7 @@ TEST_F(DragAndDrop, MailBecomesFilesUntilShutdown) {
     EXPECT_EQ(drop(data), DWORD{DROPEFFECT_LINK});
     const Texts lists = parameters();
     ASSERT_EQ(lists.size(), 1u);
-    const std::vector<std::wstring> paths = lines_of(lists[0]);
+    const std::vector<std::wstring> paths = paths_in(lists[0]);
     ASSERT_EQ(paths.size(), std::size(names));
     const std::wstring folder = paths[0].substr(0, paths[0].rfind(L'\\'));
     for (std::size_t i = 0; i < paths.size(); ++i)

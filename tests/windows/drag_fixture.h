@@ -221,12 +221,11 @@ using Texts = std::vector<std::u16string>;
 inline constexpr DWORD every_effect = DROPEFFECT_COPY | DROPEFFECT_MOVE | DROPEFFECT_LINK;
 inline constexpr const wchar_t* no_display = L"no display";
 
-inline std::vector<std::wstring> lines_of(const std::u16string& list) {
-    std::wstring rest = to_wide(list) + L'\r';
-    std::vector<std::wstring> lines;
-    for (std::size_t end; (end = rest.find(L'\r')) != rest.npos; rest.erase(0, end + 1))
-        lines.push_back(rest.substr(0, end));
-    return lines;
+inline std::vector<std::wstring> paths_in(const std::u16string& list) {
+    std::vector<std::wstring> paths;
+    for (const std::u16string& line : lines_of(list))
+        paths.push_back(to_wide(line));
+    return paths;
 }
 
 // Folders of drops in the system's temporary folder.

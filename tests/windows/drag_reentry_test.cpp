@@ -26,7 +26,7 @@ TEST_F(DragAndDrop, MailThatComesInDuringAnotherLosesNothing) {
     ASSERT_EQ(lists.size(), 4u);
     for (std::size_t i = 0; i < 3; ++i)
         EXPECT_EQ(read_file(to_wide(lists[i])), "inner");
-    const std::vector<std::wstring> paths = lines_of(lists[3]);
+    const std::vector<std::wstring> paths = paths_in(lists[3]);
     ASSERT_EQ(paths.size(), 2u);
     EXPECT_EQ(read_file(paths[0]), "outer a");
     EXPECT_EQ(read_file(paths[1]), "outer b");

@@ -66,13 +66,6 @@ class FileTimes : public PluginWithFolder {
     std::u16string get(const char16_t* function, const std::u16string& path) {
         return call(function, {u"", path});
     }
-
-    // The type of the value as the host gets it.
-    console::ValueType type_of(std::int16_t id, const std::u16string& path) {
-        const std::vector<Value> arguments{u"", path};
-        const auto result = host().call(*host().find_function(id), arguments);
-        return result ? result->type() : console::ValueType::Invalid;
-    }
 };
 
 TEST_F(FileTimes, AreGivenInLocalTimeOfTheirOwnSeason) {
@@ -108,13 +101,15 @@ TEST_F(FileTimes, AreGivenInLocalTimeOfTheirOwnSeason) {
 }
 
 TEST_F(FileTimes, AreDatesTimesAndTimestampsToTheHost) {
-    const std::u16string file = folder.file(L"typed.txt", "x");
-    for (const auto& [ids, type] :
-         {std::pair(std::array<std::int16_t, 3>{4230, 4231, 4291}, console::ValueType::Date),
-          {{4250, 4251, 4292}, console::ValueType::Time},
-          {{4232, 4233, 4293}, console::ValueType::Timestamp}})
-        for (const std::int16_t id : ids)
-            EXPECT_EQ(type_of(id, file), type) << id;
+    const std::vector<Value> arguments{u"", folder.file(L"typed.txt", "x")};
+    using enum console::ValueType;
+    for (const auto& [ids, type] : {std::pair(std::array{4230, 4231, 4291}, Date),
+                                    {{4250, 4251, 4292}, Time},
+                                    {{4232, 4233, 4293}, Timestamp}})
+        for (const int id : ids) {
+            const auto* function = host().find_function(static_cast<std::int16_t>(id));
+            EXPECT_EQ(host().call(*function, arguments)->type(), type) << id;
+        }
 }
 
 TEST_F(FileTimes, ReportWhatKeepsThemFromBeingRead) {

@@ -11,11 +11,11 @@ namespace vell::test {
 namespace {
 
 using host::plugin_state;
-using Lines = std::vector<std::string>;
+using LogLines = std::vector<std::string>;
 
 constexpr std::string_view source = "[Vell File Plug-In] ";
 
-Lines sourced(std::vector<std::string> texts) {
+LogLines sourced(std::vector<std::string> texts) {
     for (std::string& text : texts)
         text.insert(0, source);
     return texts;
@@ -120,12 +120,12 @@ TEST_F(Lifecycle, CallLinesAreSwitchedOffAndOn) {
         return new_log_lines();
     };
     new_log_lines();
-    const Lines control = sourced(
+    const LogLines control = sourced(
         {"External function called. functionID: 4203", "External function end. functionID: 4203"});
-    const Lines version = sourced(
+    const LogLines version = sourced(
         {"External function called. functionID: 9002", "External function end. functionID: 9002"});
     EXPECT_EQ(lines_of(u"-LogCalls=false"), control); // its own pair is whole
-    EXPECT_EQ(lines_of(u"-LogCalls=false"), Lines());
+    EXPECT_EQ(lines_of(u"-LogCalls=false"), LogLines());
     host().session_shutdown(5);
     EXPECT_EQ(new_log_lines(), sourced({"Session shutdown completed. (sessionID = 5)"}));
     EXPECT_EQ(lines_of(u"-LogCalls=true"), version);
@@ -137,7 +137,9 @@ TEST_F(Lifecycle, AReloadedPluginIsAsNew) {
     start({.application_type = server});
     EXPECT_EQ(call(u"VlFile_SetDefaultFileSpec", {u"", file}), u"0");
     EXPECT_EQ(call(u"VlFile_SetDefaultType", {u"", u"txt"}), u"0");
-    EXPECT_EQ(call(u"VlFile_SetContents", {u"", u"old"}), u"0");
+    EXPECT_EQ(call(u"VlFile_SetDefaultCreator", {u"", u"ttxt"}), u"0");
+    EXPECT_EQ(call(u"VlFile_SetContents", {u"", u"o"}), u"0");
+    EXPECT_EQ(call(u"VlFile_AppendContents", {u"", u"ld"}), u"0");
     EXPECT_EQ(call(u"VlFile_Control", {u"-AddToDebugLog=true -LogCalls=false"}), u"0");
     EXPECT_EQ(call(u"VlFile_Control", {u"DisableAllFunctions", u"forgotten"}), u"0");
     host().shut_down();
@@ -165,19 +167,16 @@ TEST_F(Lifecycle, OtherHostsLogNothing) {
     EXPECT_TRUE(new_log_lines().empty());
 }
 
-TEST_F(Lifecycle, ABadVersionStillShowsTheBanner) {
+TEST_F(Lifecycle, EveryServerHasItsLogAndABadVersionItsBanner) {
     EXPECT_EQ(start({.application_type = server_sase, .api_version = 49}), -1);
-    const Lines lines = new_log_lines();
-    ASSERT_EQ(lines.size(), 5u);
-    EXPECT_NE(lines[1].find("FileMaker Server (SASE)."), std::string::npos);
-}
-
-TEST_F(Lifecycle, WebHostsHaveTheirOwnLog) {
-    start({.application_type = web_server});
+    EXPECT_EQ(start({.application_type = web_server}), 59);
     host().shut_down();
-    const Lines lines = new_log_lines(web_log);
-    ASSERT_EQ(lines.size(), 8u);
-    EXPECT_NE(lines[1].find("FileMaker Web server."), std::string::npos);
+    for (const auto& [log, size, name] : {std::tuple(server_log, 5u, "FileMaker Server (SASE)."),
+                                          {web_log, 8u, "FileMaker Web server."}}) {
+        const LogLines lines = new_log_lines(log);
+        ASSERT_EQ(lines.size(), size);
+        EXPECT_NE(lines[1].find(name), std::string::npos);
+    }
 }
 
 TEST_F(Lifecycle, AFailedLicenceCheckLoadsWithoutFunctions) {
@@ -219,7 +218,7 @@ TEST_F(Lifecycle, AFailedRegistrationEndsItsGroup) {
         EXPECT_EQ(host().steps().size(), c.steps);
         EXPECT_EQ(host::debug_log().take(),
                   "VlRegExternalFunc: Error with function ID= " + c.id + "\r");
-        const Lines lines = new_log_lines();
+        const LogLines lines = new_log_lines();
         EXPECT_EQ(lines[lines.size() - 2],
                   std::string(source) + "Vell File Plug-In: startup problem, errorcode = 777");
         StandIn_Reset();
@@ -289,13 +288,11 @@ TEST(HostVersion, IsOneNumber) {
 }
 
 TEST(MainWindow, ClassFollowsTheApiVersion) {
+    const std::map<std::int16_t, std::wstring> numbers{{57, L"16"}, {58, L"xx"}, {59, L"17"},
+                                                       {60, L"18"}, {62, L"19"}, {67, L"xx"}};
+    for (const auto& [version, number] : numbers)
+        EXPECT_EQ(host::main_window_class(version), L"FMPRO" + number + L".0APP");
     EXPECT_EQ(host::main_window_class(56), L"");
-    EXPECT_EQ(host::main_window_class(57), L"FMPRO16.0APP");
-    EXPECT_EQ(host::main_window_class(58), L"FMPROxx.0APP");
-    EXPECT_EQ(host::main_window_class(59), L"FMPRO17.0APP");
-    EXPECT_EQ(host::main_window_class(60), L"FMPRO18.0APP");
-    EXPECT_EQ(host::main_window_class(62), L"FMPRO19.0APP");
-    EXPECT_EQ(host::main_window_class(67), L"FMPROxx.0APP");
     EXPECT_TRUE(host::is_main_window_class(L"fmpro16.0appWindow", L"FMPRO16.0APP"));
     EXPECT_FALSE(host::is_main_window_class(L"FMPRO16.0AP", L"FMPRO16.0APP"));
     EXPECT_FALSE(host::is_main_window_class(L"xFMPRO16.0APP", L"FMPRO16.0APP"));

@@ -1,29 +1,8 @@
 // VlFile_ListFolder and VlFile_GetFolderSize on real trees, through the host.
 #include "tests/windows/plugin_fixture.h"
 
-#include <algorithm>
-#include <set>
-
 namespace vell::test {
 namespace {
-
-std::vector<std::u16string> lines_of(const std::u16string& text) {
-    std::vector<std::u16string> lines(1);
-    for (const char16_t c : text) {
-        if (c == u'\r')
-            lines.emplace_back();
-        else
-            lines.back() += c;
-    }
-    return lines;
-}
-
-std::set<std::u16string> set_of(const std::u16string& text) {
-    const std::vector<std::u16string> lines = lines_of(text);
-    return {lines.begin(), lines.end()};
-}
-
-using Names = std::set<std::u16string>;
 
 class Listing : public PluginWithFolder {
   protected:
@@ -47,13 +26,13 @@ class Listing : public PluginWithFolder {
 
 TEST_F(Listing, GivesWhatTheSwitchesAskFor) {
     const std::u16string greeting = u"sub/gr\u00FC\u00DFe \u65E5 \xD83D\xDE00.txt";
-    EXPECT_EQ(set_of(list(u"files showshortcuts showinvisibles")),
-              (Names{u"a.txt", u"link.LNK", u"secret"}));
-    EXPECT_EQ(set_of(list(u"folders -AddFolderSuffix showpointdirs showinvisibles")),
-              (Names{u"./", u"../", u"sub/", u"empty/"}));
+    EXPECT_EQ(sorted_lines(list(u"files showshortcuts showinvisibles")),
+              (Lines{u"a.txt", u"link.LNK", u"secret"}));
+    EXPECT_EQ(sorted_lines(list(u"folders -AddFolderSuffix showpointdirs showinvisibles")),
+              (Lines{u"../", u"./", u"empty/", u"sub/"}));
     const std::u16string all = list(u"files folders -recursive -AddFolderSuffix");
-    EXPECT_EQ(set_of(all),
-              (Names{u"a.txt", u"sub/", greeting, u"sub/deep/", u"sub/deep/z", u"empty/"}));
+    EXPECT_EQ(sorted_lines(all),
+              (Lines{u"a.txt", u"empty/", u"sub/", u"sub/deep/", u"sub/deep/z", greeting}));
     // A folder stands right before its contents.
     EXPECT_NE(all.find(u"sub/deep/\rsub/deep/z"), std::u16string::npos);
     EXPECT_EQ(list(u"files folders -recursive -AddFolderSuffix -ReturnAtEnd"), all + u"\r");

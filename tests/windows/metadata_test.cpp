@@ -49,19 +49,12 @@ TEST_F(Metadata, ReportsCodes) {
 
 TEST_F(Metadata, MarksRepeatedRecordsByStyle) {
     const std::string block = resource(0x0404, dataset(2, 5, "T"));
-    host::Data result;
-    fm::DataVect* parameters = host::host_call(FM_DataVect_Constructor1);
-    for (const std::u16string& parameter : {std::u16string(u"GetIPTC -ParseAllApplicationRecords"),
-                                            folder.file(L"a.psd", block + block)}) {
-        host::Data data;
-        host::store_text(data.get(), host::Text(std::u16string_view(parameter)));
-        host::host_call(FM_DataVect_PushBack, parameters, static_cast<const fm::Data*>(data.get()));
-    }
-    EXPECT_EQ(host::dispatch(4260, nullptr, parameters, result.get()), 0);
+    const std::vector<Value> arguments{u"GetIPTC -ParseAllApplicationRecords",
+                                       folder.file(L"a.psd", block + block)};
+    const auto result = host().call_body(4260, host::dispatch, arguments);
+    ASSERT_TRUE(result);
     fm::Status status;
-    FM_DataVect_Delete(parameters, &status);
-
-    const fm::Text* text = host::text_of(result.get());
+    const fm::Text* text = host::text_of(result->get());
     fm::CharacterStyle* style = FM_CharacterStyle_Constructor1(&status);
     std::string faces; // one letter a character
     const std::uint32_t size = host::host_call(FM_Text_GetSize, text);

@@ -6,6 +6,7 @@
 #include <tlhelp32.h>
 #include <winioctl.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace vell::test {
@@ -149,6 +150,23 @@ void set_length(const UniqueFile& file, std::int64_t length) {
     end.QuadPart = length;
     ASSERT_TRUE(SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN));
     ASSERT_TRUE(SetEndOfFile(file.get()));
+}
+
+Lines lines_of(std::u16string_view text) {
+    Lines lines(1);
+    for (const char16_t c : text) {
+        if (c == u'\r')
+            lines.emplace_back();
+        else
+            lines.back() += c;
+    }
+    return lines;
+}
+
+Lines sorted_lines(std::u16string_view text) {
+    Lines lines = lines_of(text);
+    std::ranges::sort(lines);
+    return lines;
 }
 
 UniqueHandle start_program(std::wstring command, std::vector<const wchar_t*> variables,

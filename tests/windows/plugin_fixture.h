@@ -64,6 +64,11 @@ bool exists(const std::u16string& path);
 UniqueFile open_file(const std::u16string& path, DWORD access, DWORD share = 0); // is there already
 void set_length(const UniqueFile& file, std::int64_t length); // without taking room on the disk
 
+// A result's lines.
+using Lines = std::vector<std::u16string>;
+Lines lines_of(std::u16string_view text);
+Lines sorted_lines(std::u16string_view text);
+
 inline Value number(std::int64_t value) {
     return Value(console::Decimal(value));
 }

@@ -3,22 +3,10 @@
 #include "src/files/paths/special_folders.h"
 #include "tests/windows/plugin_fixture.h"
 
-#include <set>
+#include <algorithm>
 
 namespace vell::test {
 namespace {
-
-using Names = std::set<std::u16string>;
-
-Names lines_of(const std::u16string& text) {
-    Names lines;
-    for (std::u16string_view rest = text; !rest.empty();) {
-        const std::u16string_view line = rest.substr(0, rest.find(u'\r'));
-        lines.emplace(line);
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-    }
-    return lines;
-}
 
 class SearchAndDisks : public PluginWithFolder {
   protected:
@@ -35,14 +23,14 @@ TEST_F(SearchAndDisks, FindNamesOfAllScripts) {
     EXPECT_EQ(search(u"exactname", u"gr??e ?.TXT"), greeting);
     EXPECT_EQ(search(u"exactname", u"\u0414\u0415\u041B\u042C\u0422\u0410"), delta);
     EXPECT_EQ(search(u"", u"\u03B4\u0395\u03BB"), path(L"\u0394\u03B5\u03BB\u03C4\u03B1"));
-    EXPECT_EQ(lines_of(search(u"-files", u"*")), (Names{greeting, delta}));
+    EXPECT_EQ(sorted_lines(search(u"-files", u"*")), (Lines{greeting, delta}));
     EXPECT_EQ(search(u"", u"a<b"), u"$$-37");
     EXPECT_EQ(call_id(4270, {u"", u"C:\\"}), u"$$-50");
 }
 
 TEST_F(SearchAndDisks, TellOfTheMachinesDisks) {
-    const Names disks = lines_of(call(u"VlFile_ListDisks", {u""}));
-    EXPECT_TRUE(disks.contains(u"C:\\"));
+    const Lines disks = lines_of(call(u"VlFile_ListDisks", {u""}));
+    EXPECT_TRUE(std::ranges::count(disks, u"C:\\") == 1);
     ULARGE_INTEGER free;
     ULARGE_INTEGER total;
     for (const std::u16string& disk : disks) {
