@@ -5,6 +5,7 @@
 // straight to the file.
 #pragma once
 
+#include "src/base/byte_source.h"
 #include "src/base/bytes.h"
 #include "src/base/result.h"
 #include "src/system/file_access.h"
@@ -16,7 +17,7 @@
 
 namespace vell::files {
 
-class BufferedReader {
+class BufferedReader final : public ByteSource {
   public:
     static constexpr std::size_t default_buffer = 4096;
 
@@ -24,7 +25,7 @@ class BufferedReader {
     // The length is asked for once, here.
     static Result<BufferedReader> over(File& file, std::size_t buffer_size = default_buffer);
 
-    std::uint64_t size() const { return size_; }
+    std::uint64_t size() const override { return size_; }
     std::uint64_t position() const { return position_; }
     // Bytes between the position and the end; 0 beyond it.
     std::uint64_t remaining() const { return position_ < size_ ? size_ - position_ : 0; }
@@ -35,6 +36,10 @@ class BufferedReader {
 
     // Bytes read: fewer than asked for only at the end of the file.
     Result<std::size_t> read(std::span<char> bytes);
+    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
+        seek(position);
+        return read(bytes);
+    }
     // EndOfFile when there are fewer, the position then being the end.
     Result<void> read_exactly(std::span<char> bytes);
     // At most `count` bytes: never allocates more than the file still holds.
