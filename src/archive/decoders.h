@@ -1,14 +1,16 @@
 // What undoes the compression of an entry's data, by its method.
 #pragma once
 
-#include "src/archive/zip_records.h"
 #include "src/base/result.h"
+#include "src/formats/zip_records.h"
 
 #include <functional>
 #include <memory>
 #include <string_view>
 
 namespace vell::archive {
+
+using namespace formats::zip;
 
 // The next piece of the compressed data, empty at its end. It stays until the next call.
 using PieceSource = std::function<Result<std::string_view>()>;

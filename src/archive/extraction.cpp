@@ -68,7 +68,7 @@ Decoder* ZipReader::decoder_for(std::uint16_t method) {
 Result<std::uint64_t> ZipReader::find_data(const EntryInfo& entry) {
     std::array<char, LocalFileHeader::size> bytes;
     VELL_TRY(read_at(entry.local_header_offset, bytes));
-    const auto header = LocalFileHeader::read({bytes.data(), bytes.size()});
+    const auto header = formats::read_record<LocalFileHeader>({bytes.data(), bytes.size()});
     if (!header)
         return failed;
     const std::uint64_t start = std::uint64_t{entry.local_header_offset} + LocalFileHeader::size +

@@ -91,10 +91,12 @@ Result<ZipReader::Directory> ZipReader::find_directory() {
     if (place >= Zip64Locator::size) {
         std::array<char, Zip64Locator::size> locator_bytes;
         VELL_TRY(read_at(place - Zip64Locator::size, locator_bytes));
-        if (const auto locator = Zip64Locator::read({locator_bytes.data(), locator_bytes.size()}))
+        if (const auto locator =
+                formats::read_record<Zip64Locator>({locator_bytes.data(), locator_bytes.size()}))
             return zip64_directory(locator->end_record_offset);
     }
-    const auto end = EndOfCentralDirectory::read({end_bytes.data(), end_bytes.size()});
+    const auto end =
+        formats::read_record<EndOfCentralDirectory>({end_bytes.data(), end_bytes.size()});
     if (!end)
         return corrupt;
     // Either a number that stands for "see the Zip64 record", or as many entries as that.
@@ -118,7 +120,7 @@ Result<ZipReader::Directory> ZipReader::classic_directory(const EndOfCentralDire
 Result<ZipReader::Directory> ZipReader::zip64_directory(std::uint64_t end_record_offset) {
     std::array<char, Zip64EndOfCentralDirectory::size> bytes;
     VELL_TRY(read_at(end_record_offset, bytes));
-    const auto end = Zip64EndOfCentralDirectory::read({bytes.data(), bytes.size()});
+    const auto end = formats::read_record<Zip64EndOfCentralDirectory>({bytes.data(), bytes.size()});
     if (!end || end->entries_on_disk != end->total_entries ||
         !is_single_disk(end->disk_number, end->directory_disk) ||
         end->total_entries > end->directory_size / CentralDirectoryHeader::size ||
@@ -144,7 +146,7 @@ Result<void> ZipReader::read_directory(const Directory& directory) {
     };
     while (!is_end()) {
         const std::string_view rest = bytes.substr(position);
-        const auto header = CentralDirectoryHeader::read(rest);
+        const auto header = formats::read_record<CentralDirectoryHeader>(rest);
         if (!header || header->record_size() > rest.size())
             return corrupt;
         const std::string_view record = rest.substr(0, header->record_size());
@@ -184,7 +186,7 @@ std::optional<EntryInfo> ZipReader::entry(std::uint32_t index) const {
     if (index >= records_.size())
         return std::nullopt;
     const std::string_view record = std::string_view(central_directory_).substr(records_[index]);
-    const auto header = CentralDirectoryHeader::read(record);
+    const auto header = formats::read_record<CentralDirectoryHeader>(record);
     if (!header)
         return std::nullopt;
     const std::string_view name =

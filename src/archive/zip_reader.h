@@ -7,7 +7,7 @@
 #include "src/archive/archive_system.h"
 #include "src/archive/decoders.h"
 #include "src/archive/dos_time.h"
-#include "src/archive/zip_records.h"
+#include "src/formats/zip_records.h"
 
 #include <array>
 #include <functional>
@@ -18,6 +18,8 @@
 #include <vector>
 
 namespace vell::archive {
+
+using namespace formats::zip;
 
 struct EntryInfo {
     std::string_view name; // in the reader's memory; its first 1,999 bytes

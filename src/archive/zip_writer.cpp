@@ -198,7 +198,7 @@ Result<void> ZipWriter::append_entry(LocalFileHeader header, std::string_view na
     if (new_size > largest_size)
         return add_failed;
     std::string bytes;
-    header.write(bytes);
+    formats::append_record(bytes, header);
     if (!file_->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
         !file_->write(bytes))
         return add_failed;
@@ -215,7 +215,7 @@ Result<void> ZipWriter::append_entry(LocalFileHeader header, std::string_view na
     record.file_name_length = header.file_name_length;
     record.external_attributes = external_attributes;
     record.local_header_offset = static_cast<std::uint32_t>(archive_size_);
-    record.write(central_directory_);
+    formats::append_record(central_directory_, record);
     central_directory_ += name;
     ++entry_count_;
     archive_size_ = new_size;
@@ -233,7 +233,7 @@ Result<void> ZipWriter::finish() {
     end.entries_on_disk = end.total_entries = static_cast<std::uint16_t>(entry_count_);
     end.directory_size = static_cast<std::uint32_t>(directory_size);
     end.directory_offset = static_cast<std::uint32_t>(archive_size_);
-    end.write(central_directory_);
+    formats::append_record(central_directory_, end);
     // What a failed add left behind the end is cut off.
     if (!file->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
         !file->write(central_directory_) || !file->set_end_of_file() || !file->close())

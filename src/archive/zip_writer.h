@@ -4,7 +4,7 @@
 
 #include "src/archive/archive_system.h"
 #include "src/archive/dos_time.h"
-#include "src/archive/zip_records.h"
+#include "src/formats/zip_records.h"
 
 #include <memory>
 #include <string>
@@ -12,6 +12,8 @@
 #include <vector>
 
 namespace vell::archive {
+
+using namespace formats::zip;
 
 struct EntryOptions {
     static constexpr int highest_level = 10;

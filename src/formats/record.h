@@ -22,6 +22,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,6 +42,10 @@ Field(std::size_t, T Record::*) -> Field<Record, T>;
 template <typename T>
 concept IsRecord = requires {
     T::fields();
+};
+template <typename T>
+concept HasSignature = requires {
+    typename std::integral_constant<std::uint64_t, T::signature>;
 };
 
 namespace detail {
@@ -106,7 +111,7 @@ constexpr std::optional<Record> read_record(std::string_view bytes,
                                             ByteOrder order = Record::order) {
     if (bytes.size() < Record::size)
         return std::nullopt;
-    if constexpr (requires { Record::signature; })
+    if constexpr (HasSignature<Record>)
         if (load<std::remove_const_t<decltype(Record::signature)>>(bytes, 0, order) !=
             Record::signature)
             return std::nullopt;
@@ -119,7 +124,7 @@ template <IsRecord Record>
 void append_record(std::string& bytes, const Record& record, ByteOrder order = Record::order) {
     const std::size_t start = bytes.size();
     bytes.append(Record::size, '\0');
-    if constexpr (requires { Record::signature; })
+    if constexpr (HasSignature<Record>)
         detail::store_field(bytes, start, order, Record::signature);
     detail::store_field(bytes, start, order, record);
 }

@@ -34,7 +34,7 @@ struct Archive {
     }
     std::string bytes(int copies_of_record = 1) const {
         std::string result;
-        local.write(result);
+        formats::append_record(result, local);
         result += data;
         CentralDirectoryHeader record = central;
         record.file_name_length = static_cast<std::uint16_t>(name.size());
@@ -43,12 +43,12 @@ struct Archive {
         last.directory_offset += static_cast<std::uint32_t>(result.size());
         const std::size_t start = result.size();
         for (int i = 0; i < copies_of_record; ++i) {
-            record.write(result);
+            formats::append_record(result, record);
             result += name + extra;
         }
         last.directory_size += static_cast<std::uint32_t>(result.size() - start);
         result += before_end;
-        last.write(result);
+        formats::append_record(result, last);
         return result + behind;
     }
 };
@@ -264,7 +264,7 @@ TEST(ZipReader, KnowsEntriesThatShareBytes) {
             LocalFileHeader local;
             local.extra_field_length = part.extra;
             std::string header;
-            local.write(header);
+            formats::append_record(header, local);
             bytes.replace(part.offset, header.size(), header);
             CentralDirectoryHeader central;
             central.method = 8;
@@ -272,7 +272,7 @@ TEST(ZipReader, KnowsEntriesThatShareBytes) {
             central.uncompressed_size = part.uncompressed;
             central.local_header_offset = part.offset;
             central.file_name_length = static_cast<std::uint16_t>(std::strlen(part.name));
-            central.write(directory);
+            formats::append_record(directory, central);
             directory += part.name;
         }
         EndOfCentralDirectory end;
@@ -280,7 +280,7 @@ TEST(ZipReader, KnowsEntriesThatShareBytes) {
         end.directory_size = static_cast<std::uint32_t>(directory.size());
         end.directory_offset = static_cast<std::uint32_t>(bytes.size());
         bytes += directory;
-        end.write(bytes);
+        formats::append_record(bytes, end);
         auto reader = open(bytes);
         EXPECT_TRUE(reader);
         return reader && reader->check_overlaps().has_value();
