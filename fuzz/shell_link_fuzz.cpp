@@ -4,11 +4,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const auto link = vell::files::read_link_file(bytes);
-    const auto changed = vell::files::with_relative_target(bytes, u"..\\file.txt");
+    const auto link = vell::formats::read_link_file(bytes);
+    const auto changed = vell::formats::with_relative_target(bytes, u"..\\file.txt");
     if (!changed)
         return 0;
-    const auto read_again = vell::files::read_link_file(*changed);
+    const auto read_again = vell::formats::read_link_file(*changed);
     FUZZ_CHECK(link && read_again && read_again->relative_target == u"..\\file.txt");
     return 0;
 }

@@ -1,19 +1,33 @@
 #include "src/formats/shell_link_file.h"
 
-#include "src/base/ascii.h"
-#include "src/base/bytes.h"
-#include "src/files/paths/path_parts.h"
+#include "src/formats/record.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <tuple>
 
-namespace vell::files {
+namespace vell::formats {
 namespace {
 
 // MS-SHLLINK 2.1: ShellLinkHeader.
-constexpr std::size_t header_size = 0x4C;
-constexpr std::size_t link_flags_offset = 20;
-constexpr std::size_t file_attributes_offset = 24;
-constexpr std::string_view header_start{"\x4C\0\0\0\x01\x14\x02\0\0\0\0\0\xC0\0\0\0\0\0\0\x46", 20};
+struct LinkHeader {
+    static constexpr std::size_t size = 0x4C;
+    static constexpr ByteOrder order = ByteOrder::Little;
+    static constexpr std::uint32_t signature = size; // it begins with its size
+    static constexpr std::string_view link_class{"\x01\x14\x02\0\0\0\0\0\xC0\0\0\0\0\0\0\x46", 16};
+    static constexpr std::size_t flags_offset = 20;
+
+    std::array<char, 16> class_id{};
+    std::uint32_t link_flags = 0;
+    std::uint32_t file_attributes = 0;
+
+    static constexpr auto fields() {
+        return std::tuple{Field{4, &LinkHeader::class_id},
+                          Field{flags_offset, &LinkHeader::link_flags},
+                          Field{24, &LinkHeader::file_attributes}};
+    }
+};
 constexpr std::uint32_t attribute_directory = 0x10;
 
 // MS-SHLLINK 2.1.1: LinkFlags.
@@ -27,6 +41,7 @@ enum LinkFlag : std::uint32_t {
 
 struct Layout {
     std::uint32_t flags = 0;
+    std::uint32_t attributes = 0;
     std::size_t relative_path_offset = 0; // where it stands or would stand
     std::size_t relative_path_size = 0;   // with its count of characters; 0 without one
 };
@@ -58,11 +73,13 @@ bool is_item_list(std::string_view list) {
 }
 
 std::optional<Layout> layout_of(std::string_view bytes) {
-    if (bytes.size() < header_size || !bytes.starts_with(header_start))
+    const auto header = read_record<LinkHeader>(bytes);
+    if (!header || !std::ranges::equal(header->class_id, LinkHeader::link_class))
         return std::nullopt;
     Layout layout;
-    layout.flags = load<std::uint32_t>(bytes, link_flags_offset, ByteOrder::Little).value_or(0);
-    std::size_t at = header_size;
+    layout.flags = header->link_flags;
+    layout.attributes = header->file_attributes;
+    std::size_t at = LinkHeader::size;
     if (layout.flags & has_link_target_id_list) {
         const auto size = load<std::uint16_t>(bytes, at, ByteOrder::Little);
         if (!size || !is_item_list(bytes.substr(at + sizeof *size, *size)))
@@ -93,23 +110,14 @@ std::optional<Layout> layout_of(std::string_view bytes) {
     return layout;
 }
 
-std::u16string_view take_name(std::u16string_view& path) {
-    const std::size_t end = path.find(u'\\');
-    const std::u16string_view name = path.substr(0, end);
-    path.remove_prefix(end == std::u16string_view::npos ? path.size() : end + 1);
-    return name;
-}
-
 } // namespace
 
-Result<LinkFile> read_link_file(std::string_view bytes) {
+Read<LinkFile> read_link_file(std::string_view bytes) {
     const std::optional<Layout> layout = layout_of(bytes);
     if (!layout)
-        return Failure{ErrorCode::CorruptStructure};
+        return fault(Damage::Corrupt);
     LinkFile link;
-    const auto attributes =
-        load<std::uint32_t>(bytes, file_attributes_offset, ByteOrder::Little).value_or(0);
-    link.leads_to_folder = (attributes & attribute_directory) != 0;
+    link.leads_to_folder = (layout->attributes & attribute_directory) != 0;
     if (!(layout->flags & is_unicode))
         return link; // in a code page of the machine that made it
     const std::size_t end = layout->relative_path_offset + layout->relative_path_size;
@@ -119,13 +127,13 @@ Result<LinkFile> read_link_file(std::string_view bytes) {
     return link;
 }
 
-Result<std::string> with_relative_target(std::string_view bytes, std::u16string_view relative) {
+Read<std::string> with_relative_target(std::string_view bytes, std::u16string_view relative) {
     const std::optional<Layout> layout = layout_of(bytes);
     if (!layout || !(layout->flags & is_unicode))
-        return Failure{ErrorCode::CorruptStructure};
+        return fault(Damage::Corrupt);
     if (relative.size() > 0xFFFF)
-        return Failure{ErrorCode::PathTooLong};
-    std::string changed(bytes.substr(0, link_flags_offset));
+        return fault(Damage::TooLarge);
+    std::string changed(bytes.substr(0, LinkHeader::flags_offset));
     append_integer<std::uint32_t>(changed, layout->flags | has_relative_path, ByteOrder::Little);
     changed += bytes.substr(changed.size(), layout->relative_path_offset - changed.size());
     append_integer<std::uint16_t>(changed, static_cast<std::uint16_t>(relative.size()),
@@ -136,35 +144,4 @@ Result<std::string> with_relative_target(std::string_view bytes, std::u16string_
     return changed;
 }
 
-std::optional<std::u16string> relative_path(std::u16string_view folder, std::u16string_view item) {
-    folder = without_trailing_separator(folder);
-    item = without_trailing_separator(item);
-    const std::size_t root = root_length(folder);
-    // Letters beyond ASCII that differ in case make a way longer than it need be, not a wrong one.
-    if (root == 0 || root != root_length(item) ||
-        !equal_ignoring_case(folder.substr(0, root), item.substr(0, root)))
-        return std::nullopt;
-    folder.remove_prefix(root);
-    item.remove_prefix(root);
-    while (!folder.empty() && !item.empty()) {
-        std::u16string_view folder_rest = folder;
-        std::u16string_view item_rest = item;
-        if (!equal_ignoring_case(take_name(folder_rest), take_name(item_rest)))
-            break;
-        folder = folder_rest;
-        item = item_rest;
-    }
-    std::u16string way;
-    while (!folder.empty()) {
-        take_name(folder);
-        way += u"..\\";
-    }
-    if (way.empty())
-        way = u".\\";
-    way += item;
-    while (way.ends_with(u'\\'))
-        way.pop_back();
-    return way;
-}
-
-} // namespace vell::files
+} // namespace vell::formats

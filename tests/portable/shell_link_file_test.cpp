@@ -1,5 +1,6 @@
 // What our own code reads and writes of shell links, and the values of their switches.
 #include "src/base/utf8.h"
+#include "src/files/paths/relative_path.h"
 #include "src/formats/shell_link_file.h"
 #include "src/params/switch_text.h"
 
@@ -9,6 +10,8 @@ namespace vell::files {
 namespace {
 
 using namespace std::string_view_literals;
+using formats::read_link_file;
+using formats::with_relative_target;
 
 // MS-SHLLINK 2.1 with the flags HasLinkTargetIDList, HasLinkInfo, HasName and IsUnicode; then an ID
 // list, link information, a name, and what a test wants behind them.

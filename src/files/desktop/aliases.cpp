@@ -4,6 +4,7 @@
 #include "src/files/contents/temporary_copy.h"
 #include "src/files/information/information.h"
 #include "src/files/paths/path_parts.h"
+#include "src/files/paths/relative_path.h"
 #include "src/files/tree/item_names.h"
 #include "src/formats/shell_link_file.h"
 #include "src/params/path_form.h"
@@ -15,6 +16,7 @@
 namespace vell::files {
 namespace {
 
+using formats::LinkFile;
 using params::Call;
 using params::SwitchSet;
 
@@ -164,7 +166,12 @@ Result<void> create_alias(Call& call, FileSystem& files, ShellLinks& links) {
         const auto way = relative_path(folder_part(alias.wide), source.path);
         if (!way)
             return Failure{ErrorCode::DifferentVolumes};
-        bytes = VELL_TRY(with_relative_target(bytes, *way));
+        const auto related = formats::with_relative_target(bytes, *way);
+        if (!related)
+            return Failure{related.error().damage == formats::Damage::TooLarge
+                               ? ErrorCode::PathTooLong
+                               : ErrorCode::CorruptStructure};
+        bytes = related.value();
     }
     VELL_TRY(write_whole_file(call, files, alias, replace,
                               [&](File& file) { return file.write(bytes); }));
@@ -180,7 +187,9 @@ Result<void> resolve_alias(Call& call, FileSystem& files, ShellLinks& links) {
         if (followed == most_links_in_a_row)
             return Failure{ErrorCode::CorruptStructure};
         const std::string bytes = VELL_TRY(read_link_bytes(files, native(item.path)));
-        const LinkFile file = VELL_TRY(read_link_file(bytes));
+        const auto file = formats::read_link_file(bytes);
+        if (!file)
+            return Failure{ErrorCode::CorruptStructure};
         const ShellLink link = VELL_TRY(links.read(bytes));
         if (const auto detail = asked_detail(switches, link)) {
             call.set_text(*detail);
@@ -188,12 +197,12 @@ Result<void> resolve_alias(Call& call, FileSystem& files, ShellLinks& links) {
         }
         if (link.target.empty())
             return Failure{ErrorCode::NotSupported};
-        const Result<FoundItem> target = find_target(links, item.path, bytes, file, link);
+        const Result<FoundItem> target = find_target(links, item.path, bytes, *file, link);
         if (!target && !switches.has("-ReturnStoredTarget"))
             return Failure{target.error()};
         if (!target) {
             call.set_text(
-                params::path_result(switches, with_folder_end(link.target, file.leads_to_folder)));
+                params::path_result(switches, with_folder_end(link.target, file->leads_to_folder)));
             return {};
         }
         item = *target;
