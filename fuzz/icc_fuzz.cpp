@@ -2,7 +2,7 @@
 //
 // The first byte chooses what is asked for, the rest is the profile.
 #include "fuzz/input.h"
-#include "src/metadata/icc_profile.h"
+#include "src/metadata/icc/icc_profile.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 // Headers of images: nine lines or nothing.
 #include "fuzz/input.h"
-#include "src/metadata/image_description.h"
+#include "src/metadata/images/image_description.h"
 
 #include <algorithm>
 #include <string>

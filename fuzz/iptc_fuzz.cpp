@@ -3,7 +3,7 @@
 // The first byte chooses the encoding and whether the declared one counts; the rest is the block.
 #include "fuzz/input.h"
 #include "src/base/utf8.h"
-#include "src/metadata/iptc.h"
+#include "src/metadata/reading/iptc_text.h"
 
 #include <string>
 #include <vector>

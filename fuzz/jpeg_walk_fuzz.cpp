@@ -3,7 +3,7 @@
 //
 // First line: the switches; the rest is the file.
 #include "fuzz/input.h"
-#include "src/metadata/jpeg_segments.h"
+#include "src/metadata/reading/jpeg_metadata.h"
 
 #include <algorithm>
 #include <string>

@@ -3,9 +3,9 @@
 // First line: the switches of the write. Then the number of bytes of the metadata text, as one byte
 // in units of 4; the text; the rest is the file.
 #include "fuzz/input.h"
-#include "src/metadata/exif_writer.h"
+#include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/set_metadata.h"
-#include "src/metadata/tag_reader.h"
+#include "src/metadata/writing/exif_writer.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/writable_files.h"

@@ -2,7 +2,7 @@
 //
 // The first byte chooses what is read; the rest is the file.
 #include "fuzz/input.h"
-#include "src/metadata/png_chunks.h"
+#include "src/metadata/reading/png_metadata.h"
 
 #include <string>
 

@@ -2,8 +2,8 @@
 //
 // The first byte chooses what is looked for; the rest is the file.
 #include "fuzz/input.h"
-#include "src/metadata/photoshop_resources.h"
-#include "src/metadata/xmp.h"
+#include "src/metadata/reading/photoshop_resources.h"
+#include "src/metadata/reading/xmp.h"
 
 #include <optional>
 #include <string>

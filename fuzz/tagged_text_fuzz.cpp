@@ -1,6 +1,6 @@
 // Tagged text: what is found in any text, written again, is found again.
 #include "fuzz/input.h"
-#include "src/metadata/tagged_text.h"
+#include "src/metadata/writing/tagged_text.h"
 
 #include <string>
 

@@ -2,8 +2,9 @@
 //
 // The first byte chooses the options and the encoding of texts; the rest is the block.
 #include "fuzz/input.h"
-#include "src/metadata/ifd.h"
-#include "src/metadata/tag_reader.h"
+#include "src/formats/recognition.h"
+#include "src/formats/tiff/records.h"
+#include "src/metadata/reading/tag_reader.h"
 
 #include <vector>
 
@@ -15,7 +16,7 @@ using namespace vell::metadata;
 // Four directories may share their entries, values their bytes up to the limit on them all; a value
 // of eight bytes comes out as 22 at most.
 void check_size(const MetadataText& text, std::size_t size) {
-    const std::size_t entries = 4 * (size / IfdEntry::size + 1);
+    const std::size_t entries = 4 * (size / formats::tiff::Entry::size + 1);
     FUZZ_CHECK(text.size() <= entries * 64 + (size + 0x10000) * 3 + 2000);
 }
 
@@ -49,8 +50,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!of_block || of_file)
         FUZZ_CHECK(of_file || of_file.error() == of_block.error() ||
                    of_file.error() == ErrorCode::EndOfFile);
-    FUZZ_CHECK(has_tiff_header(bytes) == (of_block || of_block.error() != ErrorCode::ShortRead));
+    FUZZ_CHECK(formats::begins_like_tiff(bytes) ==
+               (of_block || of_block.error() != ErrorCode::ShortRead));
 
+    namespace tag = formats::tiff::tag;
     for (const std::uint16_t number : {tag::xmp_packet, tag::iptc_block, tag::exif_directory}) {
         reader.seek(0);
         const Result<std::string> found = find_tag(reader, number);

@@ -1,15 +1,16 @@
 #include "src/metadata/get_metadata.h"
 
 #include "src/documents/pdf_information.h"
-#include "src/metadata/icc_profile.h"
-#include "src/metadata/ifd.h"
-#include "src/metadata/image_description.h"
-#include "src/metadata/iptc.h"
-#include "src/metadata/jpeg_segments.h"
-#include "src/metadata/photoshop_resources.h"
-#include "src/metadata/png_chunks.h"
-#include "src/metadata/tag_reader.h"
-#include "src/metadata/xmp.h"
+#include "src/formats/recognition.h"
+#include "src/formats/tiff/records.h"
+#include "src/metadata/icc/icc_profile.h"
+#include "src/metadata/images/image_description.h"
+#include "src/metadata/reading/iptc_text.h"
+#include "src/metadata/reading/jpeg_metadata.h"
+#include "src/metadata/reading/photoshop_resources.h"
+#include "src/metadata/reading/png_metadata.h"
+#include "src/metadata/reading/tag_reader.h"
+#include "src/metadata/reading/xmp.h"
 
 namespace vell::metadata {
 namespace {
@@ -23,9 +24,9 @@ Result<FileKind> kind_of(BufferedReader& file) {
     constexpr std::size_t first_read = 1000;
     file.seek(0);
     const std::string start = VELL_TRY(file.read_bytes(first_read));
-    if (has_tiff_header(start))
+    if (formats::begins_like_tiff(start))
         return FileKind::Tiff;
-    return has_png_signature(start) ? FileKind::Png : FileKind::Other;
+    return formats::format_of(start) == formats::Format::Png ? FileKind::Png : FileKind::Other;
 }
 
 bool wants_tags(const MetadataRequest& request) {
@@ -37,7 +38,7 @@ Result<void> read_resources(BufferedReader& file, FileKind kind, const MetadataR
     if (kind != FileKind::Tiff || !request.exif.want_iptc)
         return read_photoshop_resources(file, request, text);
     file.seek(0);
-    const std::string block = VELL_TRY(find_tag(file, tag::iptc_block));
+    const std::string block = VELL_TRY(find_tag(file, formats::tiff::tag::iptc_block));
     VELL_TRY(decode_iptc(block, request.detect_utf8, request.source, text));
     return {};
 }
@@ -46,7 +47,8 @@ Result<void> read_tiff_profile(BufferedReader& file, const MetadataRequest& requ
                                MetadataText& text) {
     constexpr std::uint64_t longest_profile = 0x1000000; // the most that a JPEG has room for
     file.seek(0);
-    const std::string profile = VELL_TRY(find_tag(file, tag::icc_profile, longest_profile));
+    const std::string profile =
+        VELL_TRY(find_tag(file, formats::tiff::tag::icc_profile, longest_profile));
     return describe_icc_profile(profile, request, text);
 }
 

@@ -2,14 +2,14 @@
 
 #include "src/base/utf8.h"
 #include "src/files/contents/rewriting.h"
-#include "src/metadata/exif_writer.h"
-#include "src/metadata/iptc_writer.h"
-#include "src/metadata/jpeg_rewriter.h"
-#include "src/metadata/photoshop_block.h"
-#include "src/metadata/tagged_text.h"
-#include "src/metadata/text_store.h"
-#include "src/metadata/xmp.h"
-#include "src/metadata/xmp_writer.h"
+#include "src/formats/xmp.h"
+#include "src/metadata/writing/exif_writer.h"
+#include "src/metadata/writing/iptc_writer.h"
+#include "src/metadata/writing/jpeg_rewriter.h"
+#include "src/metadata/writing/photoshop_block.h"
+#include "src/metadata/writing/tagged_text.h"
+#include "src/metadata/writing/text_store.h"
+#include "src/metadata/writing/xmp_writer.h"
 
 #include <algorithm>
 #include <optional>
@@ -22,6 +22,7 @@
 namespace vell::metadata {
 namespace {
 
+namespace jpeg = formats::jpeg;
 using files::File;
 using params::Call;
 using params::SwitchSet;
@@ -113,21 +114,21 @@ Result<WriteRequest> request_of(Call& call) {
 }
 
 SegmentKind segment_of(Target target, std::string_view text) {
-    using namespace std::string_literals;
     switch (target) {
     case Target::Exif:
-        return {SegmentMarker::App1, "Exif\0\0"s, true};
+        return {jpeg::SegmentMarker::App1, std::string(jpeg::exif_identifier), true};
     case Target::Xmp:
         if (is_blank_xmp(text)) // extended XMP that would be left belongs to no packet
-            return {SegmentMarker::App1, std::string(xmp_identifier_start), false};
-        return {SegmentMarker::App1, std::string(split_xmp_text(text).identifier) + '\0', true};
+            return {jpeg::SegmentMarker::App1, std::string(formats::xmp::identifier_start), false};
+        return {jpeg::SegmentMarker::App1, std::string(split_xmp_text(text).identifier) + '\0',
+                true};
     case Target::Comment:
-        return {SegmentMarker::Com, "", false};
+        return {jpeg::SegmentMarker::Com, "", false};
     case Target::Iptc:
     case Target::ImageUrl:
         break;
     }
-    return {SegmentMarker::App13, "Photoshop 3.0\0"s, true};
+    return {jpeg::SegmentMarker::App13, std::string(jpeg::photoshop_identifier), true};
 }
 
 // A comment as it was read stands in sections, of which the last is the one of the COM segment.
@@ -163,9 +164,10 @@ Result<NewContent> new_content(const WriteRequest& request, std::string_view tex
     switch (request.target) {
     case Target::Iptc: {
         const auto sections = VELL_TRY(parse_tagged_text(text));
-        const std::string datasets = VELL_TRY(
-            write_iptc(find_resource(existing, ResourceId::Iptc), sections, request.iptc, store));
-        std::string block = VELL_TRY(with_resource(existing, ResourceId::Iptc, datasets));
+        const std::string datasets = VELL_TRY(write_iptc(
+            find_resource(existing, photoshop::ResourceId::Iptc), sections, request.iptc, store));
+        std::string block =
+            VELL_TRY(with_resource(existing, photoshop::ResourceId::Iptc, datasets));
         const bool is_empty_dataset_written = !request.iptc.keep_others;
         return NewContent{std::move(block),
                           !has_values(sections, request.target, is_empty_dataset_written)};
@@ -183,7 +185,7 @@ Result<NewContent> new_content(const WriteRequest& request, std::string_view tex
     }
     case Target::ImageUrl: {
         const std::string url = VELL_TRY(store.store(text));
-        std::string block = VELL_TRY(with_resource(existing, ResourceId::ImageUrl, url));
+        std::string block = VELL_TRY(with_resource(existing, photoshop::ResourceId::ImageUrl, url));
         return NewContent{std::move(block), url.empty()};
     }
     case Target::Comment:
@@ -199,9 +201,9 @@ Result<SegmentRewrite> rewrite_of(Call& call, const WriteRequest& request, files
                                   const files::NativePath& path) {
     const std::string text = utf8_from_utf16(request.text);
     SegmentKind kind = segment_of(request.target, text);
-    if (kind.identifier.size() > longest_payload)
+    if (kind.identifier.size() > jpeg::longest_payload)
         return Failure{ErrorCode::ResourceTooLarge};
-    const std::size_t room = longest_payload - kind.identifier.size();
+    const std::size_t room = jpeg::longest_payload - kind.identifier.size();
     const auto source = VELL_TRY(files.open(path, files::Permission::Read));
     SegmentPlace place = VELL_TRY(find_segment_place(*source, kind));
     const TextStore store(call, request.encoding);

@@ -2,7 +2,7 @@
 // what becomes of each.
 #pragma once
 
-#include "src/metadata/ifd.h"
+#include "src/formats/tiff/records.h"
 
 #include <algorithm>
 #include <array>
@@ -10,6 +10,9 @@
 #include <string_view>
 
 namespace vell::metadata {
+
+namespace tiff = formats::tiff;
+using tiff::FieldType;
 
 // Numbers mean one thing in the GPS directory and another in all others.
 enum class TagFamily : std::uint8_t { General, Gps };

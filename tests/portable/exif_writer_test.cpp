@@ -1,10 +1,10 @@
-#include "src/metadata/exif_writer.h"
+#include "src/metadata/writing/exif_writer.h"
 
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
-#include "src/metadata/exif_value.h"
-#include "src/metadata/rational_text.h"
-#include "src/metadata/tag_reader.h"
+#include "src/metadata/reading/tag_reader.h"
+#include "src/metadata/writing/exif_value.h"
+#include "src/metadata/writing/rational_text.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/tiff_builder.h"
 

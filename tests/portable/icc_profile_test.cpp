@@ -1,5 +1,5 @@
 // Descriptions of ICC profiles that are made here, whole and damaged.
-#include "src/metadata/icc_profile.h"
+#include "src/metadata/icc/icc_profile.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
 

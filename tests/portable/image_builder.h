@@ -1,8 +1,8 @@
 // Image files made for tests, sound or not, and what their metadata read as.
 #pragma once
 
+#include "src/formats/jpeg/segments.h"
 #include "src/metadata/get_metadata.h"
-#include "src/metadata/jpeg_markers.h"
 #include "tests/portable/integers.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace vell::testing {
 
-using metadata::SegmentMarker;
+using formats::jpeg::SegmentMarker;
 
 // A segment may lie about its length.
 inline std::string segment(SegmentMarker marker, const std::string& payload,

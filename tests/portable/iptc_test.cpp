@@ -1,4 +1,4 @@
-#include "src/metadata/iptc.h"
+#include "src/metadata/reading/iptc_text.h"
 
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"

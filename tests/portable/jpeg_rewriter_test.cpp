@@ -1,4 +1,4 @@
-#include "src/metadata/jpeg_rewriter.h"
+#include "src/metadata/writing/jpeg_rewriter.h"
 
 #include "tests/portable/image_builder.h"
 
@@ -86,7 +86,7 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
     }
     EXPECT_EQ(rewritten(soi + comment + frame + rest, comments, {}), soi + frame + scan);
     EXPECT_EQ(rewritten(soi + packet + frame + rest, packets, {}), soi + frame + rest);
-    const std::string longest(longest_payload, 'x');
+    const std::string longest(formats::jpeg::longest_payload, 'x');
     EXPECT_EQ(rewritten(soi + frame, comments, longest),
               soi + segment(SegmentMarker::Com, longest) + frame);
 }

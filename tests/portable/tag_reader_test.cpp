@@ -1,6 +1,7 @@
 // Tags of blocks made here, read by both readers.
-#include "src/metadata/gps_decimal.h"
-#include "src/metadata/tag_reader.h"
+#include "src/formats/recognition.h"
+#include "src/metadata/reading/gps_decimal.h"
+#include "src/metadata/reading/tag_reader.h"
 #include "tests/portable/fake_files.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
@@ -394,9 +395,9 @@ TEST(FindTag, GivesTheRawBytesOfTheFirst) {
     EXPECT_EQ(found(tight + "abc", 700), std::string("\0\0\0\0ab", 6));
     EXPECT_EQ(found(std::string(tight).replace(18, 1, "\x15"), 700), "-4249");
 
-    EXPECT_TRUE(has_tiff_header("MMxx1234"));
-    EXPECT_FALSE(has_tiff_header("MMxx123"));
-    EXPECT_FALSE(has_tiff_header("\x89PNG\r\n\x1A\n"));
+    EXPECT_TRUE(formats::begins_like_tiff("MMxx1234"));
+    EXPECT_FALSE(formats::begins_like_tiff("MMxx123"));
+    EXPECT_FALSE(formats::begins_like_tiff("\x89PNG\r\n\x1A\n"));
 }
 
 } // namespace

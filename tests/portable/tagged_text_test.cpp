@@ -1,4 +1,4 @@
-#include "src/metadata/tagged_text.h"
+#include "src/metadata/writing/tagged_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Blocks of tags made for tests, in either byte order, sound or not.
 #pragma once
 
-#include "src/metadata/ifd.h"
+#include "src/formats/tiff/records.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -13,7 +13,9 @@
 
 namespace vell::testing {
 
-using metadata::FieldType;
+namespace tiff = formats::tiff;
+
+using tiff::FieldType;
 
 struct TiffField {
     std::uint16_t tag;
@@ -53,19 +55,19 @@ class TiffBuilder {
 
     std::string build(TiffDirectories directories) {
         bytes_.clear();
-        metadata::TiffHeader{order_, metadata::TiffHeader::size}.write(bytes_);
+        tiff::Header{.order = order_, .first_directory = tiff::Header::size}.write(bytes_);
         const auto add_pointer = [](TiffFields& fields, std::uint16_t tag, const TiffFields& to) {
             if (!to.empty())
                 fields.push_back({tag, FieldType::Long, {0}});
         };
-        add_pointer(directories.exif, metadata::tag::interoperability_directory,
+        add_pointer(directories.exif, tiff::tag::interoperability_directory,
                     directories.interoperability);
-        add_pointer(directories.first, metadata::tag::exif_directory, directories.exif);
-        add_pointer(directories.first, metadata::tag::gps_directory, directories.gps);
+        add_pointer(directories.first, tiff::tag::exif_directory, directories.exif);
+        add_pointer(directories.first, tiff::tag::gps_directory, directories.gps);
         add(directories.first);
-        follow(metadata::tag::exif_directory, directories.exif);
-        follow(metadata::tag::interoperability_directory, directories.interoperability);
-        follow(metadata::tag::gps_directory, directories.gps);
+        follow(tiff::tag::exif_directory, directories.exif);
+        follow(tiff::tag::interoperability_directory, directories.interoperability);
+        follow(tiff::tag::gps_directory, directories.gps);
         return bytes_;
     }
 
@@ -73,15 +75,14 @@ class TiffBuilder {
     // Writes the directory with its values behind it.
     void add(const TiffFields& fields) {
         std::string values;
-        const std::size_t values_at =
-            bytes_.size() + 2 + fields.size() * metadata::IfdEntry::size + 4;
+        const std::size_t values_at = bytes_.size() + 2 + fields.size() * tiff::Entry::size + 4;
         append_integer<std::uint16_t>(bytes_, static_cast<std::uint16_t>(fields.size()), order_);
         for (const TiffField& field : fields) {
             std::string value = value_of(field);
             const std::uint32_t size = static_cast<std::uint32_t>(value.size());
-            const std::size_t one = std::max<std::size_t>(metadata::size_of(field.type), 1);
-            metadata::IfdEntry entry{field.tag, field.type,
-                                     field.count.value_or(size / static_cast<std::uint32_t>(one))};
+            const std::size_t one = std::max<std::size_t>(tiff::size_of(field.type), 1);
+            tiff::Entry entry{field.tag, field.type,
+                              field.count.value_or(size / static_cast<std::uint32_t>(one))};
             if (field.offset || value.size() > entry.value.size()) {
                 const auto at = static_cast<std::uint32_t>(values_at + values.size());
                 values += value;
@@ -90,7 +91,7 @@ class TiffBuilder {
             }
             std::ranges::copy(value, entry.value.begin());
             offsets_[field.tag] = bytes_.size() + 8;
-            entry.write(bytes_, order_);
+            formats::append_record(bytes_, entry, order_);
         }
         append_integer<std::uint32_t>(bytes_, 0, order_);
         bytes_ += values;
@@ -107,7 +108,7 @@ class TiffBuilder {
 
     std::string value_of(const TiffField& field) const {
         constexpr std::size_t most = sizeof(std::uint32_t);
-        const std::size_t size = std::clamp<std::size_t>(metadata::size_of(field.type), 1, most);
+        const std::size_t size = std::clamp<std::size_t>(tiff::size_of(field.type), 1, most);
         std::string value = field.bytes;
         for (const std::uint32_t number : field.numbers) {
             std::string bytes;

@@ -1,0 +1,52 @@
+#include "src/formats/photoshop.h"
+
+#include "src/base/bytes.h"
+
+#include <algorithm>
+
+namespace vell::formats::photoshop {
+namespace {
+
+// Other programs' resources have the same structure.
+constexpr std::string_view signatures[] = {own_signature, "PHUT", "DCSR", "AgHg", "MeSa"};
+constexpr std::size_t signature_size = 4;
+
+constexpr std::size_t even(std::size_t size) {
+    return size + size % 2;
+}
+
+} // namespace
+
+Read<ImageResource> ImageResource::read(std::string_view bytes) {
+    constexpr std::size_t name_start = signature_size + sizeof(std::uint16_t);
+    const std::string_view begins = bytes.substr(0, signature_size);
+    if (std::ranges::count(signatures, begins) == 0)
+        return fault(Damage::Absent);
+    const auto id = load<std::uint16_t>(bytes, signature_size, ByteOrder::Big);
+    const auto name_length = load<std::uint8_t>(bytes, name_start, ByteOrder::Big);
+    if (!id || !name_length)
+        return fault(Damage::CutOff);
+    const std::size_t size_start = name_start + even(sizeof *name_length + *name_length);
+    const auto size = load<std::uint32_t>(bytes, size_start, ByteOrder::Big);
+    const std::size_t start = size_start + sizeof(std::uint32_t);
+    if (!size || *size > bytes.size() - start)
+        return fault(Damage::CutOff);
+    return ImageResource{begins, *id, start, bytes.substr(start, *size),
+                         bytes.substr(0, start + even(*size))};
+}
+
+std::string start_of_resource(ResourceId id) {
+    std::string bytes(own_signature);
+    append_integer<std::uint16_t>(bytes, static_cast<std::uint16_t>(id), ByteOrder::Big);
+    return bytes;
+}
+
+void append_resource(std::string& bytes, ResourceId id, std::string_view data) {
+    bytes += start_of_resource(id);
+    append_integer<std::uint16_t>(bytes, 0, ByteOrder::Big); // no name
+    append_integer<std::uint32_t>(bytes, static_cast<std::uint32_t>(data.size()), ByteOrder::Big);
+    bytes += data;
+    bytes.append(data.size() % 2, '\0');
+}
+
+} // namespace vell::formats::photoshop

@@ -1,0 +1,353 @@
+#include "src/metadata/icc/icc_profile.h"
+
+#include "src/base/ascii.h"
+#include "src/base/number_text.h"
+#include "src/metadata/faults.h"
+#include "src/metadata/icc/icc_texts.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace vell::metadata {
+namespace {
+
+using icc::signature;
+
+// Signatures in a description stand with their meaning, where it is known.
+using Meaning = std::pair<std::uint32_t, std::string_view>;
+
+constexpr std::array profile_classes{
+    Meaning{signature("scnr"), "input device"},  Meaning{signature("mntr"), "display device"},
+    Meaning{signature("prtr"), "output device"}, Meaning{signature("link"), "device link"},
+    Meaning{signature("spac"), "colour space"},  Meaning{signature("abst"), "abstract"},
+    Meaning{signature("nmcl"), "named colours"}};
+constexpr std::array platforms{
+    Meaning{signature("APPL"), "Apple"}, Meaning{signature("MSFT"), "Microsoft"},
+    Meaning{signature("SGI "), "Silicon Graphics"}, Meaning{signature("SUNW"), "Sun Microsystems"}};
+constexpr std::array intents{Meaning{0, "perceptual"}, Meaning{1, "media-relative colorimetric"},
+                             Meaning{2, "saturation"}, Meaning{3, "ICC-absolute colorimetric"}};
+
+template <std::size_t Size>
+std::string_view meaning_in(const std::array<Meaning, Size>& table, std::uint32_t value) {
+    const auto* const found = std::ranges::find(table, value, &Meaning::first);
+    return found == table.end() ? std::string_view() : found->second;
+}
+
+std::string version_text(std::uint32_t version) {
+    return to_text(std::uint64_t{version >> 24}) + '.' +
+           to_text(std::uint64_t{version >> 20 & 15}) + '.' +
+           to_text(std::uint64_t{version >> 16 & 15});
+}
+
+std::string fixed_numbers_text(const std::array<std::uint32_t, 3>& numbers) {
+    std::string text;
+    for (const std::uint32_t number : numbers)
+        text += (text.empty() ? "" : " ") + to_text(icc::fixed_number(number), 6);
+    return text;
+}
+
+std::string hexadecimal(std::string_view bytes) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+std::string profile_id_text(std::string_view id) {
+    return std::ranges::all_of(id, [](char c) { return c == '\0'; }) ? "(none)" : hexadecimal(id);
+}
+
+std::string flags_text(std::uint32_t flags) {
+    return std::string((flags & 1) != 0 ? "embedded" : "not embedded") +
+           ((flags & 2) != 0 ? ", only with the image's data" : ", usable on its own");
+}
+
+std::string attributes_text(std::uint64_t attributes) {
+    const auto choose = [&](unsigned bit, std::string_view set, std::string_view clear) {
+        return std::string((attributes >> bit & 1) != 0 ? set : clear);
+    };
+    return choose(0, "transparency", "reflective") + choose(1, ", matte", ", glossy") +
+           choose(2, ", negative", ", positive") + choose(3, ", black and white", ", colour");
+}
+
+// Characters that mean something in XML are escaped, those that it cannot hold replaced.
+std::string escaped(std::string_view bytes, TextEncoding encoding) {
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const char c = bytes[i];
+        const bool control = static_cast<unsigned char>(c) < 0x20;
+        const std::string_view character = bytes.substr(i, 3);
+        if (c == '&') {
+            text += "&amp;";
+        } else if (c == '<') {
+            text += "&lt;";
+        } else if (c == '>') {
+            text += "&gt;";
+        } else if (c == '"') {
+            text += "&quot;";
+        } else if (control && c != '\t' && c != '\n' && c != '\r') {
+            text += '?';
+        } else if (encoding == TextEncoding::Utf8 &&
+                   (character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF")) {
+            text += "\xEF\xBF\xBD"; // no characters: U+FFFE, U+FFFF
+            i += 2;
+        } else {
+            text += c;
+        }
+    }
+    return text;
+}
+
+// Whatever stands before is ended, by one carriage return.
+void start_line(MetadataText& text) {
+    if (!text.empty() && !text.pieces().back().bytes.ends_with('\r'))
+        text.append("\r");
+}
+
+// The description as it grows, in lines or as XML.
+class Report {
+  public:
+    Report(bool as_xml, MetadataText& text) : as_xml_(as_xml), text_(text) {}
+
+    void start() {
+        if (as_xml_) {
+            start_line(text_);
+            text_.append("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<icc_profile>");
+        }
+    }
+    void finish() {
+        if (as_xml_)
+            text_.append("\r</icc_profile>");
+    }
+
+    void field(std::string_view name, std::string_view value, std::string_view meaning = {}) {
+        start_line(text_);
+        if (as_xml_) {
+            const std::string element = element_name(name);
+            text_.append('<' + element +
+                         (meaning.empty() ? "" : " meaning=\"" + std::string(meaning) + '"') + '>' +
+                         escaped(value, TextEncoding::Utf8) + "</" + element + '>');
+        } else {
+            text_.append(std::string(indent_) + std::string(name) + ": " + std::string(value));
+            if (!meaning.empty())
+                text_.append(" (" + std::string(meaning) + ')');
+        }
+    }
+
+    void field(std::string_view name, const icc::LocalizedText& value) {
+        start_line(text_);
+        if (as_xml_) {
+            const std::string element = element_name(name);
+            text_.append('<' + element);
+            if (!value.language.empty())
+                text_.append(" language=\"" + escaped(value.language, TextEncoding::Utf8) + '"');
+            text_.append(">");
+            text_.append(escaped(value.bytes, value.encoding), value.encoding);
+            text_.append("</" + element + '>');
+        } else {
+            text_.append(std::string(indent_) + std::string(name) +
+                         (value.language.empty() ? "" : " (" + value.language + ')') + ": ");
+            text_.append(value.bytes, value.encoding);
+        }
+    }
+
+    void start_tag(const icc::Tag& tag, bool with_offset) {
+        start_line(text_);
+        const std::string name = icc::signature_text(tag.entry.name);
+        const std::string type =
+            tag.data.empty() ? "(outside the profile)" : icc::signature_text(tag.type());
+        const std::string size = to_text(std::uint64_t{tag.entry.data_size});
+        const std::string offset = to_text(std::uint64_t{tag.entry.offset});
+        if (as_xml_) {
+            text_.append("<tag signature=\"" + escaped(name, TextEncoding::Utf8) + "\" type=\"" +
+                         escaped(type, TextEncoding::Utf8) + "\" size=\"" + size + '"' +
+                         (with_offset ? " offset=\"" + offset + "\">" : ">"));
+        } else {
+            text_.append("Tag " + name + ": " + type + ", " + size + " bytes" +
+                         (with_offset ? " at " + offset : ""));
+        }
+        indent_ = "  ";
+    }
+    void finish_tag() {
+        if (as_xml_)
+            text_.append("</tag>");
+        indent_ = "";
+    }
+
+  private:
+    static std::string element_name(std::string_view name) {
+        std::string element;
+        for (const char c : name)
+            element += c == ' ' ? '_' : fold_ascii(c);
+        return element;
+    }
+
+    bool as_xml_;
+    MetadataText& text_;
+    std::string_view indent_;
+};
+
+void report_header(const icc::Header& header, Report& report) {
+    using icc::signature_text;
+    const auto number = [](std::uint64_t value) {
+        return to_text(value);
+    };
+    report.field("Profile size", number(header.profile_size));
+    report.field("CMM", signature_text(header.preferred_cmm_type));
+    report.field("Version", version_text(header.profile_version));
+    report.field("Class", signature_text(header.profile_class),
+                 meaning_in(profile_classes, header.profile_class));
+    report.field("Colour space", signature_text(header.data_colour_space));
+    report.field("Connection space", signature_text(header.connection_space));
+    report.field("Date", icc::date_text(header.creation));
+    report.field("Signature", signature_text(header.file_signature));
+    report.field("Platform", signature_text(header.primary_platform),
+                 meaning_in(platforms, header.primary_platform));
+    report.field("Flags", number(header.profile_flags), flags_text(header.profile_flags));
+    report.field("Manufacturer", signature_text(header.device_manufacturer));
+    report.field("Model", signature_text(header.device_model));
+    report.field("Attributes", number(header.device_attributes),
+                 attributes_text(header.device_attributes));
+    report.field("Intent", number(header.rendering_intent),
+                 meaning_in(intents, header.rendering_intent & 0xFFFF));
+    report.field("Illuminant", fixed_numbers_text(header.illuminant));
+    report.field("Creator", signature_text(header.profile_creator));
+    report.field("Profile ID",
+                 profile_id_text({header.profile_id.data(), header.profile_id.size()}));
+}
+
+// XYZType (10.27): numbers in groups of three.
+std::string xyz_text(std::string_view data) {
+    std::string text;
+    for (std::size_t at = 8; at + 12 <= data.size(); at += 12)
+        text += (text.empty() ? "" : ", ") +
+                fixed_numbers_text({signature(data.substr(at)), signature(data.substr(at + 4)),
+                                    signature(data.substr(at + 8))});
+    return text;
+}
+
+// curveType (10.5): nothing for the identity, one u8Fixed8Number for a gamma value, or a table.
+std::string curve_text(std::string_view data) {
+    const std::uint32_t count = signature(data.substr(std::min<std::size_t>(8, data.size())));
+    const auto gamma = load<std::uint16_t>(data, 12, ByteOrder::Big);
+    if (count == 0)
+        return "identity";
+    if (count == 1 && gamma)
+        return "gamma " + to_text(*gamma / 256.0, 6);
+    return to_text(std::uint64_t{count}) + (count == 1 ? " entry" : " entries");
+}
+
+class Describer {
+  public:
+    Describer(std::string_view profile, const MetadataRequest& request)
+        : request_(request), tags_(profile), allowance_(profile.size()) {}
+
+    void describe(const icc::Header& header, MetadataText& text) {
+        Report report(request_.icc_as_xml, text);
+        report.start();
+        report_header(header, report);
+        if (const auto description = tags_.find(signature("desc")))
+            report_texts("Description", description->data, report);
+        report.field("Tags", to_text(std::uint64_t{tags_.announced()}),
+                     tags_.is_complete() ? "" : "not all of them there");
+        for (std::size_t i = 0; i < tags_.size(); ++i) {
+            const icc::Tag tag = tags_[i];
+            report.start_tag(tag, request_.verbose_icc);
+            if (request_.verbose_icc)
+                report_contents(tag.data, report);
+            report.finish_tag();
+        }
+        report.finish();
+    }
+
+    // One name without its language, or all of them.
+    Result<void> give_names(bool only_first, MetadataText& text) {
+        const auto description = tags_.find(signature("desc"));
+        if (!description)
+            return Failure{tags_.is_complete() ? ErrorCode::NothingFound : ErrorCode::ShortRead};
+        bool found = false;
+        const auto sink = [&](const icc::LocalizedText& name) {
+            found = true;
+            start_line(text);
+            if (!only_first && !name.language.empty())
+                text.append(name.language + ": ");
+            text.append(name.bytes, name.encoding);
+            return !only_first;
+        };
+        const Result<void> given = give_texts(description->data, sink);
+        // Version 2 has one language, but there are profiles with a second, localized description.
+        const auto localized = tags_.find(signature("dscm"));
+        if (localized && !(found && only_first))
+            (void)give_texts(localized->data, sink);
+        if (found)
+            return {}; // damage behind it takes nothing away
+        return given ? Failure{ErrorCode::NothingFound} : given;
+    }
+
+  private:
+    Result<void> give_texts(std::string_view data, const icc::TextSink& sink) {
+        return icc::give_texts(data, request_.source, allowance_, sink);
+    }
+
+    // Texts that are damaged end where the damage is.
+    void report_texts(std::string_view name, std::string_view data, Report& report) {
+        const bool only_first = request_.first_icc_language;
+        (void)give_texts(data, [&](icc::LocalizedText text) {
+            if (only_first)
+                text.language.clear();
+            report.field(name, text);
+            return !only_first;
+        });
+    }
+
+    void report_contents(std::string_view data, Report& report) {
+        if (allowance_.is_used_up())
+            return;
+        const std::uint32_t type = signature(data);
+        if (type == signature("text") || type == signature("desc") || type == signature("mluc")) {
+            report_texts("Text", data, report);
+        } else if (type == signature("XYZ ")) {
+            if (allowance_.take(data.size()))
+                report.field("XYZ", xyz_text(data));
+        } else if (type == signature("curv")) {
+            report.field("Curve", curve_text(data));
+        } else if (type == signature("sig ") && data.size() >= 12) {
+            report.field("Signature", icc::signature_text(signature(data.substr(8))));
+        } else if (type == signature("dtim")) {
+            const std::string_view value = data.substr(std::min<std::size_t>(8, data.size()));
+            if (const auto date = formats::read_record<icc::DateTime>(value))
+                report.field("Date", icc::date_text(*date));
+        }
+    }
+
+    const MetadataRequest& request_;
+    icc::TagTable tags_;
+    icc::Allowance allowance_;
+};
+
+} // namespace
+
+Result<void> describe_icc_profile(std::string_view profile, const MetadataRequest& request,
+                                  MetadataText& text) {
+    const icc::Header header = VELL_TRY(coded(icc::Header::read(profile), ErrorCode::ShortRead));
+    Describer describer(profile, request);
+    switch (request.icc) {
+    case IccSelector::Description:
+        describer.describe(header, text);
+        return {};
+    case IccSelector::Name:
+        return describer.give_names(true, text);
+    case IccSelector::LocalizedName:
+        return describer.give_names(request.first_icc_language, text);
+    case IccSelector::None:
+        break;
+    }
+    return {};
+}
+
+} // namespace vell::metadata

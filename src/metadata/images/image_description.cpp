@@ -1,0 +1,54 @@
+#include "src/metadata/images/image_description.h"
+
+#include "src/base/number_text.h"
+#include "src/formats/recognition.h"
+#include "src/metadata/images/image_headers.h"
+#include "src/metadata/images/tiff_image.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace vell::metadata {
+namespace {
+
+struct ImageFormat {
+    formats::Format format;
+    Result<ImageHeader> (*read_header)(formats::Window);
+    std::string_view codec_name;
+    std::string_view codec_type;
+};
+
+constexpr std::array image_formats{
+    ImageFormat{formats::Format::Jpeg, read_jpeg_header, "Photo - JPEG", "jpeg"},
+    ImageFormat{formats::Format::Png, read_png_header, "PNG", "png "},
+    ImageFormat{formats::Format::Gif, read_gif_header, "GIF", "gif "},
+    ImageFormat{formats::Format::Bmp, read_bmp_header, "BMP", "WRLE"},
+    ImageFormat{formats::Format::Tiff, read_tiff_header, "TIFF", "tiff"},
+};
+
+} // namespace
+
+Result<void> describe_image(files::BufferedReader& file, MetadataText& text) {
+    file.seek(0);
+    const std::string first_bytes = VELL_TRY(file.read_bytes(formats::recognizable_size));
+    const auto* const format =
+        std::ranges::find(image_formats, formats::format_of(first_bytes), &ImageFormat::format);
+    if (format == image_formats.end())
+        return Failure{ErrorCode::NotSupported};
+    const Result<ImageHeader> read = format->read_header(formats::Window(file));
+    if (!read)
+        return Failure{read.error() == ErrorCode::EndOfFile ? ErrorCode::ShortRead : read.error()};
+    const ImageHeader& header = read.value();
+    text.append("Height: " + to_text(header.height) + "\rWidth: " + to_text(header.width) +
+                "\rDepth: " + to_text(header.depth) +
+                "\rHorizontal Res: " + to_text(header.horizontal_resolution, 6) +
+                "\rVertical Res: " + to_text(header.vertical_resolution, 6) +
+                "\rCodec name: " + std::string(format->codec_name) + "\rCodec type: " +
+                std::string(format->codec_type) + "\rImage count: " + to_text(header.image_count) +
+                "\rData size: " + to_text(file.size()));
+    return {};
+}
+
+} // namespace vell::metadata

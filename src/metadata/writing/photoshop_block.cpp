@@ -1,0 +1,44 @@
+#include "src/metadata/writing/photoshop_block.h"
+
+namespace vell::metadata {
+namespace {
+
+using photoshop::ImageResource;
+
+} // namespace
+
+std::string_view find_resource(std::string_view block, photoshop::ResourceId id) {
+    while (const auto resource = ImageResource::read(block)) {
+        if (resource->is(id))
+            return resource->data;
+        block.remove_prefix(resource->bytes.size());
+    }
+    return {};
+}
+
+Result<std::string> with_resource(std::string_view block, photoshop::ResourceId id,
+                                  std::string_view data) {
+    const auto append_new = [&](std::string& bytes) {
+        if (!data.empty())
+            append_resource(bytes, id, data);
+    };
+    if (data.size() > longest_readable_data)
+        return Failure{ErrorCode::ResourceTooLarge};
+    std::string bytes;
+    bool is_written = false;
+    while (const auto resource = ImageResource::read(block)) {
+        block.remove_prefix(resource->bytes.size());
+        if (!resource->is(id)) {
+            bytes += resource->bytes;
+            bytes.append(resource->bytes.size() % 2, '\0');
+        } else if (!is_written) {
+            append_new(bytes);
+            is_written = true;
+        }
+    }
+    if (!is_written)
+        append_new(bytes);
+    return bytes.append(block);
+}
+
+} // namespace vell::metadata
