@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -78,16 +79,17 @@ constexpr void load_field(std::string_view bytes, std::size_t offset, ByteOrder 
         field = *load<T>(bytes, offset, order);
 }
 
+// `bytes` has room for the field.
 template <typename T>
-void store_field(std::string& bytes, std::size_t offset, ByteOrder order, const T& field);
+void store_field(std::span<char> bytes, std::size_t offset, ByteOrder order, const T& field);
 template <typename T, std::size_t count>
-void store_field(std::string& bytes, std::size_t offset, ByteOrder order,
+void store_field(std::span<char> bytes, std::size_t offset, ByteOrder order,
                  const std::array<T, count>& field) {
     for (std::size_t i = 0; i < count; ++i)
         store_field(bytes, offset + i * field_size<T>, order, field[i]);
 }
 template <typename T>
-void store_field(std::string& bytes, std::size_t offset, ByteOrder order, const T& field) {
+void store_field(std::span<char> bytes, std::size_t offset, ByteOrder order, const T& field) {
     if constexpr (IsRecord<T>) {
         std::apply(
             [&](const auto&... each) {
@@ -99,7 +101,7 @@ void store_field(std::string& bytes, std::size_t offset, ByteOrder order, const 
     } else {
         std::string integer;
         append_integer<T>(integer, field, order);
-        bytes.replace(offset, integer.size(), integer);
+        integer.copy(bytes.data() + offset, integer.size());
     }
 }
 
@@ -122,11 +124,11 @@ constexpr std::optional<Record> read_record(std::string_view bytes,
 
 template <IsRecord Record>
 void append_record(std::string& bytes, const Record& record, ByteOrder order = Record::order) {
-    const std::size_t start = bytes.size();
-    bytes.append(Record::size, '\0');
+    std::array<char, Record::size> stored{};
     if constexpr (HasSignature<Record>)
-        detail::store_field(bytes, start, order, Record::signature);
-    detail::store_field(bytes, start, order, record);
+        detail::store_field(std::span<char>(stored), 0, order, Record::signature);
+    detail::store_field(std::span<char>(stored), 0, order, record);
+    bytes.append(stored.data(), stored.size());
 }
 
 } // namespace vell::formats

@@ -38,6 +38,13 @@ const tiff::Entry* find_entry(const std::vector<tiff::Entry>& entries, std::uint
     return found == entries.end() ? nullptr : &*found;
 }
 
+std::string header_bytes(ByteOrder order, std::size_t first_directory) {
+    std::string bytes;
+    tiff::Header{.order = order, .first_directory = static_cast<std::uint32_t>(first_directory)}
+        .write(bytes);
+    return bytes;
+}
+
 void put(std::string& bytes, std::size_t at, std::string_view part) {
     bytes.replace(at, part.size(), part);
 }
@@ -267,10 +274,8 @@ Result<std::string> ExifLayout::write() {
     for (const Part& part : parts_)
         if (part.table != nullptr)
             put(bytes, *part.place, table_bytes(*part.table));
-    std::string header;
-    const std::size_t main = *new_place(block_.directory(DirectoryKind::Main));
-    tiff::Header{.order = block_.order_, .first_directory = static_cast<std::uint32_t>(main)}.write(
-        header);
+    const std::string header =
+        header_bytes(block_.order_, *new_place(block_.directory(DirectoryKind::Main)));
     // A header may say something else than 42; what was read stays.
     put(bytes, 0, block_.is_new() ? std::string_view(header) : old_.substr(0, 4));
     put(bytes, 4, std::string_view(header).substr(4));

@@ -5,6 +5,11 @@ namespace {
 
 using photoshop::ImageResource;
 
+void append_new(std::string& bytes, photoshop::ResourceId id, std::string_view data) {
+    if (!data.empty())
+        append_resource(bytes, id, data);
+}
+
 } // namespace
 
 std::string_view find_resource(std::string_view block, photoshop::ResourceId id) {
@@ -18,10 +23,6 @@ std::string_view find_resource(std::string_view block, photoshop::ResourceId id)
 
 Result<std::string> with_resource(std::string_view block, photoshop::ResourceId id,
                                   std::string_view data) {
-    const auto append_new = [&](std::string& bytes) {
-        if (!data.empty())
-            append_resource(bytes, id, data);
-    };
     if (data.size() > longest_readable_data)
         return Failure{ErrorCode::ResourceTooLarge};
     std::string bytes;
@@ -32,12 +33,12 @@ Result<std::string> with_resource(std::string_view block, photoshop::ResourceId 
             bytes += resource->bytes;
             bytes.append(resource->bytes.size() % 2, '\0');
         } else if (!is_written) {
-            append_new(bytes);
+            append_new(bytes, id, data);
             is_written = true;
         }
     }
     if (!is_written)
-        append_new(bytes);
+        append_new(bytes, id, data);
     return bytes.append(block);
 }
 
