@@ -1,8 +1,8 @@
 // VlFile_GetContents against one read and one host conversion of the same bytes.
 #include "bench/function_call.h"
 #include "bench/harness.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -3,9 +3,9 @@
 #include "bench/function_call.h"
 #include "bench/harness.h"
 #include "bench/peers.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/information/digest.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <cstdio>
 #include <functional>

@@ -2,8 +2,8 @@
 #include "bench/function_call.h"
 #include "bench/harness.h"
 #include "bench/peers.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <cstdio>
 #include <memory>

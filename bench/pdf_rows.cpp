@@ -3,7 +3,7 @@
 #include "bench/function_call.h"
 #include "bench/harness.h"
 #include "bench/peers.h"
-#include "src/base/win32_text.h"
+#include "src/windows/text.h"
 
 #include <cstdio>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "bench/peers.h"
 
-#include "src/base/win32_handle.h"
+#include "src/windows/handle.h"
 
 #include <algorithm>
 #include <chrono>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/base/utf8.h"
-#include "src/base/win32_text.h"
+#include "src/windows/text.h"
 
 #include <string>
 #include <string_view>

@@ -2,8 +2,8 @@
 #include "src/archive/archive_system.h"
 #include "src/files/information/file_times.h"
 #include "src/system/tree_system.h"
-#include "src/windows/win32_file.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/file.h"
+#include "src/windows/path.h"
 
 namespace vell::archive {
 namespace {

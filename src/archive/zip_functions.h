@@ -34,7 +34,4 @@ Result<void> unzip(params::Call& call, ArchiveSystem& system, NameDecoder decode
 // "-SkipHiddenMacOSXItems" and "-SkipDS_Store" leave out what macOS adds.
 Result<void> get_zip_info(params::Call& call, ArchiveSystem& system, NameDecoder decode);
 
-// An archive for reading. CannotOpen, SizeUnknown, CorruptStructure.
-Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path);
-
 } // namespace vell::archive

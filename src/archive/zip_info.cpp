@@ -30,13 +30,6 @@ std::u16string kept_lines(std::u16string_view text, bool skip_mac_items, bool sk
 
 } // namespace
 
-Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path) {
-    auto file = system.open_shared(path);
-    if (!file)
-        return Failure{ErrorCode::CannotOpen};
-    return ZipReader::open(*std::move(file));
-}
-
 Result<void> get_zip_info(Call& call, ArchiveSystem& system, NameDecoder decode) {
     const SwitchSet switches = call.switches();
     const NativePath path = VELL_TRY(call.path(1));

@@ -205,4 +205,11 @@ std::optional<EntryInfo> ZipReader::entry(std::uint32_t index) const {
     return info;
 }
 
+Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path) {
+    auto file = system.open_shared(path);
+    if (!file)
+        return Failure{ErrorCode::CannotOpen};
+    return ZipReader::open(*std::move(file));
+}
+
 } // namespace vell::archive

@@ -89,6 +89,9 @@ class ZipReader {
     std::unique_ptr<Decoder> stored_, deflated_, deflate64_; // made when first needed
 };
 
+// An archive for reading. CannotOpen, SizeUnknown, CorruptStructure.
+Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path);
+
 // The code of an archive's or entry's target file that cannot be opened.
 ErrorCode target_error(ErrorCode opening);
 

@@ -1,7 +1,7 @@
 #include "src/documents/plain_text.h"
 
-#include "src/files/commands/command_output.h"
-#include "src/files/information/information.h"
+#include "src/base/utf8_stream.h"
+#include "src/files/paths/path_parts.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -19,7 +19,7 @@ Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
         call.set_text(u"");
         return {};
     }
-    files::Utf8Stream text;
+    Utf8Stream text;
     std::uint64_t bytes_so_far = 0;
     const params::ByteSink sink = [&](std::string_view bytes) -> Result<void> {
         // A character of UTF-16 comes from three bytes at most.

@@ -1,10 +1,10 @@
 // Where the encoding data lies on the user's disk.
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
 #include "src/documents/encoding_data.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/com.h"
+#include "src/windows/path.h"
+#include "src/windows/text.h"
 
 #include <shlobj.h>
 

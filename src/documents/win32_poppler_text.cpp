@@ -1,8 +1,8 @@
 #include "src/documents/win32_poppler_text.h"
 
-#include "src/base/win32_handle.h"
 #include "src/documents/encoding_data.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
 
 #include <Error.h>
 #include <ErrorCodes.h>

@@ -51,7 +51,6 @@ enum class TextEncoding : std::int32_t {
 };
 
 // What a function says in its result before text that turned out not to be UTF-8.
-inline constexpr std::string_view invalid_utf8 = "<INVALID UTF8>";
 inline constexpr std::string_view invalid_utf8_trying_native =
     "<INVALID UTF8; trying native encoding>";
 

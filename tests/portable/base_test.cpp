@@ -1,7 +1,7 @@
 // Numbers as text, Windows errors as codes, and days as numbers.
 #include "src/base/number_text.h"
-#include "src/base/win32_error.h"
 #include "src/params/calendar_time.h"
+#include "src/windows/error.h"
 
 #include <gtest/gtest.h>
 

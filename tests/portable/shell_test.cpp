@@ -9,36 +9,6 @@
 namespace vell::files {
 namespace {
 
-std::u16string decoded_in_pieces(std::string_view bytes, std::size_t first, std::size_t second) {
-    Utf8Stream stream;
-    stream.append(bytes.substr(0, first));
-    stream.append(bytes.substr(first, second - first));
-    stream.append(bytes.substr(second));
-    return stream.finish();
-}
-
-TEST(Utf8Stream, DecodesTheSameHoweverItIsCut) {
-    const struct {
-        std::string bytes;
-        std::u16string text;
-    } cases[] = {
-        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF.",
-         u"a\u00E9\u20AC\U0001F600\U0010FFFF."},
-        {"\xFF", u"<INVALID UTF8>"},
-        {"a\xFF\xFE\xC3(\x80z", u"a<INVALID UTF8>(<INVALID UTF8>z"},
-        {"\xE2\x82\xC3\xA9", u"<INVALID UTF8>\u00E9"},
-        {"\xED\xA0\x80|\xC0\x80|\xF4\x90\x80\x80|", u"<INVALID UTF8>|<INVALID UTF8>|<INVALID "
-                                                    u"UTF8>|"},
-        {"cut \xF0\x9F\x98", u"cut <INVALID UTF8>"},
-        {"\xF0\x9F\x98\xF0\x9F", u"<INVALID UTF8>"},
-    };
-    for (const auto& [bytes, text] : cases)
-        for (std::size_t first = 0; first <= bytes.size(); ++first)
-            for (std::size_t second = first; second <= bytes.size(); ++second)
-                EXPECT_EQ(decoded_in_pieces(bytes, first, second), text)
-                    << bytes << ' ' << first << ' ' << second;
-}
-
 // Writes and ends at given times; the clock goes on only while somebody waits.
 class FakeCommand : public RunningCommand {
   public:

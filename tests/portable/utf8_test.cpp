@@ -1,5 +1,6 @@
 // UTF-8 against a decoder that works by value.
 #include "src/base/utf8.h"
+#include "src/base/utf8_stream.h"
 #include "tests/portable/references.h"
 
 #include <gtest/gtest.h>
@@ -128,6 +129,36 @@ TEST(PluginUtf8, StopsAtTheLastWholeCharacter) {
         EXPECT_EQ(bytes.substr(0, expected), whole.substr(0, expected));
         EXPECT_EQ(bytes.back(), '#');
     }
+}
+
+std::u16string decoded_in_pieces(std::string_view bytes, std::size_t first, std::size_t second) {
+    Utf8Stream stream;
+    stream.append(bytes.substr(0, first));
+    stream.append(bytes.substr(first, second - first));
+    stream.append(bytes.substr(second));
+    return stream.finish();
+}
+
+TEST(Utf8Stream, DecodesTheSameHoweverItIsCut) {
+    const struct {
+        std::string bytes;
+        std::u16string text;
+    } cases[] = {
+        {"a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF.",
+         u"a\u00E9\u20AC\U0001F600\U0010FFFF."},
+        {"\xFF", u"<INVALID UTF8>"},
+        {"a\xFF\xFE\xC3(\x80z", u"a<INVALID UTF8>(<INVALID UTF8>z"},
+        {"\xE2\x82\xC3\xA9", u"<INVALID UTF8>\u00E9"},
+        {"\xED\xA0\x80|\xC0\x80|\xF4\x90\x80\x80|", u"<INVALID UTF8>|<INVALID UTF8>|<INVALID "
+                                                    u"UTF8>|"},
+        {"cut \xF0\x9F\x98", u"cut <INVALID UTF8>"},
+        {"\xF0\x9F\x98\xF0\x9F", u"<INVALID UTF8>"},
+    };
+    for (const auto& [bytes, text] : cases)
+        for (std::size_t first = 0; first <= bytes.size(); ++first)
+            for (std::size_t second = first; second <= bytes.size(); ++second)
+                EXPECT_EQ(decoded_in_pieces(bytes, first, second), text)
+                    << bytes << ' ' << first << ' ' << second;
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 // What stands between the host's call and a function's body, and what happens when the host fails.
-#include "src/base/win32_error.h"
 #include "src/host/bridge/host_call_object.h"
 #include "src/host/diagnostics/debug_log.h"
 #include "src/host/lifecycle/dispatcher.h"
 #include "src/host/vocabulary/registry.h"
 #include "src/params/call.h"
+#include "src/windows/error.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "console/host/host_window.h"
 #include "console/host/session.h"
 #include "src/base/bytes.h"
-#include "src/dragdrop/win32_drop_data.h"
+#include "src/windows/dragdrop/drop_data.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <ole2.h>

@@ -1,5 +1,5 @@
 // The finished plug-in file, as Windows and the host read it.
-#include "src/base/win32_handle.h"
+#include "src/windows/handle.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>

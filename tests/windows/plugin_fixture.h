@@ -2,10 +2,10 @@
 #pragma once
 
 #include "console/host/plugin_host.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/host/lifecycle/licence.h"
 #include "src/host/lifecycle/plugin_state.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -1,6 +1,7 @@
 #include "src/files/contents/contents.h"
 
 #include "src/base/utf8.h"
+#include "src/base/utf8_stream.h"
 
 #include <algorithm>
 #include <array>
@@ -90,7 +91,7 @@ void set_utf8_text(Call& call, const RangeBytes& range, LineEndings line_endings
     const std::size_t cut_after =
         range.more_after ? cut_sequence_at_end(bytes.substr(cut_before)) : 0;
     const std::string_view whole = bytes.substr(cut_before, bytes.size() - cut_before - cut_after);
-    constexpr EncodedText cut_note{params::invalid_utf8, TextEncoding::AsciiMac};
+    constexpr EncodedText cut_note{invalid_utf8, TextEncoding::AsciiMac};
     if (!is_valid_utf8(whole)) {
         const std::array pieces{
             EncodedText{params::invalid_utf8_trying_native, TextEncoding::AsciiMac},

@@ -2,7 +2,6 @@
 
 #include "src/base/ascii.h"
 #include "src/files/contents/temporary_copy.h"
-#include "src/files/information/information.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/paths/relative_path.h"
 #include "src/files/tree/item_names.h"

@@ -1,10 +1,10 @@
 #include "src/files/disks/disk_names.h"
 
 #include "src/base/ascii.h"
-#include "src/base/win32_error.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
 #include "src/params/paths.h"
+#include "src/windows/error.h"
 
 #include <algorithm>
 #include <iterator>

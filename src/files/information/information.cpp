@@ -1,6 +1,5 @@
 #include "src/files/information/information.h"
 
-#include "src/base/ascii.h"
 #include "src/files/paths/path_parts.h"
 
 namespace vell::files {
@@ -8,8 +7,6 @@ namespace {
 
 using params::Call;
 using params::SwitchSet;
-
-constexpr std::u16string_view separators = u"\\/";
 
 } // namespace
 
@@ -48,22 +45,6 @@ Result<void> get_resource_fork_size(Call& call) {
     VELL_TRY(call.path(1));
     call.set_number(0);
     return {};
-}
-
-std::u16string_view extension_of(std::u16string_view path) {
-    if (path.empty() || separators.find(path.back()) != std::u16string_view::npos)
-        return {};
-    const std::u16string_view name = last_name(path);
-    const std::size_t dot = name.rfind(u'.');
-    return dot == std::u16string_view::npos ? std::u16string_view() : name.substr(dot + 1);
-}
-
-bool has_extension(std::u16string_view path, std::u16string_view extension) {
-    return equal_ignoring_case(extension_of(path), extension);
-}
-
-bool is_shell_link(std::u16string_view path) {
-    return has_extension(path, u"lnk");
 }
 
 Result<void> get_file_name(Call& call) {

@@ -31,16 +31,6 @@ inline Result<void> get_file_size(params::Call& call) {
 // VlFile_GetResForkSize( switches ; filePath ): 0 for every path.
 Result<void> get_resource_fork_size(params::Call& call);
 
-// What follows the last dot of a path's last name. Empty without one, and for a path that ends with
-// a separator.
-std::u16string_view extension_of(std::u16string_view path);
-
-// Whether that is `extension`, which is given in small letters; A to Z compared without case.
-bool has_extension(std::u16string_view path, std::u16string_view extension);
-
-// Whether a file of this path is a shell link (an alias): its name ends with ".lnk".
-bool is_shell_link(std::u16string_view path);
-
 // VlFile_GetFileName( switches ; filePath ), VlFile_GetExtension( switches ; filePath ): of the
 // path as it is written; nothing has to exist there.
 Result<void> get_file_name(params::Call& call);

@@ -1,7 +1,7 @@
 #include "src/files/information/mac_properties.h"
 
 #include "src/base/ascii.h"
-#include "src/files/information/information.h"
+#include "src/files/paths/path_parts.h"
 
 #include <algorithm>
 

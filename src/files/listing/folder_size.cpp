@@ -1,6 +1,6 @@
 #include "src/files/listing/folder_size.h"
 
-#include "src/base/win32_error.h"
+#include "src/windows/error.h"
 
 #include <utility>
 #include <vector>

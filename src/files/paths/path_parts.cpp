@@ -101,6 +101,22 @@ std::u16string_view folder_part(std::u16string_view path) {
     return path;
 }
 
+std::u16string_view extension_of(std::u16string_view path) {
+    if (path.empty() || is_separator(path.back()))
+        return {};
+    const std::u16string_view name = last_name(path);
+    const std::size_t dot = name.rfind(u'.');
+    return dot == std::u16string_view::npos ? std::u16string_view() : name.substr(dot + 1);
+}
+
+bool has_extension(std::u16string_view path, std::u16string_view extension) {
+    return equal_ignoring_case(extension_of(path), extension);
+}
+
+bool is_shell_link(std::u16string_view path) {
+    return has_extension(path, u"lnk");
+}
+
 bool is_verbatim(std::u16string_view path) {
     return path.starts_with(u"\\\\?\\");
 }

@@ -27,6 +27,16 @@ std::vector<std::u16string_view> folders_above(std::u16string_view path);
 // item. Empty where the path does not name it.
 std::u16string_view folder_part(std::u16string_view path);
 
+// What follows the last dot of a path's last name. Empty without one, and for a path that ends with
+// a separator.
+std::u16string_view extension_of(std::u16string_view path);
+
+// Whether that is `extension`, which is given in small letters; A to Z compared without case.
+bool has_extension(std::u16string_view path, std::u16string_view extension);
+
+// Whether a file of this path is a shell link (an alias): its name ends with ".lnk".
+bool is_shell_link(std::u16string_view path);
+
 // Whether Windows takes the path as it stands: one that begins with "\\?\".
 bool is_verbatim(std::u16string_view path);
 

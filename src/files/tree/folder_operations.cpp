@@ -1,10 +1,10 @@
 #include "src/files/tree/folder_operations.h"
 
 #include "src/base/utf16.h"
-#include "src/base/win32_error.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
 #include "src/system/found_item.h"
+#include "src/windows/error.h"
 
 #include <algorithm>
 #include <string>

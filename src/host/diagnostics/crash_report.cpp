@@ -2,10 +2,10 @@
 
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/host/diagnostics/log_file.h"
 #include "src/host/lifecycle/plugin_state.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <dbghelp.h>
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "src/base/win32_handle.h"
+#include "src/windows/handle.h"
 
 namespace vell::host {
 

@@ -1,8 +1,8 @@
 #include "src/host/diagnostics/log_file.h"
 
-#include "src/base/win32_handle.h"
 #include "src/host/lifecycle/plugin_state.h"
 #include "src/params/line_endings.h"
+#include "src/windows/handle.h"
 
 #include <array>
 #include <cstdio>

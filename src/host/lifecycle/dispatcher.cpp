@@ -1,13 +1,13 @@
 #include "src/host/lifecycle/dispatcher.h"
 
 #include "src/base/number_text.h"
-#include "src/base/win32_error_windows.h"
 #include "src/host/bridge/host_call_object.h"
 #include "src/host/diagnostics/log_file.h"
 #include "src/host/lifecycle/guarded_call.h"
 #include "src/host/lifecycle/licence.h"
 #include "src/host/lifecycle/plugin_state.h"
 #include "src/host/vocabulary/registry.h"
+#include "src/windows/error_windows.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 #include "src/host/lifecycle/large_stack.h"
 
-#include "src/base/win32_handle.h"
 #include "src/host/lifecycle/guarded_call.h"
+#include "src/windows/handle.h"
 
 #include <exception>
 #include <new>

@@ -2,7 +2,6 @@
 
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
-#include "src/base/win32_text.h"
 #include "src/files/paths/defaults.h"
 #include "src/host/bridge/late_entry_points.h"
 #include "src/host/diagnostics/debug_log.h"
@@ -12,6 +11,7 @@
 #include "src/host/lifecycle/plugin_state.h"
 #include "src/host/vocabulary/drop_functions.h"
 #include "src/host/vocabulary/registration.h"
+#include "src/windows/text.h"
 
 #include <windows.h>
 

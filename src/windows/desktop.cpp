@@ -1,8 +1,8 @@
 // The desktop over Windows' shell and its windows.
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
 #include "src/system/desktop.h"
-#include "src/windows/win32_item_list.h"
+#include "src/windows/com.h"
+#include "src/windows/item_list.h"
+#include "src/windows/text.h"
 
 #include <shellapi.h>
 

@@ -1,7 +1,7 @@
 // Owners of Windows resources. Windows only.
 #pragma once
 
-#include "src/base/win32_error.h"
+#include "src/windows/error.h"
 
 #include <windows.h>
 
@@ -39,6 +39,8 @@ class UniqueResource {
         if (*this)
             Kind::close(release());
     }
+    // Releases it now, and tells what the system says of that.
+    auto close() { return Kind::close(release()); }
 
   private:
     T value_ = Kind::empty();
@@ -47,7 +49,7 @@ class UniqueResource {
 struct FileKind {
     using Type = HANDLE;
     static HANDLE empty() { return INVALID_HANDLE_VALUE; }
-    static void close(HANDLE handle) { CloseHandle(handle); }
+    static bool close(HANDLE handle) { return CloseHandle(handle) != FALSE; }
 };
 struct HandleKind {
     using Type = HANDLE;

@@ -1,8 +1,8 @@
 // Files over handles that were opened elsewhere. Windows only.
 #pragma once
 
-#include "src/base/win32_handle.h"
 #include "src/system/file_access.h"
+#include "src/windows/handle.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
-#include "src/base/win32_handle.h"
 #include "src/system/item_properties.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
 
 namespace vell::files {
 namespace {

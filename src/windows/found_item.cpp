@@ -1,7 +1,7 @@
-#include "src/base/win32_handle.h"
 #include "src/system/found_item.h"
 #include "src/system/tree_system.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
 
 namespace vell::files {
 

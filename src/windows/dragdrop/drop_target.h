@@ -1,9 +1,9 @@
 // The OLE drop target of one window of the host. Windows only.
 #pragma once
 
-#include "src/base/win32_com.h"
 #include "src/dragdrop/drop_windows.h"
-#include "src/dragdrop/win32_drop_data.h"
+#include "src/windows/com.h"
+#include "src/windows/dragdrop/drop_data.h"
 
 #include <oleidl.h>
 
@@ -25,8 +25,8 @@ class CDropTarget final : public IDropTarget {
     // Not every owner counts references: some destroy their target with its window, or after having
     // taken it from the window. So it is called only while the window has a target, and released
     // only where it is that of the window again; otherwise its reference is left to it.
-    void set_earlier(ComPointer<IDropTarget> earlier) { earlier_ = std::move(earlier); }
-    IDropTarget* earlier() const { return earlier_.get(); }
+    void set_earlier(ComPtr<IDropTarget> earlier) { earlier_ = std::move(earlier); }
+    IDropTarget* earlier() const { return earlier_.Get(); }
     // Serves no handler from now on. Everything goes to the earlier target, for as long as somebody
     // holds a reference.
     void disconnect();
@@ -45,7 +45,7 @@ class CDropTarget final : public IDropTarget {
     // A drag over the window. Every call to a source, another target or a window may let messages
     // through that end it, or begin another one: who works for a drag keeps it.
     struct Drag {
-        ComPointer<IDataObject> data;
+        ComPtr<IDataObject> data;
         Offer offer;
         bool in_earlier = false; // the earlier target was told that the drag has entered
     };
@@ -58,7 +58,7 @@ class CDropTarget final : public IDropTarget {
     void move(Drag& drag, DWORD keys, POINTL point, DWORD& effect);
     void drop(Drag& drag, DWORD keys, POINTL point, DWORD& effect);
     std::vector<std::u16string> dropped_things(const Drag& drag);
-    ComPointer<IDropTarget> callable_earlier() const; // null where there is none to be called
+    ComPtr<IDropTarget> callable_earlier() const; // null where there is none to be called
     void move_in_earlier(Drag& drag, DWORD keys, POINTL point, DWORD& effect);
     void leave_earlier(Drag& drag);
     void show_outline(const std::optional<Rectangle>& outline);
@@ -67,7 +67,7 @@ class CDropTarget final : public IDropTarget {
     HWND window_;
     DropReceiver* receiver_; // null once disconnected
     WrittenFiles& written_;
-    ComPointer<IDropTarget> earlier_;
+    ComPtr<IDropTarget> earlier_;
     std::shared_ptr<Drag> drag_;       // the one that is under way; null when there is none
     std::optional<Rectangle> outline_; // as it is drawn
 };

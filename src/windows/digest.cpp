@@ -1,6 +1,6 @@
 // Checksums by the cryptography of Windows.
-#include "src/base/win32_handle.h"
 #include "src/files/information/digest.h"
+#include "src/windows/handle.h"
 
 #include <bcrypt.h>
 

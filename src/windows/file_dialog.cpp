@@ -1,8 +1,8 @@
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
-#include "src/files/information/information.h"
 #include "src/system/file_dialog.h"
+#include "src/files/paths/path_parts.h"
 #include "src/system/tree_system.h"
+#include "src/windows/com.h"
+#include "src/windows/text.h"
 
 #include <shobjidl.h>
 
@@ -45,10 +45,10 @@ void set_initial_folder(IFileDialog& dialog, const std::u16string& folder) {
         return;
     // The shell's names are full paths without "/".
     const Result<NativePath> path = system_tree().full_path({folder, std::nullopt});
-    ComPointer<IShellItem> item;
-    if (path && SUCCEEDED(SHCreateItemFromParsingName(as_wide(path->wide), nullptr, IID_IShellItem,
-                                                      item.out())))
-        dialog.SetFolder(item.get());
+    ComPtr<IShellItem> item;
+    if (path &&
+        SUCCEEDED(SHCreateItemFromParsingName(as_wide(path->wide), nullptr, IID_PPV_ARGS(&item))))
+        dialog.SetFolder(item.Get());
 }
 
 // A name that the user types without an extension gets that of the proposed one, or the first of
@@ -74,15 +74,15 @@ Result<std::u16string> path_of(IShellItem& item) {
 }
 
 Result<std::vector<std::u16string>> selected_paths(IFileOpenDialog& dialog) {
-    ComPointer<IShellItemArray> items;
-    VELL_TRY(check_hresult(dialog.GetResults(items.typed_out())));
+    ComPtr<IShellItemArray> items;
+    VELL_TRY(check_hresult(dialog.GetResults(items.GetAddressOf())));
     DWORD count = 0;
     VELL_TRY(check_hresult(items->GetCount(&count)));
     std::vector<std::u16string> paths;
     for (DWORD i = 0; i < count; ++i) {
-        ComPointer<IShellItem> item;
-        VELL_TRY(check_hresult(items->GetItemAt(i, item.typed_out())));
-        paths.push_back(VELL_TRY(path_of(*item.get())));
+        ComPtr<IShellItem> item;
+        VELL_TRY(check_hresult(items->GetItemAt(i, item.GetAddressOf())));
+        paths.push_back(VELL_TRY(path_of(*item.Get())));
     }
     if (paths.empty())
         return Failure{ErrorCode::Cancelled};
@@ -94,27 +94,26 @@ Result<std::vector<std::u16string>> selected_paths(IFileOpenDialog& dialog) {
 Result<std::vector<std::u16string>> show_dialog(const FileDialog& wanted) {
     const ComApartment apartment;
     const bool saves = wanted.kind == DialogKind::SaveFile;
-    ComPointer<IFileDialog> dialog;
-    VELL_TRY(
-        check_hresult(CoCreateInstance(saves ? CLSID_FileSaveDialog : CLSID_FileOpenDialog, nullptr,
-                                       CLSCTX_INPROC_SERVER, IID_IFileDialog, dialog.out())));
+    ComPtr<IFileDialog> dialog;
+    VELL_TRY(check_hresult(CoCreateInstance(saves ? CLSID_FileSaveDialog : CLSID_FileOpenDialog,
+                                            nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&dialog))));
     VELL_TRY(check_hresult(dialog->SetTitle(as_wide(wanted.title))));
     VELL_TRY(check_hresult(dialog->SetOptions(options_of(wanted))));
-    VELL_TRY(set_types(*dialog.get(), wanted.types));
+    VELL_TRY(set_types(*dialog.Get(), wanted.types));
     if (saves)
-        VELL_TRY(set_name(*dialog.get(), wanted));
-    set_initial_folder(*dialog.get(), wanted.initial_folder);
+        VELL_TRY(set_name(*dialog.Get(), wanted));
+    set_initial_folder(*dialog.Get(), wanted.initial_folder);
     VELL_TRY(check_hresult(dialog->Show(static_cast<HWND>(wanted.owner))));
 
     if (!saves) {
-        ComPointer<IFileOpenDialog> selection;
-        VELL_TRY(check_hresult(dialog->QueryInterface(IID_IFileOpenDialog, selection.out())));
-        return selected_paths(*selection.get());
+        ComPtr<IFileOpenDialog> selection;
+        VELL_TRY(check_hresult(dialog->QueryInterface(IID_PPV_ARGS(&selection))));
+        return selected_paths(*selection.Get());
     }
-    ComPointer<IShellItem> item;
-    VELL_TRY(check_hresult(dialog->GetResult(item.typed_out())));
+    ComPtr<IShellItem> item;
+    VELL_TRY(check_hresult(dialog->GetResult(item.GetAddressOf())));
     std::vector<std::u16string> paths;
-    paths.push_back(VELL_TRY(path_of(*item.get())));
+    paths.push_back(VELL_TRY(path_of(*item.Get())));
     return paths;
 }
 

@@ -1,9 +1,9 @@
 // The file access layer over native handles.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/system/file_access.h"
-#include "src/windows/win32_file.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/file.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
+#include "src/windows/text.h"
 
 #include <rpc.h>
 
@@ -75,7 +75,7 @@ class Win32File : public File {
     }
 
     Result<void> close() override {
-        if (!CloseHandle(handle_.release()))
+        if (!handle_.close())
             return Failure{last_error()};
         return {};
     }
@@ -85,6 +85,13 @@ class Win32File : public File {
     UniqueFile handle_;
 };
 
+struct RpcTextKind {
+    using Type = RPC_WSTR;
+    static Type empty() { return nullptr; }
+    static void close(Type text) { RpcStringFreeW(&text); }
+};
+using UniqueRpcText = UniqueResource<RpcTextKind>;
+
 // Empty when the system makes none.
 std::wstring new_uuid() {
     UUID uuid;
@@ -93,9 +100,8 @@ std::wstring new_uuid() {
     if ((status != RPC_S_OK && status != RPC_S_UUID_LOCAL_ONLY) ||
         UuidToStringW(&uuid, &text) != RPC_S_OK)
         return {};
-    std::wstring result(reinterpret_cast<const wchar_t*>(text));
-    RpcStringFreeW(&text);
-    return result;
+    const UniqueRpcText owner(text);
+    return reinterpret_cast<const wchar_t*>(text);
 }
 
 // Where a file really is, with what the system tells of it.

@@ -1,8 +1,8 @@
 // Folders by the system's find-first and find-next.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/system/folder_reader.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
+#include "src/windows/text.h"
 
 #include <cwchar>
 #include <optional>

@@ -1,8 +1,8 @@
-#include "src/dragdrop/win32_drop_data.h"
+#include "src/windows/dragdrop/drop_data.h"
 
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
 #include "src/dragdrop/dropped_data.h"
+#include "src/windows/com.h"
+#include "src/windows/text.h"
 
 #include <ole2.h>
 #include <shlobj.h>
@@ -126,13 +126,13 @@ Result<void> copy_stream(IStream& stream, std::optional<std::uint64_t> size, fil
 
 // A message of a mail program: the storage becomes a compound file.
 Result<void> write_storage(IStorage& storage, const NativePath& path, Room& room) {
-    ComPointer<IStorage> copy;
+    ComPtr<IStorage> copy;
     VELL_TRY(check_hresult(StgCreateDocfile(as_wide(path.wide),
                                             STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0,
-                                            copy.typed_out())));
-    VELL_TRY(check_hresult(storage.CopyTo(0, nullptr, nullptr, copy.get())));
+                                            copy.GetAddressOf())));
+    VELL_TRY(check_hresult(storage.CopyTo(0, nullptr, nullptr, copy.Get())));
     VELL_TRY(check_hresult(copy->Commit(STGC_DEFAULT)));
-    copy.reset();
+    copy.Reset();
     const auto file = VELL_TRY(files::system_files().open(path, Permission::Read));
     return room.take(VELL_TRY(file->size()));
 }

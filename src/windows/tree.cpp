@@ -1,9 +1,9 @@
 // The tree of files and folders over Windows' calls and its shell.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/paths/path_parts.h"
 #include "src/system/tree_system.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
+#include "src/windows/text.h"
 
 #include <shellapi.h>
 

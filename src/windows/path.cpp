@@ -1,8 +1,8 @@
-#include "src/windows/win32_path.h"
+#include "src/windows/path.h"
 
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/paths/path_references.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <windows.h>
 

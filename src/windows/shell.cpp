@@ -1,7 +1,7 @@
 // Commands as processes of the system.
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/commands/shell.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <array>
 #include <span>
@@ -45,6 +45,9 @@ Result<UniqueFile> inheritable_nul() {
 // processes at the same time, and a foreign handle to a pipe would keep its reader waiting.
 class InheritedHandles {
   public:
+    InheritedHandles() = default;
+    InheritedHandles(const InheritedHandles&) = delete;
+    InheritedHandles& operator=(const InheritedHandles&) = delete;
     ~InheritedHandles() {
         if (list_)
             DeleteProcThreadAttributeList(list_);
@@ -154,7 +157,7 @@ Result<UniqueHandle> create_process(const std::wstring& interpreter, std::wstrin
                         CREATE_NEW_CONSOLE | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
                         &info.StartupInfo, &process))
         return Failure{last_error()};
-    CloseHandle(process.hThread);
+    const UniqueHandle thread(process.hThread);
     return UniqueHandle(process.hProcess);
 }
 

@@ -1,7 +1,7 @@
 // Owners of the shell's names of items. Windows only.
 #pragma once
 
-#include "src/base/win32_handle.h"
+#include "src/windows/handle.h"
 
 #include <shlobj.h>
 

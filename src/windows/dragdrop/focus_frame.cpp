@@ -1,4 +1,4 @@
-#include "src/dragdrop/win32_focus_frame.h"
+#include "src/windows/dragdrop/focus_frame.h"
 
 namespace vell::dragdrop {
 namespace {

@@ -1,8 +1,8 @@
-#include "src/base/win32_error_windows.h"
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/disks/disk_names.h"
 #include "src/system/tree_system.h"
+#include "src/windows/error_windows.h"
+#include "src/windows/handle.h"
+#include "src/windows/text.h"
 
 #include <winioctl.h>
 #include <winnetwk.h>

@@ -1,7 +1,7 @@
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
-#include "src/files/paths/path_to.h"
 #include "src/files/paths/special_folders.h"
+#include "src/files/paths/path_to.h"
+#include "src/windows/com.h"
+#include "src/windows/text.h"
 
 #include <knownfolders.h>
 #include <shlobj.h>

@@ -2,13 +2,14 @@
 #pragma once
 
 #include "src/base/result.h"
-#include "src/base/win32_handle.h"
+#include "src/windows/handle.h"
 
 #include <objbase.h>
-
-#include <utility>
+#include <wrl/client.h>
 
 namespace vell {
+
+using Microsoft::WRL::ComPtr;
 
 // COM for the calling thread, in the apartment that dialogs and the shell need, unless the thread
 // has one already.
@@ -25,45 +26,6 @@ class ComApartment {
   private:
     HRESULT result_;
 };
-
-// Owns one reference to a COM object.
-template <typename T>
-class ComPointer {
-  public:
-    ComPointer() = default;
-    explicit ComPointer(T* object) : object_(object) {} // takes the reference over
-    ComPointer(ComPointer&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-    ComPointer& operator=(ComPointer&& other) noexcept {
-        if (this != &other) {
-            reset();
-            object_ = std::exchange(other.object_, nullptr);
-        }
-        return *this;
-    }
-    ~ComPointer() { reset(); }
-
-    explicit operator bool() const { return object_ != nullptr; }
-    T* operator->() const { return object_; }
-    T* get() const { return object_; }
-    void** out() { return reinterpret_cast<void**>(&object_); }
-    T** typed_out() { return &object_; }
-    T* release() { return std::exchange(object_, nullptr); } // the reference is the caller's
-    void reset() {
-        if (T* object = std::exchange(object_, nullptr))
-            object->Release();
-    }
-
-  private:
-    T* object_ = nullptr;
-};
-
-// One more reference to an object, which may be null.
-template <typename T>
-ComPointer<T> share(T* object) {
-    if (object)
-        object->AddRef();
-    return ComPointer<T>(object);
-}
 
 // Memory that COM calls hand over, such as the text of a path.
 template <typename Pointer>

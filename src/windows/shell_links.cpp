@@ -1,10 +1,10 @@
 // Shell links over the shell's COM objects, which read and write them in memory: so the paths of
 // the link files themselves may have any length.
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
 #include "src/system/shell_links.h"
 #include "src/system/tree_system.h"
-#include "src/windows/win32_item_list.h"
+#include "src/windows/com.h"
+#include "src/windows/item_list.h"
+#include "src/windows/text.h"
 
 #include <shlobj.h>
 
@@ -14,16 +14,16 @@ namespace {
 // An alias's texts may have 65,535 characters, of which programs get at most as many as this.
 constexpr int text_capacity = 32'768;
 
-using LinkPointer = ComPointer<IShellLinkW>;
+using LinkPointer = ComPtr<IShellLinkW>;
 
 Result<void> create_link_object(LinkPointer& link) {
-    return check_hresult(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
-                                          IID_IShellLinkW, link.out()));
+    return check_hresult(
+        CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&link)));
 }
 
 // A stream over memory that grows, at its start.
-Result<void> create_stream(ComPointer<IStream>& stream, std::string_view bytes) {
-    VELL_TRY(check_hresult(CreateStreamOnHGlobal(nullptr, TRUE, stream.typed_out())));
+Result<void> create_stream(ComPtr<IStream>& stream, std::string_view bytes) {
+    VELL_TRY(check_hresult(CreateStreamOnHGlobal(nullptr, TRUE, stream.GetAddressOf())));
     ULONG written = 0;
     VELL_TRY(
         check_hresult(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written)));
@@ -43,11 +43,11 @@ Result<std::string> contents_of(IStream& stream) {
 
 Result<void> load(LinkPointer& link, std::string_view bytes) {
     VELL_TRY(create_link_object(link));
-    ComPointer<IPersistStream> persistent;
-    VELL_TRY(check_hresult(link->QueryInterface(IID_IPersistStream, persistent.out())));
-    ComPointer<IStream> stream;
+    ComPtr<IPersistStream> persistent;
+    VELL_TRY(check_hresult(link->QueryInterface(IID_PPV_ARGS(&persistent))));
+    ComPtr<IStream> stream;
     VELL_TRY(create_stream(stream, bytes));
-    const HRESULT loaded = persistent->Load(stream.get());
+    const HRESULT loaded = persistent->Load(stream.Get());
     if (FAILED(loaded) && loaded != E_OUTOFMEMORY)
         return Failure{ErrorCode::CorruptStructure}; // what the system says of it is no file's code
     return check_hresult(loaded);
@@ -118,12 +118,12 @@ class Win32ShellLinks : public ShellLinks {
         if (!wanted.icon.empty())
             VELL_TRY(check_hresult(link->SetIconLocation(as_wide(wanted.icon), wanted.icon_index)));
 
-        ComPointer<IPersistStream> persistent;
-        VELL_TRY(check_hresult(link->QueryInterface(IID_IPersistStream, persistent.out())));
-        ComPointer<IStream> stream;
+        ComPtr<IPersistStream> persistent;
+        VELL_TRY(check_hresult(link->QueryInterface(IID_PPV_ARGS(&persistent))));
+        ComPtr<IStream> stream;
         VELL_TRY(create_stream(stream, {}));
-        VELL_TRY(check_hresult(persistent->Save(stream.get(), TRUE)));
-        return contents_of(*stream.get());
+        VELL_TRY(check_hresult(persistent->Save(stream.Get(), TRUE)));
+        return contents_of(*stream.Get());
     }
 
     Result<ShellLink> read(std::string_view bytes) override {

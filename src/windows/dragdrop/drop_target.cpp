@@ -1,6 +1,6 @@
-#include "src/dragdrop/win32_drop_target.h"
+#include "src/windows/dragdrop/drop_target.h"
 
-#include "src/dragdrop/win32_focus_frame.h"
+#include "src/windows/dragdrop/focus_frame.h"
 
 #include <utility>
 
@@ -62,7 +62,7 @@ ULONG CDropTarget::Release() {
 HRESULT CDropTarget::DragEnter(IDataObject* data, DWORD keys, POINTL point, DWORD* effect) {
     if (!data)
         return E_INVALIDARG;
-    const ComPointer<CDropTarget> alive = share(this);
+    const ComPtr<CDropTarget> alive = this;
     return guarded(effect, [&](DWORD& chosen) {
         const std::shared_ptr<Drag> drag = enter(data);
         move(*drag, keys, point, chosen);
@@ -70,7 +70,7 @@ HRESULT CDropTarget::DragEnter(IDataObject* data, DWORD keys, POINTL point, DWOR
 }
 
 HRESULT CDropTarget::DragOver(DWORD keys, POINTL point, DWORD* effect) {
-    const ComPointer<CDropTarget> alive = share(this);
+    const ComPtr<CDropTarget> alive = this;
     return guarded(effect, [&](DWORD& chosen) {
         if (const std::shared_ptr<Drag> drag = drag_)
             move(*drag, keys, point, chosen);
@@ -80,18 +80,18 @@ HRESULT CDropTarget::DragOver(DWORD keys, POINTL point, DWORD* effect) {
 }
 
 HRESULT CDropTarget::DragLeave() {
-    const ComPointer<CDropTarget> alive = share(this);
+    const ComPtr<CDropTarget> alive = this;
     return guarded([this] { leave(); });
 }
 
 HRESULT CDropTarget::Drop(IDataObject* data, DWORD keys, POINTL point, DWORD* effect) {
     if (!data)
         return E_INVALIDARG;
-    const ComPointer<CDropTarget> alive = share(this);
+    const ComPtr<CDropTarget> alive = this;
     std::shared_ptr<Drag> drag = drag_;
     const HRESULT result = guarded(effect, [&](DWORD& chosen) {
         // Some sources hand over another object than the one that entered.
-        if (!drag || data != drag->data.get())
+        if (!drag || data != drag->data.Get())
             drag = enter(data);
         drop(*drag, keys, point, chosen);
     });
@@ -106,14 +106,14 @@ void CDropTarget::disconnect() {
 }
 
 CDropTarget::~CDropTarget() {
-    if (target_on(window_) != earlier_.get())
-        static_cast<void>(earlier_.release());
+    if (target_on(window_) != earlier_.Get())
+        static_cast<void>(earlier_.Detach());
 }
 
 std::shared_ptr<CDropTarget::Drag> CDropTarget::enter(IDataObject* data) {
     leave();
     const auto drag = std::make_shared<Drag>();
-    drag->data = share(data);
+    drag->data = data;
     drag_ = drag;
     if (receiver_)
         drag->offer = offer_of(*data, receiver_->wants_mail(window_));
@@ -171,38 +171,38 @@ void CDropTarget::drop(Drag& drag, DWORD keys, POINTL point, DWORD& effect) {
     const DWORD allowed = effect;
     if (!drag.in_earlier)
         move_in_earlier(drag, keys, point, effect);
-    const ComPointer<IDropTarget> earlier = callable_earlier();
+    const ComPtr<IDropTarget> earlier = callable_earlier();
     // A drop ends its drag, unless that has left meanwhile.
     if (!std::exchange(drag.in_earlier, false) || !earlier) {
         effect = no_effect;
         return;
     }
     effect = allowed;
-    if (FAILED(earlier->Drop(drag.data.get(), keys, point, &effect)))
+    if (FAILED(earlier->Drop(drag.data.Get(), keys, point, &effect)))
         effect = no_effect;
 }
 
 std::vector<std::u16string> CDropTarget::dropped_things(const Drag& drag) {
     if (drag.offer.files)
-        return paths_in(*drag.data.get());
-    std::vector<std::u16string> paths = written_.write(*drag.data.get());
+        return paths_in(*drag.data.Get());
+    std::vector<std::u16string> paths = written_.write(*drag.data.Get());
     if (paths.empty() && receiver_)
         receiver_->note("Drag and drop: nothing could be read from what was dropped.");
     return paths;
 }
 
-ComPointer<IDropTarget> CDropTarget::callable_earlier() const {
-    return target_on(window_) ? share(earlier_.get()) : ComPointer<IDropTarget>();
+ComPtr<IDropTarget> CDropTarget::callable_earlier() const {
+    return target_on(window_) ? earlier_ : ComPtr<IDropTarget>();
 }
 
 void CDropTarget::move_in_earlier(Drag& drag, DWORD keys, POINTL point, DWORD& effect) {
-    const ComPointer<IDropTarget> earlier = callable_earlier();
+    const ComPtr<IDropTarget> earlier = callable_earlier();
     if (!earlier) {
         effect = no_effect;
         return;
     }
     const bool entering = !std::exchange(drag.in_earlier, true);
-    const HRESULT result = entering ? earlier->DragEnter(drag.data.get(), keys, point, &effect)
+    const HRESULT result = entering ? earlier->DragEnter(drag.data.Get(), keys, point, &effect)
                                     : earlier->DragOver(keys, point, &effect);
     if (FAILED(result))
         effect = no_effect;
@@ -211,7 +211,7 @@ void CDropTarget::move_in_earlier(Drag& drag, DWORD keys, POINTL point, DWORD& e
 void CDropTarget::leave_earlier(Drag& drag) {
     if (!std::exchange(drag.in_earlier, false))
         return;
-    if (const ComPointer<IDropTarget> earlier = callable_earlier())
+    if (const ComPtr<IDropTarget> earlier = callable_earlier())
         earlier->DragLeave();
 }
 

@@ -1,7 +1,7 @@
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
 #include "src/dragdrop/drop_windows.h"
-#include "src/dragdrop/win32_drop_target.h"
+#include "src/windows/com.h"
+#include "src/windows/dragdrop/drop_target.h"
+#include "src/windows/text.h"
 
 #include <ole2.h>
 
@@ -93,10 +93,10 @@ void stay_loaded() {
 
 struct ServedWindow {
     HWND window;
-    ComPointer<CDropTarget> target;
+    ComPtr<CDropTarget> target;
 
     bool exists() const {
-        return IsWindow(window) && GetPropW(window, own_property) == target.get();
+        return IsWindow(window) && GetPropW(window, own_property) == target.Get();
     }
 };
 
@@ -186,28 +186,29 @@ Result<void> put_on(HWND window, IDropTarget* target) {
 Result<void> SystemWindows::serve(Window handle, DropReceiver& receiver, EarlierTarget earlier) {
     const HWND window = static_cast<HWND>(handle);
     if (is_served(handle)) {
-        if (target_on(window) == find(handle)->target.get())
+        if (target_on(window) == find(handle)->target.Get())
             return {};
         // Somebody has taken our target off, or put another one over it, which may know ours: a new
         // one goes over that.
         leave(handle);
     }
     VELL_TRY(ole_.begin());
-    ServedWindow served{window,
-                        ComPointer<CDropTarget>(new CDropTarget(window, receiver, written_))};
+    ServedWindow served{window, {}};
+    // Its first reference is taken over.
+    *served.target.ReleaseAndGetAddressOf() = new CDropTarget(window, receiver, written_);
     if (earlier == EarlierTarget::Keep)
-        served.target->set_earlier(share(target_on(window)));
+        served.target->set_earlier(target_on(window));
     RevokeDragDrop(window);
 
-    CoLockObjectExternal(served.target.get(), TRUE, FALSE);
-    const Result<void> registered = put_on(window, served.target.get());
+    CoLockObjectExternal(served.target.Get(), TRUE, FALSE);
+    const Result<void> registered = put_on(window, served.target.Get());
     if (!registered) {
-        CoLockObjectExternal(served.target.get(), FALSE, TRUE);
+        CoLockObjectExternal(served.target.Get(), FALSE, TRUE);
         if (IDropTarget* before = served.target->earlier())
             RegisterDragDrop(window, before);
         return registered;
     }
-    SetPropW(window, own_property, served.target.get());
+    SetPropW(window, own_property, served.target.Get());
     served_.push_back(std::move(served));
     return {};
 }
@@ -218,7 +219,7 @@ void SystemWindows::leave(Window handle) {
         return;
     const ServedWindow served = std::move(*found);
     served_.erase(found);
-    CDropTarget& target = *served.target.get();
+    CDropTarget& target = *served.target.Get();
     target.disconnect();
     if (!served.exists()) {
         CoDisconnectObject(&target, 0); // what stood for it in other programs

@@ -1,7 +1,7 @@
-#include "src/base/win32_handle.h"
-#include "src/base/win32_text.h"
 #include "src/files/information/code_signature.h"
-#include "src/windows/win32_path.h"
+#include "src/windows/handle.h"
+#include "src/windows/path.h"
+#include "src/windows/text.h"
 
 #include <wincrypt.h> // needed by the next ones
 

@@ -1,9 +1,9 @@
-#include "src/base/win32_com.h"
-#include "src/base/win32_text.h"
-#include "src/files/information/information.h"
 #include "src/files/information/shell_information.h"
+#include "src/files/paths/path_parts.h"
 #include "src/files/paths/path_to.h"
 #include "src/system/item_properties.h"
+#include "src/windows/com.h"
+#include "src/windows/text.h"
 
 #include <shellapi.h>
 
