@@ -3,8 +3,8 @@
 #include "bench/function_call.h"
 #include "bench/harness.h"
 #include "bench/peers.h"
-#include "src/files/information/digest.h"
 #include "src/windows/handle.h"
+#include "src/windows/system.h"
 #include "src/windows/text.h"
 
 #include <cstdio>
@@ -19,7 +19,7 @@ namespace {
 void hash_bare(const std::wstring& path, files::DigestAlgorithm algorithm) {
     const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
-    const auto digest = files::system_digest(algorithm);
+    const auto digest = windows::system().new_digest(algorithm);
     std::vector<char> buffer(64 * 1024);
     DWORD done = 0;
     while (ReadFile(file.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &done, nullptr) &&

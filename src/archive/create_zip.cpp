@@ -5,8 +5,10 @@
 #include "src/base/utf8.h"
 #include "src/files/contents/temporary_copy.h"
 #include "src/files/listing/folder_lister.h"
+#include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <new>
@@ -124,7 +126,7 @@ struct FolderContents {
     std::u16string lines; // names in the archive, each with a line end; those of folders end in "/"
 };
 
-Result<FolderContents> list_contents(Call& call, ArchiveSystem& system, std::u16string folder) {
+Result<FolderContents> list_contents(Call& call, System& system, std::u16string folder) {
     FolderContents contents{std::move(folder), {}, {}};
     if (!call.switches().has("-DontAddEnclosingFolder"))
         contents.prefix = files::last_name(contents.folder);
@@ -145,7 +147,7 @@ Result<FolderContents> list_contents(Call& call, ArchiveSystem& system, std::u16
     return contents;
 }
 
-Result<void> add_contents(ZipWriter& writer, ArchiveSystem& system, const FolderContents& contents,
+Result<void> add_contents(ZipWriter& writer, System& system, const FolderContents& contents,
                           bool force_utf8) {
     constexpr std::size_t longest_name = 1'999;
     for (std::u16string_view rest = contents.lines; !rest.empty();) {
@@ -155,7 +157,8 @@ Result<void> add_contents(ZipWriter& writer, ArchiveSystem& system, const Folder
             return Failure{ErrorCode::AddFailed};
         if (line.ends_with(u'/')) {
             const EntryName name = entry_name(line, force_utf8, 0);
-            VELL_TRY(writer.add_folder(name.bytes, dos_time(system.now()), name.options));
+            VELL_TRY(
+                writer.add_folder(name.bytes, dos_time(system.clock().local_time()), name.options));
             continue;
         }
         const EntryName name = entry_name(line, force_utf8, thorough);
@@ -169,8 +172,8 @@ Result<void> add_contents(ZipWriter& writer, ArchiveSystem& system, const Folder
 
 // Runs `add` over the writer of a new archive, and finishes it.
 template <typename Add>
-Result<void> write_archive(ArchiveSystem& system, const NativePath& path, Add add) {
-    auto created = system.open_new(path);
+Result<void> write_archive(System& system, const NativePath& path, Add add) {
+    auto created = system.files().open_new(path);
     if (!created)
         return Failure{creation_error(created.error())};
     files::UnfinishedFile unfinished(system.files(), path);
@@ -189,13 +192,13 @@ Result<void> write_archive(ArchiveSystem& system, const NativePath& path, Add ad
 
 } // namespace
 
-Result<void> create_zip(Call& call, ArchiveSystem& system) {
+Result<void> create_zip(Call& call, System& system) {
     const NativePath source = VELL_TRY(call.path(1));
     const ItemKind kind = system.files().kind_of(source);
     if (kind == ItemKind::None)
         return Failure{ErrorCode::NotFound};
     const NativePath destination = VELL_TRY(destination_path(call, system.files()));
-    const NativePath full = VELL_TRY(system.full_path(source));
+    const NativePath full = VELL_TRY(files::full_path(system.tree(), source));
 
     if (kind == ItemKind::Folder) {
         // Listed before the archive is made, which may be about to stand in that folder.

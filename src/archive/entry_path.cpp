@@ -50,7 +50,7 @@ std::u16string without_device_name(std::u16string_view name) {
 }
 
 std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encoding,
-                            NameDecoder decode) {
+                            const NameDecoder& decode) {
     std::string_view name = entry.name;
     // Printable ASCII is itself in every encoding, but for two characters.
     const auto is_plain = [](char c) {

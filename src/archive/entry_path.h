@@ -14,12 +14,13 @@
 namespace vell::archive {
 
 // Decodes bytes of text in one of the host's encodings.
-using NameDecoder = std::u16string (*)(std::string_view bytes, params::TextEncoding encoding);
+using NameDecoder =
+    std::function<std::u16string(std::string_view bytes, params::TextEncoding encoding)>;
 
 // The name as it is listed. Names that say they are UTF-8 and are not come in `encoding` too: bytes
 // that differ stay different then.
 std::u16string decoded_name(const EntryInfo& entry, params::TextEncoding encoding,
-                            NameDecoder decode);
+                            const NameDecoder& decode);
 
 // The name itself, or for a device's such as "aux.c" one with "_" behind its stem: "aux_.c".
 std::u16string without_device_name(std::u16string_view name);

@@ -1,6 +1,8 @@
 // The part of the reader that gives out the data of entries.
 #include "src/archive/zip_reader.h"
 
+#include "src/system/system.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -142,19 +144,19 @@ Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
     return {};
 }
 
-Result<void> ZipReader::extract_to_file(std::uint32_t index, ArchiveSystem& system,
+Result<void> ZipReader::extract_to_file(std::uint32_t index, System& system,
                                         const NativePath& target, const NativePath* archive) {
     const auto entry = this->entry(index);
     if (!entry)
         return Failure{ErrorCode::CannotOpen};
     // Mostly there is no file yet, and nothing else to ask for.
-    auto opened = system.open_new(target);
+    auto opened = system.files().open_new(target);
     if (!opened && opened.error() == ErrorCode::AlreadyExists) {
-        if (system.is_link(target))
+        if (system.tree().is_link(target))
             return Failure{ErrorCode::BadName};
         if (archive && system.files().is_same_file(target, *archive))
             return Failure{ErrorCode::TargetDenied};
-        opened = system.open_emptied(target);
+        opened = system.files().open_emptied(target);
     }
     if (!opened)
         return Failure{target_error(opened.error())};
@@ -164,7 +166,8 @@ Result<void> ZipReader::extract_to_file(std::uint32_t index, ArchiveSystem& syst
     if (!file.close())
         return Failure{ErrorCode::CannotClose};
     // A time that cannot be set is no reason to call the extraction failed.
-    static_cast<void>(system.set_times(target, calendar_time(entry->modified)));
+    const params::CalendarTime time = calendar_time(entry->modified);
+    static_cast<void>(system.properties().set_times(target, {.accessed = time, .modified = time}));
     return {};
 }
 

@@ -1,6 +1,8 @@
 #include "src/archive/zip_functions.h"
+#include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
+#include "src/system/system.h"
 
 namespace vell::archive {
 namespace {
@@ -44,10 +46,9 @@ Result<NativePath> archive_path(Call& call, files::FileSystem& files) {
     return path;
 }
 
-Result<NativePath> destination_folder(Call& call, ArchiveSystem& system,
-                                      const NativePath& archive) {
+Result<NativePath> destination_folder(Call& call, System& system, const NativePath& archive) {
     if (call.text(2).empty()) {
-        NativePath full = VELL_TRY(system.full_path(archive));
+        NativePath full = VELL_TRY(files::full_path(system.tree(), archive));
         full.wide.resize(full.wide.find_last_of(u"\\/") + 1);
         return full;
     }
@@ -71,8 +72,8 @@ bool is_at_top(std::u16string_view name) {
 // Expands one archive into one folder.
 class Expansion {
   public:
-    Expansion(ArchiveSystem& system, const NativePath& archive, ZipReader& reader,
-              const Options& options, NameDecoder decode)
+    Expansion(System& system, const NativePath& archive, ZipReader& reader, const Options& options,
+              const NameDecoder& decode)
         : system_(system), archive_(archive), reader_(reader), options_(options), decode_(decode) {}
 
     // Decides on the folder, makes it where that is due, and checks what is known to come.
@@ -98,11 +99,11 @@ class Expansion {
 
     ItemKind kind_of(const NativePath& path) { return system_.files().kind_of(path); }
 
-    ArchiveSystem& system_;
+    System& system_;
     const NativePath& archive_;
     ZipReader& reader_;
     const Options options_;
-    const NameDecoder decode_;
+    const NameDecoder& decode_;
     std::u16string target_;
     // A folder below the target that is there, and no link on the way to it; empty for none.
     std::u16string ready_;
@@ -135,7 +136,7 @@ Result<void> Expansion::make_archive_folder(const NativePath& folder) {
             return Failure{ErrorCode::AlreadyExists};
         return {}; // expanding into it fails
     }
-    const Result<void> made = system_.create_folder(folder);
+    const Result<void> made = system_.tree().create_folder(folder);
     if (!made && !(options_.overwrite && made.error() == ErrorCode::AlreadyExists))
         return made;
     return {};
@@ -164,7 +165,7 @@ Result<void> Expansion::choose_target(const NativePath& destination) {
     const NativePath folder =
         VELL_TRY(files::path_to_make(joined(target_, without_device_name(name))));
     VELL_TRY(make_archive_folder(folder));
-    if (!name.empty() && system_.is_link(folder))
+    if (!name.empty() && system_.tree().is_link(folder))
         return Failure{ErrorCode::BadName};
     target_ = folder.wide;
     return {};
@@ -202,22 +203,22 @@ Result<void> Expansion::prepare_parent(std::u16string_view parent) {
         const std::u16string_view above = parent.substr(0, end);
         const bool is_known =
             ready_.starts_with(above) && (ready_.size() == end || ready_[end] == u'\\');
-        if (!is_known && system_.is_link(joined(target_, above)))
+        if (!is_known && system_.tree().is_link(joined(target_, above)))
             return Failure{ErrorCode::BadName};
     }
     const NativePath folder = joined(target_, parent);
-    if (kind_of(folder) == ItemKind::Folder || system_.create_folder(folder))
+    if (kind_of(folder) == ItemKind::Folder || system_.tree().create_folder(folder))
         ready_ = parent;
     return {};
 }
 
 Result<void> Expansion::make_folder(const NativePath& path) {
-    const Result<void> made = system_.create_folder(path);
+    const Result<void> made = system_.tree().create_folder(path);
     if (made)
         return {};
     if (made.error() != ErrorCode::AlreadyExists)
         return Failure{target_error(made.error())};
-    if (system_.is_link(path))
+    if (system_.tree().is_link(path))
         return Failure{ErrorCode::BadName};
     if (kind_of(path) == ItemKind::File)
         return Failure{ErrorCode::TargetNotFound};
@@ -228,7 +229,10 @@ Result<void> Expansion::make_folder(const NativePath& path) {
 
 } // namespace
 
-Result<void> unzip(Call& call, ArchiveSystem& system, NameDecoder decode) {
+Result<void> unzip(Call& call, System& system) {
+    const NameDecoder decode = [&call](std::string_view bytes, params::TextEncoding encoding) {
+        return call.decode(bytes, encoding);
+    };
     const Options options = options_of(call);
     const NativePath archive = VELL_TRY(archive_path(call, system.files()));
     const NativePath destination = VELL_TRY(destination_folder(call, system, archive));

@@ -1,7 +1,6 @@
 // The functions on archives.
 #pragma once
 
-#include "src/archive/archive_system.h"
 #include "src/archive/entry_path.h"
 #include "src/params/call.h"
 
@@ -15,10 +14,7 @@ namespace vell::archive {
 // NotFound; AlreadyExists or IsAFolder for the destination, PlaceNotFound, CreationDenied,
 // FileExists or BadArgument when it cannot be made; AddFailed or the code of the item that cannot
 // be read, FinishFailed. No archive is left behind then.
-Result<void> create_zip(params::Call& call, ArchiveSystem& system);
-inline Result<void> create_zip(params::Call& call) {
-    return create_zip(call, system_archives());
-}
+Result<void> create_zip(params::Call& call, System& system);
 
 // VlFile_UnZip( switches ; sourceZipFilePath ; destinationFolderPath ), the folder that holds the
 // archive where none is given. An archive with several items at its top is expanded into a new
@@ -28,10 +24,10 @@ inline Result<void> create_zip(params::Call& call) {
 // The first entry that fails ends the expansion; what has been expanded stays. Nothing is written
 // outside the target folder or through a link inside it (BadName), and nothing at all from an
 // archive whose entries share bytes (CorruptStructure).
-Result<void> unzip(params::Call& call, ArchiveSystem& system, NameDecoder decode);
+Result<void> unzip(params::Call& call, System& system);
 
 // VlFile_GetZipInfo( switches ; zipFilePath ): the names in an archive, a line end behind each.
 // "-SkipHiddenMacOSXItems" and "-SkipDS_Store" leave out what macOS adds.
-Result<void> get_zip_info(params::Call& call, ArchiveSystem& system, NameDecoder decode);
+Result<void> get_zip_info(params::Call& call, System& system);
 
 } // namespace vell::archive

@@ -1,5 +1,7 @@
 #include "src/archive/zip_functions.h"
 
+#include "src/system/system.h"
+
 namespace vell::archive {
 namespace {
 
@@ -30,7 +32,10 @@ std::u16string kept_lines(std::u16string_view text, bool skip_mac_items, bool sk
 
 } // namespace
 
-Result<void> get_zip_info(Call& call, ArchiveSystem& system, NameDecoder decode) {
+Result<void> get_zip_info(Call& call, System& system) {
+    const NameDecoder decode = [&call](std::string_view bytes, params::TextEncoding encoding) {
+        return call.decode(bytes, encoding);
+    };
     const SwitchSet switches = call.switches();
     const NativePath path = VELL_TRY(call.path(1));
     const ItemKind kind = system.files().kind_of(path);

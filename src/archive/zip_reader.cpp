@@ -1,5 +1,7 @@
 #include "src/archive/zip_reader.h"
 
+#include "src/system/system.h"
+
 #include <algorithm>
 #include <limits>
 #include <span>
@@ -205,8 +207,8 @@ std::optional<EntryInfo> ZipReader::entry(std::uint32_t index) const {
     return info;
 }
 
-Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path) {
-    auto file = system.open_shared(path);
+Result<ZipReader> open_archive(System& system, const NativePath& path) {
+    auto file = system.files().open_shared(path);
     if (!file)
         return Failure{ErrorCode::CannotOpen};
     return ZipReader::open(*std::move(file));

@@ -4,10 +4,10 @@
 // a directory that lies within the file, and an entry never yields more than its recorded size.
 #pragma once
 
-#include "src/archive/archive_system.h"
 #include "src/archive/decoders.h"
 #include "src/archive/dos_time.h"
 #include "src/formats/zip_records.h"
+#include "src/system/system.h"
 
 #include <array>
 #include <functional>
@@ -19,6 +19,7 @@
 
 namespace vell::archive {
 
+using files::NativePath;
 using namespace formats::zip;
 
 struct EntryInfo {
@@ -63,8 +64,8 @@ class ZipReader {
     // is a link; CannotOpen, TargetNotFound, TargetDenied or BadArgument when it cannot be opened;
     // TargetDenied when it is `archive`, the file that is being read; ExtractionFailed, or
     // CannotClose. What a failed extraction has written stays.
-    Result<void> extract_to_file(std::uint32_t index, ArchiveSystem& system,
-                                 const NativePath& target, const NativePath* archive = nullptr);
+    Result<void> extract_to_file(std::uint32_t index, System& system, const NativePath& target,
+                                 const NativePath* archive = nullptr);
 
   private:
     struct Directory;
@@ -90,7 +91,7 @@ class ZipReader {
 };
 
 // An archive for reading. CannotOpen, SizeUnknown, CorruptStructure.
-Result<ZipReader> open_archive(ArchiveSystem& system, const NativePath& path);
+Result<ZipReader> open_archive(System& system, const NativePath& path);
 
 // The code of an archive's or entry's target file that cannot be opened.
 ErrorCode target_error(ErrorCode opening);

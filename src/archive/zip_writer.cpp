@@ -1,5 +1,7 @@
 #include "src/archive/zip_writer.h"
 
+#include "src/system/system.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -98,15 +100,15 @@ Result<void> ZipWriter::check_entry(std::string_view name, int level) const {
     return {};
 }
 
-Result<void> ZipWriter::add_file(ArchiveSystem& system, std::string_view name,
-                                 const NativePath& source, const EntryOptions& options) {
+Result<void> ZipWriter::add_file(System& system, std::string_view name, const NativePath& source,
+                                 const EntryOptions& options) {
     constexpr int usual_level = 6;
     const int level = options.level < 0 ? usual_level : options.level;
     VELL_TRY(check_entry(name, level));
-    const auto modified = system.modification_time(source);
+    const auto modified = system.properties().time(source, files::ItemTime::Modified);
     if (!modified)
         return add_failed;
-    const auto opened = system.open_shared(source);
+    const auto opened = system.files().open_shared(source);
     if (!opened)
         return Failure{source_error(opened.error())};
     files::File& file = **opened;

@@ -2,9 +2,9 @@
 // or deflated (PKWARE's APPNOTE without Zip64 and without data descriptors).
 #pragma once
 
-#include "src/archive/archive_system.h"
 #include "src/archive/dos_time.h"
 #include "src/formats/zip_records.h"
+#include "src/system/system.h"
 
 #include <memory>
 #include <string>
@@ -13,6 +13,7 @@
 
 namespace vell::archive {
 
+using files::NativePath;
 using namespace formats::zip;
 
 struct EntryOptions {
@@ -36,7 +37,7 @@ class ZipWriter {
     //
     // An add that fails leaves the archive without that entry, and others can follow. The codes are
     // AddFailed and, for a source that cannot be opened, what source_error makes of that.
-    Result<void> add_file(ArchiveSystem& system, std::string_view name, const NativePath& source,
+    Result<void> add_file(System& system, std::string_view name, const NativePath& source,
                           const EntryOptions& options);
     // An entry without data, whose name ends with "/".
     Result<void> add_folder(std::string_view name, DosTime time, const EntryOptions& options);

@@ -7,10 +7,13 @@
 namespace vell {
 
 enum class ErrorCode : std::int32_t {
+    NoFreeDriveLetter = 1248,
     OperationAborted = 299, // by the user, in the shell's progress window
     PathTooLong = 206,      // for Windows, or for the shell, which takes short ones only
-    PdfFailed = 99,         // text of a PDF file: for a reason without a number of its own
-    FolderExists = 17,      // a folder to be expanded stands there already
+    FolderIntoItself = 125, // the shell's numbers for two copies that it refuses
+    SameFolder = 113,
+    PdfFailed = 99,    // text of a PDF file: for a reason without a number of its own
+    FolderExists = 17, // a folder to be expanded stands there already
     // What the PDF library refuses, by its own numbers.
     PdfReadFailed = 10,
     PdfCopyForbidden = 8, // by the document's permissions

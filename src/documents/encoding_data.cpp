@@ -10,36 +10,34 @@
 namespace vell::documents {
 namespace {
 
-using archive::ArchiveSystem;
 using archive::EntryInfo;
 using archive::ZipReader;
 using files::NativePath;
 
-bool is_complete(ArchiveSystem& system, const NativePath& path, const EntryInfo& entry) {
-    const auto file = system.open_shared(path);
+bool is_complete(System& system, const NativePath& path, const EntryInfo& entry) {
+    const auto file = system.files().open_shared(path);
     if (!file)
         return false;
     const auto size = (*file)->size();
     return size && *size == entry.uncompressed_size;
 }
 
-Result<void> make_folder(ArchiveSystem& system, std::u16string_view path) {
-    const Result<void> made = system.create_folder({std::u16string(path), std::nullopt});
+Result<void> make_folder(System& system, std::u16string_view path) {
+    const Result<void> made = system.tree().create_folder({std::u16string(path), std::nullopt});
     if (!made && made.error() != ErrorCode::AlreadyExists)
         return made;
     return {};
 }
 
 // The folders between `top` and a file below it.
-Result<void> make_folders_below(ArchiveSystem& system, const NativePath& top,
-                                const NativePath& file) {
+Result<void> make_folders_below(System& system, const NativePath& top, const NativePath& file) {
     for (std::size_t end = file.wide.find(u'\\', top.wide.size() + 1); end != std::u16string::npos;
          end = file.wide.find(u'\\', end + 1))
         VELL_TRY(make_folder(system, std::u16string_view(file.wide).substr(0, end)));
     return {};
 }
 
-Result<void> unpack(ArchiveSystem& system, ZipReader& reader, std::uint32_t index,
+Result<void> unpack(System& system, ZipReader& reader, std::uint32_t index,
                     const NativePath& temporary, const NativePath& target) {
     Result<void> outcome = reader.extract_to_file(index, system, temporary);
     if (outcome)
@@ -51,8 +49,7 @@ Result<void> unpack(ArchiveSystem& system, ZipReader& reader, std::uint32_t inde
 
 } // namespace
 
-Result<void> unpack_missing(ArchiveSystem& system, std::string_view archive,
-                            const NativePath& folder) {
+Result<void> unpack_missing(System& system, std::string_view archive, const NativePath& folder) {
     ZipReader reader = VELL_TRY(ZipReader::open(files::memory_file(std::string(archive))));
     bool has_folder = false;
     for (std::uint32_t i = 0; i < reader.entry_count(); ++i) {

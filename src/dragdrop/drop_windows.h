@@ -60,7 +60,4 @@ class DropWindows {
     virtual void shut_down() = 0;
 };
 
-// The windows of the operating system.
-DropWindows& system_windows();
-
 } // namespace vell::dragdrop

@@ -11,6 +11,7 @@
 #include "src/metadata/reading/png_metadata.h"
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/reading/xmp.h"
+#include "src/system/system.h"
 
 namespace vell::metadata {
 namespace {
@@ -124,7 +125,7 @@ Result<void> give_metadata(Call& call, files::FileSystem& files) {
     MetadataText text;
     Result<void> done = read_image_metadata(reader, request, text);
     if (done && request.wants_movie())
-        done = params::not_available(call); // the readers of movies are not built
+        done = Failure{ErrorCode::NotAvailable}; // the readers of movies are not built
     if (request.pdf_description)
         done = append_pdf_description(reader, text); // whatever became of the rest
     VELL_TRY(done);
@@ -151,8 +152,8 @@ Result<void> read_image_metadata(BufferedReader& file, const MetadataRequest& re
     return describe_image(file, text);
 }
 
-Result<void> get_metadata(Call& call, files::FileSystem& files) {
-    const Result<void> done = give_metadata(call, files);
+Result<void> get_metadata(Call& call, System& system) {
+    const Result<void> done = give_metadata(call, system.files());
     if (!done && call.switches().has("-IsValidMovie")) {
         call.set_number(0);
         return {};

@@ -5,17 +5,13 @@
 #include "src/metadata/metadata_request.h"
 #include "src/metadata/metadata_text.h"
 #include "src/params/call.h"
-#include "src/system/file_access.h"
 
 namespace vell::metadata {
 
 // VlFile_GetMetaData( switches ; filePath ): what the switches ask for, as one text. BadParameter
 // when they ask for nothing, NothingFound when the file has nothing of a kind that they ask for.
 // With "-IsValidMovie" every error becomes the result 0.
-Result<void> get_metadata(params::Call& call, files::FileSystem& files);
-inline Result<void> get_metadata(params::Call& call) {
-    return get_metadata(call, files::system_files());
-}
+Result<void> get_metadata(params::Call& call, System& system);
 
 // Appends what the request wants of an image: IPTC datasets or the image URL, then what its
 // segments, chunks or tags hold, then its description. Ends at the first error; what was appended

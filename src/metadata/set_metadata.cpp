@@ -10,6 +10,7 @@
 #include "src/metadata/writing/tagged_text.h"
 #include "src/metadata/writing/text_store.h"
 #include "src/metadata/writing/xmp_writer.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <optional>
@@ -219,20 +220,20 @@ Result<SegmentRewrite> rewrite_of(Call& call, const WriteRequest& request, files
 
 } // namespace
 
-Result<void> set_metadata(Call& call, files::FileSystem& files) {
+Result<void> set_metadata(Call& call, System& system) {
     const WriteRequest request = VELL_TRY(request_of(call));
-    files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, files, 1, 2));
-    if (file.destination && files.is_same_file(*file.destination, file.source))
+    files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, system.files(), 1, 2));
+    if (file.destination && system.files().is_same_file(*file.destination, file.source))
         file.destination.reset(); // the source's own place, written in another way
-    const SegmentRewrite rewrite = VELL_TRY(rewrite_of(call, request, files, file.source));
-    VELL_TRY(files::rewrite(call, files, file, [&](File& from, File& to) {
+    const SegmentRewrite rewrite = VELL_TRY(rewrite_of(call, request, system.files(), file.source));
+    VELL_TRY(files::rewrite(call, system.files(), file, [&](File& from, File& to) {
         return copy_with_segment(from, to, rewrite);
     }));
     call.set_done();
     return {};
 }
 
-Result<void> set_movie_metadata(Call& call) {
+Result<void> set_movie_metadata(Call& call, System&) {
     const bool names_what = call.is_step() || has_movie_switch(call.switches());
     return Failure{names_what ? ErrorCode::NotSupported : ErrorCode::BadParameter};
 }

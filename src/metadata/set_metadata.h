@@ -2,7 +2,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
 
 namespace vell::metadata {
 
@@ -23,13 +22,10 @@ namespace vell::metadata {
 // that is no tagged text, a value that its tag cannot hold (a date in another form than Exif's,
 // too) and IPTC that stays and would no longer be readable; ResourceTooLarge for what does not fit
 // or could not be read back. docs/decisions/metadata-writing.md tells encodings and places.
-Result<void> set_metadata(params::Call& call, files::FileSystem& files);
-inline Result<void> set_metadata(params::Call& call) {
-    return set_metadata(call, files::system_files());
-}
+Result<void> set_metadata(params::Call& call, System& system);
 
 // VlFile_SetMovieMetaData and "Set MetaData of Movie": movie files are not written on Windows.
 // NotSupported; BadParameter without a switch that names what to write.
-Result<void> set_movie_metadata(params::Call& call);
+Result<void> set_movie_metadata(params::Call& call, System& system);
 
 } // namespace vell::metadata

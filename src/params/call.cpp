@@ -26,7 +26,7 @@ bool Call::option_is(std::size_t position, std::int32_t value, const SwitchSet& 
     return given == not_given ? switches.has(name) : given == value;
 }
 
-Result<void> not_available(Call&) {
+Result<void> not_available(Call&, System&) {
     return Failure{ErrorCode::NotAvailable};
 }
 

@@ -16,6 +16,10 @@
 #include <string>
 #include <string_view>
 
+namespace vell {
+class System; // src/system/system.h
+}
+
 namespace vell::params {
 
 // Bytes of text, the encoding to read them in, and keywords of the style to show them in, such as
@@ -64,6 +68,8 @@ class Call {
     // BytesOnly when a character is above U+00FF.
     virtual Result<std::string> encode(std::u16string_view text, TextEncoding encoding,
                                        Unencodable unencodable) = 0;
+    // Bytes as text; see EncodedText.
+    virtual std::u16string decode(std::string_view bytes, TextEncoding encoding) = 0;
     // The integer part; values outside the signed 32-bit range come as the first number beyond it.
     virtual std::int64_t number(std::size_t index) = 0;
     virtual std::int32_t step_option(std::size_t index) = 0;
@@ -104,9 +110,9 @@ class Call {
 };
 
 // A body returns nothing, having set the result, or the code to report.
-using Body = Result<void> (*)(Call& call);
+using Body = Result<void> (*)(Call& call, System& system);
 
 // The body of a function that this build lacks: NotAvailable.
-Result<void> not_available(Call& call);
+Result<void> not_available(Call& call, System& system);
 
 } // namespace vell::params

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace vell::files {
 
@@ -47,7 +46,6 @@ class DiskSystem {
     // The share that a letter leads to; empty when it leads to none.
     virtual std::u16string share_of(char16_t letter) = 0;
     virtual char16_t system_letter() = 0;
-    virtual bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) = 0;
 
     virtual Result<void> connect(const ShareConnection& connection) = 0;
     // A drive "Z:", or a share that is connected without a letter.
@@ -55,7 +53,5 @@ class DiskSystem {
     // Dismounts the volume and opens the drive.
     virtual Result<void> eject(char16_t letter, OpenFiles open_files) = 0;
 };
-
-DiskSystem& system_disks();
 
 } // namespace vell::files

@@ -53,6 +53,15 @@ class FileSystem {
     // Opens an existing file without sharing: Busy while anything else has it open, and for writing
     // one that is read-only. Never creates.
     virtual Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) = 0;
+    // The next three let others have the file open at the same time, for reading and for writing.
+    //
+    // Opens for reading.
+    virtual Result<std::unique_ptr<File>> open_shared(const NativePath& path) = 0;
+    // Makes a file and opens it for writing, in one step. AlreadyExists when there is anything of
+    // its name, a link without a target included.
+    virtual Result<std::unique_ptr<File>> open_new(const NativePath& path) = 0;
+    // Opens for writing a file that is new or emptied. Busy for a folder and a read-only file.
+    virtual Result<std::unique_ptr<File>> open_emptied(const NativePath& path) = 0;
     // Makes an empty file; AlreadyExists when there is anything of that name.
     virtual Result<void> create_new(const NativePath& path) = 0;
 
@@ -77,9 +86,6 @@ class FileSystem {
     // another extension where one is given (at most 100 characters are taken). Nothing is made.
     virtual Result<NativePath> temporary_name(std::u16string_view extension) = 0;
 };
-
-// The files of the operating system.
-FileSystem& system_files();
 
 // A file that lives in memory, for reading and writing; it may be opened over given contents.
 // Positions are 32-bit: a seek beyond 4 GiB - 1 fails with MemoryFileTooLarge.

@@ -1,12 +1,8 @@
 // The system's dialogs to select files and folders.
 #pragma once
 
-#include "src/base/result.h"
-
 #include <cstdint>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace vell::files {
 
@@ -23,14 +19,5 @@ struct FileDialog {
     bool ask_before_replacing = true;
     void* owner = nullptr; // window handle
 };
-
-// The full paths that the user has selected, at least one: of files or a folder that exist, or of
-// the file to save. Cancelled when the user selects none. Windows only; never to be called where
-// no user can be asked.
-Result<std::vector<std::u16string>> show_dialog(const FileDialog& dialog);
-
-// Patterns for a list of file types that are separated by blanks, commas, semicolons or line ends:
-// "txt", ".txt" and "*.txt" all give "*.txt"; joined by semicolons, as the dialog takes them.
-std::u16string file_patterns(std::u16string_view types);
 
 } // namespace vell::files

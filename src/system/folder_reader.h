@@ -20,8 +20,11 @@ struct FolderEntry {
     bool is_link = false; // a symbolic link or a junction: what it leads to lies elsewhere
 };
 
-// The system's own error number; positive, and not turned into a code.
-using SystemError = std::int32_t;
+// What the system says of a failure.
+struct SystemError {
+    std::int32_t number = 0; // its own, which is positive
+    ErrorCode code = ErrorCode::Ok;
+};
 
 // An enumeration under way. "." and ".." are among the entries where the system gives them.
 class FolderReader {
@@ -48,8 +51,5 @@ class FolderSource {
     virtual Result<std::unique_ptr<FolderReader>, SystemError>
     open_folder(const std::u16string& path) = 0;
 };
-
-// The folders of the operating system.
-FolderSource& system_folders();
 
 } // namespace vell::files

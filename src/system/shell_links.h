@@ -1,7 +1,7 @@
 // Shell links ("aliases", "shortcuts") as the system makes and reads them.
 #pragma once
 
-#include "src/system/found_item.h"
+#include "src/base/result.h"
 #include "src/system/window_state.h"
 
 #include <cstdint>
@@ -24,10 +24,6 @@ class ShellLinks {
   public:
     virtual ~ShellLinks() = default;
 
-    // See find_item.
-    virtual Result<FoundItem> find(const NativePath& path) = 0;
-    virtual Result<NativePath> full_path(const NativePath& path) = 0;
-
     // A link file's bytes.
     virtual Result<std::string> make(const ShellLink& link) = 0;
     virtual Result<ShellLink> read(std::string_view bytes) = 0;
@@ -35,8 +31,5 @@ class ShellLinks {
     // search of disks; empty when they know of nothing.
     virtual std::u16string track(std::string_view bytes) = 0;
 };
-
-// The links of the operating system.
-ShellLinks& system_links();
 
 } // namespace vell::files

@@ -1,4 +1,5 @@
-#include "src/files/information/code_signature.h"
+#include "src/windows/code_signature.h"
+
 #include "src/windows/handle.h"
 #include "src/windows/path.h"
 #include "src/windows/text.h"
@@ -8,15 +9,14 @@
 #include <softpub.h>
 #include <wintrust.h>
 
-#include <array>
-#include <cstdio>
+#include <algorithm>
 #include <vector>
 
-namespace vell::files {
-namespace {
+namespace vell::windows {
 
-using params::Call;
-using params::NativePath;
+using namespace files;
+
+namespace {
 
 struct StoreKind {
     using Type = HCERTSTORE;
@@ -100,40 +100,27 @@ std::u16string name_in(PCCERT_CONTEXT certificate, DWORD flags) {
     return to_utf16(name);
 }
 
-// At most 99 characters, ASCII.
-template <typename... Numbers>
-std::u16string formatted(const char* format, Numbers... numbers) {
-    std::array<char, 100> text{};
-    snprintf(text.data(), text.size(), format, unsigned{numbers}...);
-    const std::string_view ascii = text.data();
-    return {ascii.begin(), ascii.end()};
-}
-
-std::u16string moment(const FILETIME& time) {
+std::optional<params::CalendarTime> calendar_time(const FILETIME& time) {
     SYSTEMTIME utc;
     if (!FileTimeToSystemTime(&time, &utc))
-        return {};
-    return formatted("%04u-%02u-%02uT%02u:%02u:%02uZ", utc.wYear, utc.wMonth, utc.wDay, utc.wHour,
-                     utc.wMinute, utc.wSecond);
+        return std::nullopt;
+    return params::CalendarTime{utc.wYear, utc.wMonth,  utc.wDay,
+                                utc.wHour, utc.wMinute, utc.wSecond};
 }
 
-void add_line(std::u16string& text, std::u16string_view key, std::u16string_view value) {
-    if (!text.empty())
-        text += u'\r';
-    text.append(key).append(u": ").append(value);
-}
-
-void add_certificate(std::u16string& text, PCCERT_CONTEXT certificate) {
-    add_line(text, u"Signer", name_in(certificate, 0));
-    add_line(text, u"Issuer", name_in(certificate, CERT_NAME_ISSUER_FLAG));
-    add_line(text, u"ValidFrom", moment(certificate->pCertInfo->NotBefore));
-    add_line(text, u"ValidTo", moment(certificate->pCertInfo->NotAfter));
+std::optional<Certificate> certificate_of(const Signature& signature) {
+    const UniqueCertificate certificate = signers_certificate(signature);
+    if (!certificate)
+        return std::nullopt;
+    const CERT_INFO& information = *certificate.get()->pCertInfo;
+    return Certificate{name_in(certificate.get(), 0),
+                       name_in(certificate.get(), CERT_NAME_ISSUER_FLAG),
+                       calendar_time(information.NotBefore), calendar_time(information.NotAfter)};
 }
 
 } // namespace
 
-Result<void> get_code_sign_info(Call& call) {
-    const NativePath path = VELL_TRY(call.path(1));
+Result<CodeSignature> code_signature(const NativePath& path) {
     const std::wstring name = win32_path(path);
     // A running program has its file open for reading.
     const UniqueFile file(CreateFileW(name.c_str(), GENERIC_READ,
@@ -141,20 +128,14 @@ Result<void> get_code_sign_info(Call& call) {
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file)
         return Failure{last_error()};
-
     const Signature signature = embedded_signature(name);
-    const bool is_signed = static_cast<bool>(signature.message);
-    const LONG verdict = is_signed ? verify(name, file.get()) : TRUST_E_NOSIGNATURE;
-    std::u16string text;
-    add_line(text, u"Signed", is_signed ? u"1" : u"0");
-    add_line(text, u"Valid", verdict == 0 ? u"1" : u"0");
-    if (is_signed && verdict != 0)
-        add_line(text, u"Status", formatted("0x%08X", static_cast<unsigned>(verdict)));
-    if (is_signed)
-        if (const UniqueCertificate certificate = signers_certificate(signature))
-            add_certificate(text, certificate.get());
-    call.set_text(text);
-    return {};
+    CodeSignature result;
+    result.is_signed = static_cast<bool>(signature.message);
+    result.verdict = static_cast<std::uint32_t>(result.is_signed ? verify(name, file.get())
+                                                                 : TRUST_E_NOSIGNATURE);
+    if (result.is_signed)
+        result.certificate = certificate_of(signature);
+    return result;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

@@ -1,14 +1,20 @@
 // The desktop over Windows' shell and its windows.
 #include "src/system/desktop.h"
 #include "src/windows/com.h"
+#include "src/windows/file_dialog.h"
 #include "src/windows/item_list.h"
+#include "src/windows/parts.h"
+#include "src/windows/shell_operations.h"
 #include "src/windows/text.h"
 
 #include <shellapi.h>
 
 #include <array>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 int show_command(WindowState window) {
@@ -84,8 +90,6 @@ class SharedInput {
 
 class Win32Desktop : public Desktop {
   public:
-    Result<FoundItem> find(const NativePath& path) override { return find_item(path); }
-
     Result<void> launch(const LaunchRequest& request) override {
         const ComApartment apartment;
         SHELLEXECUTEINFOW info{};
@@ -142,13 +146,47 @@ class Win32Desktop : public Desktop {
             return Failure{ErrorCode::Busy};
         return {};
     }
+
+    Result<std::vector<std::u16string>> show(const FileDialog& dialog) override {
+        return show_dialog(dialog);
+    }
+
+    bool confirm(void* owner, const std::u16string& question) override {
+        MessageBeep(0);
+        return MessageBoxW(static_cast<HWND>(owner), as_wide(question), L"",
+                           MB_TASKMODAL | MB_ICONHAND | MB_OKCANCEL) == IDOK;
+    }
+
+    Result<std::vector<std::u16string>> preferred_languages() override {
+        ULONG count = 0;
+        ULONG length = 0;
+        if (!GetUserPreferredUILanguages(MUI_LANGUAGE_NAME, &count, nullptr, &length))
+            return Failure{last_error()};
+        std::wstring names(length, L'\0');
+        if (!GetUserPreferredUILanguages(MUI_LANGUAGE_NAME, &count, names.data(), &length))
+            return Failure{last_error()};
+        std::vector<std::u16string> languages;
+        for (const wchar_t* name = names.c_str(); *name; name += languages.back().size() + 1)
+            languages.push_back(to_utf16(name));
+        return languages;
+    }
+
+    bool has_shell_operations() override { return windows::has_shell_operations(); }
+    ShellOutcome shell_copy(const NativePath& folder, const NativePath& target,
+                            ShellMessages messages) override {
+        return windows::shell_copy(folder, target, messages);
+    }
+    ShellOutcome shell_delete(const NativePath& folder, void* owner,
+                              ShellMessages messages) override {
+        return windows::shell_delete(folder, owner, messages);
+    }
 };
 
 } // namespace
 
-Desktop& system_desktop() {
-    static Win32Desktop desktop;
-    return desktop;
+Desktop& desktop() {
+    static Win32Desktop instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

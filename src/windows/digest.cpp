@@ -1,10 +1,13 @@
 // Checksums by the cryptography of Windows.
-#include "src/files/information/digest.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 
 #include <bcrypt.h>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 struct HashKind {
@@ -57,7 +60,7 @@ class SystemDigest : public Digest {
 
 } // namespace
 
-Result<std::unique_ptr<Digest>> system_digest(DigestAlgorithm algorithm) {
+Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) {
     const bool sha1 = algorithm == DigestAlgorithm::Sha1;
     BCRYPT_ALG_HANDLE provider = nullptr;
     NTSTATUS status = BCryptOpenAlgorithmProvider(
@@ -75,4 +78,4 @@ Result<std::unique_ptr<Digest>> system_digest(DigestAlgorithm algorithm) {
     return std::make_unique<SystemDigest>(std::move(owned_provider), std::move(owned_hash), size);
 }
 
-} // namespace vell::files
+} // namespace vell::windows

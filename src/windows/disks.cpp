@@ -1,7 +1,7 @@
-#include "src/files/disks/disk_names.h"
-#include "src/system/tree_system.h"
+#include "src/system/disk_system.h"
 #include "src/windows/error_windows.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 #include "src/windows/text.h"
 
 #include <winioctl.h>
@@ -9,7 +9,10 @@
 
 #include <array>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 ErrorCode last_disk_error() {
@@ -125,10 +128,6 @@ class Win32Disks : public DiskSystem {
         return length > 0 && path[1] == L':' ? static_cast<char16_t>(path[0]) : u'C';
     }
 
-    bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
-        return system_tree().equal_ignoring_case(a, b);
-    }
-
     Result<void> connect(const ShareConnection& connection) override {
         const NoErrorWindows quiet;
         std::wstring share = to_wide(connection.share);
@@ -172,9 +171,9 @@ class Win32Disks : public DiskSystem {
 
 } // namespace
 
-DiskSystem& system_disks() {
-    static Win32Disks disks;
-    return disks;
+DiskSystem& disks() {
+    static Win32Disks instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

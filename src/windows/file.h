@@ -6,8 +6,8 @@
 
 #include <memory>
 
-namespace vell::files {
+namespace vell::windows {
 
-std::unique_ptr<File> file_over(UniqueFile handle);
+std::unique_ptr<files::File> file_over(UniqueFile handle);
 
-} // namespace vell::files
+} // namespace vell::windows

@@ -1,12 +1,18 @@
-#include "src/system/file_dialog.h"
+#include "src/windows/file_dialog.h"
+
+#include "src/files/desktop/file_patterns.h"
+#include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
-#include "src/system/tree_system.h"
 #include "src/windows/com.h"
+#include "src/windows/parts.h"
 #include "src/windows/text.h"
 
 #include <shobjidl.h>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 FILEOPENDIALOGOPTIONS options_of(const FileDialog& wanted) {
@@ -44,7 +50,7 @@ void set_initial_folder(IFileDialog& dialog, const std::u16string& folder) {
     if (folder.empty())
         return;
     // The shell's names are full paths without "/".
-    const Result<NativePath> path = system_tree().full_path({folder, std::nullopt});
+    const Result<NativePath> path = full_path(tree(), {folder, std::nullopt});
     ComPtr<IShellItem> item;
     if (path &&
         SUCCEEDED(SHCreateItemFromParsingName(as_wide(path->wide), nullptr, IID_PPV_ARGS(&item))))
@@ -117,4 +123,4 @@ Result<std::vector<std::u16string>> show_dialog(const FileDialog& wanted) {
     return paths;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

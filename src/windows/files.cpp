@@ -2,6 +2,7 @@
 #include "src/system/file_access.h"
 #include "src/windows/file.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 #include "src/windows/path.h"
 #include "src/windows/text.h"
 
@@ -12,7 +13,10 @@
 #include <cstring>
 #include <optional>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 class Win32File : public File {
@@ -151,11 +155,20 @@ ItemKind kind_in_folder(const std::wstring& path) {
 }
 
 // Windows itself refuses to write such a file, but Wine may not where its user owns the disk.
-bool is_read_only(const UniqueFile& file) {
-    FILE_BASIC_INFO information;
-    return GetFileInformationByHandleEx(file.get(), FileBasicInfo, &information,
-                                        sizeof information) &&
-           (information.FileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+bool is_read_only(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// Others may have the file open, and open it, for reading and writing.
+Result<std::unique_ptr<File>> open_for_all(const std::wstring& path, DWORD access,
+                                           DWORD disposition, DWORD flags = 0) {
+    UniqueFile handle(
+        CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN | flags, nullptr));
+    if (!handle)
+        return Failure{last_error()};
+    return file_over(std::move(handle));
 }
 
 Result<void> clear_read_only(const std::wstring& path) {
@@ -190,13 +203,30 @@ class Win32FileSystem : public FileSystem {
   public:
     Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) override {
         const DWORD access = permission == Permission::Write ? GENERIC_WRITE : GENERIC_READ;
-        UniqueFile handle(CreateFileW(win32_path(path).c_str(), access, 0, nullptr, OPEN_EXISTING,
+        const std::wstring name = win32_path(path);
+        UniqueFile handle(CreateFileW(name.c_str(), access, 0, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
         if (!handle)
             return Failure{last_error()};
-        if (permission == Permission::Write && is_read_only(handle))
+        if (permission == Permission::Write && is_read_only(name))
             return Failure{ErrorCode::Busy};
         return file_over(std::move(handle));
+    }
+
+    Result<std::unique_ptr<File>> open_shared(const NativePath& path) override {
+        return open_for_all(win32_path(path), GENERIC_READ, OPEN_EXISTING);
+    }
+
+    Result<std::unique_ptr<File>> open_new(const NativePath& path) override {
+        return open_for_all(win32_path(path), GENERIC_WRITE, CREATE_NEW,
+                            FILE_FLAG_OPEN_REPARSE_POINT);
+    }
+
+    Result<std::unique_ptr<File>> open_emptied(const NativePath& path) override {
+        const std::wstring name = win32_path(path);
+        if (is_read_only(name))
+            return Failure{ErrorCode::Busy};
+        return open_for_all(name, GENERIC_WRITE, CREATE_ALWAYS);
     }
 
     Result<void> create_new(const NativePath& path) override {
@@ -262,17 +292,14 @@ class Win32FileSystem : public FileSystem {
     }
 
     Result<NativePath> temporary_name(std::u16string_view extension) override {
-        std::array<wchar_t, 2000> folder{};
-        const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
-        if (length == 0 || length >= folder.size())
-            return Failure{last_error()};
-        std::wstring name(folder.data(), length);
+        const std::wstring folder = VELL_TRY(temporary_folder());
+        std::wstring name = folder;
         if (const std::wstring uuid = new_uuid(); !uuid.empty()) {
             name += L"VELLTEMP{" + uuid + L"}.tmp";
         } else {
             // With a number of our own the system neither creates nor checks the file.
             std::array<wchar_t, MAX_PATH> made{};
-            if (GetTempFileNameW(folder.data(), L"VELLTMP", GetTickCount(), made.data()) == 0)
+            if (GetTempFileNameW(folder.c_str(), L"VELLTMP", GetTickCount(), made.data()) == 0)
                 return Failure{last_error()};
             name = made.data();
         }
@@ -291,9 +318,9 @@ std::unique_ptr<File> file_over(UniqueFile handle) {
     return std::make_unique<Win32File>(std::move(handle));
 }
 
-FileSystem& system_files() {
-    static Win32FileSystem files;
-    return files;
+FileSystem& file_system() {
+    static Win32FileSystem instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

@@ -1,25 +1,27 @@
 // Folders by the system's find-first and find-next.
 #include "src/system/folder_reader.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 #include "src/windows/path.h"
+#include "src/windows/reparse_point.h"
 #include "src/windows/text.h"
 
 #include <cwchar>
 #include <optional>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
+
+SystemError system_error(DWORD error) {
+    const auto number = static_cast<std::int32_t>(error);
+    return {number, error_from_win32(number)};
+}
 
 void assign(std::u16string& text, const wchar_t* wide) {
     text.assign(reinterpret_cast<const char16_t*>(wide), std::wcslen(wide));
-}
-
-// Other reparse points, such as files that a cloud service keeps, stand for themselves.
-bool leads_elsewhere(const WIN32_FIND_DATAW& found) {
-    if (!(found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
-        return false;
-    const DWORD tag = found.dwReserved0;
-    return tag == 0 || IsReparseTagNameSurrogate(tag);
 }
 
 void copy_entry(const WIN32_FIND_DATAW& found, FolderEntry& entry) {
@@ -47,7 +49,7 @@ class Win32FolderReader : public FolderReader {
             const DWORD error = GetLastError();
             find_.reset();
             if (error != ERROR_NO_MORE_FILES)
-                failure_ = static_cast<SystemError>(error);
+                failure_ = system_error(error);
         }
         if (count == 0 && failure_)
             return Failure{*failure_};
@@ -71,7 +73,7 @@ class Win32FolderSource : public FolderSource {
         if (!find) {
             const DWORD error = GetLastError();
             if (error != ERROR_FILE_NOT_FOUND && error != ERROR_NO_MORE_FILES)
-                return Failure{static_cast<SystemError>(error)};
+                return Failure{system_error(error)};
             first = {};
         }
         return std::unique_ptr<FolderReader>(
@@ -81,9 +83,9 @@ class Win32FolderSource : public FolderSource {
 
 } // namespace
 
-FolderSource& system_folders() {
-    static Win32FolderSource folders;
-    return folders;
+FolderSource& folders() {
+    static Win32FolderSource instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

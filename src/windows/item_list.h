@@ -5,7 +5,7 @@
 
 #include <shlobj.h>
 
-namespace vell::files {
+namespace vell::windows {
 
 struct ItemListKind {
     using Type = PIDLIST_ABSOLUTE;
@@ -14,4 +14,4 @@ struct ItemListKind {
 };
 using UniqueItemList = UniqueResource<ItemListKind>;
 
-} // namespace vell::files
+} // namespace vell::windows

@@ -1,8 +1,18 @@
 #include "src/system/item_properties.h"
+#include "src/windows/code_signature.h"
+#include "src/windows/com.h"
+#include "src/windows/file_times.h"
 #include "src/windows/handle.h"
 #include "src/windows/path.h"
+#include "src/windows/text.h"
 
-namespace vell::files {
+#include "src/windows/parts.h"
+#include <shellapi.h>
+
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 static_assert(bit(Attribute::ReadOnly) == FILE_ATTRIBUTE_READONLY);
@@ -10,6 +20,34 @@ static_assert(bit(Attribute::Hidden) == FILE_ATTRIBUTE_HIDDEN);
 static_assert(bit(Attribute::Folder) == FILE_ATTRIBUTE_DIRECTORY);
 static_assert(bit(Attribute::Archive) == FILE_ATTRIBUTE_ARCHIVE);
 static_assert(bit(Attribute::Device) == FILE_ATTRIBUTE_DEVICE);
+
+Result<UniqueFile> open_for_times(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return Failure{last_error()};
+    const bool is_folder = attributes & FILE_ATTRIBUTE_DIRECTORY;
+    // A file is not read, and so found whoever has it open.
+    UniqueFile item(CreateFileW(
+        path.c_str(), is_folder ? GENERIC_READ : 0, is_folder ? FILE_SHARE_READ : 0, nullptr,
+        OPEN_EXISTING, is_folder ? FILE_FLAG_BACKUP_SEMANTICS : FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!item)
+        return Failure{last_error()};
+    return item;
+}
+
+// A time as SetFileTime takes it, which leaves those alone that are null.
+class NewTime {
+  public:
+    Result<void> set(const std::optional<params::CalendarTime>& local) {
+        if (local)
+            time_ = VELL_TRY(file_time(*local));
+        return {};
+    }
+    const FILETIME* get() const { return time_ ? &*time_ : nullptr; }
+
+  private:
+    std::optional<FILETIME> time_;
+};
 
 class Win32ItemProperties : public ItemProperties {
   public:
@@ -53,13 +91,57 @@ class Win32ItemProperties : public ItemProperties {
             return false;
         return Failure{last_error()};
     }
+
+    Result<params::CalendarTime> time(const NativePath& path, ItemTime which) override {
+        const UniqueFile item = VELL_TRY(open_for_times(win32_path(path)));
+        FILETIME created;
+        FILETIME accessed;
+        FILETIME modified;
+        if (!GetFileTime(item.get(), &created, &accessed, &modified))
+            return Failure{last_error()};
+        return local_time(which == ItemTime::Created    ? created
+                          : which == ItemTime::Accessed ? accessed
+                                                        : modified);
+    }
+
+    Result<void> set_times(const NativePath& path, const NewTimes& times) override {
+        NewTime created;
+        NewTime accessed;
+        NewTime modified;
+        VELL_TRY(created.set(times.created));
+        VELL_TRY(accessed.set(times.accessed));
+        VELL_TRY(modified.set(times.modified));
+        // Folders need the backup flag; others may have the item open meanwhile.
+        constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        const UniqueFile item(CreateFileW(win32_path(path).c_str(), FILE_WRITE_ATTRIBUTES,
+                                          share_all, nullptr, OPEN_EXISTING,
+                                          FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+        if (!item || !SetFileTime(item.get(), created.get(), accessed.get(), modified.get()))
+            return Failure{last_error()};
+        return {};
+    }
+
+    Result<std::u16string> type_name(const std::u16string& path, std::uint32_t attributes,
+                                     TypeBy by) override {
+        const UINT by_name = by == TypeBy::Name ? SHGFI_USEFILEATTRIBUTES : 0;
+        const ComApartment com;
+        SHFILEINFOW info{};
+        if (!SHGetFileInfoW(as_wide(path), attributes, &info, sizeof info,
+                            SHGFI_TYPENAME | by_name))
+            return Failure{ErrorCode::NotAvailable};
+        return to_utf16(info.szTypeName);
+    }
+
+    Result<CodeSignature> code_signature(const NativePath& path) override {
+        return windows::code_signature(path);
+    }
 };
 
 } // namespace
 
-ItemProperties& system_properties() {
-    static Win32ItemProperties properties;
-    return properties;
+ItemProperties& properties() {
+    static Win32ItemProperties instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

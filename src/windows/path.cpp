@@ -1,12 +1,12 @@
 #include "src/windows/path.h"
 
-#include "src/files/paths/path_references.h"
 #include "src/windows/handle.h"
 #include "src/windows/text.h"
 
-#include <windows.h>
+#include <array>
 
-namespace vell::files {
+namespace vell::windows {
+
 namespace {
 
 // Lengths from which a path may be refused unless it has the "\\?\" prefix: MAX_PATH less the room
@@ -47,8 +47,12 @@ Result<std::wstring> full_wide_path(const std::wstring& path) {
     }
 }
 
-Result<std::u16string> full_path(const std::u16string& path) {
-    return to_utf16(VELL_TRY(full_wide_path(to_wide(path))));
+Result<std::wstring> temporary_folder() {
+    std::array<wchar_t, MAX_PATH + 2> path{};
+    const DWORD length = GetTempPathW(path.size(), path.data());
+    if (length == 0 || length >= path.size())
+        return Failure{last_error()};
+    return std::wstring(path.data(), length);
 }
 
-} // namespace vell::files
+} // namespace vell::windows

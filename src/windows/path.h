@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace vell::files {
+namespace vell::windows {
 
 // The path in the form that has no limit of length ("\\?\"), where it needs it.
 std::wstring win32_path(const params::NativePath& path);
@@ -16,4 +16,7 @@ std::wstring without_length_limit(const std::wstring& full_path);
 // The path from its root, without "." and "..".
 Result<std::wstring> full_wide_path(const std::wstring& path);
 
-} // namespace vell::files
+// Ends with a separator.
+Result<std::wstring> temporary_folder();
+
+} // namespace vell::windows

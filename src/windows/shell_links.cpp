@@ -1,14 +1,17 @@
 // Shell links over the shell's COM objects, which read and write them in memory: so the paths of
 // the link files themselves may have any length.
 #include "src/system/shell_links.h"
-#include "src/system/tree_system.h"
 #include "src/windows/com.h"
 #include "src/windows/item_list.h"
+#include "src/windows/parts.h"
 #include "src/windows/text.h"
 
 #include <shlobj.h>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 // An alias's texts may have 65,535 characters, of which programs get at most as many as this.
@@ -98,11 +101,6 @@ int show_command(WindowState window) {
 
 class Win32ShellLinks : public ShellLinks {
   public:
-    Result<FoundItem> find(const NativePath& path) override { return find_item(path); }
-    Result<NativePath> full_path(const NativePath& path) override {
-        return system_tree().full_path(path);
-    }
-
     Result<std::string> make(const ShellLink& wanted) override {
         const ComApartment apartment;
         LinkPointer link;
@@ -160,9 +158,9 @@ class Win32ShellLinks : public ShellLinks {
 
 } // namespace
 
-ShellLinks& system_links() {
-    static Win32ShellLinks links;
-    return links;
+ShellLinks& links() {
+    static Win32ShellLinks instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

@@ -2,16 +2,21 @@
 #include "src/files/paths/path_parts.h"
 #include "src/system/tree_system.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 #include "src/windows/path.h"
+#include "src/windows/reparse_point.h"
 #include "src/windows/text.h"
 
-#include <shellapi.h>
-
 #include <algorithm>
+#include <array>
+#include <memory>
 #include <utility>
 #include <vector>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 constexpr std::wstring_view verbatim = L"\\\\?\\";
@@ -30,15 +35,6 @@ std::wstring volume_of(const NativePath& path) {
         return {};
     root.resize(root.find(L'\0'));
     return without_verbatim_prefix(root);
-}
-
-// A folder whose contents stand somewhere else.
-bool is_folder_link(const WIN32_FIND_DATAW& found) {
-    constexpr DWORD wanted = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
-    // Wine gives no tag to a folder that is a symbolic link of the system below it.
-    const DWORD tag = found.dwReserved0;
-    return (found.dwFileAttributes & wanted) == wanted &&
-           (tag == 0 || IsReparseTagNameSurrogate(tag));
 }
 
 // Calls `visit` with what a folder holds, until it fails.
@@ -62,42 +58,28 @@ Result<void> for_each_item(const NativePath& folder, Visit visit) {
     return {};
 }
 
-using ShellFileOperation = int(WINAPI*)(SHFILEOPSTRUCTW*);
+constexpr std::size_t unit_count = 0x10000;
+using CaseTable = std::array<wchar_t, unit_count>;
 
-// Null on a system without a shell.
-ShellFileOperation shell_file_operation() {
-    static const auto operation = [] {
-        const HMODULE shell = LoadLibraryExW(L"shell32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-        void* const address =
-            shell ? reinterpret_cast<void*>(GetProcAddress(shell, "SHFileOperationW")) : nullptr;
-        return reinterpret_cast<ShellFileOperation>(address);
-    }();
-    return operation;
-}
-
-// A list of one path, which a second zero ends.
-std::wstring path_list(const NativePath& path) {
-    return to_wide(path.wide) + L'\0';
-}
-
-ShellOutcome run_shell_operation(SHFILEOPSTRUCTW operation, ShellMessages messages) {
-    if (messages == ShellMessages::Suppressed)
-        operation.fFlags |= FOF_SILENT | FOF_NOERRORUI | FOF_NOCONFIRMATION;
-    const int code = shell_file_operation()(&operation);
-    return {code, operation.fAnyOperationsAborted != FALSE};
+// The capital of every character. Without linguistic casing the system maps by the rules of its
+// file systems, unit by unit.
+std::unique_ptr<const CaseTable> make_case_table() {
+    const auto every = std::make_unique<CaseTable>();
+    for (std::size_t i = 0; i < unit_count; ++i)
+        (*every)[i] = static_cast<wchar_t>(i);
+    auto table = std::make_unique<CaseTable>(*every);
+    constexpr int count = unit_count;
+    // Nothing but a lack of memory keeps it from that; names are compared as they stand then.
+    if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, every->data(), count, table->data(),
+                      count, nullptr, nullptr, 0) != count)
+        *table = *every;
+    return table;
 }
 
 class Win32Tree : public TreeSystem {
   public:
-    FileSystem& files() override { return system_files(); }
-
-    Result<NativePath> full_path(const NativePath& path) override {
-        const std::wstring given = to_wide(path.wide);
-        const std::wstring plain = without_verbatim_prefix(given);
-        const std::wstring full = VELL_TRY(full_wide_path(plain));
-        if (plain != given && full != plain)
-            return Failure{ErrorCode::BadName};
-        return NativePath{to_utf16(full), std::nullopt};
+    Result<std::u16string> absolute_path(const std::u16string& path) override {
+        return to_utf16(VELL_TRY(full_wide_path(to_wide(path))));
     }
 
     bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
@@ -107,12 +89,16 @@ class Win32Tree : public TreeSystem {
                                     static_cast<int>(b.size()), TRUE) == CSTR_EQUAL;
     }
 
+    void fold_case(std::u16string& name) override {
+        static const std::unique_ptr<const CaseTable> capitals = make_case_table();
+        for (char16_t& unit : name)
+            unit = static_cast<char16_t>((*capitals)[unit]);
+    }
+
     bool on_same_volume(const NativePath& a, const NativePath& b) override {
         const std::wstring volume = volume_of(a);
         return !volume.empty() && equal_ignoring_case(to_utf16(volume), to_utf16(volume_of(b)));
     }
-
-    std::uint32_t tick_count() override { return GetTickCount(); }
 
     Result<void> create_folder(const NativePath& path) override {
         if (!CreateDirectoryW(win32_path(path).c_str(), nullptr))
@@ -132,10 +118,14 @@ class Win32Tree : public TreeSystem {
         return {};
     }
 
-    bool is_link(const NativePath& folder) override {
+    bool is_link(const NativePath& path) override {
+        const std::wstring name = win32_path(path);
+        const DWORD attributes = GetFileAttributesW(name.c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
+            return false;
         WIN32_FIND_DATAW found;
-        const UniqueFind search(FindFirstFileW(win32_path(folder).c_str(), &found));
-        return search && is_folder_link(found);
+        const UniqueFind search(FindFirstFileW(name.c_str(), &found));
+        return !search || leads_elsewhere(found);
     }
 
     Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) override {
@@ -144,7 +134,7 @@ class Win32Tree : public TreeSystem {
         const auto visit_found = [&](const WIN32_FIND_DATAW& found) -> Result<void> {
             const bool is_folder = found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
             ItemBelow item{current, is_folder ? ItemKind::Folder : ItemKind::File,
-                           is_folder_link(found)};
+                           is_folder && leads_elsewhere(found)};
             if (!item.path.wide.ends_with(u'\\'))
                 item.path.wide += u'\\';
             item.path.wide += to_utf16(found.cFileName);
@@ -160,46 +150,13 @@ class Win32Tree : public TreeSystem {
         }
         return {};
     }
-
-    bool has_shell_operations() override { return shell_file_operation() != nullptr; }
-
-    ShellOutcome shell_copy(const NativePath& folder, const NativePath& target,
-                            ShellMessages messages) override {
-        const std::wstring from = path_list(folder);
-        const std::wstring to = path_list(target);
-        SHFILEOPSTRUCTW operation{};
-        operation.hwnd = messages == ShellMessages::Shown ? GetForegroundWindow() : nullptr;
-        operation.wFunc = FO_COPY;
-        operation.pFrom = from.c_str();
-        operation.pTo = to.c_str();
-        operation.fFlags = FOF_SIMPLEPROGRESS | FOF_NOCONFIRMMKDIR;
-        operation.lpszProgressTitle = L"Copying Folder...";
-        return run_shell_operation(operation, messages);
-    }
-
-    ShellOutcome shell_delete(const NativePath& folder, void* owner,
-                              ShellMessages messages) override {
-        const std::wstring from = path_list(folder);
-        SHFILEOPSTRUCTW operation{};
-        operation.hwnd = static_cast<HWND>(owner);
-        operation.wFunc = FO_DELETE;
-        operation.pFrom = from.c_str();
-        operation.fFlags = FOF_SIMPLEPROGRESS | FOF_NOCONFIRMATION;
-        return run_shell_operation(operation, messages);
-    }
-
-    bool confirm(void* owner, const std::u16string& question) override {
-        MessageBeep(0);
-        return MessageBoxW(static_cast<HWND>(owner), as_wide(question), L"",
-                           MB_TASKMODAL | MB_ICONHAND | MB_OKCANCEL) == IDOK;
-    }
 };
 
 } // namespace
 
-TreeSystem& system_tree() {
-    static Win32Tree tree;
-    return tree;
+TreeSystem& tree() {
+    static Win32Tree instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

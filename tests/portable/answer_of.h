@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/portable/fake_call.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +17,13 @@ inline std::string answer_of(const FakeCall& call, const Result<void>& done) {
     EXPECT_EQ(call.result().has_value(), done.has_value());
     return done ? utf8_from_utf16(call.result().value_or(u"<no result>"))
                 : "$$" + std::to_string(number(done.error()));
+}
+// A function that asks nothing of the system.
+inline auto in_no_system(params::Body body) {
+    return [body](params::Call& call) {
+        FakeSystem system;
+        return body(call, system);
+    };
 }
 template <typename Function>
 std::string answer_of(std::vector<std::u16string> parameters, const Function& function) {

@@ -31,6 +31,17 @@ TEST(Win32Errors, HaveTheirCodesOrPass) {
         EXPECT_EQ(number(error_from_win32(c.error)), c.code) << c.error;
 }
 
+TEST(Win32Errors, OfDisksAndOfTheShellHaveCodesOfTheirOwn) {
+    EXPECT_EQ(disk_error(2401), ErrorCode::Busy);
+    EXPECT_EQ(disk_error(3), ErrorCode::VolumeNotFound);
+    EXPECT_EQ(number(disk_error(1326)), 1326);
+    EXPECT_EQ(disk_error(5), ErrorCode::Busy);
+    EXPECT_EQ(deletion_error(5), ErrorCode::Busy);
+    for (const int own : {0x71, 124, 0x88})
+        EXPECT_EQ(number(deletion_error(own)), own);
+    EXPECT_EQ(deletion_error(123), static_cast<ErrorCode>(123)); // ERROR_INVALID_NAME elsewhere
+}
+
 TEST(CalendarTime, DaysCountFromYearOne) {
     const auto day = [](int year, int month, int day_of_month) {
         return params::day_number({year, month, day_of_month, 0, 0, 0});

@@ -49,15 +49,24 @@ class LoggingDigest : public Digest {
     DigestLog& log_;
 };
 
+// Files with digests that only remember.
 template <typename Files>
-std::string hash(Files& files, DigestLog& log, std::vector<std::u16string> parameters) {
+class WithDigests : public Files {
+  public:
+    Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) override {
+        log->algorithm = algorithm;
+        VELL_TRY(log->count_operation());
+        return std::unique_ptr<Digest>(std::make_unique<LoggingDigest>(*log));
+    }
+    DigestLog* log = nullptr;
+};
+
+template <typename Files>
+std::string hash(WithDigests<Files>& files, DigestLog& log,
+                 std::vector<std::u16string> parameters) {
     FakeCall call(std::move(parameters));
-    const DigestMaker maker = [&](DigestAlgorithm algorithm) -> Result<std::unique_ptr<Digest>> {
-        log.algorithm = algorithm;
-        VELL_TRY(log.count_operation());
-        return std::unique_ptr<Digest>(std::make_unique<LoggingDigest>(log));
-    };
-    const std::string answer = answer_of(call, get_file_hash(call, files, maker));
+    files.log = &log;
+    const std::string answer = answer_of(call, get_file_hash(call, files));
     EXPECT_EQ(files.open_files(), 0);
     return answer;
 }
@@ -65,7 +74,7 @@ std::string hash(Files& files, DigestLog& log, std::vector<std::u16string> param
 TEST(FileHash, TakesEveryByteInOrderWhateverTheReadsBring) {
     const std::string bytes = testing::numbered_bytes(200'000);
     for (const std::size_t longest_read : {bytes.size(), std::size_t{65'534}, std::size_t{1'001}}) {
-        FakeFiles files;
+        WithDigests<FakeFiles> files;
         files.add(u"file", FakeContents::device(bytes, longest_read));
         DigestLog log;
         EXPECT_EQ(hash(files, log, {u"", u"file"}), "000fa0ff");
@@ -87,7 +96,7 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
         {u"-Hash_SHA1-Colons", DigestAlgorithm::Sha1, "00:0f:a0:ff"},
         {u"-colons", DigestAlgorithm::Md5, "00:0f:a0:ff"},
     };
-    FakeFiles files;
+    WithDigests<FakeFiles> files;
     files.add(u"file", FakeContents::of("x"));
     for (const auto& c : cases) {
         DigestLog log;
@@ -99,7 +108,7 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
 
 // A checksum of a part of the file would be taken for that of the whole.
 TEST(FileHash, NoFailureIsTakenForTheEnd) {
-    FakeFiles files;
+    WithDigests<FakeFiles> files;
     files.add(u"file", FakeContents::of(testing::numbered_bytes(150'000)));
     DigestLog unhurt;
     ASSERT_EQ(hash(files, unhurt, {u"", u"file"}), "000fa0ff");
@@ -125,7 +134,7 @@ TEST(FileHash, NoFailureIsTakenForTheEnd) {
 }
 
 TEST(FileHash, FilesBeyondFourGibibytesAreTakenToTheirEnd) {
-    testing::LongFiles files;
+    WithDigests<testing::LongFiles> files;
     DigestLog log;
     log.keeps_bytes = false;
     EXPECT_EQ(hash(files, log, {u"", u"long"}), "000fa0ff");

@@ -4,6 +4,7 @@
 #include "src/files/disks/disks.h"
 #include "src/files/paths/special_folders.h"
 #include "tests/portable/answer_of.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ struct FakeDisk {
 };
 
 // Notes what was done with the disks.
-class FakeDisks : public DiskSystem {
+class FakeDisks : public testing::FakeSystem {
   public:
     std::map<char16_t, FakeDisk> disks{
         {u'C', {DiskType::Fixed, u"Windows"}},
@@ -55,7 +56,6 @@ class FakeDisks : public DiskSystem {
         return DiskSpace{5'000'000'000'000, 4'999'999'999'999};
     }
     std::u16string share_of(char16_t letter) override { return disks.at(letter).share; }
-    char16_t system_letter() override { return u'C'; }
     bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
         return std::ranges::equal(a, b, {}, fold_ascii<char16_t>, fold_ascii<char16_t>);
     }
@@ -87,7 +87,7 @@ class FakeDisks : public DiskSystem {
 
 class Disks : public ::testing::Test {
   protected:
-    using Function = Result<void> (*)(params::Call&, DiskSystem&);
+    using Function = params::Body;
 
     // ";" for the ends of lines.
     std::u16string result(Function function, testing::FakeCall& call) {
@@ -188,32 +188,37 @@ TEST_F(Disks, AreUnmountedByTheirKind) {
     }
     EXPECT_EQ(result(unmount_disk, {u"-Force", u"F"}), u"0");
     EXPECT_EQ(system.done, u"eject F forced");
-    system.failure = disk_error(2401);
+    system.failure = ErrorCode::Busy;
     EXPECT_EQ(result(unmount_disk, {u"", u"Y"}), u"-47");
 }
 
-TEST(FindFolder, TakesTheLongestWord) {
+class NotedPlaces : public testing::FakeSystem {
+  public:
     SpecialFolder asked{};
     MakeFolder made{};
-    const auto source = [&](SpecialFolder folder, MakeFolder make) -> Result<std::u16string> {
+    Result<std::u16string> special_folder(SpecialFolder folder, MakeFolder make) override {
         asked = folder;
         made = make;
         return std::u16string(u"C:\\x");
-    };
+    }
+};
+
+TEST(FindFolder, TakesTheLongestWord) {
+    NotedPlaces system;
     const auto found = [&](std::u16string switches) {
         const std::vector<std::u16string> parameters{std::move(switches)};
         return testing::answer_of(parameters,
-                                  [&](params::Call& call) { return find_folder(call, source); });
+                                  [&](params::Call& call) { return find_folder(call, system); });
     };
     for (const auto& [word, folder] : special_folder_words()) {
         EXPECT_EQ(found(u"-" + utf16_from_utf8(word) + u"Folder -CreateFolder"), "C:\\x\\");
-        EXPECT_EQ(asked, folder) << word;
-        EXPECT_EQ(made, MakeFolder::Yes);
+        EXPECT_EQ(system.asked, folder) << word;
+        EXPECT_EQ(system.made, MakeFolder::Yes);
     }
     EXPECT_EQ(found(u"-FileMakerPathFormat desktop"), "filewin:/C:/x/");
-    EXPECT_EQ(made, MakeFolder::No);
+    EXPECT_EQ(system.made, MakeFolder::No);
     EXPECT_EQ(found(u"-Desktop,-PublicDesktopFolder"), "C:\\x\\");
-    EXPECT_EQ(asked, SpecialFolder::PublicDesktop);
+    EXPECT_EQ(system.asked, SpecialFolder::PublicDesktop);
     for (const char16_t* switches :
          {u"", u"-CreateFolder -FileMakerPathFormat", u"-DesktopX", u"-Documentation",
           u"-SystemFontsFolder", u"-DesktopFolders", u"-XDesktop", u"-Desktop2", u"Musicl\u00E4"})

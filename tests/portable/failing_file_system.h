@@ -1,14 +1,36 @@
 // What fails at the operation that a test chooses.
 #pragma once
 
-#include "src/system/file_access.h"
+#include "tests/portable/fake_system.h"
 
 #include <limits>
 
 namespace vell::testing {
 
-class FailingFileSystem : public files::FileSystem {
+// The files of a system, and the system that has them.
+class FailingFileSystem : public FakeSystem, public files::FileSystem {
   public:
+    files::FileSystem& files() override { return *this; }
+
+    // Nobody else has a file open here.
+    Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) override {
+        return open(path, files::Permission::Read);
+    }
+    Result<std::unique_ptr<files::File>> open_new(const NativePath& path) override {
+        VELL_TRY(create_new(path));
+        auto file = open(path, files::Permission::Write);
+        if (!file) // all in one step: nothing is there then
+            static_cast<void>(remove(path));
+        return file;
+    }
+    Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
+        if (kind_of(path) == files::ItemKind::None)
+            VELL_TRY(create_new(path));
+        auto file = VELL_TRY(open(path, files::Permission::Write));
+        VELL_TRY(file->set_end_of_file());
+        return file;
+    }
+
     // Operations are counted from 1; whatever is done to the file system or to a file is one.
     void fail(int operation, ErrorCode code) { fail(operation, operation, code); }
     // Nothing works any more from this operation on.

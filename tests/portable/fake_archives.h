@@ -1,7 +1,6 @@
 // The system below archives in memory: files of WritableFiles, folders, links and times.
 #pragma once
 
-#include "src/archive/archive_system.h"
 #include "src/archive/zip_writer.h"
 #include "tests/portable/fake_folders.h"
 #include "tests/portable/writable_files.h"
@@ -14,19 +13,45 @@
 
 namespace vell::testing {
 
-inline constexpr params::CalendarTime noon{2024, 2, 29, 12, 34, 56};
+inline std::u16string parent_of(const std::u16string& path) {
+    return path.substr(0, std::min(path.rfind(u'\\'), path.size()));
+}
 
 // Files and folders; paths of folders have no separator at their end.
 class FilesAndFolders : public WritableFiles {
   public:
     std::set<std::u16string> folders;
-    std::set<std::u16string> watched; // files that others open as soon as they are there
+    files::FileSystem* shared = nullptr; // has the files that are opened as shared ones
+    std::set<std::u16string> watched;    // files that others open as soon as they are there
 
     Result<std::unique_ptr<files::File>> open(const files::NativePath& path,
                                               files::Permission permission) override {
         if (watched.contains(path.wide))
             return Failure{ErrorCode::Busy};
         return WritableFiles::open(path, permission);
+    }
+    Result<std::unique_ptr<files::File>> open_shared(const files::NativePath& path) override {
+        if (shared)
+            return shared->open(path, files::Permission::Read);
+        return WritableFiles::open_shared(path);
+    }
+    Result<std::unique_ptr<files::File>> open_new(const files::NativePath& path) override {
+        if (kind_of(path) != files::ItemKind::None)
+            return Failure{ErrorCode::AlreadyExists};
+        if (!folders.contains(parent_of(path.wide)))
+            return Failure{ErrorCode::FolderNotFound};
+        VELL_TRY(create_new(path));
+        auto file = WritableFiles::open(path, files::Permission::Write);
+        if (!file) // all in one step: nothing is there then
+            static_cast<void>(remove(path));
+        return file;
+    }
+    Result<std::unique_ptr<files::File>> open_emptied(const files::NativePath& path) override {
+        if (kind_of(path) == files::ItemKind::Folder)
+            return Failure{ErrorCode::Busy};
+        if (!folders.contains(parent_of(path.wide)))
+            return Failure{ErrorCode::FolderNotFound};
+        return WritableFiles::open_emptied(path);
     }
     files::ItemKind kind_of(const files::NativePath& path) override {
         std::u16string name = path.wide;
@@ -36,7 +61,7 @@ class FilesAndFolders : public WritableFiles {
     }
 };
 
-class FakeArchives : public archive::ArchiveSystem {
+class FakeArchives : public FakeSystem {
   public:
     FakeArchives() {
         listing_.generate = [this](const std::u16string& path) {
@@ -49,53 +74,23 @@ class FakeArchives : public archive::ArchiveSystem {
     std::map<std::u16string, params::CalendarTime> times;
     ErrorCode folder_failure = ErrorCode::Ok; // of create_folder
 
-    FilesAndFolders& files() override { return store; }
+    files::FileSystem& files() override { return store; }
     files::FolderSource& folders() override { return listing_; }
-    Result<files::NativePath> full_path(const files::NativePath& path) override { return path; }
 
-    Result<std::unique_ptr<files::File>> open_shared(const files::NativePath& path) override {
-        return store.open(path, files::Permission::Read);
-    }
-    Result<std::unique_ptr<files::File>> open_new(const files::NativePath& path) override {
-        if (store.kind_of(path) != files::ItemKind::None)
-            return Failure{ErrorCode::AlreadyExists};
-        if (!store.folders.contains(parent(path.wide)))
-            return Failure{ErrorCode::FolderNotFound};
-        VELL_TRY(store.create_new(path));
-        auto file = store.WritableFiles::open(path, files::Permission::Write);
-        if (!file) // all in one step: nothing is there then
-            static_cast<void>(store.remove(path));
-        return file;
-    }
-    Result<std::unique_ptr<files::File>> open_emptied(const files::NativePath& path) override {
-        if (store.kind_of(path) == files::ItemKind::Folder)
-            return Failure{ErrorCode::Busy};
-        if (!store.folders.contains(parent(path.wide)))
-            return Failure{ErrorCode::FolderNotFound};
-        if (store.kind_of(path) == files::ItemKind::None)
-            VELL_TRY(store.create_new(path));
-        auto file = VELL_TRY(store.open(path, files::Permission::Write));
-        VELL_TRY(file->set_end_of_file());
-        return file;
-    }
-    Result<void> create_folder(const files::NativePath& path) override {
+    Result<void> create_folder(const NativePath& path) override {
         if (folder_failure != ErrorCode::Ok)
             return Failure{folder_failure};
         if (store.kind_of(path) != files::ItemKind::None)
             return Failure{ErrorCode::AlreadyExists};
-        if (!store.folders.contains(parent(path.wide)))
+        if (!store.folders.contains(parent_of(path.wide)))
             return Failure{ErrorCode::FolderNotFound};
         store.folders.insert(path.wide);
         return {};
     }
-    bool is_link(const files::NativePath& path) override { return links.contains(path.wide); }
-    params::CalendarTime now() override { return noon; }
-    Result<params::CalendarTime> modification_time(const files::NativePath&) override {
-        return noon;
-    }
-    Result<void> set_times(const files::NativePath& path,
-                           const params::CalendarTime& local) override {
-        times[path.wide] = local;
+    bool is_link(const NativePath& path) override { return links.contains(path.wide); }
+    Result<params::CalendarTime> time(const NativePath&, files::ItemTime) override { return noon; }
+    Result<void> set_times(const NativePath& path, const files::NewTimes& given) override {
+        times[path.wide] = given.modified.value();
         return {};
     }
 
@@ -103,7 +98,7 @@ class FakeArchives : public archive::ArchiveSystem {
     Entries items_of(const std::u16string& path) const {
         Entries entries{folder(u"."), folder(u"..")};
         const auto add = [&](const std::u16string& item, bool is_folder) {
-            if (parent(item) + u"\\" != path)
+            if (parent_of(item) + u"\\" != path)
                 return;
             FolderEntry& entry = entries.emplace_back(file(item.substr(path.size())));
             entry.is_folder = is_folder;
@@ -116,14 +111,10 @@ class FakeArchives : public archive::ArchiveSystem {
             add(item.first, false);
         return entries;
     }
-    static std::u16string parent(const std::u16string& path) {
-        return path.substr(0, std::min(path.rfind(u'\\'), path.size()));
-    }
-
     FakeFolders listing_;
 };
 
-inline archive::NativePath native(std::u16string_view path) {
+inline files::NativePath native(std::u16string_view path) {
     return {std::u16string(path), std::nullopt};
 }
 

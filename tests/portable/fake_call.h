@@ -66,6 +66,9 @@ class FakeCall : public params::Call {
         }
         return bytes;
     }
+    std::u16string decode(std::string_view bytes, params::TextEncoding encoding) override {
+        return decoded(bytes, encoding);
+    }
     std::int64_t number(std::size_t index) override {
         using Limits = std::numeric_limits<std::int32_t>;
         const std::int64_t value = std::atoll(utf8_from_utf16(text(index)).c_str());

@@ -1,7 +1,8 @@
 // Folders that exist only in a test.
 #pragma once
 
-#include "src/system/folder_reader.h"
+#include "src/windows/error.h"
+#include "tests/portable/fake_system.h"
 
 #include <algorithm>
 #include <functional>
@@ -43,10 +44,13 @@ inline FolderEntry link(FolderEntry entry) {
 class FakeFolders : public FolderSource {
   public:
     void add(const std::u16string& path, Entries entries) { folders_[path] = std::move(entries); }
-    void refuse(const std::u16string& path, SystemError error) { refused_[path] = error; }
-    void fail_read(int read, SystemError error) {
+    // Failures are Windows' own.
+    void refuse(const std::u16string& path, std::int32_t error) {
+        refused_[path] = of_windows(error);
+    }
+    void fail_read(int read, std::int32_t error) {
         failing_read_ = read;
-        failure_ = error;
+        failure_ = of_windows(error);
         reads_ = 0;
     }
     std::function<Entries(const std::u16string& path)> generate;
@@ -61,12 +65,14 @@ class FakeFolders : public FolderSource {
             return Failure{found->second};
         const auto found = folders_.find(path);
         if (found == folders_.end() && !generate)
-            return Failure{SystemError{3}};
+            return Failure{of_windows(3)};
         return std::unique_ptr<FolderReader>(std::make_unique<Reader>(
             *this, found == folders_.end() ? generate(path) : found->second));
     }
 
   private:
+    static SystemError of_windows(std::int32_t error) { return {error, error_from_win32(error)}; }
+
     class Reader : public FolderReader {
       public:
         Reader(FakeFolders& folders, Entries entries)
@@ -93,7 +99,7 @@ class FakeFolders : public FolderSource {
     std::map<std::u16string, Entries> folders_;
     std::map<std::u16string, SystemError> refused_;
     int failing_read_ = 0;
-    SystemError failure_ = 0;
+    SystemError failure_;
     int reads_ = 0;
     int open_readers_ = 0;
     std::size_t largest_batch_ = 0;

@@ -183,17 +183,16 @@ class ListFolder : public ::testing::Test {
         folders.add(u"C:\\top\\sub\\", {file(u"b.txt", 12)});
     }
 
-    std::u16string result(std::vector<std::u16string> parameters,
-                          Result<void> (*body)(params::Call&, FileSystem&,
-                                               FolderSource&) = list_folder) {
+    std::u16string result(std::vector<std::u16string> parameters, params::Body body = list_folder) {
         testing::FakeCall call(std::move(parameters));
-        const Result<void> done = body(call, items, folders);
+        const Result<void> done = body(call, system);
         EXPECT_EQ(done.has_value(), call.result().has_value());
         return done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
     }
 
     testing::FakeFiles items;
     FakeFolders folders;
+    testing::FakeSystem system{items, folders};
 };
 
 TEST_F(ListFolder, FindsItsWordsAnywhere) {

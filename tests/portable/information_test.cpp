@@ -3,6 +3,7 @@
 #include "src/files/information/information.h"
 #include "src/files/paths/path_to.h"
 #include "tests/portable/answer_of.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,10 @@ namespace {
 using params::Call;
 using testing::answer_of;
 using testing::FakeCall;
+using testing::in_no_system;
 
 // One item, "item"; every operation can be made to fail.
-class OneItem : public ItemProperties {
+class OneItem : public testing::FakeSystem {
   public:
     explicit OneItem(std::uint32_t attributes) : value(attributes) {}
 
@@ -213,15 +215,22 @@ TEST(Information, NamesAndExtensionsAreThoseOfTheLastComponent) {
         {u"$$-43", "$$-4299", "$$-4299"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(answer_of({u"", c.path}, get_file_name), c.name) << utf8_from_utf16(c.path);
-        EXPECT_EQ(answer_of({u"", c.path}, get_extension), c.extension) << utf8_from_utf16(c.path);
+        EXPECT_EQ(answer_of({u"", c.path}, in_no_system(get_file_name)), c.name)
+            << utf8_from_utf16(c.path);
+        EXPECT_EQ(answer_of({u"", c.path}, in_no_system(get_extension)), c.extension)
+            << utf8_from_utf16(c.path);
     }
 }
 
-TEST(PathTo, FindsTheProgramAndTheSolution) {
-    const auto program = [] {
+class HostPlace : public testing::FakeSystem {
+  public:
+    Result<std::u16string> program_path() override {
         return std::u16string(u"C:\\Host\\Host Pro.exe");
-    };
+    }
+};
+
+TEST(PathTo, FindsTheProgramAndTheSolution) {
+    HostPlace system;
     const struct {
         const char16_t* switches;
         const char16_t* file_path;
@@ -242,7 +251,7 @@ TEST(PathTo, FindsTheProgramAndTheSolution) {
     for (const auto& c : cases) {
         FakeCall call({c.switches});
         call.set_calculation(u"Get ( FilePath )", c.file_path);
-        EXPECT_EQ(answer_of(call, get_path_to(call, program)), c.expected);
+        EXPECT_EQ(answer_of(call, get_path_to(call, system)), c.expected);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "src/files/desktop/launching.h"
 #include "src/files/desktop/select_dialogs.h"
 #include "tests/portable/answer_of.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -18,20 +19,24 @@ struct CallWithoutUser : FakeCall {
 };
 
 // Knows two items, and writes down what it is asked for.
-class NotedDesktop : public Desktop {
+class NotedDesktop : public testing::FakeSystem {
   public:
     std::u16string asked;
 
-    Result<FoundItem> find(const NativePath& path) override {
-        if (path.wide == u"C:\\d\\a b.txt")
-            return FoundItem{path.wide, false};
+    Result<std::uint32_t> attributes(const NativePath& path) override {
+        for (const auto* file : {u"C:\\d\\a b.txt", u"//s/t/a", u"C:\\long"})
+            if (path.wide == file)
+                return bit(Attribute::Archive);
         if (path.wide == u"C:\\d" || path.wide == u"C:\\d\\")
-            return FoundItem{path.wide, true};
-        if (path.wide == u"//s/t/a")
-            return FoundItem{u"\\\\s\\t\\a", false};
-        if (path.wide == u"C:\\long")
-            return FoundItem{std::u16string(260, u'x'), false};
+            return bit(Attribute::Folder);
         return Failure{ErrorCode::NotFound};
+    }
+    Result<std::u16string> absolute_path(const std::u16string& path) override {
+        if (path == u"C:\\long")
+            return std::u16string(260, u'x');
+        std::u16string full = path;
+        std::ranges::replace(full, u'/', u'\\');
+        return full;
     }
     Result<void> launch(const LaunchRequest& request) override {
         asked = u"launch " + request.target + u'|' + request.parameters + u'|' +
@@ -46,11 +51,9 @@ class NotedDesktop : public Desktop {
     Result<void> bring_to_front(void*) override { return Failure{ErrorCode::NoFrontWindow}; }
 };
 
-using DesktopBody = Result<void> (*)(Call&, Desktop&);
-
 TEST(Launching, AsksTheDesktop) {
     const struct {
-        DesktopBody body;
+        params::Body body;
         std::vector<std::u16string> parameters;
         const char* result; // what was asked for, or the code
     } cases[] = {
@@ -89,17 +92,21 @@ TEST(Launching, AsksTheDesktop) {
     }
 }
 
+class NotedCommands : public testing::FakeSystem {
+  public:
+    bool shown = false;
+    Result<std::unique_ptr<RunningCommand>> start(const std::u16string&,
+                                                  const CommandSettings& settings) override {
+        shown = settings.show_window;
+        return Failure{ErrorCode::NotFound};
+    }
+};
+
 TEST(ExecuteShell, HasNoWindowWhereNobodySeesIt) {
     const auto shows_window = [](FakeCall& call) {
-        bool shown = false;
-        const auto note =
-            [&](const std::u16string&,
-                const CommandSettings& settings) -> Result<std::unique_ptr<RunningCommand>> {
-            shown = settings.show_window;
-            return Failure{ErrorCode::NotFound};
-        };
-        EXPECT_EQ(answer_of(call, execute_shell(call, note)), "$$-43");
-        return shown;
+        NotedCommands system;
+        EXPECT_EQ(answer_of(call, execute_shell(call, system)), "$$-43");
+        return system.shown;
     };
     const std::vector<std::u16string> parameters{u"-ShowCommandWindow", u"dir"};
     FakeCall call(parameters);
@@ -118,11 +125,22 @@ std::string shown(const FileDialog& dialog) {
            (dialog.ask_before_replacing ? "ask" : "");
 }
 
-using DialogBody = Result<void> (*)(Call&, const ShowDialog&);
+// A user who selects two files, or none.
+class Selection : public testing::FakeSystem {
+  public:
+    std::string dialog;
+    bool cancels = false;
+    Result<std::vector<std::u16string>> show(const FileDialog& wanted) override {
+        dialog = shown(wanted);
+        if (cancels)
+            return Failure{ErrorCode::Cancelled};
+        return std::vector<std::u16string>{u"C:\\a", u"C:\\b"};
+    }
+};
 
 TEST(SelectDialogs, ShowWhatTheCallSays) {
     const struct {
-        DialogBody body;
+        params::Body body;
         std::vector<std::u16string> parameters;
         const char* dialog; // or the code
         const char* result = "C:\\a\rC:\\b";
@@ -148,27 +166,21 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
         {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},
     };
     for (const auto& c : cases) {
-        std::string dialog;
-        const auto show = [&](const FileDialog& wanted) {
-            dialog = shown(wanted);
-            return Result<std::vector<std::u16string>>(
-                std::vector<std::u16string>{u"C:\\a", u"C:\\b"});
-        };
+        Selection system;
         FakeCall call(c.parameters);
-        const std::string result = answer_of(call, c.body(call, show));
-        EXPECT_EQ(dialog.empty() ? result : dialog, c.dialog);
-        if (!dialog.empty()) {
+        const std::string result = answer_of(call, c.body(call, system));
+        EXPECT_EQ(system.dialog.empty() ? result : system.dialog, c.dialog);
+        if (!system.dialog.empty()) {
             EXPECT_EQ(result, c.result) << c.dialog;
         }
     }
     FakeCall step({u"", u"", u""});
     step.set_step_option(3, 1);
     step.set_step_option(4, 0);
-    const auto cancel = [&](const FileDialog& wanted) -> Result<std::vector<std::u16string>> {
-        EXPECT_EQ(shown(wanted), "Select a file.||||several ask");
-        return Failure{ErrorCode::Cancelled};
-    };
-    EXPECT_EQ(answer_of(step, select_file_dialog(step, cancel)), "$$-128");
+    Selection system;
+    system.cancels = true;
+    EXPECT_EQ(answer_of(step, select_file_dialog(step, system)), "$$-128");
+    EXPECT_EQ(system.dialog, "Select a file.||||several ask");
 }
 
 } // namespace

@@ -68,7 +68,7 @@ std::string archive_of_two_files() {
     source.store.folders.insert(u"C:");
     source.store.add(u"C:\\long", std::string(100'000, 'a'));
     source.store.add(u"C:\\empty", "");
-    archive::ZipWriter writer(source.open_emptied(native(u"C:\\zip")).value());
+    archive::ZipWriter writer(source.store.open_emptied(native(u"C:\\zip")).value());
     EXPECT_TRUE(writer.add_file(source, "f/g/long", native(u"C:\\long"), {}));
     EXPECT_TRUE(writer.add_file(source, "empty", native(u"C:\\empty"), {}));
     EXPECT_TRUE(writer.finish());

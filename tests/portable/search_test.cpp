@@ -45,12 +45,13 @@ TEST(NamePattern, NeedsNoTimeBeyondTheProductOfTheLengths) {
     EXPECT_FALSE(NamePattern(text + u"b", NameExtent::Whole).matches(name));
 }
 
-class System : public SearchSystem {
+class SearchedSystem : public testing::FakeSystem {
   public:
-    std::uint64_t clock = 0;
-    Result<NativePath> full_path(const NativePath& path) override {
-        NativePath full = path;
-        std::ranges::replace(full.wide, u'/', u'\\');
+    using FakeSystem::FakeSystem;
+    std::uint64_t clock_now = 0;
+    Result<std::u16string> absolute_path(const std::u16string& path) override {
+        std::u16string full = path;
+        std::ranges::replace(full, u'/', u'\\');
         return full;
     }
     void fold_case(std::u16string& name) override {
@@ -58,7 +59,7 @@ class System : public SearchSystem {
             if (fold_ascii(unit) != unit || unit == u'\u00C4')
                 unit = static_cast<char16_t>(unit + 32);
     }
-    std::uint64_t milliseconds() override { return clock += 400; }
+    std::uint64_t milliseconds() override { return clock_now += 400; }
 };
 
 class Search : public ::testing::Test {
@@ -84,7 +85,7 @@ class Search : public ::testing::Test {
     // ";" for the ends of lines.
     std::u16string result(std::u16string switches, std::u16string where, std::u16string name) {
         testing::FakeCall call({std::move(switches), std::move(where), std::move(name)});
-        const Result<void> done = search(call, items, folders, system);
+        const Result<void> done = search(call, system);
         EXPECT_EQ(done.has_value(), call.result().has_value());
         EXPECT_EQ(folders.open_readers(), 0);
         notes = call.notes();
@@ -96,7 +97,7 @@ class Search : public ::testing::Test {
 
     testing::FakeFiles items;
     testing::FakeFolders folders;
-    System system;
+    SearchedSystem system{items, folders};
     std::vector<std::string> notes;
 };
 

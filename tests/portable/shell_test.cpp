@@ -1,6 +1,8 @@
 // Commands that exist only here: their output, their times and their settings.
+#include "src/files/commands/running_command.h"
 #include "src/files/commands/shell.h"
 #include "tests/portable/fake_call.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -149,17 +151,27 @@ struct ShellRun {
     CommandSettings settings;
 };
 
+class NotedCommands : public testing::FakeSystem {
+  public:
+    explicit NotedCommands(ShellRun& run, std::string writes)
+        : run_(run), writes_(std::move(writes)) {}
+    Result<std::unique_ptr<RunningCommand>> start(const std::u16string& command,
+                                                  const CommandSettings& settings) override {
+        run_.command = command;
+        run_.settings = settings;
+        return std::unique_ptr<RunningCommand>(
+            std::make_unique<FakeCommand>(5, std::deque<FakeCommand::Writing>{{0, writes_}}));
+    }
+
+  private:
+    ShellRun& run_;
+    std::string writes_;
+};
+
 ShellRun run(testing::FakeCall& call, const std::string& writes = "") {
     ShellRun run;
-    const auto start =
-        [&](const std::u16string& command,
-            const CommandSettings& settings) -> Result<std::unique_ptr<RunningCommand>> {
-        run.command = command;
-        run.settings = settings;
-        return std::unique_ptr<RunningCommand>(
-            std::make_unique<FakeCommand>(5, std::deque<FakeCommand::Writing>{{0, writes}}));
-    };
-    const Result<void> done = execute_shell(call, start);
+    NotedCommands system(run, writes);
+    const Result<void> done = execute_shell(call, system);
     EXPECT_EQ(done.has_value(), call.result().has_value());
     run.result = done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
     return run;
@@ -220,10 +232,8 @@ TEST(ExecuteShell, RefusesWhatItCannotRun) {
         EXPECT_EQ(run(call).result, result) << length;
     }
     testing::FakeCall refused({u"", u"x"});
-    const auto start = [](const std::u16string&, const CommandSettings&) {
-        return Result<std::unique_ptr<RunningCommand>>(Failure{ErrorCode::SystemFolderUnknown});
-    };
-    EXPECT_EQ(number(execute_shell(refused, start).error()), -4301);
+    testing::FakeSystem without_commands;
+    EXPECT_EQ(execute_shell(refused, without_commands).error(), ErrorCode::NotAvailable);
 }
 
 TEST(ExecuteShell, AStepsOptionsStandInThePlaceOfSwitches) {

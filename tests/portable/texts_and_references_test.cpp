@@ -5,6 +5,7 @@
 #include "src/files/paths/path_references.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/fake_files.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,7 @@ namespace {
 
 using params::Call;
 using testing::answer_of;
+using testing::in_no_system;
 
 TEST(TextConversion, LineEndsAndBytesGoBothWays) {
     constexpr std::tuple<const char16_t*, const char16_t*, const char*, const char*> cases[] = {
@@ -30,8 +32,8 @@ TEST(TextConversion, LineEndsAndBytesGoBothWays) {
         {u"-Encoding=BytesOnly", u"\u0080\u00FF", "\u0080\u00FF", "\u0080\u00FF"},
     };
     for (const auto& [switches, text, from_host, to_host] : cases) {
-        EXPECT_EQ(answer_of({switches, text}, convert_from_host_text), from_host);
-        EXPECT_EQ(answer_of({switches, text}, convert_to_host_text), to_host);
+        EXPECT_EQ(answer_of({switches, text}, in_no_system(convert_from_host_text)), from_host);
+        EXPECT_EQ(answer_of({switches, text}, in_no_system(convert_to_host_text)), to_host);
     }
 }
 
@@ -56,18 +58,27 @@ TEST(CharacterCodes, AreCodePointsOrBytesOfTheEncoding) {
     std::u16string many;
     for (int i = 0; i < 257; ++i)
         many += u"65 ";
-    EXPECT_EQ(answer_of({u"", many, std::u16string(1 << 20, u'-')}, ascii_value_to_text), "$$-207");
+    EXPECT_EQ(
+        answer_of({u"", many, std::u16string(1 << 20, u'-')}, in_no_system(ascii_value_to_text)),
+        "$$-207");
     for (const auto& [switches, values, separator, expected] : cases)
-        EXPECT_EQ(answer_of({switches, values, separator}, ascii_value_to_text), expected)
+        EXPECT_EQ(answer_of({switches, values, separator}, in_no_system(ascii_value_to_text)),
+                  expected)
             << utf8_from_utf16(values);
 }
 
-TEST(References, NameOneFullPath) {
-    const FullPath full_path = [](std::u16string path) -> Result<std::u16string> {
+class FromHere : public testing::FakeSystem {
+  public:
+    Result<std::u16string> absolute_path(const std::u16string& given) override {
+        std::u16string path = given;
         std::ranges::replace(path, u'/', u'\\');
         const bool has_root = path.starts_with(u"\\\\") || path.substr(0, 2) == u"C:";
         return has_root ? path : u"C:\\here\\" + path;
-    };
+    }
+};
+
+TEST(References, NameOneFullPath) {
+    FromHere system;
     constexpr std::pair<const char16_t*, const char*> cases[] = {
         {u"C:/a/", "C:\\a\\"},
         {u"filewin:/C:/a b", "C:\\a b"},
@@ -88,13 +99,13 @@ TEST(References, NameOneFullPath) {
         {u"filewin:/$$-43", "$$-4299"},
     };
     const auto to_path = [&](Call& call) {
-        return file_spec_to_full_path(call, full_path);
+        return file_spec_to_full_path(call, system);
     };
     for (const auto& [reference, expected] : cases)
         EXPECT_EQ(answer_of({u"", reference}, to_path), expected) << utf8_from_utf16(reference);
     EXPECT_EQ(answer_of({u"-FileMakerPathFormat", u"a/b"}, to_path), "filewin:/C:/here/a/b");
     const auto to_reference = [&](Call& call) {
-        return full_path_to_file_spec(call, full_path);
+        return full_path_to_file_spec(call, system);
     };
     EXPECT_EQ(answer_of({u"", u"smb://server/share"}, to_reference), "file://server/share");
 }
@@ -112,7 +123,7 @@ TEST(MacProperties, AreToldByTheNameOrNotAtAll) {
         {u"pdf", ""},       {u"none.txt", "$$-43"}, {u"", "$$-50"}};
     for (const auto& [path, expected] : cases)
         EXPECT_EQ(answer_of({u"", path}, type), expected) << utf8_from_utf16(path);
-    EXPECT_EQ(answer_of({u"", u"", u"comment"}, set_finder_comment), "$$-50");
+    EXPECT_EQ(answer_of({u"", u"", u"comment"}, in_no_system(set_finder_comment)), "$$-50");
 }
 
 } // namespace

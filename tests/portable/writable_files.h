@@ -82,7 +82,7 @@ class WritableFiles : public FailingFileSystem {
             return Failure{ErrorCode::Busy};
         if (replace == files::Replace::No && contents_.contains(target.wide))
             return Failure{ErrorCode::AlreadyExists};
-        move(source.wide, target.wide);
+        move_contents(source.wide, target.wide);
         properties.erase(target.wide);
         if (auto moved = properties.extract(source.wide)) {
             moved.key() = target.wide;
@@ -101,7 +101,7 @@ class WritableFiles : public FailingFileSystem {
             return Failure{ErrorCode::NotFound};
         if (open_.contains(source.wide) || open_.contains(target.wide))
             return Failure{ErrorCode::Busy};
-        move(source.wide, target.wide);
+        move_contents(source.wide, target.wide);
         return {};
     }
     Result<void> remove(const files::NativePath& path) override {
@@ -183,7 +183,7 @@ class WritableFiles : public FailingFileSystem {
         std::size_t position_ = 0;
     };
 
-    void move(const std::u16string& source, const std::u16string& target) {
+    void move_contents(const std::u16string& source, const std::u16string& target) {
         contents_[target] = std::move(contents_[source]);
         contents_.erase(source);
     }

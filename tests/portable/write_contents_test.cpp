@@ -20,7 +20,7 @@ using namespace std::string_literals;
 using testing::FakeCall;
 using testing::WritableFiles;
 
-using Function = Result<void> (*)(params::Call&, FileSystem&);
+using Function = params::Body;
 constexpr Function set_file = set_contents_of_file;
 constexpr Function append_file = append_to_file;
 constexpr Function insert = insert_contents;
@@ -105,7 +105,7 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     WritableFiles files;
     files.add(u"f", "old");
     const auto set_default = [](std::u16string path) {
-        return testing::answer_of({u"", std::move(path)}, set_default_file);
+        return testing::answer_of({u"", std::move(path)}, testing::in_no_system(set_default_file));
     };
     defaults().release_file();
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
@@ -120,7 +120,7 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
 
     FakeCall type({u"", std::u16string(2'001, u'x')});
-    EXPECT_TRUE(set_default_type(type));
+    EXPECT_TRUE(testing::in_no_system(set_default_type)(type));
     EXPECT_EQ(default_file_types().size(), 2'000U);
     defaults().set_type(u"");
 }

@@ -234,7 +234,7 @@ TEST(ZipReader, FailsWithTheSinkAndTheFile) {
         system.store.add(u"zip", Archive().bytes());
         system.store.fail(failing, ErrorCode::OutOfMemory);
         bool done = false;
-        if (auto file = system.open_shared(testing::native(u"zip")))
+        if (auto file = system.store.open_shared(testing::native(u"zip")))
             if (auto opened = ZipReader::open(*std::move(file)))
                 done = opened->extract_to_file(0, system, testing::native(u"D\\a")).has_value();
         EXPECT_EQ(system.store.open_files(), 0);

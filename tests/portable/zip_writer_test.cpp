@@ -43,7 +43,7 @@ std::string from_hex(std::string_view digits) {
 }
 
 TEST_F(ZipWriting, WritesEveryRecordAsTheFormatHasIt) {
-    ASSERT_TRUE(writer.add_folder("f/", dos_time(system.now()), {0, false}));
+    ASSERT_TRUE(writer.add_folder("f/", dos_time(system.local_time()), {0, false}));
     ASSERT_TRUE(writer.add_file(system, "f/\xC3\xA4", native(u"a"), {9, true}));
     ASSERT_TRUE(writer.finish());
     // 2024-02-29 12:34:56: date 0x585D, time 0x645C. Behind the signature of a local header stand
@@ -120,9 +120,7 @@ class HugeSource : public FakeArchives {
         fake.add(u"huge", {size, bytes, [](std::uint64_t) {
                                return 'x';
                            }});
-    }
-    Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) override {
-        return fake.open(path, files::Permission::Read);
+        store.shared = &fake;
     }
     testing::FakeFiles fake;
 };

@@ -1,5 +1,5 @@
 // VlFile_GetContents on the system's own files, through the host.
-#include "src/system/file_access.h"
+#include "src/windows/system.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>
@@ -57,7 +57,7 @@ TEST_F(Contents, SeeksInAFileAbove4GiB) {
     EXPECT_EQ(contents(u"", path, {number(2147483640), number(7)}), u"two GiB");
     EXPECT_EQ(contents(u"", path, {number(2147483647), number(1)}), std::u16string(1, u'\0'));
     // The access layer itself reaches every byte.
-    const auto file = files::system_files().open({path, {}}, files::Permission::Read);
+    const auto file = windows::system().files().open({path, {}}, files::Permission::Read);
     ASSERT_TRUE(file);
     EXPECT_EQ(*(*file)->size(), 5368709120u);
     std::array<char, 8> buffer{};
@@ -107,7 +107,7 @@ TEST_F(Contents, ReadsDevicesOfUnknownLength) {
 }
 
 TEST_F(Contents, CreateNewNeverReplaces) {
-    files::FileSystem& system = files::system_files();
+    files::FileSystem& system = windows::system().files();
     const files::NativePath path{this->path(L"new.txt"), {}};
     ASSERT_TRUE(system.create_new(path));
     const auto file = system.open(path, files::Permission::Write);

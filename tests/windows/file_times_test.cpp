@@ -1,5 +1,5 @@
 // Dates and times of real files and folders, through the host.
-#include "src/files/information/file_times.h"
+#include "src/windows/file_times.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <array>
@@ -204,10 +204,10 @@ TEST(TimeZones, TheRuleOfTheDateCounts) {
         DYNAMIC_TIME_ZONE_INFORMATION zone{};
         std::wcscpy(zone.TimeZoneKeyName, c.zone);
         const FILETIME time = utc(c.utc);
-        const auto local = files::local_time(time, &zone);
+        const auto local = windows::local_time(time, &zone);
         ASSERT_TRUE(local);
         EXPECT_EQ(*local, c.local) << c.utc.year << '-' << c.utc.month << ' ' << local->hour;
-        const auto back = files::file_time(c.local, &zone);
+        const auto back = windows::file_time(c.local, &zone);
         ASSERT_TRUE(back);
         EXPECT_EQ(CompareFileTime(&*back, &time), 0) << c.utc.year << '-' << c.utc.month;
     }
@@ -217,7 +217,7 @@ TEST(TimeZones, OnlyTimesOfTheCalendarAndOfFilesAreTaken) {
     DYNAMIC_TIME_ZONE_INFORMATION greenwich{};
     std::wcscpy(greenwich.TimeZoneKeyName, L"Greenwich Standard Time");
     const auto taken = [&](const CalendarTime& time) {
-        const auto result = files::file_time(time, &greenwich);
+        const auto result = windows::file_time(time, &greenwich);
         return result ? 0 : number(result.error());
     };
     EXPECT_EQ(taken({1601, 1, 1, 0, 0, 1}), 0);

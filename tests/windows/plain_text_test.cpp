@@ -1,7 +1,7 @@
 // Texts of PDF files through Poppler: sound, strange and hostile ones.
 #include "src/base/utf8.h"
-#include "src/documents/win32_poppler_text.h"
 #include "src/host/lifecycle/large_stack.h"
+#include "src/windows/documents/poppler_text.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <zlib.h>
@@ -283,7 +283,7 @@ std::string read(const std::u16string& path) {
     std::string text;
     std::vector<std::string> notes;
     host::run_on_large_stack([&] {
-        const auto outcome = documents::read_by_poppler(
+        const auto outcome = windows::read_by_poppler(
             {path, std::nullopt},
             [&](std::string_view bytes) {
                 text += bytes;

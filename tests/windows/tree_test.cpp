@@ -1,6 +1,6 @@
 // The functions that change the tree of files and folders, through the host, on real ones.
 #include "src/files/contents/temporary_copy.h"
-#include "src/system/tree_system.h"
+#include "src/windows/system.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>
@@ -371,7 +371,7 @@ TEST_F(Tree, ExchangesBetweenVolumesOnlyWhenAllowed) {
 
 TEST_F(Tree, TemporaryCopiesStandInTheTemporaryFolder) {
     const files::NativePath source{file(L"source.txt", "copied"), {}};
-    files::FileSystem& system = files::system_files();
+    files::FileSystem& system = windows::system().files();
     const auto first = files::make_temporary_copy(system, source);
     const auto second = files::make_temporary_copy(system, source, u"jpeg");
     ASSERT_TRUE(first && second);

@@ -1,57 +1,10 @@
-// A command under way: the seam between waiting for its output and the system's processes.
+// Waiting for the output of a command.
 #pragma once
 
 #include "src/files/commands/command_output.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <span>
+#include "src/system/commands.h"
 
 namespace vell::files {
-
-// Time as a count that goes on by three every 100 milliseconds; limits are checked at that grain.
-using Ticks = std::int64_t;
-constexpr Ticks ticks_at(std::uint64_t milliseconds) {
-    return static_cast<Ticks>(milliseconds / 100 * 3);
-}
-inline constexpr Ticks ticks_per_second = 60; // of a limit
-
-struct CommandSettings {
-    Ticks time_limit = 20 * ticks_per_second;
-    Ticks wait_after_exit = 240; // for others that write to the ended command's output
-    bool show_window = false;
-    bool wait_on_result = true;
-    params::TextEncoding encoding = params::TextEncoding::Utf8;
-};
-
-// What it owns is released with it; the command itself goes on.
-class RunningCommand {
-  public:
-    RunningCommand() = default;
-    RunningCommand(const RunningCommand&) = delete;
-    RunningCommand& operator=(const RunningCommand&) = delete;
-    virtual ~RunningCommand() = default;
-
-    // A clock that never goes back.
-    virtual std::uint64_t milliseconds() = 0;
-    virtual Result<bool> has_ended() = 0;
-    // Waits so long, or less when the command ends meanwhile.
-    virtual void wait(std::uint32_t milliseconds) = 0;
-    // Bytes of output that can be read at once; nullopt when there are none and nobody is left who
-    // could write.
-    virtual std::optional<std::size_t> waiting_output() = 0;
-    virtual Result<std::size_t> read(std::span<char> buffer) = 0;
-};
-
-// What stands before a command in the command line of the system's interpreter.
-inline constexpr std::u16string_view interpreter_call = u"cmd /c ";
-
-// Starts the system's command interpreter with this command.
-using CommandStarter = std::function<Result<std::unique_ptr<RunningCommand>>(
-    const std::u16string& command, const CommandSettings& settings)>;
 
 // Reads the output until the command has ended and, for wait_after_exit at most, until nobody else
 // writes to it. TimeLimitPassed; output moves the limit one second on, so that a command which

@@ -1,6 +1,8 @@
 #include "src/files/commands/shell.h"
 
+#include "src/files/commands/running_command.h"
 #include "src/params/switch_number.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 
@@ -64,14 +66,15 @@ Result<CommandSettings> settings_of(Call& call) {
 
 } // namespace
 
-Result<void> execute_shell(Call& call, const CommandStarter& start) {
+Result<void> execute_shell(Call& call, System& system) {
     const CommandSettings settings = VELL_TRY(settings_of(call));
     const std::u16string command = call.text(1);
     if (command.find(u'\0') != std::u16string::npos)
         return Failure{ErrorCode::BadParameter}; // the system would run what stands before it
     if (interpreter_call.size() + command.size() > longest_command_line)
         return Failure{ErrorCode::BadParameter}; // it would run nothing and print nothing
-    const std::unique_ptr<RunningCommand> running = VELL_TRY(start(command, settings));
+    const std::unique_ptr<RunningCommand> running =
+        VELL_TRY(system.commands().start(command, settings));
     if (!settings.wait_on_result) {
         call.set_done();
         return {};

@@ -1,7 +1,6 @@
 // The function that runs commands.
 #pragma once
 
-#include "src/files/commands/running_command.h"
 #include "src/params/call.h"
 
 namespace vell::files {
@@ -15,7 +14,6 @@ namespace vell::files {
 // TimeLimitOutOfRange, also for a limit without a number; TimeLimitPassed, the command goes on
 // then; SystemFolderUnknown; BadParameter for a command with a zero character, and for one that the
 // interpreter has no room for; codes of the system.
-Result<void> execute_shell(params::Call& call, const CommandStarter& start);
-Result<void> execute_shell(params::Call& call);
+Result<void> execute_shell(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -93,7 +93,7 @@ Result<void> give_encoded(Call& call, const std::vector<std::uint64_t>& numbers,
 
 } // namespace
 
-Result<void> ascii_value_to_text(Call& call) {
+Result<void> ascii_value_to_text(Call& call, System&) {
     const TextEncoding encoding = params::contents_encoding_of(call.switches(), no_encoding);
     const std::vector<std::uint64_t> numbers = numbers_in(call.text(1));
     const std::u16string separator = call.text(2);

@@ -13,6 +13,6 @@ namespace vell::files {
 // separator, bytes that stand side by side are read together, so a character may be given as
 // several numbers. NumberOutOfRange for 0, for what is no code point, and for more bytes than that;
 // InvalidUtf8.
-Result<void> ascii_value_to_text(params::Call& call);
+Result<void> ascii_value_to_text(params::Call& call, System& system);
 
 } // namespace vell::files

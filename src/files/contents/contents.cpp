@@ -2,6 +2,7 @@
 
 #include "src/base/utf8.h"
 #include "src/base/utf8_stream.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <array>
@@ -124,7 +125,7 @@ Result<void> give_range(Call& call, FileSystem& files, const NativePath& path, B
 
 } // namespace
 
-Result<void> get_contents(Call& call, FileSystem& files) {
+Result<void> get_contents(Call& call, System& system) {
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, TextEncoding::Native);
 
@@ -132,7 +133,7 @@ Result<void> get_contents(Call& call, FileSystem& files) {
     ByteRange range;
     range.start = VELL_TRY(call.byte_count(2));
     range.size = VELL_TRY(call.byte_count(3));
-    return give_range(call, files, path, range, encoding, reading_line_endings(switches));
+    return give_range(call, system.files(), path, range, encoding, reading_line_endings(switches));
 }
 
 LineEndings reading_line_endings(const SwitchSet& switches) {

@@ -13,10 +13,7 @@ namespace vell::files {
 // Bytes that are not UTF-8 though "-Encoding=UTF8" says so are decoded as native text, behind a
 // note that says so; a character that the range cuts at either end is replaced by a note of its
 // own.
-Result<void> get_contents(params::Call& call, FileSystem& files);
-inline Result<void> get_contents(params::Call& call) {
-    return get_contents(call, system_files());
-}
+Result<void> get_contents(params::Call& call, System& system);
 
 // The conversion that "-ConvertToFMPLinebreaks" asks of the functions that read.
 params::LineEndings reading_line_endings(const params::SwitchSet& switches);

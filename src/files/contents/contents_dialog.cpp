@@ -3,7 +3,7 @@
 #include "src/files/contents/contents.h"
 #include "src/files/desktop/select_dialogs.h"
 #include "src/files/paths/defaults.h"
-#include "src/system/file_dialog.h"
+#include "src/system/system.h"
 
 namespace vell::files {
 namespace {
@@ -28,7 +28,7 @@ LineEndings line_endings_of(Call& call, const SwitchSet& switches) {
 
 } // namespace
 
-Result<void> contents_dialog(Call& call) {
+Result<void> contents_dialog(Call& call, System& system) {
     if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
     const SwitchSet switches = call.switches();
@@ -40,9 +40,9 @@ Result<void> contents_dialog(Call& call) {
         dialog.title = u"Select a file.";
     dialog.initial_folder = VELL_TRY(initial_folder(call, folder_position));
 
-    const std::vector<std::u16string> selected = VELL_TRY(show_dialog(dialog));
+    const std::vector<std::u16string> selected = VELL_TRY(system.desktop().show(dialog));
     const NativePath chosen{selected.front(), std::nullopt};
-    return give_contents(call, system_files(), chosen,
+    return give_contents(call, system.files(), chosen,
                          params::contents_encoding_of(switches, TextEncoding::Native,
                                                       call.step_option(encoding_position)),
                          line_endings_of(call, switches));

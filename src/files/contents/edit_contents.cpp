@@ -3,6 +3,7 @@
 #include "src/files/contents/rewriting.h"
 #include "src/files/contents/substituter.h"
 #include "src/files/contents/written_text.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <limits>
@@ -48,10 +49,10 @@ Result<void> substitute_all(Substituter& substituter, std::span<char> buffer, Fi
 
 } // namespace
 
-Result<void> insert_contents(Call& call, FileSystem& files) {
+Result<void> insert_contents(Call& call, System& system) {
     const RewrittenFile file =
-        VELL_TRY(rewritten_file(call, files, source_position, destination_position));
-    if (file.destination && files.kind_of(*file.destination) != ItemKind::None)
+        VELL_TRY(rewritten_file(call, system.files(), source_position, destination_position));
+    if (file.destination && system.files().kind_of(*file.destination) != ItemKind::None)
         return Failure{ErrorCode::AlreadyExists};
     const auto position =
         static_cast<std::uint64_t>(std::max<std::int64_t>(call.number(insert_at_position), 0));
@@ -66,21 +67,21 @@ Result<void> insert_contents(Call& call, FileSystem& files) {
         text, params::line_endings_of(switches, call.step_option(insert_line_endings_option)));
     const std::string bytes = VELL_TRY(encode_contents(call, text, encoding));
 
-    VELL_TRY(check_position(files, file.source, position));
+    VELL_TRY(check_position(system.files(), file.source, position));
     Copier copier;
     const auto work = [&](File& from, File& to) -> Result<void> {
         VELL_TRY(copier.copy(from, to, position));
         VELL_TRY(to.write(bytes));
         return copier.copy_rest(from, to);
     };
-    VELL_TRY(rewrite(call, files, file, work));
+    VELL_TRY(rewrite(call, system.files(), file, work));
     call.set_done();
     return {};
 }
 
-Result<void> substitute(Call& call, FileSystem& files) {
+Result<void> substitute(Call& call, System& system) {
     const RewrittenFile file =
-        VELL_TRY(rewritten_file(call, files, source_position, destination_position));
+        VELL_TRY(rewritten_file(call, system.files(), source_position, destination_position));
     const params::SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(
         switches, TextEncoding::Utf8, call.step_option(substitute_encoding_option));
@@ -91,7 +92,7 @@ Result<void> substitute(Call& call, FileSystem& files) {
         return Failure{ErrorCode::BadParameter};
     std::string replacement =
         VELL_TRY(call.encode(call.text(replacement_position), encoding, Unencodable::Replace));
-    if (files.kind_of(file.source) == ItemKind::None)
+    if (system.files().kind_of(file.source) == ItemKind::None)
         return Failure{ErrorCode::NotFound};
 
     File* target = nullptr;
@@ -105,7 +106,7 @@ Result<void> substitute(Call& call, FileSystem& files) {
         VELL_TRY(substitute_all(substituter, buffer, from));
         return writer.flush(to);
     };
-    VELL_TRY(rewrite(call, files, file, work));
+    VELL_TRY(rewrite(call, system.files(), file, work));
     call.set_done();
     return {};
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
 
 namespace vell::files {
 
@@ -11,18 +10,11 @@ namespace vell::files {
 // behind the first `startPos` bytes of the source. "-UTF8Charset" is UTF-8; otherwise encoding and
 // line ends are those of VlFile_AppendToFile. EndOfFile for a position beyond the source's end,
 // NumberOutOfRange for one above 2,147,483,647 in a source that is longer still.
-Result<void> insert_contents(params::Call& call, FileSystem& files);
+Result<void> insert_contents(params::Call& call, System& system);
 
 // VlFile_Substitute( switches ; sourceFile ; destinationFile ; search string ; replace string ):
 // every occurrence of the search text, byte for byte in the encoding of the switches (UTF-8 when
 // they name none) or of the step. "IgnoreCase" and the step's option let A to Z match a to z.
-Result<void> substitute(params::Call& call, FileSystem& files);
-
-inline Result<void> insert_contents(params::Call& call) {
-    return insert_contents(call, system_files());
-}
-inline Result<void> substitute(params::Call& call) {
-    return substitute(call, system_files());
-}
+Result<void> substitute(params::Call& call, System& system);
 
 } // namespace vell::files

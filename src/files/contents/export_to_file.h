@@ -2,7 +2,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
 
 namespace vell::files {
 
@@ -13,9 +12,6 @@ namespace vell::files {
 // All of it is written to a new file beside the target first, which then takes the target's place,
 // with its permissions and attributes: whatever fails on the way, the old target is whole. Busy,
 // and nothing changed, for one that is read-only.
-Result<void> export_to_file(params::Call& call, FileSystem& files);
-inline Result<void> export_to_file(params::Call& call) {
-    return export_to_file(call, system_files());
-}
+Result<void> export_to_file(params::Call& call, System& system);
 
 } // namespace vell::files

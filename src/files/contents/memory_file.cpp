@@ -1,5 +1,7 @@
 #include "src/system/file_access.h"
 
+#include "src/system/system.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>

@@ -34,7 +34,7 @@ void convert_line_ends(std::basic_string<Char>& text, const SwitchSet& switches,
 
 } // namespace
 
-Result<void> convert_from_host_text(Call& call) {
+Result<void> convert_from_host_text(Call& call, System&) {
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, no_encoding);
     std::u16string text = call.text(1);
@@ -49,7 +49,7 @@ Result<void> convert_from_host_text(Call& call) {
     return {};
 }
 
-Result<void> convert_to_host_text(Call& call) {
+Result<void> convert_to_host_text(Call& call, System&) {
     const SwitchSet switches = call.switches();
     const TextEncoding encoding = params::contents_encoding_of(switches, no_encoding);
     std::u16string text = call.text(1);

@@ -3,6 +3,7 @@
 #include "src/files/contents/write_turn.h"
 #include "src/files/contents/written_text.h"
 #include "src/files/paths/defaults.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 
@@ -89,20 +90,20 @@ Result<void> write_to_file(Call& call, FileSystem& files, Place place) {
 
 } // namespace
 
-Result<void> set_contents(Call& call, FileSystem& files) {
-    return write_to_default_file(call, files, Place::InsteadOfAll);
+Result<void> set_contents(Call& call, System& system) {
+    return write_to_default_file(call, system.files(), Place::InsteadOfAll);
 }
 
-Result<void> append_contents(Call& call, FileSystem& files) {
-    return write_to_default_file(call, files, Place::AtEnd);
+Result<void> append_contents(Call& call, System& system) {
+    return write_to_default_file(call, system.files(), Place::AtEnd);
 }
 
-Result<void> set_contents_of_file(Call& call, FileSystem& files) {
-    return write_to_file(call, files, Place::InsteadOfAll);
+Result<void> set_contents_of_file(Call& call, System& system) {
+    return write_to_file(call, system.files(), Place::InsteadOfAll);
 }
 
-Result<void> append_to_file(Call& call, FileSystem& files) {
-    return write_to_file(call, files, Place::AtEnd);
+Result<void> append_to_file(Call& call, System& system) {
+    return write_to_file(call, system.files(), Place::AtEnd);
 }
 
 } // namespace vell::files

@@ -7,31 +7,17 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
 
 namespace vell::files {
 
 // VlFile_SetContents( switches ; text ), VlFile_AppendContents( switches ; text ): replace or
 // extend the contents of the default file. BadParameter when there is none.
-Result<void> set_contents(params::Call& call, FileSystem& files);
-Result<void> append_contents(params::Call& call, FileSystem& files);
+Result<void> set_contents(params::Call& call, System& system);
+Result<void> append_contents(params::Call& call, System& system);
 
 // VlFile_SetContentsOfFile( switches ; filePath ; text ),
 // VlFile_AppendToFile( switches ; filePath ; text ): the same for any file.
-Result<void> set_contents_of_file(params::Call& call, FileSystem& files);
-Result<void> append_to_file(params::Call& call, FileSystem& files);
-
-inline Result<void> set_contents(params::Call& call) {
-    return set_contents(call, system_files());
-}
-inline Result<void> append_contents(params::Call& call) {
-    return append_contents(call, system_files());
-}
-inline Result<void> set_contents_of_file(params::Call& call) {
-    return set_contents_of_file(call, system_files());
-}
-inline Result<void> append_to_file(params::Call& call) {
-    return append_to_file(call, system_files());
-}
+Result<void> set_contents_of_file(params::Call& call, System& system);
+Result<void> append_to_file(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -3,8 +3,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
-#include "src/system/shell_links.h"
 
 namespace vell::files {
 
@@ -13,10 +11,7 @@ namespace vell::files {
 // file, otherwise AlreadyExists. With "-Relative" the alias also knows the way from its folder to
 // the source; DifferentVolumes when there is none. "-Arguments=", "-Description=", "-Icon=",
 // "-WorkingFolder=", "-Minimize" and "-Maximize" are kept in it. What fails leaves nothing behind.
-Result<void> create_alias(params::Call& call, FileSystem& files, ShellLinks& links);
-inline Result<void> create_alias(params::Call& call) {
-    return create_alias(call, system_files(), system_links());
-}
+Result<void> create_alias(params::Call& call, System& system);
 
 // VlFile_ResolveAlias( switches ; aliasPath ): the full path of the item that an alias, and every
 // alias that it leads to, leads to; a folder's ends with "\". The path of what is no alias is the
@@ -24,9 +19,6 @@ inline Result<void> create_alias(params::Call& call) {
 // alias has. "-GetArguments", "-GetDescription", "-GetIcon" and "-GetWorkingFolder" give what the
 // alias itself keeps. NotSupported when it leads to no file, CorruptStructure when it is damaged or
 // leads back to itself.
-Result<void> resolve_alias(params::Call& call, FileSystem& files, ShellLinks& links);
-inline Result<void> resolve_alias(params::Call& call) {
-    return resolve_alias(call, system_files(), system_links());
-}
+Result<void> resolve_alias(params::Call& call, System& system);
 
 } // namespace vell::files

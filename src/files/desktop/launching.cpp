@@ -1,7 +1,9 @@
 #include "src/files/desktop/launching.h"
 
 #include "src/base/ascii.h"
+#include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 
@@ -17,8 +19,8 @@ Result<NativePath> path_to_show(Call& call) {
     return params::resolve(params::Accept::HostForms, call.text(1));
 }
 
-Result<FoundItem> find_for_shell(Desktop& desktop, const NativePath& path) {
-    FoundItem found = VELL_TRY(desktop.find(path));
+Result<FoundItem> find_for_shell(System& system, const NativePath& path) {
+    FoundItem found = VELL_TRY(find_item(system, path));
     if (found.path.size() > longest_shell_path)
         return Failure{ErrorCode::PathTooLong};
     return found;
@@ -44,9 +46,9 @@ bool is_web_scheme(std::u16string_view scheme) {
 }
 
 // Where the file is, or a program by its bare name.
-Result<LaunchRequest> request_for(Desktop& desktop, const NativePath& path) {
+Result<LaunchRequest> request_for(System& system, const NativePath& path) {
     LaunchRequest request;
-    Result<FoundItem> found = find_for_shell(desktop, path);
+    Result<FoundItem> found = find_for_shell(system, path);
     if (found) {
         request.target = found->path;
         request.working_folder = found->is_folder ? found->path : folder_part(found->path);
@@ -81,14 +83,14 @@ std::optional<std::u16string> web_address(std::u16string_view text) {
     return address;
 }
 
-Result<void> launch(Call& call, Desktop& desktop) {
+Result<void> launch(Call& call, System& system) {
     const NativePath path = VELL_TRY(path_to_show(call));
     const std::optional<std::u16string> address = web_address(path.wide);
     LaunchRequest request;
     if (address) {
         request.target = *address;
     } else {
-        request = VELL_TRY(request_for(desktop, path));
+        request = VELL_TRY(request_for(system, path));
         request.parameters = call.text(2);
         if (request.parameters.find(u'\0') != std::u16string::npos)
             return Failure{ErrorCode::BadParameter}; // Windows would cut them there
@@ -97,14 +99,14 @@ Result<void> launch(Call& call, Desktop& desktop) {
     request.verb = verb_of(switches);
     request.window = window_state_of(switches);
     request.owner = call.main_window();
-    VELL_TRY(desktop.launch(request));
+    VELL_TRY(system.desktop().launch(request));
     call.set_done();
     return {};
 }
 
-Result<void> open_folder(Call& call, Desktop& desktop) {
+Result<void> open_folder(Call& call, System& system) {
     const NativePath path = VELL_TRY(path_to_show(call));
-    const Result<FoundItem> found = find_for_shell(desktop, path);
+    const Result<FoundItem> found = find_for_shell(system, path);
     if (!found)
         return Failure{found.error() == ErrorCode::NotFound ? ErrorCode::FolderNotFound
                                                             : found.error()};
@@ -115,25 +117,25 @@ Result<void> open_folder(Call& call, Desktop& desktop) {
     request.working_folder = found->path;
     request.verb = u"open";
     request.owner = call.main_window();
-    VELL_TRY(desktop.launch(request));
+    VELL_TRY(system.desktop().launch(request));
     call.set_done();
     return {};
 }
 
-Result<void> reveal(Call& call, Desktop& desktop) {
+Result<void> reveal(Call& call, System& system) {
     const NativePath path = VELL_TRY(path_to_show(call));
-    const FoundItem found = VELL_TRY(find_for_shell(desktop, path));
+    const FoundItem found = VELL_TRY(find_for_shell(system, path));
     if (found.is_folder && call.switches().has("-OpenFolder"))
-        return open_folder(call, desktop);
-    VELL_TRY(desktop.reveal(std::u16string(without_trailing_separator(found.path))));
+        return open_folder(call, system);
+    VELL_TRY(system.desktop().reveal(std::u16string(without_trailing_separator(found.path))));
     call.set_done();
     return {};
 }
 
-Result<void> bring_to_front(Call& call, Desktop& desktop) {
+Result<void> bring_to_front(Call& call, System& system) {
     if (!call.can_ask_user())
         return Failure{ErrorCode::DialogNotAllowed};
-    VELL_TRY(desktop.bring_to_front(call.main_window()));
+    VELL_TRY(system.desktop().bring_to_front(call.main_window()));
     call.set_done();
     return {};
 }

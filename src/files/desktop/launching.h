@@ -2,7 +2,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/desktop.h"
 
 #include <optional>
 #include <string>
@@ -17,30 +16,18 @@ namespace vell::files {
 // "-Print" name what is to be done; "-Hide", "-Minimize" and "-Maximize" ask for a state of the
 // window. The file's folder is the working folder. A bare name that is no file here is looked for
 // where the system keeps programs.
-Result<void> launch(params::Call& call, Desktop& desktop);
-inline Result<void> launch(params::Call& call) {
-    return launch(call, system_desktop());
-}
+Result<void> launch(params::Call& call, System& system);
 
 // The step "Open Folder": opens a folder in the file manager. FolderNotFound; NotAFolder for a
 // file.
-Result<void> open_folder(params::Call& call, Desktop& desktop);
-inline Result<void> open_folder(params::Call& call) {
-    return open_folder(call, system_desktop());
-}
+Result<void> open_folder(params::Call& call, System& system);
 
 // VlFile_Reveal( switches ; filePath ): shows a file or folder, selected, in the window of the
 // folder that holds it. A folder is opened itself with "-OpenFolder".
-Result<void> reveal(params::Call& call, Desktop& desktop);
-inline Result<void> reveal(params::Call& call) {
-    return reveal(call, system_desktop());
-}
+Result<void> reveal(params::Call& call, System& system);
 
 // VlFile_BringToFront: the host's main window comes to the front, from the task bar too.
-Result<void> bring_to_front(params::Call& call, Desktop& desktop);
-inline Result<void> bring_to_front(params::Call& call) {
-    return bring_to_front(call, system_desktop());
-}
+Result<void> bring_to_front(params::Call& call, System& system);
 
 // A web address that VlFile_Launch opens: http, https, ftp, mailto, tel, fmp and fmp with a
 // version's number, followed by ":". Blanks and quotes are percent-encoded, as programs that are

@@ -4,6 +4,7 @@
 #include "src/files/tree/item_names.h"
 #include "src/params/path_form.h"
 #include "src/params/switch_text.h"
+#include "src/system/system.h"
 
 namespace vell::files {
 namespace {
@@ -56,7 +57,7 @@ Result<std::u16string> initial_folder(Call& call, std::size_t index) {
     return VELL_TRY(params::resolve(accepted, std::move(text), {.as_folder = true})).wide;
 }
 
-Result<void> select_file_dialog(Call& call, const ShowDialog& show) {
+Result<void> select_file_dialog(Call& call, System& system) {
     FileDialog dialog =
         VELL_TRY(dialog_of(call, DialogKind::SelectFile, u"Select a file.", folder_position));
     const SwitchSet switches = call.switches();
@@ -64,7 +65,7 @@ Result<void> select_file_dialog(Call& call, const ShowDialog& show) {
     dialog.several = call.option(several_option, switches, "-AllowMultipleFiles");
     dialog.show_hidden = call.option(hidden_option, switches, "-ShowInvisibles");
 
-    std::vector<std::u16string> paths = VELL_TRY(show(dialog));
+    std::vector<std::u16string> paths = VELL_TRY(system.desktop().show(dialog));
     std::u16string result;
     for (std::u16string& path : paths) {
         if (!result.empty())
@@ -75,24 +76,24 @@ Result<void> select_file_dialog(Call& call, const ShowDialog& show) {
     return {};
 }
 
-Result<void> select_folder_dialog(Call& call, const ShowDialog& show) {
+Result<void> select_folder_dialog(Call& call, System& system) {
     const FileDialog dialog =
         VELL_TRY(dialog_of(call, DialogKind::SelectFolder, u"Select a folder.", folder_position));
-    std::u16string path = VELL_TRY(show(dialog)).front();
+    std::u16string path = VELL_TRY(system.desktop().show(dialog)).front();
     if (!path.ends_with(u'\\'))
         path += u'\\';
     call.set_text(params::path_result(call.switches(), std::move(path)));
     return {};
 }
 
-Result<void> save_file_dialog(Call& call, const ShowDialog& show) {
+Result<void> save_file_dialog(Call& call, System& system) {
     FileDialog dialog = VELL_TRY(
         dialog_of(call, DialogKind::SaveFile, u"Save the file as:", folder_to_save_in_position));
     const SwitchSet switches = call.switches();
     dialog.name = VELL_TRY(default_name(call.text(name_position)));
     dialog.types = params::switch_text(call, u"-Types=").value_or(u"");
     dialog.ask_before_replacing = !switches.has("-NoOverwritePrompt");
-    call.set_text(params::path_result(switches, VELL_TRY(show(dialog)).front()));
+    call.set_text(params::path_result(switches, VELL_TRY(system.desktop().show(dialog)).front()));
     return {};
 }
 

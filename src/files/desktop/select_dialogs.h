@@ -2,14 +2,10 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_dialog.h"
 
-#include <functional>
+#include <string>
 
 namespace vell::files {
-
-// Shows a dialog; see show_dialog.
-using ShowDialog = std::function<Result<std::vector<std::u16string>>(const FileDialog&)>;
 
 // The folder where a dialog starts, by a parameter; empty for the system's choice.
 Result<std::u16string> initial_folder(params::Call& call, std::size_t index);
@@ -21,25 +17,16 @@ Result<std::u16string> initial_folder(params::Call& call, std::size_t index);
 // VlFile_SelectFileDialog( switches ; prompt ; { initialFolder } ): the path of a file, or with
 // "-AllowMultipleFiles" of several, one a line. The types of VlFile_SetDefaultType, or those of
 // "-Types=", are offered as a filter.
-Result<void> select_file_dialog(params::Call& call, const ShowDialog& show);
-inline Result<void> select_file_dialog(params::Call& call) {
-    return select_file_dialog(call, show_dialog);
-}
+Result<void> select_file_dialog(params::Call& call, System& system);
 
 // VlFile_SelectFolderDialog( switches ; prompt ; { initialFolder } ): the path of a folder, which
 // ends with "\".
-Result<void> select_folder_dialog(params::Call& call, const ShowDialog& show);
-inline Result<void> select_folder_dialog(params::Call& call) {
-    return select_folder_dialog(call, show_dialog);
-}
+Result<void> select_folder_dialog(params::Call& call, System& system);
 
 // VlFile_SaveFileDialog( switches ; prompt ; { defaultName ; { initialFolder } } ): the path where
 // the user wants a file; nothing is made there. The system asks before it gives the path of a file
 // that exists, unless "-NoOverwritePrompt" is given. BadName for a default name that no file can
 // have.
-Result<void> save_file_dialog(params::Call& call, const ShowDialog& show);
-inline Result<void> save_file_dialog(params::Call& call) {
-    return save_file_dialog(call, show_dialog);
-}
+Result<void> save_file_dialog(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -1,7 +1,8 @@
 // How users name disks and servers.
 #pragma once
 
-#include "src/system/disk_system.h"
+#include "src/base/ascii.h"
+#include "src/system/system.h"
 
 #include <optional>
 
@@ -20,6 +21,15 @@ inline std::u16string drive_root(char16_t letter) {
     return {letter, u':', u'\\'};
 }
 
+constexpr char16_t capital(char16_t letter) {
+    return static_cast<char16_t>(fold_ascii(letter) - u'a' + u'A');
+}
+
+// Of the set of letters that DiskSystem gives.
+constexpr bool is_used(std::uint32_t letters, char16_t letter) {
+    return letters >> (letter - u'A') & 1;
+}
+
 // Whether a path below the disk may stand for it.
 enum class Below : std::uint8_t { Refused, Accepted };
 
@@ -27,17 +37,11 @@ enum class Below : std::uint8_t { Refused, Accepted };
 // of a local volume, or the last name of a connected share. Letters come before names. BadParameter
 // for an empty name, ErrorAsPath, SeveralLines, BadName for anything that cannot name one disk (two
 // volumes may have one name), VolumeNotFound when there is none.
-Result<Disk> find_disk(DiskSystem& system, std::u16string name, Below below);
+Result<Disk> find_disk(System& system, std::u16string name, Below below);
 
 // "\\server\share" from what stands for both: "server", "\\server", "smb://server", with or without
 // parts of the share's path; "share", "/share/folder", or the whole "\\server\share" (then the
 // server is empty or the same). BadParameter when one is missing, BadName for what cannot be one.
 Result<std::u16string> share_name(std::u16string_view server, std::u16string_view disk);
-
-// The code of a Windows error that came from a disk or the network. A drive without a medium and a
-// server that does not answer are VolumeOffline, what is unknown is VolumeNotFound, what is
-// connected already VolumeOnline. What only the user can mend, such as a wrong password (86, 1326)
-// or another user's connection to the server (1219), passes unchanged.
-ErrorCode disk_error(std::int32_t win32_error);
 
 } // namespace vell::files

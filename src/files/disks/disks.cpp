@@ -2,6 +2,7 @@
 
 #include "src/files/disks/disk_names.h"
 #include "src/params/path_form.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <string>
@@ -142,7 +143,7 @@ constexpr InfoRow info_rows[] = {
      }},
 };
 
-Result<Facts> collect(DiskSystem& system, const Disk& disk, const SwitchSet& switches,
+Result<Facts> collect(System& system, const Disk& disk, const SwitchSet& switches,
                       const std::vector<const InfoRow*>& rows) {
     const auto needs = [&](Source source) {
         return std::ranges::any_of(rows, [&](const InfoRow* row) { return row->source == source; });
@@ -151,38 +152,38 @@ Result<Facts> collect(DiskSystem& system, const Disk& disk, const SwitchSet& swi
     Facts facts;
     facts.path = params::path_result(switches, root);
     facts.share = disk.share;
-    facts.type = disk.letter ? system.type_of(root) : DiskType::Network;
+    facts.type = disk.letter ? system.disks().type_of(root) : DiskType::Network;
     if (needs(Source::Volume))
-        facts.volume = VELL_TRY(system.information(root));
+        facts.volume = VELL_TRY(system.disks().information(root));
     if (needs(Source::Space))
-        facts.space = VELL_TRY(system.space(root));
+        facts.space = VELL_TRY(system.disks().space(root));
     return facts;
 }
 
 } // namespace
 
-Result<void> list_disks(Call& call, DiskSystem& system) {
+Result<void> list_disks(Call& call, System& system) {
     const SwitchSet switches = call.switches();
     const WantedTypes wanted(switches);
     const bool ready_only = switches.has("-ReadyOnly");
     const bool names = switches.has("-VolumeNames");
     const bool shares = switches.has("-ShareNames");
-    const std::uint32_t letters = system.letters();
+    const std::uint32_t letters = system.disks().letters();
     std::u16string text;
     for (char16_t letter = u'A'; letter <= u'Z'; ++letter) {
         const std::u16string root = drive_root(letter);
-        if (!(letters >> (letter - u'A') & 1) || !wanted.includes(system.type_of(root)))
+        if (!is_used(letters, letter) || !wanted.includes(system.disks().type_of(root)))
             continue;
         std::u16string shown = params::path_result(switches, root);
         if (ready_only || names) {
-            const auto information = system.information(root);
+            const auto information = system.disks().information(root);
             if (ready_only && !information)
                 continue;
             if (names && information && !information.value().name.empty())
                 shown = information.value().name;
         }
         if (shares)
-            if (const std::u16string share = system.share_of(letter); !share.empty())
+            if (const std::u16string share = system.disks().share_of(letter); !share.empty())
                 shown = params::path_result(switches, share);
         append_line(text, shown);
     }
@@ -190,7 +191,7 @@ Result<void> list_disks(Call& call, DiskSystem& system) {
     return {};
 }
 
-Result<void> disk_info(Call& call, DiskSystem& system) {
+Result<void> disk_info(Call& call, System& system) {
     const SwitchSet switches = call.switches();
     const Disk disk = VELL_TRY(find_disk(system, call.text(1), Below::Accepted));
     if (switches.has("-NumberOfFiles"))

@@ -7,7 +7,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/disk_system.h"
 
 namespace vell::files {
 
@@ -15,37 +14,25 @@ namespace vell::files {
 // "-Fixed", "-Removable", "-Optical", "-Network", "-Ram" and "-Local" (all but network) choose by
 // type, several of them more; "-ReadyOnly" leaves out those without a medium; "-VolumeNames" and
 // "-ShareNames" give these instead, where a disk has one.
-Result<void> list_disks(params::Call& call, DiskSystem& system);
-inline Result<void> list_disks(params::Call& call) {
-    return list_disks(call, system_disks());
-}
+Result<void> list_disks(params::Call& call, System& system);
 
 // VlFile_DiskInfo( switches ; diskname ): with one of the switches "-DiskPath", "-Type",
 // "-ShareName", "-VolumeName", "-FileSystem", "-SerialNumber", "-ReadOnly", "-TotalSpace",
 // "-FreeSpace" and "-UsedSpace" that value; with several a line "Name: value" for each in this
 // order; with none, all of them. The name may also be a path on the disk. NotSupported for
 // "-NumberOfFiles", which no Windows disk counts.
-Result<void> disk_info(params::Call& call, DiskSystem& system);
-inline Result<void> disk_info(params::Call& call) {
-    return disk_info(call, system_disks());
-}
+Result<void> disk_info(params::Call& call, System& system);
 
 // VlFile_MountDisk( switches ; zone ; server ; disk ; { username ; password } ): connects a share
 // to the last free drive letter, or that of "-DriveLetter=", or none with "-WithoutDriveLetter".
 // VolumeOnline when it is connected or the letter is taken; with "-reuse drive letter", or the
 // step's option, a letter that leads to the share already will do. "-Persistent" connects it again
 // at the next log-on, "-ReturnPath" gives the disk's path instead of "0". The zone is not used.
-Result<void> mount_disk(params::Call& call, DiskSystem& system);
-inline Result<void> mount_disk(params::Call& call) {
-    return mount_disk(call, system_disks());
-}
+Result<void> mount_disk(params::Call& call, System& system);
 
 // VlFile_UnmountDisk( switches ; diskname ): ends the connection to a share, or ejects a removable
 // disk. Busy when files are open on it, unless "-Force" is given, and for the disk of the system;
 // NotSupported for other fixed disks.
-Result<void> unmount_disk(params::Call& call, DiskSystem& system);
-inline Result<void> unmount_disk(params::Call& call) {
-    return unmount_disk(call, system_disks());
-}
+Result<void> unmount_disk(params::Call& call, System& system);
 
 } // namespace vell::files

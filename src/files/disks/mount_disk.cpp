@@ -2,6 +2,7 @@
 #include "src/files/disks/disk_names.h"
 #include "src/files/disks/disks.h"
 #include "src/params/path_form.h"
+#include "src/system/system.h"
 
 #include <optional>
 #include <string>
@@ -18,9 +19,6 @@ constexpr std::size_t disk_position = 3;
 constexpr std::size_t user_position = 4;
 constexpr std::size_t password_position = 5;
 constexpr std::size_t reuse_position = 6;
-
-// Windows' own number for it, ERROR_NO_MORE_DEVICES.
-constexpr auto no_free_letter = static_cast<ErrorCode>(1248);
 
 bool reuses_letter(Call& call, const SwitchSet& switches) {
     return call.option(reuse_position, switches, "-ReuseDriveLetter") ||
@@ -39,29 +37,26 @@ Result<char16_t> wanted_letter(const SwitchSet& switches) {
     value.erase(value.find_last_not_of(" :\\") + 1);
     if (value.size() != 1 || !is_letter(value[0]))
         return Failure{ErrorCode::BadName};
-    return static_cast<char16_t>(fold_ascii(value[0]) - 'a' + u'A');
+    return capital(static_cast<char16_t>(value[0]));
 }
 
-bool is_used(DiskSystem& system, char16_t letter) {
-    return system.letters() >> (letter - u'A') & 1;
-}
-
-std::optional<char16_t> letter_of_share(DiskSystem& system, const std::u16string& share) {
+std::optional<char16_t> letter_of_share(System& system, const std::u16string& share) {
     for (char16_t letter = u'A'; letter <= u'Z'; ++letter)
-        if (is_used(system, letter) && system.equal_ignoring_case(system.share_of(letter), share))
+        if (is_used(system.disks().letters(), letter) &&
+            system.tree().equal_ignoring_case(system.disks().share_of(letter), share))
             return letter;
     return std::nullopt;
 }
 
-Result<void> connect_letter(DiskSystem& system, ShareConnection& connection, char16_t letter) {
+Result<void> connect_letter(System& system, ShareConnection& connection, char16_t letter) {
     connection.drive = {letter, u':'};
-    return system.connect(connection);
+    return system.disks().connect(connection);
 }
 
 // Connects to the last letter that is free, as users are used to; A to C are not taken.
-Result<char16_t> connect_free_letter(DiskSystem& system, ShareConnection& connection) {
+Result<char16_t> connect_free_letter(System& system, ShareConnection& connection) {
     for (char16_t letter = u'Z'; letter > u'C'; --letter) {
-        if (is_used(system, letter))
+        if (is_used(system.disks().letters(), letter))
             continue;
         const auto connected = connect_letter(system, connection, letter);
         if (connected)
@@ -70,22 +65,22 @@ Result<char16_t> connect_free_letter(DiskSystem& system, ShareConnection& connec
         if (connected.error() != ErrorCode::VolumeOnline)
             return Failure{connected.error()};
     }
-    return Failure{no_free_letter};
+    return Failure{ErrorCode::NoFreeDriveLetter};
 }
 
-Result<Disk> mount(Call& call, DiskSystem& system, ShareConnection& connection) {
+Result<Disk> mount(Call& call, System& system, ShareConnection& connection) {
     const SwitchSet switches = call.switches();
     Disk disk{std::nullopt, connection.share};
     const char16_t wanted = VELL_TRY(wanted_letter(switches));
     if (wanted == no_letter && switches.has("-WithoutDriveLetter")) {
-        VELL_TRY(system.connect(connection));
+        VELL_TRY(system.disks().connect(connection));
         return disk;
     }
     disk.letter = letter_of_share(system, connection.share);
     if (disk.letter && reuses_letter(call, switches))
         return disk;
     if (wanted != no_letter) {
-        if (is_used(system, wanted))
+        if (is_used(system.disks().letters(), wanted))
             return Failure{ErrorCode::VolumeOnline};
         VELL_TRY(connect_letter(system, connection, wanted));
         disk.letter = wanted;
@@ -99,7 +94,7 @@ Result<Disk> mount(Call& call, DiskSystem& system, ShareConnection& connection) 
 
 } // namespace
 
-Result<void> mount_disk(Call& call, DiskSystem& system) {
+Result<void> mount_disk(Call& call, System& system) {
     const SwitchSet switches = call.switches();
     ShareConnection connection;
     connection.share = VELL_TRY(share_name(call.text(server_position), call.text(disk_position)));
@@ -117,28 +112,28 @@ Result<void> mount_disk(Call& call, DiskSystem& system) {
     return {};
 }
 
-Result<void> unmount_disk(Call& call, DiskSystem& system) {
+Result<void> unmount_disk(Call& call, System& system) {
     const Disk disk = VELL_TRY(find_disk(system, call.text(1), Below::Refused));
     const OpenFiles open_files =
         call.switches().has("-Force") ? OpenFiles::CutOff : OpenFiles::Refuse;
     if (!disk.letter) {
-        VELL_TRY(system.disconnect(disk.share, open_files));
+        VELL_TRY(system.disks().disconnect(disk.share, open_files));
         call.set_done();
         return {};
     }
-    switch (system.type_of(disk.root())) {
+    switch (system.disks().type_of(disk.root())) {
     case DiskType::Network:
-        VELL_TRY(system.disconnect({*disk.letter, u':'}, open_files));
+        VELL_TRY(system.disks().disconnect({*disk.letter, u':'}, open_files));
         break;
     case DiskType::Removable:
     case DiskType::Optical:
-        if (*disk.letter == system.system_letter())
+        if (*disk.letter == system.disks().system_letter())
             return Failure{ErrorCode::Busy};
-        VELL_TRY(system.eject(*disk.letter, open_files));
+        VELL_TRY(system.disks().eject(*disk.letter, open_files));
         break;
     default:
-        return Failure{*disk.letter == system.system_letter() ? ErrorCode::Busy
-                                                              : ErrorCode::NotSupported};
+        return Failure{*disk.letter == system.disks().system_letter() ? ErrorCode::Busy
+                                                                      : ErrorCode::NotSupported};
     }
     call.set_done();
     return {};

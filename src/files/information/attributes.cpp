@@ -1,5 +1,7 @@
 #include "src/files/information/attributes.h"
 
+#include "src/system/system.h"
+
 #include <array>
 #include <optional>
 
@@ -114,17 +116,18 @@ Result<AttributeChange> change_of_step(Call& call) {
 
 } // namespace
 
-Result<void> get_file_attribute(Call& call, ItemProperties& properties) {
+Result<void> get_file_attribute(Call& call, System& system) {
     const QuestionSwitch asked = VELL_TRY(question_of(call.switches()));
     const NativePath path = VELL_TRY(call.path(1));
     switch (asked.question) {
     case Question::Bit: {
-        const std::uint32_t attributes = VELL_TRY(properties.attributes(path));
+        const std::uint32_t attributes = VELL_TRY(system.properties().attributes(path));
         call.set_number((attributes & bit(asked.attribute)) != 0);
         return {};
     }
     case Question::IsFree:
-        call.set_number(VELL_TRY(about_an_item(properties.is_unused(path, Permission::Read))));
+        call.set_number(
+            VELL_TRY(about_an_item(system.properties().is_unused(path, Permission::Read))));
         return {};
     case Question::Zero:
         call.set_number(0);
@@ -137,21 +140,21 @@ Result<void> get_file_attribute(Call& call, ItemProperties& properties) {
     }
 }
 
-Result<void> set_file_attribute(Call& call, ItemProperties& properties) {
+Result<void> set_file_attribute(Call& call, System& system) {
     const AttributeChange change =
         VELL_TRY(call.is_step() ? change_of_step(call) : change_of_switches(call.switches()));
     const NativePath path = VELL_TRY(call.path(1));
-    const std::uint32_t before = VELL_TRY(properties.attributes(path));
+    const std::uint32_t before = VELL_TRY(system.properties().attributes(path));
     const std::uint32_t after = change.applied_to(before);
     if (after != before)
-        VELL_TRY(properties.set_attributes(path, after));
+        VELL_TRY(system.properties().set_attributes(path, after));
     call.set_done();
     return {};
 }
 
-Result<void> is_free(Call& call, ItemProperties& properties) {
+Result<void> is_free(Call& call, System& system) {
     const NativePath path = VELL_TRY(call.path(1));
-    Result<bool> free = can_be_changed(properties, path);
+    Result<bool> free = can_be_changed(system.properties(), path);
     if (!free && free.error() == ErrorCode::Busy)
         free = false;
     call.set_number(VELL_TRY(about_an_item(free)));

@@ -1,4 +1,4 @@
-// Signatures of program files. Windows only.
+// Signatures of program files.
 #pragma once
 
 #include "src/params/call.h"
@@ -17,6 +17,6 @@ namespace vell::files {
 //     ValidTo: the last moment of the certificate, such as 2026-05-31T23:59:59Z
 //
 // Nothing is fetched from the network. The system's code for a file that cannot be read.
-Result<void> get_code_sign_info(params::Call& call);
+Result<void> get_code_sign_info(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -1,5 +1,7 @@
 #include "src/files/information/digest.h"
 
+#include "src/system/system.h"
+
 namespace vell::files {
 namespace {
 
@@ -37,12 +39,12 @@ std::string hexadecimal(std::span<const std::uint8_t> bytes, bool colons) {
 
 } // namespace
 
-Result<void> get_file_hash(Call& call, FileSystem& files, const DigestMaker& make_digest) {
+Result<void> get_file_hash(Call& call, System& system) {
     std::vector<char> buffer(buffer_size);
     const NativePath path = VELL_TRY(call.path(1));
     const SwitchSet switches = call.switches();
-    const auto digest = VELL_TRY(make_digest(algorithm_of(switches)));
-    const auto file = VELL_TRY(files.open(path, Permission::Read));
+    const auto digest = VELL_TRY(system.new_digest(algorithm_of(switches)));
+    const auto file = VELL_TRY(system.files().open(path, Permission::Read));
     VELL_TRY(add_file(*file, *digest, std::span(buffer).first(read_size)));
     const std::vector<std::uint8_t> checksum = VELL_TRY(digest->finish());
     call.set_literal(hexadecimal(checksum, switches.has("-Colons")));

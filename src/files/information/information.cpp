@@ -1,6 +1,7 @@
 #include "src/files/information/information.h"
 
 #include "src/files/paths/path_parts.h"
+#include "src/system/system.h"
 
 namespace vell::files {
 namespace {
@@ -10,15 +11,15 @@ using params::SwitchSet;
 
 } // namespace
 
-Result<void> exists(Call& call, FileSystem& files) {
+Result<void> exists(Call& call, System& system) {
     const Result<NativePath> path = call.path(1);
-    call.set_number(path && files.kind_of(*path) != ItemKind::None);
+    call.set_number(path && system.files().kind_of(*path) != ItemKind::None);
     return {};
 }
 
-Result<void> get_type_of_item(Call& call, ItemProperties& properties) {
+Result<void> get_type_of_item(Call& call, System& system) {
     const NativePath path = VELL_TRY(call.path(1));
-    const Result<std::uint32_t> attributes = properties.attributes(path);
+    const Result<std::uint32_t> attributes = system.properties().attributes(path);
     if (!attributes)
         return Failure{ErrorCode::NotFound};
     if (*attributes & bit(Attribute::Device)) {
@@ -35,25 +36,25 @@ Result<void> get_type_of_item(Call& call, ItemProperties& properties) {
     return {};
 }
 
-Result<void> get_file_size(Call& call, ItemProperties& properties) {
+Result<void> get_file_size(Call& call, System& system) {
     const NativePath path = VELL_TRY(call.path(1));
-    call.set_number(static_cast<std::int64_t>(VELL_TRY(properties.size(path))));
+    call.set_number(static_cast<std::int64_t>(VELL_TRY(system.properties().size(path))));
     return {};
 }
 
-Result<void> get_resource_fork_size(Call& call) {
+Result<void> get_resource_fork_size(Call& call, System&) {
     VELL_TRY(call.path(1));
     call.set_number(0);
     return {};
 }
 
-Result<void> get_file_name(Call& call) {
+Result<void> get_file_name(Call& call, System&) {
     const NativePath path = VELL_TRY(call.path(1));
     call.set_text(last_name(path.wide));
     return {};
 }
 
-Result<void> get_extension(Call& call) {
+Result<void> get_extension(Call& call, System&) {
     const NativePath path = VELL_TRY(call.path(1));
     call.set_text(extension_of(path.wide));
     return {};

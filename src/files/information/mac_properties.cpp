@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/files/paths/path_parts.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 
@@ -45,8 +46,8 @@ Result<Item> item_of(Call& call, FileSystem& files) {
 
 } // namespace
 
-Result<void> get_file_type(Call& call, FileSystem& files) {
-    const Item item = VELL_TRY(item_of(call, files));
+Result<void> get_file_type(Call& call, System& system) {
+    const Item item = VELL_TRY(item_of(call, system.files()));
     if (item.kind == ItemKind::Folder) {
         call.set_literal("fold");
         return {};
@@ -59,18 +60,18 @@ Result<void> get_file_type(Call& call, FileSystem& files) {
     return {};
 }
 
-Result<void> get_file_creator(Call& call, FileSystem& files) {
-    VELL_TRY(item_of(call, files));
+Result<void> get_file_creator(Call& call, System& system) {
+    VELL_TRY(item_of(call, system.files()));
     call.set_literal("");
     return {};
 }
 
-Result<void> set_finder_comment(Call& call) {
+Result<void> set_finder_comment(Call& call, System&) {
     VELL_TRY(call.path(1));
     return Failure{ErrorCode::NotAvailable};
 }
 
-Result<void> reference_to_clip(Call&) {
+Result<void> reference_to_clip(Call&, System&) {
     return Failure{ErrorCode::NotAvailable};
 }
 

@@ -2,31 +2,24 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
 
 namespace vell::files {
 
 // VlFile_GetFileType( switches ; filePath ): four characters, told by the extension of the name, as
 // "TEXT" for "txt"; "fold" for a folder; empty for an extension that is not known. NotFound when
 // nothing is there.
-Result<void> get_file_type(params::Call& call, FileSystem& files);
-inline Result<void> get_file_type(params::Call& call) {
-    return get_file_type(call, system_files());
-}
+Result<void> get_file_type(params::Call& call, System& system);
 
 // VlFile_GetFileCreator( switches ; filePath ): empty, since files on Windows have no creator.
 // NotFound when nothing is there.
-Result<void> get_file_creator(params::Call& call, FileSystem& files);
-inline Result<void> get_file_creator(params::Call& call) {
-    return get_file_creator(call, system_files());
-}
+Result<void> get_file_creator(params::Call& call, System& system);
 
 // VlFile_SetFinderComment( switches ; filePath ; commentText ), and step Set Finder Comment:
 // NotAvailable for every path that is one.
-Result<void> set_finder_comment(params::Call& call);
+Result<void> set_finder_comment(params::Call& call, System& system);
 
 // VlFile_ReferenceToClip( switches ; filePath ; { pathToFMFile } ): NotAvailable. The function is
 // obsolete; the name is kept so that old calculations stay readable.
-Result<void> reference_to_clip(params::Call& call);
+Result<void> reference_to_clip(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -21,7 +21,7 @@ bool is_alias(std::u16string_view name) {
 
 // Listings pass the system's number as it is.
 ErrorCode unmapped(SystemError error) {
-    return static_cast<ErrorCode>(error);
+    return static_cast<ErrorCode>(error.number);
 }
 
 const std::u16string& listed_name(const FolderEntry& entry, const ListingOptions& options) {

@@ -1,7 +1,5 @@
 #include "src/files/listing/folder_size.h"
 
-#include "src/windows/error.h"
-
 #include <utility>
 #include <vector>
 
@@ -36,7 +34,7 @@ Result<std::uint64_t> folder_size(FolderSource& source, const std::u16string& fo
         const std::u16string next = std::move(pending.back());
         pending.pop_back();
         if (const auto counted = count_folder(source, next, batch, pending, total); !counted)
-            return Failure{error_from_win32(counted.error())};
+            return Failure{counted.error().code};
     }
     return total;
 }

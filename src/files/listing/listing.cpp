@@ -3,6 +3,7 @@
 #include "src/files/listing/folder_lister.h"
 #include "src/files/listing/folder_size.h"
 #include "src/files/listing/listing_words.h"
+#include "src/system/system.h"
 
 namespace vell::files {
 namespace {
@@ -22,23 +23,23 @@ Result<std::u16string> existing_folder(Call& call, FileSystem& files) {
 
 } // namespace
 
-Result<void> list_folder(Call& call, FileSystem& files, FolderSource& folders) {
+Result<void> list_folder(Call& call, System& system) {
     const SwitchSet switches = call.switches();
-    const std::u16string folder = VELL_TRY(existing_folder(call, files));
+    const std::u16string folder = VELL_TRY(existing_folder(call, system.files()));
     ListingOptions options = listing_words(switches);
     if (!options.files && !options.folders)
         return Failure{ErrorCode::BadParameter};
     std::u16string text;
-    VELL_TRY(FolderLister(folders, std::move(options)).append(folder, text));
+    VELL_TRY(FolderLister(system.folders(), std::move(options)).append(folder, text));
     if (!text.empty() && !switches.has("-ReturnAtEnd"))
         text.pop_back();
     call.set_text(text);
     return {};
 }
 
-Result<void> get_folder_size(Call& call, FileSystem& files, FolderSource& folders) {
-    const std::u16string folder = VELL_TRY(existing_folder(call, files));
-    const std::uint64_t size = VELL_TRY(folder_size(folders, folder));
+Result<void> get_folder_size(Call& call, System& system) {
+    const std::u16string folder = VELL_TRY(existing_folder(call, system.files()));
+    const std::uint64_t size = VELL_TRY(folder_size(system.folders(), folder));
     call.set_number(static_cast<std::int64_t>(size));
     return {};
 }

@@ -2,8 +2,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
-#include "src/system/folder_reader.h"
 
 namespace vell::files {
 
@@ -15,16 +13,10 @@ namespace vell::files {
 // hold no slash that would be encoded.
 //
 // NotAFolder when a file stands there, FolderNotFound when nothing does.
-Result<void> list_folder(params::Call& call, FileSystem& files, FolderSource& folders);
-inline Result<void> list_folder(params::Call& call) {
-    return list_folder(call, system_files(), system_folders());
-}
+Result<void> list_folder(params::Call& call, System& system);
 
 // VlFile_GetFolderSize( switches ; folderPath ): the bytes of all the files in the folder and
 // below. Codes as above; a folder below that cannot be read gives its own.
-Result<void> get_folder_size(params::Call& call, FileSystem& files, FolderSource& folders);
-inline Result<void> get_folder_size(params::Call& call) {
-    return get_folder_size(call, system_files(), system_folders());
-}
+Result<void> get_folder_size(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -3,10 +3,12 @@
 #include "src/base/ascii.h"
 #include "src/files/listing/listing_words.h"
 #include "src/files/listing/name_pattern.h"
+#include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
 #include "src/params/path_form.h"
 #include "src/params/switch_number.h"
+#include "src/system/system.h"
 
 #include <string_view>
 
@@ -22,7 +24,7 @@ constexpr std::size_t folder_position = 1;
 constexpr std::size_t name_position = 2;
 
 // The full path of the existing folder that is to be searched, with a separator at its end.
-Result<std::u16string> searched_folder(Call& call, FileSystem& files, SearchSystem& system) {
+Result<std::u16string> searched_folder(Call& call, System& system) {
     std::u16string given = call.text(folder_position);
     VELL_TRY(params::strip_prefix(Accept::HostForms, given));
     if (given.size() == 1 && is_letter(given[0]))
@@ -30,13 +32,13 @@ Result<std::u16string> searched_folder(Call& call, FileSystem& files, SearchSyst
     const bool has_separator = given.ends_with(u'/');
     const NativePath native =
         VELL_TRY(params::resolve(Accept::Nothing, std::move(given), {.as_folder = !has_separator}));
-    NativePath folder = VELL_TRY(system.full_path(native));
+    NativePath folder = VELL_TRY(full_path(system.tree(), native));
     if (!folder.wide.ends_with(u'\\'))
         folder.wide += u'\\';
-    if (files.kind_of(folder) == ItemKind::Folder)
+    if (system.files().kind_of(folder) == ItemKind::Folder)
         return folder.wide;
     const NativePath item{std::u16string(without_trailing_separator(folder.wide)), std::nullopt};
-    const bool is_file = files.kind_of(item) != ItemKind::None;
+    const bool is_file = system.files().kind_of(item) != ItemKind::None;
     return Failure{is_file ? ErrorCode::NotAFolder : ErrorCode::FolderNotFound};
 }
 
@@ -50,7 +52,7 @@ Result<std::u16string> searched_name(Call& call) {
     return name;
 }
 
-Result<void> limit_time(const SwitchSet& switches, SearchSystem& system, ListingOptions& options) {
+Result<void> limit_time(const SwitchSet& switches, System& system, ListingOptions& options) {
     constexpr std::string_view name = "-TimeoutSecs";
     constexpr std::int64_t longest = 86'400;
     if (!switches.has(name))
@@ -58,14 +60,15 @@ Result<void> limit_time(const SwitchSet& switches, SearchSystem& system, Listing
     const std::int64_t seconds = switch_number(switches, name).value_or(longest + 1);
     if (seconds > longest)
         return Failure{ErrorCode::TimeLimitOutOfRange};
-    const std::uint64_t end = system.milliseconds() + static_cast<std::uint64_t>(seconds) * 1000;
+    const std::uint64_t end =
+        system.clock().milliseconds() + static_cast<std::uint64_t>(seconds) * 1000;
     options.time_is_up = [&system, end] {
-        return system.milliseconds() > end;
+        return system.clock().milliseconds() > end;
     };
     return {};
 }
 
-Result<ListingOptions> search_options(const SwitchSet& switches, SearchSystem& system) {
+Result<ListingOptions> search_options(const SwitchSet& switches, System& system) {
     ListingOptions options = listing_words(switches);
     if (!options.files && !options.folders)
         options.files = options.folders = true;
@@ -85,11 +88,11 @@ Result<ListingOptions> search_options(const SwitchSet& switches, SearchSystem& s
 
 } // namespace
 
-Result<void> search(Call& call, FileSystem& files, FolderSource& folders, SearchSystem& system) {
+Result<void> search(Call& call, System& system) {
     const SwitchSet switches = call.switches();
-    const std::u16string folder = VELL_TRY(searched_folder(call, files, system));
+    const std::u16string folder = VELL_TRY(searched_folder(call, system));
     std::u16string name = VELL_TRY(searched_name(call));
-    system.fold_case(name);
+    system.tree().fold_case(name);
     const NamePattern pattern(name,
                               switches.has("exactname") ? NameExtent::Whole : NameExtent::Part);
 
@@ -99,10 +102,10 @@ Result<void> search(Call& call, FileSystem& files, FolderSource& folders, Search
         if (candidate == u"." || candidate == u"..")
             return false;
         name = candidate; // the room is used again
-        system.fold_case(name);
+        system.tree().fold_case(name);
         return pattern.matches(name);
     };
-    FolderLister lister(folders, std::move(options));
+    FolderLister lister(system.folders(), std::move(options));
     std::u16string text;
     VELL_TRY(lister.append(folder, text));
     if (lister.skipped() > 0)

@@ -41,20 +41,20 @@ Defaults& defaults() {
     return process_defaults;
 }
 
-Result<void> set_default_file(Call& call) {
+Result<void> set_default_file(Call& call, System&) {
     defaults().release_file();
     defaults().set_file(VELL_TRY(call.path(1)));
     call.set_done();
     return {};
 }
 
-Result<void> set_default_type(Call& call) {
+Result<void> set_default_type(Call& call, System&) {
     defaults().set_type(call.text(1));
     call.set_done();
     return {};
 }
 
-Result<void> set_default_creator(Call& call) {
+Result<void> set_default_creator(Call& call, System&) {
     call.set_done();
     return {};
 }

@@ -41,12 +41,12 @@ inline std::u16string default_file_types() {
 
 // VlFile_SetDefaultFileSpec( switches ; filePath ): the file of VlFile_SetContents and
 // VlFile_AppendContents. A path that cannot be resolved leaves no default file at all.
-Result<void> set_default_file(params::Call& call);
+Result<void> set_default_file(params::Call& call, System& system);
 
 // VlFile_SetDefaultType( switches ; fileType ): the filter of the plug-in's file dialogs.
-Result<void> set_default_type(params::Call& call);
+Result<void> set_default_type(params::Call& call, System& system);
 
 // VlFile_SetDefaultCreator( switches ; creator ): nothing, since Windows knows no creators.
-Result<void> set_default_creator(params::Call& call);
+Result<void> set_default_creator(params::Call& call, System& system);
 
 } // namespace vell::files

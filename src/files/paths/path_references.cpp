@@ -2,6 +2,7 @@
 
 #include "src/files/paths/path_parts.h"
 #include "src/params/path_form.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <optional>
@@ -54,8 +55,10 @@ bool names_a_place(std::u16string_view line) {
     return !line.empty() && kind != PathKind::Size && !is_for_the_mac(kind);
 }
 
-Result<std::u16string> reference_of(Call& call, const FullPath& full_path) {
-    return path_of_reference(call.text(1), full_path);
+Result<std::u16string> reference_of(Call& call, System& system) {
+    return path_of_reference(call.text(1), [&system](const std::u16string& path) {
+        return system.tree().absolute_path(path);
+    });
 }
 
 } // namespace
@@ -83,13 +86,13 @@ Result<std::u16string> path_of_reference(std::u16string_view reference, const Fu
     return *std::move(found);
 }
 
-Result<void> file_spec_to_full_path(Call& call, const FullPath& full_path) {
-    call.set_text(params::path_result(call.switches(), VELL_TRY(reference_of(call, full_path))));
+Result<void> file_spec_to_full_path(Call& call, System& system) {
+    call.set_text(params::path_result(call.switches(), VELL_TRY(reference_of(call, system))));
     return {};
 }
 
-Result<void> full_path_to_file_spec(Call& call, const FullPath& full_path) {
-    call.set_text(params::host_form(VELL_TRY(reference_of(call, full_path))));
+Result<void> full_path_to_file_spec(Call& call, System& system) {
+    call.set_text(params::host_form(VELL_TRY(reference_of(call, system))));
     return {};
 }
 

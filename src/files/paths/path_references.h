@@ -10,7 +10,6 @@ namespace vell::files {
 
 // A path from its root, with "\" and without "." and "..".
 using FullPath = std::function<Result<std::u16string>(const std::u16string&)>;
-Result<std::u16string> full_path(const std::u16string& path); // Windows only
 
 // The full path that a reference names: "filewin:/C:/a", "file:", "imagewin:", "image:",
 // "moviewin:", "movie:", "smb://server/share/a", each also with "//server/share", and a path as it
@@ -23,15 +22,9 @@ Result<std::u16string> path_of_reference(std::u16string_view reference, const Fu
 
 // VlFile_FileSpecToFullPath( switches ; FileSpec ): the full path, "-FileMakerPathFormat" or
 // native. Nothing has to exist there.
-Result<void> file_spec_to_full_path(params::Call& call, const FullPath& full_path);
-inline Result<void> file_spec_to_full_path(params::Call& call) {
-    return file_spec_to_full_path(call, full_path);
-}
+Result<void> file_spec_to_full_path(params::Call& call, System& system);
 
 // VlFile_FullPathToFileSpec( switches ; filePath ): the full path in the host's form.
-Result<void> full_path_to_file_spec(params::Call& call, const FullPath& full_path);
-inline Result<void> full_path_to_file_spec(params::Call& call) {
-    return full_path_to_file_spec(call, full_path);
-}
+Result<void> full_path_to_file_spec(params::Call& call, System& system);
 
 } // namespace vell::files

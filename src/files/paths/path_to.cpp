@@ -2,6 +2,7 @@
 
 #include "src/params/path_form.h"
 #include "src/params/paths.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 
@@ -25,7 +26,7 @@ Result<std::u16string> current_file(params::Call& call) {
 
 } // namespace
 
-Result<void> get_path_to(params::Call& call, const ProgramPath& program) {
+Result<void> get_path_to(params::Call& call, System& system) {
     const params::SwitchSet switches = call.switches();
     if (switches.has("currentFileName")) {
         call.set_text(params::path_result(switches, VELL_TRY(current_file(call))));
@@ -34,7 +35,7 @@ Result<void> get_path_to(params::Call& call, const ProgramPath& program) {
     const bool folder = switches.has("currentAppFolder");
     if (!folder && !switches.has("currentApplication"))
         return Failure{ErrorCode::BadParameter};
-    std::u16string path = VELL_TRY(program());
+    std::u16string path = VELL_TRY(system.places().program_path());
     if (folder)
         path.erase(path.find_last_of(u'\\') + 1);
     call.set_text(params::path_result(switches, std::move(path)));

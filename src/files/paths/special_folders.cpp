@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/params/path_form.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <iterator>
@@ -99,13 +100,13 @@ std::span<const SpecialFolderWord> special_folder_words() {
     return words;
 }
 
-Result<void> find_folder(params::Call& call, const SpecialFolderSource& source) {
+Result<void> find_folder(params::Call& call, System& system) {
     const params::SwitchSet switches = call.switches();
     const SpecialFolderWord* const word = longest_word(switches.text());
     if (!word)
         return Failure{ErrorCode::BadParameter};
     const MakeFolder make = switches.has("-CreateFolder") ? MakeFolder::Yes : MakeFolder::No;
-    std::u16string path = VELL_TRY(source(word->folder, make));
+    std::u16string path = VELL_TRY(system.places().special_folder(word->folder, make));
     if (!path.ends_with(u'\\'))
         path += u'\\';
     call.set_text(params::path_result(switches, std::move(path)));

@@ -1,10 +1,10 @@
 #include "src/files/tree/folder_operations.h"
 
 #include "src/base/utf16.h"
+#include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
-#include "src/system/found_item.h"
-#include "src/windows/error.h"
+#include "src/system/system.h"
 
 #include <algorithm>
 #include <string>
@@ -17,25 +17,17 @@ using params::Call;
 
 constexpr std::size_t contents_option = 2; // of the step that deletes
 
-// Of the shell's own numbers, those that the checks before it give in its place.
-constexpr auto same_folder = static_cast<ErrorCode>(0x71);
-constexpr auto target_in_source = static_cast<ErrorCode>(0x7D);
-
-// The shell's own numbers, which are other errors in Windows' numbering.
-constexpr std::int32_t first_shell_number = 0x71;
-constexpr std::int32_t last_shell_number = 0x88;
-
 NativePath native(std::u16string_view path) {
     return {std::u16string(path), std::nullopt};
 }
 
 // Whether the target is the source or lies in it, by their full paths without separators at their
 // ends.
-bool is_inside(TreeSystem& tree, std::u16string_view target, std::u16string_view source) {
+bool is_inside(System& system, std::u16string_view target, std::u16string_view source) {
     const bool on_its_way = target.size() == source.size() ||
                             (target.size() > source.size() &&
                              (target[source.size()] == u'\\' || source.ends_with(u'\\')));
-    return on_its_way && tree.equal_ignoring_case(target.substr(0, source.size()), source);
+    return on_its_way && system.tree().equal_ignoring_case(target.substr(0, source.size()), source);
 }
 
 struct FolderPaths {
@@ -43,7 +35,7 @@ struct FolderPaths {
     NativePath target;
 };
 
-Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
+Result<FolderPaths> folder_paths(Call& call, System& system) {
     const auto not_a_folder = [&] {
         call.debug_note("DoCopyFolder001A errFSNotAFolder ");
         return Failure{ErrorCode::NotAFolder};
@@ -53,16 +45,16 @@ Result<FolderPaths> folder_paths(Call& call, TreeSystem& tree) {
         return not_a_folder();
     const NativePath source =
         native(without_trailing_separator(VELL_TRY(path_to_change(*given)).wide));
-    if (tree.files().kind_of(source) != ItemKind::Folder)
+    if (system.files().kind_of(source) != ItemKind::Folder)
         return not_a_folder();
-    const NativePath target = VELL_TRY(path_to_make(tree.files(), source, call.path(2)));
+    const NativePath target = VELL_TRY(path_to_make(system.files(), source, call.path(2)));
     VELL_TRY(check_name_characters(last_name(target.wide))); // the shell takes "*" for a pattern
     return FolderPaths{source, native(without_trailing_separator(target.wide))};
 }
 
 // The path as the comparison and the shell take it.
-Result<NativePath> trimmed_full_path(TreeSystem& tree, const NativePath& path) {
-    return native(without_trailing_separator(VELL_TRY(tree.full_path(path)).wide));
+Result<NativePath> trimmed_full_path(System& system, const NativePath& path) {
+    return native(without_trailing_separator(VELL_TRY(full_path(system.tree(), path)).wide));
 }
 
 NativePath joined(const NativePath& folder, std::u16string_view name) {
@@ -81,8 +73,8 @@ Result<void> check_no_root(const NativePath& folder) {
 }
 
 // Where the shell puts the copy: a folder that exists takes it in.
-NativePath place_of_copy(TreeSystem& tree, const FolderPaths& paths) {
-    return tree.files().kind_of(paths.target) == ItemKind::Folder
+NativePath place_of_copy(System& system, const FolderPaths& paths) {
+    return system.files().kind_of(paths.target) == ItemKind::Folder
                ? joined(paths.target, last_name(paths.source.wide))
                : paths.target;
 }
@@ -99,21 +91,21 @@ std::vector<NativePath> way_up(std::u16string_view path) {
     return way;
 }
 
-bool is_same_folder(TreeSystem& tree, const NativePath& a, const NativePath& b) {
-    return tree.equal_ignoring_case(a.wide, b.wide) || tree.files().is_same_file(a, b);
+bool is_same_folder(System& system, const NativePath& a, const NativePath& b) {
+    return system.tree().equal_ignoring_case(a.wide, b.wide) || system.files().is_same_file(a, b);
 }
 
-bool contains(TreeSystem& tree, const std::vector<NativePath>& folders, const NativePath& folder) {
+bool contains(System& system, const std::vector<NativePath>& folders, const NativePath& folder) {
     return std::ranges::any_of(
-        folders, [&](const NativePath& other) { return is_same_folder(tree, other, folder); });
+        folders, [&](const NativePath& other) { return is_same_folder(system, other, folder); });
 }
 
 // The links to folders below a folder. PathTooLong when the path of anything below it is longer
 // than the folder's by more than `longest` characters.
-Result<std::vector<NativePath>> links_below(TreeSystem& tree, const NativePath& folder,
+Result<std::vector<NativePath>> links_below(System& system, const NativePath& folder,
                                             std::size_t longest) {
     std::vector<NativePath> links;
-    VELL_TRY(tree.for_each_below(folder, [&](const ItemBelow& item) -> Result<void> {
+    VELL_TRY(system.tree().for_each_below(folder, [&](const ItemBelow& item) -> Result<void> {
         if (item.path.wide.size() > folder.wide.size() + longest)
             return Failure{ErrorCode::PathTooLong};
         if (item.is_link)
@@ -125,14 +117,14 @@ Result<std::vector<NativePath>> links_below(TreeSystem& tree, const NativePath& 
 
 // The shell goes through links: the copy would hold itself, over and over, where one leads to a
 // folder above it or above the copy.
-Result<void> check_links(TreeSystem& tree, const FolderPaths& paths, const NativePath& place) {
+Result<void> check_links(System& system, const FolderPaths& paths, const NativePath& place) {
     const std::size_t longest = std::max(paths.source.wide.size(), place.wide.size());
     const std::vector<NativePath> above_copy = way_up(place.wide);
     for (const NativePath& link :
-         VELL_TRY(links_below(tree, paths.source, longest_shell_path - longest))) {
+         VELL_TRY(links_below(system, paths.source, longest_shell_path - longest))) {
         const auto above_link = way_up(without_trailing_separator(folder_part(link.wide)));
-        if (contains(tree, above_link, link) || contains(tree, above_copy, link))
-            return Failure{target_in_source};
+        if (contains(system, above_link, link) || contains(system, above_copy, link))
+            return Failure{ErrorCode::FolderIntoItself};
     }
     return {};
 }
@@ -146,11 +138,11 @@ NativePath copy_of(const NativePath& item, const NativePath& source, const Nativ
 }
 
 // The shell also reports success when it has passed over things, such as files in use.
-Result<void> check_copied(TreeSystem& tree, const NativePath& source, const NativePath& copy) {
-    if (tree.files().kind_of(copy) != ItemKind::Folder)
+Result<void> check_copied(System& system, const NativePath& source, const NativePath& copy) {
+    if (system.files().kind_of(copy) != ItemKind::Folder)
         return Failure{ErrorCode::Busy};
-    return tree.for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
-        if (tree.files().kind_of(copy_of(item.path, source, copy)) != item.kind)
+    return system.tree().for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
+        if (system.files().kind_of(copy_of(item.path, source, copy)) != item.kind)
             return Failure{ErrorCode::Busy};
         return {};
     });
@@ -158,11 +150,11 @@ Result<void> check_copied(TreeSystem& tree, const NativePath& source, const Nati
 
 // The folders that a copy will make: the copy itself and what is missing above it, or what it lacks
 // of the source's folders. Those above others come first.
-Result<std::vector<NativePath>> missing_folders(TreeSystem& tree, const NativePath& source,
+Result<std::vector<NativePath>> missing_folders(System& system, const NativePath& source,
                                                 const NativePath& copy) {
     std::vector<NativePath> missing;
     const auto is_missing = [&](const NativePath& folder) {
-        return tree.files().kind_of(folder) == ItemKind::None;
+        return system.files().kind_of(folder) == ItemKind::None;
     };
     if (is_missing(copy)) {
         missing = way_up(copy.wide);
@@ -170,7 +162,7 @@ Result<std::vector<NativePath>> missing_folders(TreeSystem& tree, const NativePa
         std::ranges::reverse(missing);
         return missing;
     }
-    VELL_TRY(tree.for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
+    VELL_TRY(system.tree().for_each_below(source, [&](const ItemBelow& item) -> Result<void> {
         NativePath folder = copy_of(item.path, source, copy);
         if (item.kind == ItemKind::Folder && is_missing(folder))
             missing.push_back(std::move(folder));
@@ -181,48 +173,48 @@ Result<std::vector<NativePath>> missing_folders(TreeSystem& tree, const NativePa
 
 // Removes those of the folders, and of what is in them, that hold nothing but folders. What cannot
 // be removed stays: there is another failure to report.
-void remove_if_empty(TreeSystem& tree, std::vector<NativePath> folders) {
+void remove_if_empty(System& system, std::vector<NativePath> folders) {
     for (; !folders.empty(); folders.pop_back()) {
         std::vector<NativePath> inner{folders.back()};
-        static_cast<void>(
-            tree.for_each_below(folders.back(), [&](const ItemBelow& item) -> Result<void> {
+        static_cast<void>(system.tree().for_each_below(
+            folders.back(), [&](const ItemBelow& item) -> Result<void> {
                 if (item.kind == ItemKind::Folder && !item.is_link)
                     inner.push_back(item.path);
                 return {};
             }));
         for (; !inner.empty(); inner.pop_back())
-            static_cast<void>(tree.remove_folder(inner.back()));
+            static_cast<void>(system.tree().remove_folder(inner.back()));
     }
 }
 
-Result<void> run_copy(TreeSystem& tree, const FolderPaths& paths, const NativePath& place,
+Result<void> run_copy(System& system, const FolderPaths& paths, const NativePath& place,
                       ShellMessages messages) {
-    const ShellOutcome outcome = tree.shell_copy(paths.source, paths.target, messages);
+    const ShellOutcome outcome = system.desktop().shell_copy(paths.source, paths.target, messages);
     if (outcome.aborted)
         return Failure{ErrorCode::OperationAborted};
-    if (outcome.code != 0)
-        return Failure{static_cast<ErrorCode>(outcome.code)};
-    return check_copied(tree, paths.source, place);
+    if (outcome.code != ErrorCode::Ok)
+        return Failure{outcome.code};
+    return check_copied(system, paths.source, place);
 }
 
-Result<void> copy_by_shell(TreeSystem& tree, const FolderPaths& paths, ShellMessages messages) {
-    const NativePath place = place_of_copy(tree, paths);
+Result<void> copy_by_shell(System& system, const FolderPaths& paths, ShellMessages messages) {
+    const NativePath place = place_of_copy(system, paths);
     if (std::max(paths.source.wide.size(), place.wide.size()) > longest_shell_path)
         return Failure{ErrorCode::PathTooLong};
-    if (is_same_folder(tree, place, paths.source))
-        return Failure{same_folder};
-    if (contains(tree, way_up(place.wide), paths.source))
-        return Failure{target_in_source};
-    const ItemKind there = tree.files().kind_of(place);
+    if (is_same_folder(system, place, paths.source))
+        return Failure{ErrorCode::SameFolder};
+    if (contains(system, way_up(place.wide), paths.source))
+        return Failure{ErrorCode::FolderIntoItself};
+    const ItemKind there = system.files().kind_of(place);
     // Without a user nobody can be asked whether files are to be replaced.
     if (there == ItemKind::File ||
         (there == ItemKind::Folder && messages == ShellMessages::Suppressed))
         return Failure{ErrorCode::AlreadyExists};
-    VELL_TRY(check_links(tree, paths, place));
-    const std::vector<NativePath> missing = VELL_TRY(missing_folders(tree, paths.source, place));
-    const Result<void> copied = run_copy(tree, paths, place, messages);
+    VELL_TRY(check_links(system, paths, place));
+    const std::vector<NativePath> missing = VELL_TRY(missing_folders(system, paths.source, place));
+    const Result<void> copied = run_copy(system, paths, place, messages);
     if (!copied)
-        remove_if_empty(tree, missing);
+        remove_if_empty(system, missing);
     return copied;
 }
 
@@ -234,26 +226,21 @@ std::u16string deletion_question(std::u16string_view name) {
            u"be undone.";
 }
 
-ErrorCode deletion_error(std::int32_t code) {
-    const bool of_the_shell = code >= first_shell_number && code <= last_shell_number;
-    return of_the_shell ? static_cast<ErrorCode>(code) : error_from_win32(code);
-}
-
-Result<void> delete_by_shell(TreeSystem& tree, const NativePath& folder, void* owner,
+Result<void> delete_by_shell(System& system, const NativePath& folder, void* owner,
                              ShellMessages messages) {
-    if (tree.is_link(folder))
-        return tree.remove_folder(folder);
+    if (system.tree().is_link(folder))
+        return system.tree().remove_folder(folder);
     if (folder.wide.size() > longest_shell_path)
         return Failure{ErrorCode::PathTooLong};
     for (const NativePath& link :
-         VELL_TRY(links_below(tree, folder, longest_shell_path - folder.wide.size())))
-        VELL_TRY(tree.remove_folder(link));
-    const ShellOutcome outcome = tree.shell_delete(folder, owner, messages);
+         VELL_TRY(links_below(system, folder, longest_shell_path - folder.wide.size())))
+        VELL_TRY(system.tree().remove_folder(link));
+    const ShellOutcome outcome = system.desktop().shell_delete(folder, owner, messages);
     if (outcome.aborted)
         return Failure{ErrorCode::OperationAborted};
-    if (outcome.code != 0)
-        return Failure{deletion_error(outcome.code)};
-    if (tree.files().kind_of(folder) != ItemKind::None)
+    if (outcome.code != ErrorCode::Ok)
+        return Failure{outcome.code};
+    if (system.files().kind_of(folder) != ItemKind::None)
         return Failure{ErrorCode::Busy}; // the shell passed over something
     return {};
 }
@@ -262,29 +249,29 @@ ShellMessages messages_for(const Call& call) {
     return call.can_ask_user() ? ShellMessages::Shown : ShellMessages::Suppressed;
 }
 
-Result<void> delete_with_contents(Call& call, TreeSystem& tree, const NativePath& path,
+Result<void> delete_with_contents(Call& call, System& system, const NativePath& path,
                                   bool confirmed) {
-    const NativePath folder = VELL_TRY(trimmed_full_path(tree, path));
+    const NativePath folder = VELL_TRY(trimmed_full_path(system, path));
     VELL_TRY(check_no_root(folder));
     if (!confirmed &&
         (!call.can_ask_user() ||
-         !tree.confirm(call.main_window(), deletion_question(last_name(folder.wide)))))
+         !system.desktop().confirm(call.main_window(), deletion_question(last_name(folder.wide)))))
         return Failure{ErrorCode::NotConfirmed};
-    if (!tree.has_shell_operations())
+    if (!system.desktop().has_shell_operations())
         return Failure{ErrorCode::NotAvailable};
     void* const owner = call.can_ask_user() ? call.main_window() : nullptr;
-    return delete_by_shell(tree, folder, owner, messages_for(call));
+    return delete_by_shell(system, folder, owner, messages_for(call));
 }
 
 } // namespace
 
-Result<void> delete_folder(Call& call, TreeSystem& tree) {
+Result<void> delete_folder(Call& call, System& system) {
     const params::SwitchSet switches = call.switches();
     const bool with_contents =
         call.option_is(contents_option, 1, switches, "-deleteAllSubFoldersAndAllContents");
     const NativePath given = VELL_TRY(path_to_change(call.path(1)));
     const NativePath path = native(without_trailing_separator(given.wide));
-    switch (tree.files().kind_of(path)) {
+    switch (system.files().kind_of(path)) {
     case ItemKind::None:
         return Failure{ErrorCode::BadName};
     case ItemKind::File:
@@ -294,34 +281,34 @@ Result<void> delete_folder(Call& call, TreeSystem& tree) {
     }
     VELL_TRY(check_no_root(path));
     if (with_contents)
-        VELL_TRY(delete_with_contents(call, tree, path, switches.has("noWarning")));
+        VELL_TRY(delete_with_contents(call, system, path, switches.has("noWarning")));
     else
-        VELL_TRY(tree.remove_folder(path));
+        VELL_TRY(system.tree().remove_folder(path));
     call.set_done();
     return {};
 }
 
-Result<void> copy_folder(Call& call, TreeSystem& tree) {
-    const FolderPaths given = VELL_TRY(folder_paths(call, tree));
-    if (!tree.has_shell_operations())
+Result<void> copy_folder(Call& call, System& system) {
+    const FolderPaths given = VELL_TRY(folder_paths(call, system));
+    if (!system.desktop().has_shell_operations())
         return Failure{ErrorCode::NotAvailable};
     FolderPaths full;
-    full.source = VELL_TRY(trimmed_full_path(tree, given.source));
+    full.source = VELL_TRY(trimmed_full_path(system, given.source));
     VELL_TRY(check_no_root(full.source));
-    full.target = VELL_TRY(trimmed_full_path(tree, given.target));
-    VELL_TRY(copy_by_shell(tree, full, messages_for(call)));
+    full.target = VELL_TRY(trimmed_full_path(system, given.target));
+    VELL_TRY(copy_by_shell(system, full, messages_for(call)));
     call.set_done();
     return {};
 }
 
-Result<void> move_folder(Call& call, TreeSystem& tree) {
-    const FolderPaths paths = VELL_TRY(folder_paths(call, tree));
-    const NativePath source = VELL_TRY(trimmed_full_path(tree, paths.source));
-    const NativePath target = VELL_TRY(trimmed_full_path(tree, paths.target));
-    if (is_inside(tree, target.wide, source.wide))
+Result<void> move_folder(Call& call, System& system) {
+    const FolderPaths paths = VELL_TRY(folder_paths(call, system));
+    const NativePath source = VELL_TRY(trimmed_full_path(system, paths.source));
+    const NativePath target = VELL_TRY(trimmed_full_path(system, paths.target));
+    if (is_inside(system, target.wide, source.wide))
         return Failure{ErrorCode::MoveIntoItself};
     VELL_TRY(check_no_root(source));
-    VELL_TRY(tree.move(paths.source, paths.target));
+    VELL_TRY(system.tree().move(paths.source, paths.target));
     call.set_done();
     return {};
 }

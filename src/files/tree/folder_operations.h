@@ -3,7 +3,6 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/tree_system.h"
 
 namespace vell::files {
 
@@ -14,10 +13,7 @@ namespace vell::files {
 // it holds, after the user has confirmed this (NotConfirmed) or with "noWarning" at once. Without a
 // user nobody can confirm. Links in it are removed, what they lead to stays. The shell's paths are
 // short: when anything in the folder has a longer one, nothing is deleted (PathTooLong).
-Result<void> delete_folder(params::Call& call, TreeSystem& tree);
-inline Result<void> delete_folder(params::Call& call) {
-    return delete_folder(call, system_tree());
-}
+Result<void> delete_folder(params::Call& call, System& system);
 
 // VlFile_CopyFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
 // source is none. By the shell's rule the copy gets the destination's name, or the source's name in
@@ -25,17 +21,11 @@ inline Result<void> delete_folder(params::Call& call) {
 // is the shell's own number, OperationAborted when the user ends it, Busy when anything of the
 // source is missing in what the shell reports as done. A copy that would hold itself, also by way
 // of a link, is refused before (125). What fails leaves no new folder that is empty.
-Result<void> copy_folder(params::Call& call, TreeSystem& tree);
-inline Result<void> copy_folder(params::Call& call) {
-    return copy_folder(call, system_tree());
-}
+Result<void> copy_folder(params::Call& call, System& system);
 
 // VlFile_MoveFolder( switches ; sourceFolderPath ; destinationFolderPath ): NotAFolder when the
 // source is none, MoveIntoItself for a destination that is the source or lies in it. A folder is
 // not moved to another volume: Windows' number 17 (ERROR_NOT_SAME_DEVICE).
-Result<void> move_folder(params::Call& call, TreeSystem& tree);
-inline Result<void> move_folder(params::Call& call) {
-    return move_folder(call, system_tree());
-}
+Result<void> move_folder(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/tree_system.h"
+#include "src/system/system.h"
 
 #include <cstddef>
 #include <string>
@@ -35,39 +35,24 @@ class NewFolders {
 // is anything of its name. Once one that was missing above it has been made, the outcome for those
 // below that one does not count. The calls of the system grow with the number of folders that are
 // made, and with no more than the logarithm of the number of those that are not.
-Result<void> make_folders(TreeSystem& tree, const NativePath& given, NewFolders& made);
+Result<void> make_folders(System& system, const NativePath& given, NewFolders& made);
 
 // VlFile_CreateFile( switches ; filePath ): an empty file. "-CreateFolders", or the step's "Create
 // folders", makes the missing folders above it, which go again when the file cannot be made.
-Result<void> create_file(params::Call& call, TreeSystem& tree);
-inline Result<void> create_file(params::Call& call) {
-    return create_file(call, system_tree());
-}
+Result<void> create_file(params::Call& call, System& system);
 
 // VlFile_CreateFolder( switches ; folderPath ): a folder and every missing one above it.
-Result<void> create_folder(params::Call& call, TreeSystem& tree);
-inline Result<void> create_folder(params::Call& call) {
-    return create_folder(call, system_tree());
-}
+Result<void> create_folder(params::Call& call, System& system);
 
 // VlFile_DeleteFile( switches ; filePath ). Busy for a file that is read-only or in use.
-Result<void> delete_file(params::Call& call, TreeSystem& tree);
-inline Result<void> delete_file(params::Call& call) {
-    return delete_file(call, system_tree());
-}
+Result<void> delete_file(params::Call& call, System& system);
 
 // VlFile_CopyFile( switches ; sourceFilePath ; destinationFilePath )
-Result<void> copy_file(params::Call& call, TreeSystem& tree);
-inline Result<void> copy_file(params::Call& call) {
-    return copy_file(call, system_tree());
-}
+Result<void> copy_file(params::Call& call, System& system);
 
 // VlFile_MoveFile( switches ; sourceFilePath ; destinationFilePath ): to another folder, name or
 // volume.
-Result<void> move_file(params::Call& call, TreeSystem& tree);
-inline Result<void> move_file(params::Call& call) {
-    return move_file(call, system_tree());
-}
+Result<void> move_file(params::Call& call, System& system);
 
 // VlFile_ExchangeFiles( switches ; filePath1 ; filePath2 ): each file gets the other's path, by
 // three renames. Files on different volumes need "-AllowDifferentVolumes", or the step's "Allow
@@ -75,9 +60,6 @@ inline Result<void> move_file(params::Call& call) {
 //
 // When the second or third rename fails, things stay as they are at that moment: the second file is
 // in its folder under a name with "_tmp", which the debug log tells.
-Result<void> exchange_files(params::Call& call, TreeSystem& tree);
-inline Result<void> exchange_files(params::Call& call) {
-    return exchange_files(call, system_tree());
-}
+Result<void> exchange_files(params::Call& call, System& system);
 
 } // namespace vell::files

@@ -111,6 +111,12 @@ Result<std::string> HostCallObject::encode(std::u16string_view text, TextEncodin
     }
 }
 
+std::u16string HostCallObject::decode(std::string_view bytes, TextEncoding encoding) {
+    Text text;
+    text.assign_bytes(bytes, encoding);
+    return text.to_utf16();
+}
+
 std::int64_t HostCallObject::number(std::size_t index) {
     if (index >= parameters_.size())
         return 0;

@@ -21,6 +21,7 @@ class HostCallObject : public params::Call {
     std::u16string text(std::size_t index) override;
     Result<std::string> encode(std::u16string_view text, params::TextEncoding encoding,
                                params::Unencodable unencodable) override;
+    std::u16string decode(std::string_view bytes, params::TextEncoding encoding) override;
     std::int64_t number(std::size_t index) override;
     std::int32_t step_option(std::size_t index) override;
     std::optional<params::CalendarTime> time_stamp(std::size_t index) override;

@@ -8,6 +8,7 @@
 #include "src/host/lifecycle/plugin_state.h"
 #include "src/host/vocabulary/registry.h"
 #include "src/windows/error_windows.h"
+#include "src/windows/system.h"
 
 #include <optional>
 
@@ -47,7 +48,7 @@ ErrorCode outcome_of(const Entry& entry, const HostArguments& given) {
         HostCallObject call(given.environment, given.parameters, given.result, entry.is_step);
         if (call.parameter_count() < static_cast<std::size_t>(entry.needed_parameters))
             return ErrorCode::BadParameter;
-        const Result<void> outcome = entry.body(call);
+        const Result<void> outcome = entry.body(call, windows::system());
         if (outcome)
             return ErrorCode::Ok;
         return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();

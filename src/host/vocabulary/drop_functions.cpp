@@ -4,6 +4,8 @@
 #include "src/host/bridge/host_data.h"
 #include "src/host/diagnostics/debug_log.h"
 #include "src/host/lifecycle/plugin_state.h"
+#include "src/windows/dragdrop/drop_windows.h"
+#include "src/windows/system.h"
 
 namespace vell::host {
 namespace {
@@ -52,17 +54,17 @@ class HostOfDrops : public dragdrop::DropHost {
 DragAndDrop& drops() {
     // Never destroyed, as the windows that it serves.
     static DragAndDrop& instance =
-        *new DragAndDrop(*new HostOfDrops, dragdrop::system_windows(), files::system_files());
+        *new DragAndDrop(*new HostOfDrops, windows::drop_windows(), windows::system().files());
     return instance;
 }
 
 } // namespace
 
-Result<void> drag_and_drop(params::Call& call) {
+Result<void> drag_and_drop(params::Call& call, System&) {
     return drops().drag_and_drop(call);
 }
 
-Result<void> stop_drop_handlers(params::Call& call) {
+Result<void> stop_drop_handlers(params::Call& call, System&) {
     return drops().stop_all(call);
 }
 

@@ -5,8 +5,8 @@
 
 namespace vell::host {
 
-Result<void> drag_and_drop(params::Call& call);
-Result<void> stop_drop_handlers(params::Call& call);
+Result<void> drag_and_drop(params::Call& call, System& system);
+Result<void> stop_drop_handlers(params::Call& call, System& system);
 
 // What the idle and the shutdown message bring to drag and drop.
 void idle_drops();

@@ -28,7 +28,6 @@
 #include "src/files/tree/folder_operations.h"
 #include "src/files/tree/tree.h"
 #include "src/host/bridge/fm_api.h"
-#include "src/host/vocabulary/archive_functions.h"
 #include "src/host/vocabulary/drop_functions.h"
 #include "src/host/vocabulary/pdf_functions.h"
 #include "src/host/vocabulary/plugin_functions.h"
@@ -285,10 +284,10 @@ constexpr FunctionRow rows[] = {
      Served::WhenEnabled, RegistrationGroup::Second},
     {4304, 2, 3, all_dialogs,
      "VlFile_UnZip( switches ; sourceZipFilePath ; destinationFolderPath )",
-     "Expands a ZIP file into the specified folder.", unzip, Served::WhenEnabled,
+     "Expands a ZIP file into the specified folder.", archive::unzip, Served::WhenEnabled,
      RegistrationGroup::Second},
     {4305, 2, 2, all_dialogs, "VlFile_GetZipInfo( switches ; zipFilePath )",
-     "Get information from a ZIP file.", get_zip_info, Served::WhenEnabled,
+     "Get information from a ZIP file.", archive::get_zip_info, Served::WhenEnabled,
      RegistrationGroup::Second},
 };
 

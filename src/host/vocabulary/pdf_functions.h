@@ -6,8 +6,9 @@
 
 namespace vell::host {
 
-Result<void> get_as_plain_text(params::Call& call);
+Result<void> get_as_plain_text(params::Call& call, System& system);
+
 // VlFile_GetContents, which "-ExperimentalPDFToPlainText" makes the function above.
-Result<void> get_contents(params::Call& call);
+Result<void> get_contents(params::Call& call, System& system);
 
 } // namespace vell::host

@@ -75,7 +75,7 @@ Result<void> control_logs(Call& call, const SwitchSet& switches) {
 
 } // namespace
 
-Result<void> version(Call& call) {
+Result<void> version(Call& call, System&) {
     const SwitchSet switches = call.switches();
     if (switches.has("-getversionnumber"))
         call.set_number(plugin_version_number);
@@ -86,12 +86,12 @@ Result<void> version(Call& call) {
     return {};
 }
 
-Result<void> version_auto_update(Call& call) {
+Result<void> version_auto_update(Call& call, System&) {
     call.set_literal(auto_update_version);
     return {};
 }
 
-Result<void> control(Call& call) {
+Result<void> control(Call& call, System&) {
     const SwitchSet switches = call.switches();
     if (!call.is_step() && names_log(switches))
         return control_logs(call, switches);

@@ -14,10 +14,10 @@ inline constexpr std::int32_t control_current_status = 3;
 
 // VlFile_Version, VlFile_Version( switches ): "Vell File Plug-In 14.0"; with "-getversionnumber"
 // the number 14, with "-getversionstring" the text "14.0".
-Result<void> version(params::Call& call);
+Result<void> version(params::Call& call, System& system);
 
 // VlFile_VersionAutoUpdate: "14000000".
-Result<void> version_auto_update(params::Call& call);
+Result<void> version_auto_update(params::Call& call, System& system);
 
 // VlFile_Control( switches ; password ): exactly one of "DisableAllFunctions",
 // "EnableAllFunctions" (which needs the password of the disabling) and "CurrentEnabledStatus" (1
@@ -26,6 +26,6 @@ Result<void> version_auto_update(params::Call& call);
 // or brings back the lines that server hosts log for each call. ControlRefused for anything else,
 // for both kinds together and for a wrong password, AlreadyDisabled, BadParameter for an empty
 // password to disable with.
-Result<void> control(params::Call& call);
+Result<void> control(params::Call& call, System& system);
 
 } // namespace vell::host

@@ -13,7 +13,6 @@
 #include "src/files/information/mac_properties.h"
 #include "src/files/tree/folder_operations.h"
 #include "src/files/tree/tree.h"
-#include "src/host/vocabulary/archive_functions.h"
 #include "src/host/vocabulary/drop_functions.h"
 #include "src/host/vocabulary/plugin_functions.h"
 #include "src/host/vocabulary/registry.h"
@@ -250,7 +249,7 @@ constexpr StepRow rows[] = {
      5, substitute_in_file, files::substitute},
     {7290, "Unmount Disk", "Unmounts and ejects a remote or removable disk.", 2, unmount_disk,
      files::unmount_disk},
-    {7304, "UnZip", "Expands a zip file into a folder.", 2, unzip, host::unzip},
+    {7304, "UnZip", "Expands a zip file into a folder.", 2, unzip, archive::unzip},
     {7317, "Exchange Files", "Exchanges the contents of two files on the same disk.", 3,
      exchange_files, files::exchange_files},
     {7320, "Set MetaData of Movie", "Writes metadata into a movie file.", 0, set_movie_metadata,

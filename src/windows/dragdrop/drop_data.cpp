@@ -2,6 +2,7 @@
 
 #include "src/dragdrop/dropped_data.h"
 #include "src/windows/com.h"
+#include "src/windows/system.h"
 #include "src/windows/text.h"
 
 #include <ole2.h>
@@ -133,7 +134,7 @@ Result<void> write_storage(IStorage& storage, const NativePath& path, Room& room
     VELL_TRY(check_hresult(storage.CopyTo(0, nullptr, nullptr, copy.Get())));
     VELL_TRY(check_hresult(copy->Commit(STGC_DEFAULT)));
     copy.Reset();
-    const auto file = VELL_TRY(files::system_files().open(path, Permission::Read));
+    const auto file = VELL_TRY(windows::system().files().open(path, Permission::Read));
     return room.take(VELL_TRY(file->size()));
 }
 
@@ -141,7 +142,7 @@ Result<void> write_contents(const Medium& medium, const ContentsItem& item, cons
                             Room& room) {
     if (medium->tymed == TYMED_ISTORAGE)
         return write_storage(*medium->pstg, path, room);
-    FileSystem& files = files::system_files();
+    FileSystem& files = windows::system().files();
     VELL_TRY(files.create_new(path));
     const auto file = VELL_TRY(files.open(path, Permission::Write));
     if (medium->tymed == TYMED_ISTREAM) {
@@ -160,7 +161,7 @@ Result<void> write_contents(const Medium& medium, const ContentsItem& item, cons
 }
 
 std::optional<std::u16string> new_folder() {
-    const auto path = files::system_files().temporary_name(u"drop");
+    const auto path = windows::system().files().temporary_name(u"drop");
     if (!path || !CreateDirectoryW(as_wide(path->wide), nullptr))
         return std::nullopt;
     return path->wide;

@@ -1,4 +1,5 @@
-#include "src/dragdrop/drop_windows.h"
+#include "src/windows/dragdrop/drop_windows.h"
+
 #include "src/windows/com.h"
 #include "src/windows/dragdrop/drop_target.h"
 #include "src/windows/text.h"
@@ -240,10 +241,14 @@ void SystemWindows::leave(Window handle) {
 
 } // namespace
 
-DropWindows& system_windows() {
+} // namespace vell::dragdrop
+
+namespace vell::windows {
+
+dragdrop::DropWindows& drop_windows() {
     // Never destroyed: where the host ends without a shutdown, OLE may be gone before the plug-in.
-    static DropWindows& windows = *new SystemWindows;
-    return windows;
+    static dragdrop::DropWindows& instance = *new dragdrop::SystemWindows;
+    return instance;
 }
 
-} // namespace vell::dragdrop
+} // namespace vell::windows

@@ -3,9 +3,9 @@
 
 #include "src/documents/plain_text.h"
 
-namespace vell::documents {
+namespace vell::windows {
 
-// A PdfTextReader. The file layer's codes when the file cannot be opened, PdfDamaged,
+// A documents::PdfTextReader. The file layer's codes when the file cannot be opened, PdfDamaged,
 // PdfWithoutPages, PdfPassword, PdfCopyForbidden, PdfReadFailed, otherwise PdfFailed.
 //
 // Several threads may read at once. What a document nests is followed by recursion: the calling
@@ -13,4 +13,4 @@ namespace vell::documents {
 Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSink& sink,
                              std::vector<std::string>& notes);
 
-} // namespace vell::documents
+} // namespace vell::windows

@@ -1,4 +1,4 @@
-#include "src/system/file_dialog.h"
+#include "src/files/desktop/file_patterns.h"
 
 namespace vell::files {
 

@@ -1,14 +1,17 @@
-#include "src/files/paths/special_folders.h"
-#include "src/files/paths/path_to.h"
+// Where Windows and the host have their things.
+#include "src/system/places.h"
 #include "src/windows/com.h"
+#include "src/windows/parts.h"
+#include "src/windows/path.h"
 #include "src/windows/text.h"
 
 #include <knownfolders.h>
 #include <shlobj.h>
 
-#include <array>
+namespace vell::windows {
 
-namespace vell::files {
+using namespace files;
+
 namespace {
 
 // Null for those that are no known folders of the shell.
@@ -114,17 +117,18 @@ Result<std::u16string> known_folder_path(const KNOWNFOLDERID& id, MakeFolder mak
     return Failure{is_missing ? ErrorCode::FolderNotFound : path.error()};
 }
 
-Result<std::u16string> temporary_folder() {
-    std::array<wchar_t, MAX_PATH + 2> path{};
-    const DWORD length = GetTempPathW(path.size(), path.data());
-    if (length == 0 || length >= path.size())
-        return Failure{ErrorCode::SystemFolderUnknown};
-    return to_utf16(path.data());
+Result<std::u16string> path_of_program() {
+    std::wstring path(32'767, L'\0'); // the longest path that Windows knows
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0)
+        return Failure{last_error()};
+    path.resize(length);
+    return to_utf16(path);
 }
 
 // Where the host's program looks for plug-ins of all users.
 Result<std::u16string> extensions_folder(MakeFolder make) {
-    std::u16string path = VELL_TRY(program_path());
+    std::u16string path = VELL_TRY(path_of_program());
     path.erase(path.find_last_of(u'\\') + 1);
     path += u"Extensions";
     if (make == MakeFolder::Yes)
@@ -135,19 +139,29 @@ Result<std::u16string> extensions_folder(MakeFolder make) {
     return path;
 }
 
+class Win32Places : public Places {
+  public:
+    Result<std::u16string> program_path() override { return path_of_program(); }
+
+    Result<std::u16string> special_folder(SpecialFolder folder, MakeFolder make) override {
+        if (const KNOWNFOLDERID* id = known_folder(folder))
+            return known_folder_path(*id, make);
+        if (folder == SpecialFolder::Extensions)
+            return extensions_folder(make);
+        if (folder != SpecialFolder::Temporary) // each disk has a recycle bin of its own
+            return Failure{ErrorCode::NotSupported};
+        const Result<std::wstring> temporary = temporary_folder();
+        if (!temporary)
+            return Failure{ErrorCode::SystemFolderUnknown};
+        return to_utf16(*temporary);
+    }
+};
+
 } // namespace
 
-Result<std::u16string> system_special_folder(SpecialFolder folder, MakeFolder make) {
-    if (const KNOWNFOLDERID* id = known_folder(folder))
-        return known_folder_path(*id, make);
-    switch (folder) {
-    case SpecialFolder::Temporary:
-        return temporary_folder();
-    case SpecialFolder::Extensions:
-        return extensions_folder(make);
-    default: // each disk has a recycle bin of its own
-        return Failure{ErrorCode::NotSupported};
-    }
+Places& places() {
+    static Win32Places instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

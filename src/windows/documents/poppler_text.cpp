@@ -1,6 +1,6 @@
-#include "src/documents/win32_poppler_text.h"
+#include "src/windows/documents/poppler_text.h"
 
-#include "src/documents/encoding_data.h"
+#include "src/windows/documents/encoding_data.h"
 #include "src/windows/handle.h"
 #include "src/windows/path.h"
 
@@ -17,7 +17,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace vell::documents {
+namespace vell::windows {
 namespace {
 
 // What Poppler says of the document that this thread reads; null for nobody to listen.
@@ -118,7 +118,7 @@ ErrorCode code_of(int poppler_error) {
 }
 
 Result<std::unique_ptr<GooFile>> open_file(const files::NativePath& path) {
-    std::unique_ptr<GooFile> file = GooFile::open(files::win32_path(path).c_str());
+    std::unique_ptr<GooFile> file = GooFile::open(win32_path(path).c_str());
     if (!file) {
         const ErrorCode code = last_error();
         return Failure{number(code) < 0 ? code : ErrorCode::PdfCannotOpen};
@@ -187,4 +187,4 @@ Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSi
     }
 }
 
-} // namespace vell::documents
+} // namespace vell::windows

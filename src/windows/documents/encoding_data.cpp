@@ -1,9 +1,11 @@
-// Where the encoding data lies on the user's disk.
+#include "src/windows/documents/encoding_data.h"
+
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/documents/encoding_data.h"
 #include "src/windows/com.h"
 #include "src/windows/path.h"
+#include "src/windows/system.h"
 #include "src/windows/text.h"
 
 #include <shlobj.h>
@@ -16,7 +18,7 @@ extern const char vell_encoding_data[];
 extern const char vell_encoding_data_end[];
 }
 
-namespace vell::documents {
+namespace vell::windows {
 namespace {
 
 // The variable goes first, as it does for most programs.
@@ -32,19 +34,18 @@ std::wstring local_application_data() {
     return SUCCEEDED(result) ? std::wstring(found) : std::wstring();
 }
 
-std::wstring temporary_folder() {
-    std::array<wchar_t, MAX_PATH + 2> folder;
-    const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
-    return length < folder.size() ? std::wstring(folder.data(), length) : std::wstring();
-}
-
 // In the form without a limit of length, which also keeps Windows from reading names in it as
 // devices.
 files::NativePath data_folder(const std::wstring& base) {
     std::wstring path = base + L"\\Vell File\\poppler-data-" VELL_ENCODING_DATA_KEY;
-    if (const auto full = files::full_wide_path(path))
+    if (const auto full = full_wide_path(path))
         path = *full;
-    return {to_utf16(files::without_length_limit(path)), std::nullopt};
+    return {to_utf16(without_length_limit(path)), std::nullopt};
+}
+
+std::wstring temporary_folder_or_nothing() {
+    const Result<std::wstring> folder = temporary_folder();
+    return folder ? *folder : std::wstring();
 }
 
 } // namespace
@@ -53,12 +54,12 @@ std::string provide_encoding_data(std::vector<std::string>& notes) {
     const std::string_view archive(
         vell_encoding_data, static_cast<std::size_t>(vell_encoding_data_end - vell_encoding_data));
     std::string folder;
-    for (const std::wstring& base : {local_application_data(), temporary_folder()}) {
+    for (const std::wstring& base : {local_application_data(), temporary_folder_or_nothing()}) {
         if (base.empty())
             continue;
         const files::NativePath path = data_folder(base);
         folder = utf8_from_utf16(path.wide);
-        const Result<void> outcome = unpack_missing(archive::system_archives(), archive, path);
+        const Result<void> outcome = documents::unpack_missing(system(), archive, path);
         if (outcome)
             break;
         notes.push_back("PDF: the encoding data could not be unpacked into " + folder + " (" +
@@ -67,4 +68,4 @@ std::string provide_encoding_data(std::vector<std::string>& notes) {
     return folder;
 }
 
-} // namespace vell::documents
+} // namespace vell::windows

@@ -1,13 +1,16 @@
 // Commands as processes of the system.
-#include "src/files/commands/shell.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 #include "src/windows/text.h"
 
 #include <array>
 #include <span>
 #include <vector>
 
-namespace vell::files {
+namespace vell::windows {
+
+using namespace files;
+
 namespace {
 
 struct Pipe {
@@ -188,10 +191,19 @@ Result<std::unique_ptr<RunningCommand>> start_command(const std::u16string& comm
         std::make_unique<Win32Command>(std::move(process), std::move(output.read_end)));
 }
 
+class Win32Commands : public Commands {
+  public:
+    Result<std::unique_ptr<RunningCommand>> start(const std::u16string& command,
+                                                  const CommandSettings& settings) override {
+        return start_command(command, settings);
+    }
+};
+
 } // namespace
 
-Result<void> execute_shell(params::Call& call) {
-    return execute_shell(call, start_command);
+Commands& commands() {
+    static Win32Commands instance;
+    return instance;
 }
 
-} // namespace vell::files
+} // namespace vell::windows

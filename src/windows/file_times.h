@@ -1,0 +1,19 @@
+// Times of files and of the calendar. Windows only.
+#pragma once
+
+#include "src/base/result.h"
+#include "src/params/calendar_time.h"
+
+#include <windows.h>
+
+namespace vell::windows {
+
+// Local calendar times of points in time, and the other way round, in the time zone `zone`, or in
+// the computer's own for null. Fractions of a second are cut off.
+Result<params::CalendarTime> local_time(const FILETIME& time,
+                                        const DYNAMIC_TIME_ZONE_INFORMATION* zone = nullptr);
+// BadParameter for a time that does not exist in the calendar or that no file can have.
+Result<FILETIME> file_time(const params::CalendarTime& local,
+                           const DYNAMIC_TIME_ZONE_INFORMATION* zone = nullptr);
+
+} // namespace vell::windows
