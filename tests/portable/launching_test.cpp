@@ -1,5 +1,6 @@
 // What the desktop is asked for, and what the dialogs are.
 #include "src/files/commands/shell.h"
+#include "src/files/desktop/file_patterns.h"
 #include "src/files/desktop/launching.h"
 #include "src/files/desktop/select_dialogs.h"
 #include "tests/portable/answer_of.h"
@@ -137,6 +138,13 @@ class Selection : public testing::FakeSystem {
         return std::vector<std::u16string>{u"C:\\a", u"C:\\b"};
     }
 };
+
+TEST(FilePatterns, TakeTypesInEveryForm) {
+    EXPECT_EQ(file_patterns(u""), u"");
+    EXPECT_EQ(file_patterns(u"txt"), u"*.txt");
+    EXPECT_EQ(file_patterns(u" txt, .doc;*.jpg\rpng "), u"*.txt;*.doc;*.jpg;*.png");
+    EXPECT_EQ(file_patterns(u"*.* ,;"), u"*.*");
+}
 
 TEST(SelectDialogs, ShowWhatTheCallSays) {
     const struct {

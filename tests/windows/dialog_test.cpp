@@ -6,13 +6,6 @@
 namespace vell::test {
 namespace {
 
-TEST(FilePatterns, TakeTypesInEveryForm) {
-    EXPECT_EQ(files::file_patterns(u""), u"");
-    EXPECT_EQ(files::file_patterns(u"txt"), u"*.txt");
-    EXPECT_EQ(files::file_patterns(u" txt, .doc;*.jpg\rpng "), u"*.txt;*.doc;*.jpg;*.png");
-    EXPECT_EQ(files::file_patterns(u"*.* ,;"), u"*.*");
-}
-
 TEST(ErrorFromHresult, UnwrapsOnlyErrorsOfWin32) {
     const struct {
         std::uint32_t result;

@@ -72,7 +72,7 @@ TEST_F(Dispatcher, TooFewParametersReachNoBody) {
             << row.prototype;
     for (const host::StepRow& row : host::step_rows())
         EXPECT_EQ(with_one_less(row.id, row.needed_parameters), u"$$-50") << row.name;
-    EXPECT_EQ(call(u"VlFile_Exists", {}), u"0"); // needs none
+    EXPECT_EQ(call_id(4216, {}), u"0"); // VlFile_Exists needs none
 }
 
 TEST_F(Dispatcher, ControlTakesExactlyOneActionAndTheSamePassword) {
@@ -115,7 +115,7 @@ TEST_F(Dispatcher, StepOptionsStayWithin32BitsAndFailuresLeaveACode) {
     start();
     const auto body = [](std::int16_t, const fm::ExprEnv* environment,
                          const fm::DataVect* parameters, fm::Data* result) {
-        const params::Body show_option = [](params::Call& step) -> Result<void> {
+        const params::Body show_option = [](params::Call& step, System&) -> Result<void> {
             if (step.step_option(1) == 0)
                 return Failure{error_from_win32(0)};
             step.set_number(step.step_option(1));
