@@ -137,6 +137,8 @@ TEST_F(Disks, TellOfThemselvesByAnyName) {
     for (std::size_t i = 0; i < cases.size(); i += 3)
         EXPECT_EQ(result(disk_info, {cases[i], cases[i + 1]}), cases[i + 2])
             << utf8_from_utf16(cases[i] + u" | " + cases[i + 1]);
+    system.disks[u'Z'] = {DiskType::Fixed, u"Last"};
+    EXPECT_EQ(result(disk_info, {u"-DiskPath", u"last"}), u"Z:\\");
 }
 
 TEST_F(Disks, AreMountedOnFreeLetters) {

@@ -63,6 +63,7 @@ TEST_F(ByShell, AliasesLeadToTheirTargets) {
 
     EXPECT_EQ(resolve(u"", path(L"d\\plain.lnk")), file);
     EXPECT_EQ(resolve(u"", far_alias), file);
+    EXPECT_EQ(resolve(u"-GetWorkingFolder", path(L"d\\plain.lnk")), path(L"d\\\u00FC\u65E5\\"));
     EXPECT_EQ(resolve(u"", path(L"d\\folder.lnk")), path(L"d\\\u00FC\u65E5\\"));
     EXPECT_EQ(call(u"VlFile_GetTypeOfItem", {u"-AddAliasInfo", path(L"d\\plain.lnk")}),
               u"file (alias)");
