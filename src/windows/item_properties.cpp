@@ -3,10 +3,10 @@
 #include "src/windows/com.h"
 #include "src/windows/file_times.h"
 #include "src/windows/handle.h"
+#include "src/windows/parts.h"
 #include "src/windows/path.h"
 #include "src/windows/text.h"
 
-#include "src/windows/parts.h"
 #include <shellapi.h>
 
 namespace vell::windows {
