@@ -54,6 +54,7 @@ enum class ErrorCode : std::int32_t {
     DifferentVolumes = -1303,
     MemoryFileTooLarge = -1309, // a position beyond 4 GiB - 1 in a file that lives in memory
     NotAFolder = -1407,         // a file stands where a folder is wanted
+    NotAMovie = -2010,          // no movie header, or none that can be read
     NothingFound = -2026,       // nothing of what was asked for is there
     NotXmp = -2159,             // an APP1 segment of another kind
     ExtractionFailed = -3104,

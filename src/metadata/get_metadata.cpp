@@ -11,6 +11,7 @@
 #include "src/metadata/reading/png_metadata.h"
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/reading/xmp.h"
+#include "src/movies/movies.h"
 #include "src/system/system.h"
 
 namespace vell::metadata {
@@ -107,7 +108,13 @@ Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRe
     return read_other(file, request, text);
 }
 
-// The description's first line ends the text before it; at the start it ends nothing.
+// What comes first ends the text before it; at the start it ends nothing.
+Result<void> append_movie(BufferedReader& file, const movies::MovieRequest& request,
+                          MetadataText& text) {
+    VELL_TRY(movies::read_movie(file, request, text));
+    text.drop_leading_line_end();
+    return {};
+}
 Result<void> append_pdf_description(BufferedReader& file, MetadataText& text) {
     std::string description;
     VELL_TRY(documents::describe_pdf(file, description));
@@ -124,8 +131,8 @@ Result<void> give_metadata(Call& call, files::FileSystem& files) {
 
     MetadataText text;
     Result<void> done = read_image_metadata(reader, request, text);
-    if (done && request.wants_movie())
-        done = Failure{ErrorCode::NotAvailable}; // the readers of movies are not built
+    if (done && request.movie.asks_for_anything())
+        done = append_movie(reader, request.movie, text);
     if (request.pdf_description)
         done = append_pdf_description(reader, text); // whatever became of the rest
     VELL_TRY(done);

@@ -6,46 +6,6 @@ namespace {
 using params::SwitchSet;
 using params::TextEncoding;
 
-struct MovieSwitch {
-    std::string_view name;
-    MovieSelector selector;
-};
-// The first one present counts.
-constexpr MovieSwitch movie_switches[] = {
-    {"-GetMovieDuration", MovieSelector::Duration},
-    {"-GetTimeCodeBegin", MovieSelector::TimeCodeBegin},
-    {"-GetTimeCodeEnd", MovieSelector::TimeCodeEnd},
-    {"-GetTimeCodeCurrent", MovieSelector::TimeCodeCurrent},
-    {"-GetMovieGPS", MovieSelector::Gps},
-    {"-GetMovieCreationDate", MovieSelector::CreationDate},
-    {"-GetMovieMetadata", MovieSelector::AllMetadata},
-    {"-GetMovieBoxes", MovieSelector::Boxes},
-    {"-GetMovieTitle", MovieSelector::Title},
-    {"-GetMovDescriptionStr", MovieSelector::DescriptionText},
-    {"-GetMovieKeywords", MovieSelector::Keywords},
-    {"-GetMovieComment", MovieSelector::Comment},
-    {"-GetMovieInformation", MovieSelector::Information},
-    {"-GetMovieDirector", MovieSelector::Director},
-    {"-GetMovieSoftware", MovieSelector::Software},
-    {"-GetMovieYear", MovieSelector::Year},
-    {"-GetMovieEncodedBy", MovieSelector::EncodedBy},
-    {"-GetMovieLoopSetting", MovieSelector::LoopSetting},
-    {"-GetMovieLoopVariation", MovieSelector::LoopVariation},
-    {"-GetMovieWidth", MovieSelector::Width},
-    {"-GetMovieHeight", MovieSelector::Height},
-    {"-GetMovieRotation", MovieSelector::Rotation},
-    {"-GetMovieFrameCount", MovieSelector::FrameCount},
-    {"-IsValidMovie", MovieSelector::IsValid},
-    {"-GetMovieCopyright", MovieSelector::Copyright},
-};
-
-MovieSelector movie_selector_of(const SwitchSet& switches) {
-    for (const MovieSwitch& entry : movie_switches)
-        if (switches.has(entry.name))
-            return entry.selector;
-    return MovieSelector::None;
-}
-
 IccSelector icc_selector_of(const SwitchSet& switches) {
     if (switches.has("-GetIccProfileName"))
         return IccSelector::Name;
@@ -66,8 +26,9 @@ TextEncoding source_of(const SwitchSet& switches) {
 }
 
 bool asks_for_anything(const MetadataRequest& request) {
-    return request.wants_resources() || request.wants_segments() || request.wants_movie() ||
-           request.image_description || request.pdf_description;
+    return request.wants_resources() || request.wants_segments() ||
+           request.movie.asks_for_anything() || request.image_description ||
+           request.pdf_description;
 }
 
 } // namespace
@@ -92,8 +53,7 @@ Result<MetadataRequest> metadata_request_of(const SwitchSet& switches) {
     request.icc_as_xml = switches.has("-Format=XML");
     request.first_icc_language = switches.has("-GetFirstLanguage");
     request.source = source_of(switches);
-    request.movie = movie_selector_of(switches);
-    request.movie_description = switches.has("-GetMovieDescription");
+    request.movie = movies::movie_request_of(switches);
     request.image_description = switches.has("-GetImageDescription");
     request.pdf_description = switches.has("-GetPDFDescription");
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "src/base/result.h"
+#include "src/movies/movie_request.h"
 #include "src/params/encodings.h"
 #include "src/params/switches.h"
 
@@ -27,37 +28,6 @@ enum class IccSelector : std::int32_t {
     LocalizedName = 601,
 };
 
-// What is asked of a movie.
-enum class MovieSelector : std::int32_t {
-    None = 0,
-    TimeCodeBegin = 1,
-    TimeCodeEnd = 2,
-    TimeCodeCurrent = 3,
-    Duration = 4,
-    Width = 100,
-    Height = 101,
-    Rotation = 102,
-    FrameCount = 103,
-    IsValid = 104,
-    // From here on the boxes of the file answer.
-    AllMetadata = 500,
-    Boxes = 510,
-    Gps = 600,
-    CreationDate = 601,
-    Title = 602,
-    Comment = 703,
-    Copyright = 704,
-    DescriptionText = 705,
-    Information = 707,
-    Keywords = 708,
-    Software = 710,
-    Director = 711,
-    Year = 712,
-    EncodedBy = 713,
-    LoopSetting = 714,
-    LoopVariation = 715,
-};
-
 struct MetadataRequest {
     ExifReadOptions exif;
     bool want_comment = false;
@@ -71,8 +41,7 @@ struct MetadataRequest {
     bool first_icc_language = false;
     params::TextEncoding source = params::TextEncoding::Native; // of texts without a declared one
 
-    MovieSelector movie = MovieSelector::None;
-    bool movie_description = false;
+    movies::MovieRequest movie;
     bool image_description = false;
     bool pdf_description = false;
 
@@ -83,7 +52,6 @@ struct MetadataRequest {
         return exif.want_exif || exif.want_xmp || exif.want_gps || want_comment ||
                icc != IccSelector::None;
     }
-    bool wants_movie() const { return movie != MovieSelector::None || movie_description; }
 };
 
 // The request that the switches make. BadParameter when they ask for nothing, or for positions as

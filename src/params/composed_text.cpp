@@ -1,10 +1,10 @@
-#include "src/metadata/metadata_text.h"
+#include "src/params/composed_text.h"
 
 #include "src/base/ascii.h"
 #include "src/base/bytes.h"
 #include "src/base/utf8.h"
 
-namespace vell::metadata {
+namespace vell::params {
 namespace {
 
 // The encodings in which bytes below 128 are what they are in ASCII.
@@ -23,7 +23,7 @@ bool extends_ascii(TextEncoding encoding) {
 
 } // namespace
 
-MetadataText::Piece& MetadataText::piece(TextEncoding encoding, std::string_view style) {
+ComposedText::Piece& ComposedText::piece(TextEncoding encoding, std::string_view style) {
     const bool joins = encoding == TextEncoding::Utf8 && !pieces_.empty() &&
                        pieces_.back().encoding == encoding && pieces_.back().style == style;
     if (!joins)
@@ -31,18 +31,18 @@ MetadataText::Piece& MetadataText::piece(TextEncoding encoding, std::string_view
     return pieces_.back();
 }
 
-void MetadataText::append(std::string_view ascii) {
+void ComposedText::append(std::string_view ascii) {
     append_styled(ascii, {});
 }
 
-void MetadataText::append_styled(std::string_view ascii, std::string_view style) {
+void ComposedText::append_styled(std::string_view ascii, std::string_view style) {
     if (ascii.empty())
         return;
     piece(TextEncoding::Utf8, style).bytes += ascii;
     size_ += ascii.size();
 }
 
-void MetadataText::append(std::string_view bytes, TextEncoding encoding) {
+void ComposedText::append(std::string_view bytes, TextEncoding encoding) {
     if (bytes.empty())
         return;
     const bool plain = extends_ascii(encoding) && is_ascii(bytes);
@@ -50,7 +50,7 @@ void MetadataText::append(std::string_view bytes, TextEncoding encoding) {
     size_ += bytes.size();
 }
 
-void MetadataText::append_utf16(std::string_view bytes, ByteOrder order) {
+void ComposedText::append_utf16(std::string_view bytes, ByteOrder order) {
     std::u16string units;
     for (std::size_t at = 0; const auto unit = load<std::uint16_t>(bytes, at, order); at += 2) {
         if (*unit == 0)
@@ -60,19 +60,19 @@ void MetadataText::append_utf16(std::string_view bytes, ByteOrder order) {
     append(utf8_from_utf16(units));
 }
 
-void MetadataText::drop_leading_line_end() {
+void ComposedText::drop_leading_line_end() {
     if (pieces_.empty() || !pieces_.front().bytes.starts_with('\r'))
         return;
     pieces_.front().bytes.erase(0, 1);
     --size_;
 }
 
-std::vector<params::EncodedText> MetadataText::encoded() const {
-    std::vector<params::EncodedText> pieces;
+std::vector<EncodedText> ComposedText::encoded() const {
+    std::vector<EncodedText> pieces;
     pieces.reserve(pieces_.size());
     for (const Piece& piece : pieces_)
         pieces.push_back({piece.bytes, piece.encoding, piece.style});
     return pieces;
 }
 
-} // namespace vell::metadata
+} // namespace vell::params

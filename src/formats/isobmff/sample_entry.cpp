@@ -1,0 +1,190 @@
+#include "src/formats/isobmff/sample_entry.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace vell::formats::isobmff {
+namespace {
+
+constexpr std::uint64_t entry_header_size = 8; // reserved bytes and the data reference
+
+Read<Picture> read_picture(Window& content) {
+    const auto record = VELL_TRY(content.read_record<VisualEntryRecord>());
+    Picture picture;
+    picture.width = record.width;
+    picture.height = record.height;
+    picture.depth = record.depth;
+    const std::string_view name(record.compressor_name.data(), record.compressor_name.size());
+    const auto length = static_cast<std::uint8_t>(name.front());
+    picture.compressor_name = name.substr(1, length);
+    return picture;
+}
+
+Read<Sound> read_sound(Window& content) {
+    const auto record = VELL_TRY(content.read_record<AudioEntryRecord>());
+    Sound sound{record.channel_count, record.sample_size, from_16_16(record.sample_rate)};
+    if (record.version == 1)
+        content.skip(audio_entry_1_size);
+    if (record.version != 2)
+        return sound;
+    const std::uint64_t start = content.position();
+    const auto more = VELL_TRY(content.read_record<AudioEntry2Record>());
+    // Its size counts what stands before it, with the header of the box.
+    const std::uint64_t before = BoxHeader::size + start;
+    content.seek(start + std::max<std::uint64_t>(AudioEntry2Record::size,
+                                                 std::max<std::uint64_t>(more.struct_size, before) -
+                                                     before));
+    return Sound{more.channel_count, more.bits_per_channel,
+                 std::bit_cast<double>(more.sample_rate)};
+}
+
+// The descriptors of an "esds" box, each a tag and a size of seven bits a byte (ISO/IEC 14496-1,
+// section 8.3.3).
+enum class DescriptorTag : std::uint8_t { ElementaryStream = 3, DecoderConfig = 4 };
+
+Read<Window> read_descriptor(Window& content, DescriptorTag wanted) {
+    constexpr int longest_size = 4;
+    const auto tag = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big));
+    if (DescriptorTag{tag} != wanted)
+        return fault(Damage::Absent);
+    std::uint64_t size = 0;
+    for (int i = 0; i < longest_size; ++i) {
+        const auto byte = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big));
+        size = size << 7 | (byte & 0x7FU);
+        if ((byte & 0x80U) == 0)
+            break;
+    }
+    return content.part(content.position(), size);
+}
+
+// The fields of DecoderConfigDescriptor.
+struct DecoderConfigRecord {
+    static constexpr std::size_t size = 13;
+    static constexpr ByteOrder order = ByteOrder::Big;
+
+    std::uint8_t object_type = 0;
+    std::uint32_t maximum_bit_rate = 0;
+    std::uint32_t average_bit_rate = 0;
+
+    static constexpr auto fields() {
+        return std::tuple{Field{0, &DecoderConfigRecord::object_type},
+                          Field{5, &DecoderConfigRecord::maximum_bit_rate},
+                          Field{9, &DecoderConfigRecord::average_bit_rate}};
+    }
+};
+
+Read<DecoderConfig> read_decoder_config(Window content) {
+    constexpr std::uint8_t depends_on_stream = 0x80;
+    constexpr std::uint8_t has_url = 0x40;
+    constexpr std::uint8_t has_clock_stream = 0x20;
+    VELL_TRY(read_full_box(content));
+    Window stream = VELL_TRY(read_descriptor(content, DescriptorTag::ElementaryStream));
+    stream.skip(sizeof(std::uint16_t)); // its number
+    const auto flags = VELL_TRY(stream.read_integer<std::uint8_t>(ByteOrder::Big));
+    if ((flags & depends_on_stream) != 0)
+        stream.skip(sizeof(std::uint16_t));
+    if ((flags & has_url) != 0)
+        stream.skip(VELL_TRY(stream.read_integer<std::uint8_t>(ByteOrder::Big)));
+    if ((flags & has_clock_stream) != 0)
+        stream.skip(sizeof(std::uint16_t));
+    Window config = VELL_TRY(read_descriptor(stream, DescriptorTag::DecoderConfig));
+    const auto record = VELL_TRY(config.read_record<DecoderConfigRecord>());
+    return DecoderConfig{record.object_type, record.maximum_bit_rate, record.average_bit_rate};
+}
+
+// The format that a protection scheme hides (section 8.12).
+Read<std::optional<FourCc>> read_original_format(const Window& scheme) {
+    auto box = VELL_TRY(find_box(scheme, "frma"_4cc));
+    if (!box)
+        return std::optional<FourCc>();
+    const auto format =
+        VELL_TRY(if_sound(box->content.read_integer<std::uint32_t>(ByteOrder::Big)));
+    return format ? std::optional(FourCc{*format}) : std::nullopt;
+}
+
+Read<void> read_extension(Box& box, SampleEntry& entry) {
+    switch (box.type) {
+    case "sinf"_4cc:
+        entry.original_format = VELL_TRY(read_original_format(box.content));
+        break;
+    case "esds"_4cc:
+        entry.decoder = VELL_TRY(if_sound(read_decoder_config(box.content)));
+        break;
+    case "wave"_4cc: // where QuickTime puts it
+        return each_box(box.content, [&](Box& inner) -> Read<void> {
+            return inner.type == "esds"_4cc ? read_extension(inner, entry) : Read<void>();
+        });
+    case "pasp"_4cc: {
+        const auto aspect = VELL_TRY(if_sound(box.content.read_record<PixelAspectRecord>()));
+        if (entry.picture)
+            entry.picture->pixel_aspect = aspect;
+        break;
+    }
+    case "btrt"_4cc:
+        if (const auto rates = VELL_TRY(if_sound(box.content.read_record<BitRateRecord>())))
+            entry.average_bit_rate = rates->average;
+        break;
+    default:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+EntryKind entry_kind_of(FourCc handler) {
+    switch (handler) {
+    case "vide"_4cc:
+    case "pict"_4cc:
+    case "auxv"_4cc:
+        return EntryKind::Picture;
+    case "soun"_4cc:
+        return EntryKind::Sound;
+    case "tmcd"_4cc:
+        return EntryKind::TimeCode;
+    default:
+        return EntryKind::Other;
+    }
+}
+
+Read<Window> boxes_of_entry(Window content, EntryKind kind) {
+    content.seek(entry_header_size);
+    switch (kind) {
+    case EntryKind::Picture:
+        VELL_TRY(read_picture(content));
+        break;
+    case EntryKind::Sound:
+        VELL_TRY(read_sound(content));
+        break;
+    case EntryKind::TimeCode:
+    case EntryKind::Other:
+        return fault(Damage::Absent);
+    }
+    return content.from(content.position());
+}
+
+Read<SampleEntry> read_sample_entry(Window description, FourCc handler) {
+    VELL_TRY(read_full_box(description));
+    description.skip(sizeof(std::uint32_t)); // the number of entries
+    BoxWalk walk(description.from(description.position()));
+    const auto box = VELL_TRY(walk.next());
+    if (!box)
+        return fault(Damage::Absent);
+    SampleEntry entry;
+    entry.format = box->type;
+    Window content = box->content;
+    content.seek(entry_header_size);
+    const EntryKind kind = entry_kind_of(handler);
+    if (kind == EntryKind::Picture)
+        entry.picture = VELL_TRY(if_sound(read_picture(content)));
+    else if (kind == EntryKind::Sound)
+        entry.sound = VELL_TRY(if_sound(read_sound(content)));
+    else if (kind == EntryKind::TimeCode)
+        entry.time_code = VELL_TRY(if_sound(content.read_record<TimeCodeEntryRecord>()));
+    if (entry.picture || entry.sound)
+        VELL_TRY(each_box(content.from(content.position()),
+                          [&](Box& inner) { return read_extension(inner, entry); }));
+    return entry;
+}
+
+} // namespace vell::formats::isobmff

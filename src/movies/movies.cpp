@@ -1,0 +1,49 @@
+#include "src/movies/movies.h"
+
+#include "src/formats/isobmff/movie.h"
+#include "src/movies/movie_description.h"
+#include "src/movies/movie_metadata.h"
+
+namespace vell::movies {
+namespace {
+
+using formats::isobmff::Movie;
+using formats::isobmff::MovieFile;
+
+ErrorCode code_of(const formats::Fault& fault) {
+    return fault.damage == formats::Damage::Unreadable ? fault.of_source : ErrorCode::NotAMovie;
+}
+
+Result<void> append_answer(const MovieFile& file, const MovieRequest& request,
+                           params::ComposedText& text) {
+    if (request.selector >= MovieSelector::Gps)
+        return answer_from_metadata(file, request, text);
+    if (request.selector == MovieSelector::AllMetadata)
+        return list_metadata(file, request, text);
+    return {};
+}
+
+} // namespace
+
+Result<void> read_movie(ByteSource& source, const MovieRequest& request,
+                        params::ComposedText& text) {
+    const formats::Window window(source);
+    const auto file = MovieFile::open(window);
+    if (!file)
+        return Failure{code_of(file.error())};
+    VELL_TRY(append_answer(*file, request, text));
+    const bool asks_for_value =
+        request.selector != MovieSelector::None && request.selector < MovieSelector::AllMetadata;
+    if (!asks_for_value && !request.description)
+        return {};
+    const auto movie = file->read();
+    if (!movie)
+        return Failure{code_of(movie.error())};
+    if (asks_for_value)
+        text.append("\r" + VELL_TRY(movie_value(window, *movie, request.selector)));
+    if (request.description)
+        describe_movie(*movie, source.size(), text);
+    return {};
+}
+
+} // namespace vell::movies
