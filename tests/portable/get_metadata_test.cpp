@@ -39,7 +39,7 @@ TEST(MetadataRequest, FollowsTheSwitches) {
     EXPECT_EQ(source("SourceMacCharset SourceWinCharset -SourceUTF8Charset"), 1);
 
     const auto movie = [&](const char* switches) {
-        return static_cast<int>(request(switches).movie);
+        return static_cast<int>(request(switches).movie.selector);
     };
     EXPECT_EQ(movie("-IsValidMovie -GetMovieCopyright"), 104);
     EXPECT_EQ(movie("-IsValidMovie -GetMovieBoxes -GetMovieDuration"), 4);
