@@ -42,6 +42,9 @@ Result<ZipReader> ZipReader::open(std::unique_ptr<files::File> file) {
     const auto directory = reader.find_directory();
     if (!directory || !reader.read_directory(*directory))
         return corrupt;
+    reader.layout_.directory_offset = directory->offset;
+    reader.layout_.directory_size = directory->size;
+    reader.layout_.uses_zip64 = !directory->is_classic;
     return reader;
 }
 
@@ -88,6 +91,7 @@ Result<std::uint64_t> ZipReader::find_end_record() {
 
 Result<ZipReader::Directory> ZipReader::find_directory() {
     const std::uint64_t place = VELL_TRY(find_end_record());
+    layout_.end_record_offset = place;
     std::array<char, EndOfCentralDirectory::size> end_bytes;
     VELL_TRY(read_at(place, end_bytes));
     if (place >= Zip64Locator::size) {

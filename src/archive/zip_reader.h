@@ -39,6 +39,14 @@ struct EntryInfo {
 // throw.
 using EntrySink = std::function<Result<void>(std::uint64_t offset, std::string_view data)>;
 
+// Where the records behind the entries stand.
+struct ArchiveLayout {
+    std::uint64_t directory_offset = 0;
+    std::uint64_t directory_size = 0;
+    std::uint64_t end_record_offset = 0; // of the end of central directory record
+    bool uses_zip64 = false;             // the directory was found by the Zip64 record
+};
+
 class ZipReader {
   public:
     static constexpr std::size_t longest_name = 1'999;
@@ -48,6 +56,7 @@ class ZipReader {
     static Result<ZipReader> open(std::unique_ptr<files::File> file);
 
     std::uint32_t entry_count() const { return static_cast<std::uint32_t>(records_.size()); }
+    const ArchiveLayout& layout() const { return layout_; }
     // In the order of the central directory; nullopt beyond the last.
     std::optional<EntryInfo> entry(std::uint32_t index) const;
 
@@ -84,6 +93,7 @@ class ZipReader {
 
     std::unique_ptr<files::File> file_;
     std::uint64_t archive_size_;
+    ArchiveLayout layout_;
     std::string central_directory_;
     std::vector<std::uint32_t> records_; // offsets of the entries' records in the directory
     std::vector<char> piece_;

@@ -14,26 +14,30 @@ BlockWalk::BlockWalk(const Window& file, const LogicalScreen& screen) : file_(fi
     file_.seek(LogicalScreen::start + LogicalScreen::size + colour_table_length(screen.packed));
 }
 
-Read<void> BlockWalk::pass_sub_blocks() {
+// Sub-blocks up to an empty one (15).
+Read<void> BlockWalk::pass_data() {
+    if (!has_data_)
+        return {};
     while (const auto length = VELL_TRY(file_.read_integer<std::uint8_t>(ByteOrder::Little)))
         file_.skip(length);
+    has_data_ = false;
     return {};
 }
 
 Read<Introducer> BlockWalk::next() {
-    if (has_sub_blocks_)
-        VELL_TRY(pass_sub_blocks());
-    has_sub_blocks_ = true;
+    VELL_TRY(pass_data());
     const auto introducer =
         Introducer{VELL_TRY(file_.read_integer<std::uint8_t>(ByteOrder::Little))};
     if (introducer == Introducer::Image) {
         const auto descriptor = VELL_TRY(file_.read_record<ImageDescriptor>());
         file_.skip(colour_table_length(descriptor.packed));
         file_.skip(1); // LZW minimum code size
+        has_data_ = true;
         return introducer;
     }
     if (introducer == Introducer::Extension) {
-        file_.skip(1); // label
+        label_ = VELL_TRY(file_.read_integer<std::uint8_t>(ByteOrder::Little));
+        has_data_ = true;
         return introducer;
     }
     return Introducer::Trailer;

@@ -53,12 +53,17 @@ class BlockWalk {
 
     // The next block, with the descriptor of an image read. CutOff where the file ends before.
     Read<Introducer> next();
+    // Goes to the end of the block that came last. CutOff where the file ends before.
+    Read<void> pass_data();
+
+    std::uint64_t position() const { return file_.position(); }
+    // Of the extension that came last (23.c, 24.c, 25.c, 26.c).
+    std::uint8_t label() const { return label_; }
 
   private:
-    Read<void> pass_sub_blocks();
-
     Window file_;
-    bool has_sub_blocks_ = false; // which the block before ends with
+    bool has_data_ = false; // which the block before ends with
+    std::uint8_t label_ = 0;
 };
 
 } // namespace vell::formats::gif

@@ -7,7 +7,7 @@
 
 namespace vell::formats {
 
-enum class Format : std::uint8_t { Unknown, Jpeg, Png, Gif, Bmp, Tiff };
+enum class Format : std::uint8_t { Unknown, Jpeg, Png, Gif, Bmp, Tiff, Riff, IsoMedia, Zip, Pdf };
 
 // Bytes that are enough to tell.
 inline constexpr std::size_t recognizable_size = 8;

@@ -12,6 +12,7 @@
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/reading/xmp.h"
 #include "src/movies/movies.h"
+#include "src/structure/file_structure.h"
 #include "src/system/system.h"
 
 namespace vell::metadata {
@@ -111,7 +112,10 @@ Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRe
 // What comes first ends the text before it; at the start it ends nothing.
 Result<void> append_movie(BufferedReader& file, const movies::MovieRequest& request,
                           MetadataText& text) {
-    VELL_TRY(movies::read_movie(file, request, text));
+    if (request.selector == movies::MovieSelector::Boxes)
+        VELL_TRY(structure::append_boxes(file, {request.as_xml, request.verbose}, text));
+    if (request.selector != movies::MovieSelector::Boxes || request.description)
+        VELL_TRY(movies::read_movie(file, request, text));
     text.drop_leading_line_end();
     return {};
 }

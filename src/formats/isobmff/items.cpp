@@ -63,6 +63,27 @@ Read<unsigned> read_depth(Window content) {
     return depth;
 }
 
+// The bits of a pixel that a coder's configuration tells: "hvcC" (ISO/IEC 14496-15, section 8.3.3)
+// and "av1C" (AV1 Codec ISO Media File Format Binding, section 2.3).
+Read<unsigned> read_hevc_depth(Window content) {
+    content.seek(16);
+    const auto chroma_format = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big)) & 3U;
+    const auto luma = (VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big)) & 7U) + 8;
+    const auto chroma = (VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big)) & 7U) + 8;
+    return chroma_format == 0 ? luma : luma + 2 * chroma;
+}
+Read<unsigned> read_av1_depth(Window content) {
+    constexpr unsigned high_bit_depth = 0x40;
+    constexpr unsigned twelve_bits = 0x20;
+    constexpr unsigned monochrome = 0x10;
+    content.seek(2);
+    const auto flags = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big));
+    unsigned bits = 8;
+    if ((flags & high_bit_depth) != 0)
+        bits = (flags & twelve_bits) != 0 ? 12 : 10;
+    return (flags & monochrome) != 0 ? bits : 3 * bits;
+}
+
 Read<void> read_property(const Box& property, ImageProperties& image) {
     Window content = property.content;
     switch (property.type) {
@@ -75,6 +96,14 @@ Read<void> read_property(const Box& property, ImageProperties& image) {
     }
     case "pixi"_4cc:
         image.depth = VELL_TRY(read_depth(content));
+        break;
+    case "hvcC"_4cc:
+        if (image.depth == 0)
+            image.depth = VELL_TRY(read_hevc_depth(content));
+        break;
+    case "av1C"_4cc:
+        if (image.depth == 0)
+            image.depth = VELL_TRY(read_av1_depth(content));
         break;
     case "irot"_4cc: {
         const auto quarters = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big)) & 3U;

@@ -45,7 +45,7 @@ struct ItemReference {
 struct ImageProperties {
     std::uint64_t width = 0; // "ispe", turned as "irot" says
     std::uint64_t height = 0;
-    unsigned depth = 0;    // bits of a pixel ("pixi"), 0 when it is not told
+    unsigned depth = 0;    // bits of a pixel ("pixi", or the coder's own), 0 when it is not told
     unsigned rotation = 0; // degrees, anti-clockwise ("irot")
     FourCc codec{};        // of the item, or of the images that a derived one is made of
 };

@@ -2,6 +2,7 @@
 
 #include "src/base/number_text.h"
 #include "src/formats/recognition.h"
+#include "src/metadata/images/heif_image.h"
 #include "src/metadata/images/image_headers.h"
 #include "src/metadata/images/tiff_image.h"
 
@@ -26,6 +27,7 @@ constexpr std::array image_formats{
     ImageFormat{formats::Format::Gif, read_gif_header, "GIF", "gif "},
     ImageFormat{formats::Format::Bmp, read_bmp_header, "BMP", "WRLE"},
     ImageFormat{formats::Format::Tiff, read_tiff_header, "TIFF", "tiff"},
+    ImageFormat{formats::Format::IsoMedia, read_heif_header, "", ""},
 };
 
 } // namespace
@@ -41,12 +43,16 @@ Result<void> describe_image(files::BufferedReader& file, MetadataText& text) {
     if (!read)
         return Failure{read.error() == ErrorCode::EndOfFile ? ErrorCode::ShortRead : read.error()};
     const ImageHeader& header = read.value();
+    const std::string_view name =
+        header.codec_name.empty() ? format->codec_name : header.codec_name;
+    const std::string_view type =
+        header.codec_type.empty() ? format->codec_type : header.codec_type;
     text.append("Height: " + to_text(header.height) + "\rWidth: " + to_text(header.width) +
                 "\rDepth: " + to_text(header.depth) +
                 "\rHorizontal Res: " + to_text(header.horizontal_resolution, 6) +
                 "\rVertical Res: " + to_text(header.vertical_resolution, 6) +
-                "\rCodec name: " + std::string(format->codec_name) + "\rCodec type: " +
-                std::string(format->codec_type) + "\rImage count: " + to_text(header.image_count) +
+                "\rCodec name: " + std::string(name) + "\rCodec type: " +
+                std::string(type) + "\rImage count: " + to_text(header.image_count) +
                 "\rData size: " + to_text(file.size()));
     return {};
 }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 namespace vell::metadata {
 
@@ -20,6 +22,8 @@ struct ImageHeader {
     double horizontal_resolution = default_resolution;
     double vertical_resolution = default_resolution;
     std::uint64_t image_count = 1;
+    std::string_view codec_name = {}; // where its format has several
+    std::string codec_type = {};
 
     void set_resolution(const Resolution& resolution) {
         horizontal_resolution = resolution.horizontal;
