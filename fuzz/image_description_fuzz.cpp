@@ -16,8 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string& lines = text.pieces()[0].bytes;
         FUZZ_CHECK(std::ranges::count(lines, '\r') == 8);
         FUZZ_CHECK(lines.ends_with("\rData size: " + std::to_string(size)));
-        FUZZ_CHECK(lines.find("nan") == std::string::npos &&
-                   lines.find("inf") == std::string::npos);
+        const std::string numbers = lines.substr(0, lines.find("\rCodec"));
+        FUZZ_CHECK(numbers.find("nan") == std::string::npos &&
+                   numbers.find("inf") == std::string::npos);
     } else {
         FUZZ_CHECK(text.empty());
     }

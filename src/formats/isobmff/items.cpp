@@ -108,8 +108,6 @@ Read<void> read_property(const Box& property, ImageProperties& image) {
     case "irot"_4cc: {
         const auto quarters = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big)) & 3U;
         image.rotation = quarters * 90;
-        if (quarters % 2 == 1)
-            std::swap(image.width, image.height);
         break;
     }
     default:
@@ -362,6 +360,8 @@ Read<ImageProperties> Items::image(ItemId id) const {
             VELL_TRY(if_sound(read_property(properties_[number - 1U], image)));
     if (image.width == 0 || image.height == 0)
         return fault(Damage::Absent);
+    if (image.rotation % 180 == 90)
+        std::swap(image.width, image.height);
     image.codec = codec_of(id);
     return image;
 }
