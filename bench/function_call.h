@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/host/bridge/host_data.h"
-#include "src/host/lifecycle/dispatcher.h"
+#include "src/host/entry/dispatcher.h"
 
 #include <cstdio>
 #include <cstdlib>

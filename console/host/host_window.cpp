@@ -1,7 +1,7 @@
 #include "console/host/host_window.h"
 
 #include "console/host/wide_text.h"
-#include "src/host/lifecycle/main_window.h"
+#include "src/plugin/main_window.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -92,8 +92,8 @@ std::int32_t major_version(std::u16string_view text) {
 }
 
 std::wstring frame_class(std::int16_t api_version) {
-    const std::wstring_view wanted = host::main_window_class(api_version);
-    return wanted.empty() ? L"FMPRO12.0APP" : std::wstring(wanted); // older ones are not looked for
+    const std::u16string_view wanted = plugin::main_window_class(api_version);
+    return wanted.empty() ? L"FMPRO12.0APP" : to_wide(wanted); // older ones are not looked for
 }
 
 } // namespace

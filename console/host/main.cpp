@@ -252,7 +252,7 @@ ExitCode run(const CommandLine& command_line) {
     ExitCode code = exit_fine;
     if (host.identity().wants_start_and_shutdown()) {
         const std::int64_t answer = host.start_up();
-        if (answer == host::startup_bad_version)
+        if (answer == plugin::startup_bad_version)
             return failed("the plug-in does not run on API version " +
                           std::to_string(command_line.host.api_version));
         if (answer == startup_do_not_enable)

@@ -80,8 +80,8 @@ void PluginHost::attach(host::EntryPoint entry, void* module) {
 
 Result<PluginIdentity, std::string> PluginHost::identify() {
     constexpr std::size_t options_length = 11;
-    identity_.options = string_query(static_cast<std::uint8_t>(host::PluginString::Options));
-    identity_.name = string_query(static_cast<std::uint8_t>(host::PluginString::Name));
+    identity_.options = string_query(static_cast<std::uint8_t>(plugin::PluginString::Options));
+    identity_.name = string_query(static_cast<std::uint8_t>(plugin::PluginString::Name));
     if (identity_.options.size() != options_length || identity_.options[4] != u'1')
         return Failure{"the plug-in's options string \"" + utf8_from_utf16(identity_.options) +
                        "\" is not one that the host understands"};
@@ -90,7 +90,7 @@ Result<PluginIdentity, std::string> PluginHost::identify() {
     return identity_;
 }
 
-void PluginHost::send(host::Message message, std::uint8_t parameter1, std::uint64_t parameter2,
+void PluginHost::send(plugin::Message message, std::uint8_t parameter1, std::uint64_t parameter2,
                       std::uint64_t parameter3, std::uint64_t result) {
     if (!record_.entry_point)
         throw std::logic_error("no plug-in is loaded");
@@ -104,41 +104,41 @@ void PluginHost::send(host::Message message, std::uint8_t parameter1, std::uint6
 }
 
 std::int64_t PluginHost::start_up() {
-    send(host::Message::StartUp, options_.application_type,
+    send(plugin::Message::StartUp, options_.application_type,
          reinterpret_cast<std::uintptr_t>(options_.version_text.c_str()));
     const auto answer = static_cast<std::int64_t>(record_.result);
-    running_ = answer != host::startup_bad_version && answer != startup_do_not_enable;
+    running_ = answer != plugin::startup_bad_version && answer != startup_do_not_enable;
     read_registrations();
     return answer;
 }
 
 void PluginHost::idle(std::uint8_t level) {
-    send(host::Message::Idle, level, options_.session_id);
+    send(plugin::Message::Idle, level, options_.session_id);
 }
 
 void PluginHost::shut_down() {
-    send(host::Message::ShutDown);
+    send(plugin::Message::ShutDown);
     running_ = false;
     read_registrations();
 }
 
 void PluginHost::preferences() {
-    send(host::Message::Preferences);
+    send(plugin::Message::Preferences);
 }
 
 void PluginHost::session_shutdown(std::uint64_t session_id) {
-    send(host::Message::SessionShutdown, 0, session_id);
+    send(plugin::Message::SessionShutdown, 0, session_id);
 }
 
 void PluginHost::file_shutdown(std::uint64_t session_id, std::uint64_t file_id) {
-    send(host::Message::FileShutdown, 0, session_id, file_id);
+    send(plugin::Message::FileShutdown, 0, session_id, file_id);
 }
 
 std::u16string PluginHost::string_query(std::uint8_t number, std::size_t capacity) {
     constexpr std::size_t guard_size = 64;
     constexpr char16_t guard = u'\uEEEE';
     std::u16string buffer(capacity + guard_size, guard);
-    send(host::Message::StringQuery, number, english_united_states, capacity,
+    send(plugin::Message::StringQuery, number, english_united_states, capacity,
          reinterpret_cast<std::uintptr_t>(buffer.data()));
     if (buffer.find_first_not_of(guard, capacity) != buffer.npos)
         throw std::out_of_range("the plug-in wrote beyond the string buffer");

@@ -11,6 +11,7 @@
 #include "console/host/host_objects.h"
 #include "src/base/result.h"
 #include "src/host/bridge/call_record.h"
+#include "src/plugin/messages.h"
 
 #include <cstdint>
 #include <mutex>
@@ -133,7 +134,7 @@ class PluginHost {
     std::vector<ScriptRequest> take_script_requests();
 
   private:
-    void send(host::Message message, std::uint8_t parameter1 = 0, std::uint64_t parameter2 = 0,
+    void send(plugin::Message message, std::uint8_t parameter1 = 0, std::uint64_t parameter2 = 0,
               std::uint64_t parameter3 = 0, std::uint64_t result = 0);
     void read_registrations();
     static fm::Errcode start_script(const fm::Text* file_name, const fm::Text* script_name,

@@ -1,6 +1,7 @@
 #include "src/documents/plain_text.h"
 
 #include "src/base/utf8_stream.h"
+#include "src/files/contents/contents.h"
 #include "src/files/paths/path_parts.h"
 
 #include <algorithm>
@@ -38,6 +39,20 @@ Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
     VELL_TRY(separate_pages(units));
     call.set_text(units);
     return {};
+}
+
+Result<void> get_as_plain_text(params::Call& call, System& system) {
+    return get_as_plain_text(call,
+                             [&system](const files::NativePath& path, const params::ByteSink& sink,
+                                       std::vector<std::string>& notes) {
+                                 return system.read_pdf_text(path, sink, notes);
+                             });
+}
+
+Result<void> get_contents(params::Call& call, System& system) {
+    if (call.switches().has("-ExperimentalPDFToPlainText"))
+        return get_as_plain_text(call, system);
+    return files::get_contents(call, system);
 }
 
 Result<void> separate_pages(std::u16string& text, std::size_t longest) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/params/call.h"
-#include "src/system/file_access.h"
+#include "src/system/system.h"
 
 #include <functional>
 #include <string>
@@ -11,15 +11,18 @@
 
 namespace vell::documents {
 
-// Gives the text of a PDF file as UTF-8 in pieces, each page with a form feed behind it, and adds
-// what is worth a line in the debug log to `notes`.
+// See System::read_pdf_text.
 using PdfTextReader = std::function<Result<void>(
     const files::NativePath& path, const params::ByteSink& sink, std::vector<std::string>& notes)>;
 
 // VlFile_GetAsPlainText( switches ; filePath ): the text of all pages, with "\r<---------->\r"
 // between one page and the next, and empty text for a file whose extension is not "pdf". Bytes that
 // are not UTF-8 become "<INVALID UTF8>". The code of the reader, or ResourceTooLarge.
+Result<void> get_as_plain_text(params::Call& call, System& system);
 Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read);
+
+// VlFile_GetContents, which "-ExperimentalPDFToPlainText" makes the function above.
+Result<void> get_contents(params::Call& call, System& system);
 
 // The longest text that a result can hold, in characters of UTF-16.
 inline constexpr std::size_t longest_plain_text = 0x7FFF'FFFF;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vell::files {
@@ -32,6 +33,13 @@ class Desktop {
   public:
     virtual ~Desktop() = default;
 
+    // Whether anybody can see what this process shows.
+    virtual bool is_visible() = 0;
+    // The first window on the screen whose class begins with a name, letters A to Z compared
+    // without case; for no name, or where there is none, the window in front. Null when there is
+    // neither.
+    virtual void* main_window(std::u16string_view class_name) = 0;
+
     // Begins to open something, without a message of the system's where that fails: NotFound,
     // Cancelled, or the system's code, such as 1155 where no program is registered.
     virtual Result<void> launch(const LaunchRequest& request) = 0;
@@ -47,6 +55,8 @@ class Desktop {
     virtual Result<std::vector<std::u16string>> show(const FileDialog& dialog) = 0;
     // Beeps and asks with OK and Cancel; true for OK.
     virtual bool confirm(void* owner, const std::u16string& question) = 0;
+    // Shows a text until the user has read it.
+    virtual void inform(void* owner, const std::u16string& title, const std::u16string& text) = 0;
     // Codes of the user's languages, such as "en-GB", the preferred one first.
     virtual Result<std::vector<std::u16string>> preferred_languages() = 0;
 

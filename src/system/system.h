@@ -2,6 +2,7 @@
 // interfaces, one for a subject. The plug-in hands over that of Windows, tests one that they make.
 #pragma once
 
+#include "src/params/call.h"
 #include "src/system/clock.h"
 #include "src/system/commands.h"
 #include "src/system/desktop.h"
@@ -10,6 +11,7 @@
 #include "src/system/file_access.h"
 #include "src/system/folder_reader.h"
 #include "src/system/item_properties.h"
+#include "src/system/logs.h"
 #include "src/system/places.h"
 #include "src/system/shell_links.h"
 #include "src/system/tree_system.h"
@@ -30,7 +32,12 @@ class System {
     virtual files::Desktop& desktop() = 0; // what the user sees and answers
     virtual files::Commands& commands() = 0;
     virtual files::Clock& clock() = 0;
+    virtual files::Logs& logs() = 0;
     virtual Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm) = 0;
+    // Gives the text of a PDF file as UTF-8 in pieces, each page with a form feed behind it, and
+    // adds what is worth a line in the debug log to `notes`.
+    virtual Result<void> read_pdf_text(const files::NativePath& path, const params::ByteSink& sink,
+                                       std::vector<std::string>& notes) = 0;
 };
 
 } // namespace vell

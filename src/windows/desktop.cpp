@@ -1,5 +1,6 @@
 // The desktop over Windows' shell and its windows.
 #include "src/system/desktop.h"
+#include "src/base/ascii.h"
 #include "src/windows/com.h"
 #include "src/windows/file_dialog.h"
 #include "src/windows/item_list.h"
@@ -69,6 +70,22 @@ BOOL CALLBACK keep_first_own_window(HWND window, LPARAM found) {
     return FALSE;
 }
 
+struct WindowSearch {
+    std::u16string_view class_name;
+    HWND found = nullptr;
+};
+
+BOOL CALLBACK keep_first_of_class(HWND window, LPARAM argument) {
+    auto& search = *reinterpret_cast<WindowSearch*>(argument);
+    std::array<wchar_t, 1000> name;
+    const int length = GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    const std::u16string units = to_utf16({name.data(), static_cast<std::size_t>(length)});
+    if (!starts_ignoring_case(std::u16string_view(units), search.class_name))
+        return TRUE;
+    search.found = window;
+    return FALSE;
+}
+
 // What the user types into while it lives; another thread's may then be brought to the front.
 class SharedInput {
   public:
@@ -90,6 +107,21 @@ class SharedInput {
 
 class Win32Desktop : public Desktop {
   public:
+    // Services and scheduled tasks have a window station of their own, whose windows nobody sees.
+    bool is_visible() override {
+        USEROBJECTFLAGS flags{};
+        return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags,
+                                         nullptr) &&
+               (flags.dwFlags & WSF_VISIBLE) != 0;
+    }
+
+    void* main_window(std::u16string_view class_name) override {
+        WindowSearch search{class_name};
+        if (!class_name.empty())
+            EnumWindows(keep_first_of_class, reinterpret_cast<LPARAM>(&search));
+        return search.found ? search.found : GetForegroundWindow();
+    }
+
     Result<void> launch(const LaunchRequest& request) override {
         const ComApartment apartment;
         SHELLEXECUTEINFOW info{};
@@ -155,6 +187,11 @@ class Win32Desktop : public Desktop {
         MessageBeep(0);
         return MessageBoxW(static_cast<HWND>(owner), as_wide(question), L"",
                            MB_TASKMODAL | MB_ICONHAND | MB_OKCANCEL) == IDOK;
+    }
+
+    void inform(void* owner, const std::u16string& title, const std::u16string& text) override {
+        MessageBoxW(static_cast<HWND>(owner), as_wide(text), as_wide(title),
+                    MB_OK | MB_ICONINFORMATION);
     }
 
     Result<std::vector<std::u16string>> preferred_languages() override {

@@ -14,6 +14,7 @@ files::DiskSystem& disks();
 files::ShellLinks& links();
 files::Desktop& desktop();
 files::Commands& commands();
+files::Logs& logs();
 Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm);
 
 } // namespace vell::windows

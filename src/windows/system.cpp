@@ -1,6 +1,8 @@
 #include "src/windows/system.h"
 
+#include "src/windows/documents/poppler_text.h"
 #include "src/windows/parts.h"
+#include "src/windows/process/large_stack.h"
 
 #include <windows.h>
 
@@ -29,8 +31,16 @@ class Win32System : public System {
     files::Desktop& desktop() override { return windows::desktop(); }
     files::Commands& commands() override { return windows::commands(); }
     files::Clock& clock() override { return clock_; }
+    files::Logs& logs() override { return windows::logs(); }
     Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm) override {
         return windows::new_digest(algorithm);
+    }
+    // On a stack that holds what such files nest.
+    Result<void> read_pdf_text(const files::NativePath& path, const params::ByteSink& sink,
+                               std::vector<std::string>& notes) override {
+        Result<void> outcome;
+        run_on_large_stack([&] { outcome = read_by_poppler(path, sink, notes); });
+        return outcome;
     }
 
   private:

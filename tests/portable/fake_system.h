@@ -17,6 +17,7 @@ class FakeSystem : public System,
                    public files::ShellLinks,
                    public files::Desktop,
                    public files::Commands,
+                   public files::Logs,
                    public files::Clock {
   public:
     using NativePath = files::NativePath;
@@ -35,7 +36,12 @@ class FakeSystem : public System,
     files::Desktop& desktop() override { return *this; }
     files::Commands& commands() override { return *this; }
     files::Clock& clock() override { return *this; }
+    files::Logs& logs() override { return *this; }
     Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm) override {
+        return nothing;
+    }
+    Result<void> read_pdf_text(const NativePath&, const params::ByteSink&,
+                               std::vector<std::string>&) override {
         return nothing;
     }
 
@@ -91,6 +97,9 @@ class FakeSystem : public System,
     std::u16string track(std::string_view) override { return {}; }
 
     // Desktop
+    bool is_visible() override { return true; }
+    void* main_window(std::u16string_view) override { return nullptr; }
+    void inform(void*, const std::u16string&, const std::u16string&) override {}
     Result<void> launch(const files::LaunchRequest&) override { return nothing; }
     Result<void> reveal(const std::u16string&) override { return nothing; }
     Result<void> bring_to_front(void*) override { return nothing; }
@@ -113,6 +122,10 @@ class FakeSystem : public System,
                                                          const files::CommandSettings&) override {
         return nothing;
     }
+
+    // Logs
+    void append(files::LogChannel, files::LogFolder, std::string_view, std::string_view) override {}
+    std::unique_ptr<files::OverflowFile> new_overflow_file() override { return nullptr; }
 
     // Clock
     std::uint64_t milliseconds() override { return 4'294'967'295u; }

@@ -1,6 +1,6 @@
 // The permanent log, and the end of a process whose function crashed.
-#include "src/host/diagnostics/crash_report.h"
-#include "src/host/diagnostics/log_file.h"
+#include "src/windows/process/crash_report.h"
+#include "src/windows/process/log_file.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <filesystem>
@@ -9,25 +9,26 @@ namespace vell::test {
 namespace {
 
 TEST(LogFile, NamesFollowTheChannel) {
-    using host::LogChannel;
-    EXPECT_EQ(host::log_file_name(LogChannel::Debug), L"VellDebug.log");
-    EXPECT_EQ(host::log_file_name(static_cast<LogChannel>(7)), L"Vell Plugin FMServer.log");
-    EXPECT_EQ(host::log_folder(L"C:\\Host\\host.exe", false), L"C:\\Host\\Vell Logs\\");
-    EXPECT_EQ(host::log_folder(L"host.exe", false), L"");
+    using windows::LogChannel;
+    EXPECT_EQ(windows::log_file_name(LogChannel::Debug), L"VellDebug.log");
+    EXPECT_EQ(windows::log_file_name(static_cast<LogChannel>(7)), L"Vell Plugin FMServer.log");
+    EXPECT_EQ(windows::log_folder(L"C:\\Host\\host.exe", files::LogFolder::Own),
+              L"C:\\Host\\Vell Logs\\");
+    EXPECT_EQ(windows::log_folder(L"host.exe", files::LogFolder::Own), L"");
 }
 
 TEST(LogFile, LinesAreCutWithTheirEndKept) {
-    EXPECT_EQ(host::log_line_text("2020-12-31 23:59:59", "me", "a\rb\r\nc"),
+    EXPECT_EQ(windows::log_line_text("2020-12-31 23:59:59", "me", "a\rb\r\nc"),
               "2020-12-31 23:59:59 [me] a\r\nb\r\nc\r\n");
     const std::string line =
-        host::log_line_text("2020-12-31 23:59:59", "me", std::string(2000, 'x'));
+        windows::log_line_text("2020-12-31 23:59:59", "me", std::string(2000, 'x'));
     EXPECT_EQ(line.size(), 1023u);
     EXPECT_TRUE(line.ends_with("xx\r\n"));
     std::string umlauts;
     for (int i = 0; i < 1000; ++i)
         umlauts += "\xC3\xA4";
     for (const char* source : {"m", "me"}) { // the cut falls into a character for one of them
-        const std::string cut = host::log_line_text("2020-12-31 23:59:59", source, umlauts);
+        const std::string cut = windows::log_line_text("2020-12-31 23:59:59", source, umlauts);
         EXPECT_LE(cut.size(), 1023u);
         EXPECT_TRUE(cut.ends_with("\xC3\xA4\r\n"));
     }
@@ -42,7 +43,8 @@ TEST_F(Plugin, AFullLogMakesPlaceForAnother) {
         DeleteFileW(old.c_str());
     };
     const auto add_line = [&] {
-        host::log_line(host::LogChannel::Debug, "me", "text");
+        host::the_plugin().system.logs().append(windows::LogChannel::Debug,
+                                                files::LogFolder::OfServer, "me", "text");
         return std::filesystem::file_size(log);
     };
     const auto grow_to = [&](std::uint64_t size) {
@@ -50,23 +52,24 @@ TEST_F(Plugin, AFullLogMakesPlaceForAnother) {
     };
     remove_both();
     const std::uint64_t line = add_line();
-    grow_to(host::log_size_limit - line);
-    EXPECT_EQ(add_line(), host::log_size_limit);
+    grow_to(windows::log_size_limit - line);
+    EXPECT_EQ(add_line(), windows::log_size_limit);
     EXPECT_EQ(add_line(), line);
-    EXPECT_EQ(std::filesystem::file_size(old), host::log_size_limit);
-    grow_to(host::log_size_limit - line + 1);
+    EXPECT_EQ(std::filesystem::file_size(old), windows::log_size_limit);
+    grow_to(windows::log_size_limit - line + 1);
     {
         const UniqueFile reader =
             open_file(to_utf16(old), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
-        EXPECT_EQ(add_line(), host::log_size_limit - line + 1); // the line is lost
+        EXPECT_EQ(add_line(), windows::log_size_limit - line + 1); // the line is lost
     }
     EXPECT_EQ(add_line(), line);
-    EXPECT_EQ(std::filesystem::file_size(old), host::log_size_limit - line + 1);
+    EXPECT_EQ(std::filesystem::file_size(old), windows::log_size_limit - line + 1);
     remove_both();
 }
 
 TEST(CrashReport, DumpsAreNamedByTimeAndThread) {
-    EXPECT_EQ(host::crash_dump_name(L"C:\\T\\", {2020, 12, 4, 31, 3, 4, 5, 0}, 77, 88),
+    EXPECT_EQ(windows::crash_dump_name(L"C:\\T\\", plugin::crash_dump_start,
+                                       {2020, 12, 4, 31, 3, 4, 5, 0}, 77, 88),
               L"C:\\T\\Crashdump Vell File Plug-In v14.0-20201231-030405-77-88.dmp");
 }
 
@@ -95,7 +98,8 @@ TEST(LogFile, AFullLogIsSetAsideOnce) {
     const TemporaryFolder folder;
     copy_host(folder);
     const std::wstring name = L"Logs\\Vell Plugin FMServer";
-    constexpr std::size_t start = host::log_size_limit - 300; // room for some lines of the banner
+    constexpr std::size_t start =
+        windows::log_size_limit - 300; // room for some lines of the banner
     set_length(open_file(folder.file(name + L".log", ""), GENERIC_WRITE),
                static_cast<std::int64_t>(start));
     UniqueHandle hosts[2];
@@ -105,7 +109,7 @@ TEST(LogFile, AFullLogIsSetAsideOnce) {
         EXPECT_EQ(exit_code(host), 0u);
     const std::string old = read_file(folder.path(name + L" (old).log"));
     ASSERT_GT(old.size(), start);
-    EXPECT_LE(old.size(), host::log_size_limit);
+    EXPECT_LE(old.size(), windows::log_size_limit);
     const std::string lines = old.substr(start) + read_file(folder.path(name + L".log"));
     for (const std::string_view line :
          {"started running under FileMaker Server.\r\n", "Plug-in build number: 508\r\n",

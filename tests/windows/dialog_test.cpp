@@ -128,10 +128,10 @@ class HiddenWindowStation {
 
 std::atomic<DWORD> error_mode_of_call;
 
-constexpr host::LicenceChecks noting_error_mode{
+constexpr plugin::LicenceChecks noting_error_mode{
     .at_startup =
         [](bool) {
-            return host::LicenceStart{true, false};
+            return plugin::LicenceStart{true, false};
         },
     .within_time =
         [] {
@@ -152,7 +152,7 @@ TEST_F(PluginWithFolder, NothingIsShownWhereNobodyCanBeAsked) {
         }
     });
     const std::u16string inside = folder.file(L"full\\a.txt", "");
-    host::replace_licence_checks(&noting_error_mode);
+    host::the_plugin().licence = &noting_error_mode;
     const auto expect_silence = [&](std::uint8_t type) {
         SCOPED_TRACE(int{type});
         start({.application_type = type});

@@ -1,5 +1,5 @@
 // Work on a stack of its own, on the calling thread.
-#include "src/host/lifecycle/large_stack.h"
+#include "src/windows/process/large_stack.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -22,8 +22,8 @@ TEST(LargeStack, IsOfTheCallingThreadWhichKeepsItsOwnFiber) {
     ASSERT_TRUE(ConvertThreadToFiberEx(&data, FIBER_FLAG_FLOAT_SWITCH));
     int done = 0;
     try {
-        host::run_on_large_stack([&] {
-            host::run_on_large_stack([&] { done += GetCurrentThreadId() == thread; });
+        windows::run_on_large_stack([&] {
+            windows::run_on_large_stack([&] { done += GetCurrentThreadId() == thread; });
             done += GetCurrentThreadId() == thread;
             throw std::runtime_error("what happened");
         });
@@ -35,7 +35,7 @@ TEST(LargeStack, IsOfTheCallingThreadWhichKeepsItsOwnFiber) {
     EXPECT_EQ(fiber_data(), &data);
     EXPECT_TRUE(ConvertFiberToThread());
 
-    host::run_on_large_stack([&] { ++done; });
+    windows::run_on_large_stack([&] { ++done; });
     EXPECT_EQ(done, 4);
     EXPECT_FALSE(IsThreadAFiber()); // what was made one is none any more
 }

@@ -1,7 +1,7 @@
 // Image metadata through the host: texts in their encodings, styles, codes.
 #include "src/host/bridge/host_data.h"
 #include "src/host/bridge/styled_text.h"
-#include "src/host/lifecycle/dispatcher.h"
+#include "src/host/entry/dispatcher.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
 #include "tests/windows/plugin_fixture.h"

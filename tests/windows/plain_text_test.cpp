@@ -1,7 +1,7 @@
 // Texts of PDF files through Poppler: sound, strange and hostile ones.
 #include "src/base/utf8.h"
-#include "src/host/lifecycle/large_stack.h"
 #include "src/windows/documents/poppler_text.h"
+#include "src/windows/process/large_stack.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <zlib.h>
@@ -282,7 +282,7 @@ TEST_F(PlainText, EndsForHostileDocuments) {
 std::string read(const std::u16string& path) {
     std::string text;
     std::vector<std::string> notes;
-    host::run_on_large_stack([&] {
+    windows::run_on_large_stack([&] {
         const auto outcome = windows::read_by_poppler(
             {path, std::nullopt},
             [&](std::string_view bytes) {

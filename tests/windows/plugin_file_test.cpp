@@ -105,7 +105,7 @@ TEST(PluginFile, CarriesItsVersion) {
     ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&fixed), &length));
     EXPECT_EQ(fixed->dwFileVersionMS, DWORD{14} << 16);
     EXPECT_EQ(fixed->dwFileVersionLS, DWORD{508});
-    EXPECT_EQ(host::build_number, 508);
+    EXPECT_EQ(plugin::build_number, 508);
 }
 
 // The file itself, not the objects linked into this program.

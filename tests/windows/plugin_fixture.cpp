@@ -1,7 +1,7 @@
 #include "tests/windows/plugin_fixture.h"
 
-#include "src/host/diagnostics/debug_log.h"
-#include "src/host/lifecycle/dispatcher.h"
+#include "src/host/entry/dispatcher.h"
+#include "src/host/entry/the_plugin.h"
 
 #include <tlhelp32.h>
 #include <winioctl.h>
@@ -265,7 +265,7 @@ Plugin::Plugin() : live_objects_(StandIn_TotalLiveObjects()) {
 
 Plugin::~Plugin() {
     host_.reset();
-    host::replace_licence_checks(nullptr);
+    host::the_plugin().licence = &plugin::own_licence_checks;
     StandIn_Reset();
     EXPECT_EQ(StandIn_TotalLiveObjects(), live_objects_);
 }
@@ -303,11 +303,11 @@ std::u16string Plugin::step(std::u16string_view name, std::vector<Value> values)
 
 std::string Plugin::notes_of(const std::function<void()>& work) {
     call(u"VlFile_Control", {u"-AddToDebugLog=true"});
-    host::debug_log().take();
+    host::the_plugin().debug_log.take();
     work();
-    const std::string notes = host::debug_log().take();
+    const std::string notes = host::the_plugin().debug_log.take();
     call(u"VlFile_Control", {u"-AddToDebugLog=false"});
-    host::debug_log().take();
+    host::the_plugin().debug_log.take();
     return notes;
 }
 

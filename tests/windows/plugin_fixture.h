@@ -2,8 +2,7 @@
 #pragma once
 
 #include "console/host/plugin_host.h"
-#include "src/host/lifecycle/licence.h"
-#include "src/host/lifecycle/plugin_state.h"
+#include "src/host/entry/the_plugin.h"
 #include "src/windows/handle.h"
 #include "src/windows/text.h"
 

@@ -1,5 +1,5 @@
 // What the stand-in FMWrapper.dll does beyond what calls through the plug-in show: texts that
-// change with their styles, containers and numbers at their ends, and objects that are counted.
+// change with their styles, and objects that are counted.
 #include "console/fmwrapper/control.h"
 
 #include <gtest/gtest.h>
@@ -56,22 +56,6 @@ class StandIn : public testing::Test {
     fm::Data* data = FM_Data_Constructor1(&status);
 };
 
-TEST_F(StandIn, PartsAreClampedToTheText) {
-    FM_Text_AssignUnicode(subject, u"0123456789", &status);
-    FM_Text_SetText(other, subject, 8, 100, &status);
-    FM_Text_AppendText(other, subject, 0, 2, &status);
-    FM_Text_InsertText(other, other, 2, &status);
-    FM_Text_AppendText(other, other, 6, to_end, &status);
-    FM_Text_InsertText(other, subject, 100, &status);
-    EXPECT_EQ(units(other), u"89890101010123456789");
-    FM_Text_DeleteText(other, 2, 14, &status);
-    FM_Text_DeleteText(other, 5, to_end, &status);
-    FM_Text_DeleteText(other, 50, 1, &status);
-    EXPECT_EQ(units(other), u"89678");
-    FM_Text_SetText(other, other, 1, 2, &status);
-    EXPECT_EQ(units(other), u"96");
-}
-
 TEST_F(StandIn, RunsOfStylesFollowTheText) {
     FM_Text_AssignUnicode(subject, u"0123456789", &status);
     set(subject, fm::face_bold, 2, 4);
@@ -97,65 +81,6 @@ TEST_F(StandIn, RunsOfStylesFollowTheText) {
     FM_Text_AssignUnicode(subject, u"new", &status);
     EXPECT_EQ(faces(subject), "...");
     EXPECT_EQ(faces(FM_Data_GetAsText(data, &status)), "..bbbiiiii"); // a copy
-}
-
-TEST_F(StandIn, VectorsAndContainersHoldCopiesAndKnowTheirEnds) {
-    fm::DataVect* vector = FM_DataVect_Constructor1(&status);
-    FM_Text_AssignUnicode(subject, u"1/2/2003 4:05:06", &status);
-    set_data(subject);
-    FM_DataVect_PushBack(vector, data, &status);
-    const fm::Text* first = FM_DataVect_AtAsText(vector, 0, &status);
-    FM_Text_AssignUnicode(subject, u"8", &status);
-    set_data(subject);
-    for (int i = 0; i < 100; ++i)
-        FM_DataVect_PushBack(vector, data, &status);
-    EXPECT_EQ(FM_DataVect_AtAsText(vector, 0, &status), first);
-    EXPECT_EQ(units(first), u"1/2/2003 4:05:06");
-    EXPECT_EQ(FM_FixPt_AsLong(FM_DataVect_AtAsNumber(vector, 100, &status), &status), 8);
-    EXPECT_EQ(FM_DataVect_At(vector, 101, &status), nullptr);
-    EXPECT_EQ(taken_code(), 2);
-    EXPECT_EQ(FM_DataVect_AtAsText(vector, to_end, &status), nullptr);
-    EXPECT_EQ(taken_code(), 2);
-    FM_DataVect_Delete(vector, &status);
-
-    fm::BinaryData* container = FM_BinaryData_Constructor1(&status);
-    fm::QuadChar* file = FM_QuadChar_Constructor2('F', 'I', 'L', 'E', &status);
-    FM_BinaryData_Add(container, file, 5, "bytes", &status);
-    fm::BinaryData* copy = FM_BinaryData_Constructor2(container, &status);
-    FM_BinaryData_Add(copy, file, 1, "x", &status);
-    char buffer[6] = "-----";
-    EXPECT_EQ(FM_BinaryData_GetData(container, 0, 3, 2, buffer, &status), 0);
-    EXPECT_NE(FM_BinaryData_GetData(container, 0, 3, 3, buffer, &status), 0);
-    EXPECT_NE(FM_BinaryData_GetData(container, 0, 0xFFFFFFFF, 2, buffer, &status), 0);
-    EXPECT_NE(FM_BinaryData_GetData(container, -1, 0, 1, buffer, &status), 0);
-    EXPECT_STREQ(buffer, "es---");
-    FM_BinaryData_Delete(container, &status);
-    FM_BinaryData_Delete(copy, &status);
-    FM_QuadChar_Delete(file, &status);
-}
-
-TEST_F(StandIn, NumbersAreFixedPoint) {
-    fm::FixPt* two = FM_FixPt_Constructor1(2, 16, &status);
-    fm::FixPt* three = FM_FixPt_Constructor1(3, 20, &status);
-    const auto text_of = [&](const fm::FixPt* number) {
-        FM_Data_SetAsNumber(data, number, 2, &status);
-        return units(FM_Data_GetAsText(data, &status));
-    };
-    FM_FixPt_Divide(two, three, two, &status);
-    EXPECT_EQ(text_of(two), u".6666666666666667");
-    FM_FixPt_AssignFixPt(two, three, &status);
-    FM_FixPt_Increment(two, 4, &status);
-    FM_FixPt_Divide(two, three, two, &status); // with the precision it was assigned
-    EXPECT_EQ(text_of(two), u"2.33333333333333333333");
-    FM_FixPt_AssignInt64(two, INT64_MAX, &status);
-    FM_FixPt_Add(two, two, two, &status);
-    EXPECT_EQ(FM_FixPt_AsLong64(two, &status), INT64_MAX);
-    EXPECT_EQ(FM_FixPt_AsLong(two, &status), INT32_MAX);
-    EXPECT_EQ(FM_FixPt_AsFloat(two, &status), 18446744073709551614.0);
-    FM_FixPt_AssignInt(three, 0, &status);
-    EXPECT_NE(FM_FixPt_Divide(two, three, two, &status), 0);
-    FM_FixPt_Delete(two, &status);
-    FM_FixPt_Delete(three, &status);
 }
 
 // On what it counts rest all checks for leaks, and those of calls that fail.

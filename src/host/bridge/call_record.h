@@ -9,23 +9,6 @@
 
 namespace vell::host {
 
-enum class Message : std::uint8_t {
-    StartUp = 0,
-    Idle = 1,
-    ShutDown = 4,
-    Preferences = 5,
-    StringQuery = 7,
-    SessionShutdown = 8,
-    FileShutdown = 9,
-};
-
-// Answers to Message::StartUp.
-inline constexpr std::int64_t startup_accepted = 59;
-inline constexpr std::int64_t startup_bad_version = -1;
-
-// String numbers of Message::StringQuery.
-enum class PluginString : std::uint8_t { Name = 128, Description = 129, Options = 131, Help = 132 };
-
 // How a started script treats one that is running.
 enum class ScriptControl : std::uint8_t { Halt = 0, Exit = 1, Resume = 2, Pause = 3 };
 
@@ -41,7 +24,7 @@ struct CallRecord {
     std::int16_t unused_id; // -1
     EntryPoint entry_point;
     std::uint8_t unused_flag; // 0
-    std::uint8_t message;     // a Message
+    std::uint8_t message;     // a plugin::Message
     std::uint8_t unsafe;      // nonzero when not on the host's main thread
     std::uint8_t parameter1;
     fm::PtrType parameter2;

@@ -63,9 +63,6 @@ enum class LocaleType : std::int32_t { None = 0, System = 1, RawUnicode = 2, Sta
 using ExternalBody = Errcode (*)(std::int16_t function_id, const ExprEnv* environment,
                                  const DataVect* parameters, Data* result);
 
-// Display flags of a registration.
-inline constexpr std::uint32_t display_in_all_dialogs = 0x0000FF00;
-
 enum class PathFormat : std::int32_t { Posix = 1, Windows = 2, Url = 3 };
 
 // Faces of a CharacterStyle, as bits.

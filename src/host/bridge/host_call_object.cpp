@@ -1,11 +1,7 @@
 #include "src/host/bridge/host_call_object.h"
 
-#include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/host/bridge/styled_text.h"
-#include "src/host/diagnostics/debug_log.h"
-#include "src/host/lifecycle/main_window.h"
-#include "src/host/lifecycle/plugin_state.h"
 
 #include <algorithm>
 #include <limits>
@@ -17,8 +13,6 @@ namespace {
 using params::EncodedText;
 using params::LineEndings;
 using params::TextEncoding;
-
-constexpr std::string_view unreadable_parameter = "VellParamErr: XP7_GetBytesImproved failed";
 
 void append_bytes_as_characters(Text& text, std::string_view bytes) {
     constexpr std::size_t bytes_at_once = 64 * 1024;
@@ -48,20 +42,21 @@ void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
 
 } // namespace
 
-HostCallObject::HostCallObject(const fm::ExprEnv* environment, const fm::DataVect* parameters,
-                               fm::Data* result, bool is_step)
-    : environment_(environment), parameters_(parameters), result_(result), is_step_(is_step) {}
+HostCallObject::HostCallObject(plugin::Plugin& plugin, const fm::ExprEnv* environment,
+                               const fm::DataVect* parameters, fm::Data* result, bool is_step)
+    : plugin_(plugin), environment_(environment), parameters_(parameters), result_(result),
+      is_step_(is_step) {}
 
 bool HostCallObject::can_ask_user() const {
-    return plugin_state().can_ask_user;
+    return plugin_.state.can_ask_user;
 }
 
 void* HostCallObject::main_window() const {
-    return host::main_window();
+    return plugin_.main_window();
 }
 
 void HostCallObject::debug_note(std::string_view line) {
-    debug_log().add(line);
+    plugin_.debug_log.add(line);
 }
 
 const fm::Text* HostCallObject::host_text(std::size_t index) const {
@@ -199,15 +194,6 @@ void HostCallObject::set_decoded_text(std::span<const EncodedText> pieces,
         text.assign(units);
     }
     store_text(result_, text);
-}
-
-void store_code(fm::Data* result, ErrorCode code) {
-    std::string text = "0";
-    if (code == ErrorCode::ParameterUnreadable)
-        text = unreadable_parameter;
-    else if (code != ErrorCode::Ok)
-        text = "$$" + to_text(std::int64_t{number(code)});
-    store_text(result, Text(std::string_view(text)));
 }
 
 } // namespace vell::host

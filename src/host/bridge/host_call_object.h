@@ -3,14 +3,15 @@
 
 #include "src/host/bridge/host_data.h"
 #include "src/params/call.h"
+#include "src/plugin/plugin.h"
 
 namespace vell::host {
 
 class HostCallObject : public params::Call {
   public:
     // The host owns the objects; they outlive the call.
-    HostCallObject(const fm::ExprEnv* environment, const fm::DataVect* parameters, fm::Data* result,
-                   bool is_step);
+    HostCallObject(plugin::Plugin& plugin, const fm::ExprEnv* environment,
+                   const fm::DataVect* parameters, fm::Data* result, bool is_step);
 
     bool is_step() const override { return is_step_; }
     bool can_ask_user() const override;
@@ -42,13 +43,11 @@ class HostCallObject : public params::Call {
   private:
     const fm::Text* host_text(std::size_t index) const;
 
+    plugin::Plugin& plugin_;
     const fm::ExprEnv* environment_;
     ParameterVector parameters_;
     fm::Data* result_;
     bool is_step_;
 };
-
-// Stores what a call reports: "0" for Ok, otherwise "$$" and the number.
-void store_code(fm::Data* result, ErrorCode code);
 
 } // namespace vell::host

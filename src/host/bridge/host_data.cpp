@@ -11,10 +11,6 @@ constexpr std::int32_t native(fm::NativeType type) {
 
 Data::Data() : HostObject(host_call(FM_Data_Constructor1)) {}
 
-void Data::clear(fm::NativeType type) {
-    host_call(FM_Data_Clear, get(), native(type));
-}
-
 fm::NativeType native_type(const fm::Data* data) {
     return static_cast<fm::NativeType>(host_call(FM_Data_GetNativeType, data));
 }

@@ -12,7 +12,6 @@ namespace vell::host {
 class Data : public HostObject<fm::Data> {
   public:
     Data();
-    void clear(fm::NativeType type);
 };
 
 fm::NativeType native_type(const fm::Data* data);

@@ -2,45 +2,12 @@
 
 namespace vell::host {
 
-DateTime::DateTime() : HostObject(host_call(FM_DateTime_Constructor1)) {}
-
-DateTime::DateTime(const params::CalendarTime& time) : DateTime() {
-    set_day_number(params::day_number(time));
-    set_seconds_of_day(params::seconds_of_day(time));
-}
-
-void DateTime::set_day_number(std::int64_t day) {
-    host_call(FM_DateTime_SetDaysSinceEpoch, get(), day);
-}
-
-void DateTime::set_seconds_of_day(std::int64_t seconds) {
-    Number number;
-    number.assign(seconds);
-    host_call(FM_DateTime_SetSecsSinceMidnight, get(), number.get());
-}
-
-void DateTime::set_seconds(std::int64_t seconds) {
-    Number number;
-    number.assign(seconds);
-    host_call(FM_DateTime_SetSecondsSinceEpoch, get(), number.get());
-}
-
-void DateTime::set_date(const DateTime& other) {
-    host_call(FM_DateTime_SetDate, get(), other.get());
-}
-
-void DateTime::set_time(const DateTime& other) {
-    host_call(FM_DateTime_SetTime, get(), other.get());
-}
-
-std::int64_t day_number(const fm::DateTime* date_time) {
-    return host_call(FM_DateTime_GetDaysSinceEpoch, date_time);
-}
-
-std::int64_t seconds_of_day(const fm::DateTime* date_time) {
+DateTime::DateTime(const params::CalendarTime& time)
+    : HostObject(host_call(FM_DateTime_Constructor1)) {
     Number seconds;
-    host_call(FM_DateTime_GetSecsSinceMidnight, date_time, seconds.get());
-    return to_integer(seconds.get());
+    seconds.assign(params::seconds_of_day(time));
+    host_call(FM_DateTime_SetDaysSinceEpoch, get(), params::day_number(time));
+    host_call(FM_DateTime_SetSecsSinceMidnight, get(), seconds.get());
 }
 
 params::CalendarTime to_calendar_time(const fm::DateTime* date_time) {

@@ -15,9 +15,6 @@ constexpr int precision = 16; // the host's own default
 
 Number::Number(std::int32_t value)
     : HostObject(host_call(FM_FixPt_Constructor1, value, precision)) {}
-Number::Number(const fm::FixPt* value) : Number() {
-    assign(value);
-}
 
 void Number::assign(const fm::FixPt* value) {
     host_call(FM_FixPt_AssignFixPt, get(), value);
@@ -49,26 +46,10 @@ void Number::add(const Number& other) {
     assign(sum.get());
 }
 
-void Number::subtract(const Number& other) {
-    Number difference;
-    host_call(FM_FixPt_Subtract, get(), other.get(), difference.get());
-    assign(difference.get());
-}
-
 void Number::multiply(const Number& other) {
     Number product;
     host_call(FM_FixPt_Multiply, get(), other.get(), product.get());
     assign(product.get());
-}
-
-void Number::negate() {
-    host_call(FM_FixPt_Negate, get());
-}
-void Number::increment(std::int32_t by) {
-    host_call(FM_FixPt_Increment, get(), by);
-}
-void Number::decrement(std::int32_t by) {
-    host_call(FM_FixPt_Decrement, get(), by);
 }
 
 bool is_greater(const fm::FixPt* a, const Number& b) {

@@ -10,19 +10,14 @@ namespace vell::host {
 class Number : public HostObject<fm::FixPt> {
   public:
     explicit Number(std::int32_t value = 0);
-    explicit Number(const fm::FixPt* value); // a copy
 
     // Exact for every 64-bit value, on hosts without 64-bit numbers too.
     void assign(std::int64_t value);
     void assign(const fm::FixPt* value);
 
-    // The number itself becomes the sum, difference or product.
+    // The number itself becomes the sum or product.
     void add(const Number& other);
-    void subtract(const Number& other);
     void multiply(const Number& other);
-    void negate();
-    void increment(std::int32_t by = 1);
-    void decrement(std::int32_t by = 1);
 };
 
 bool is_greater(const fm::FixPt* a, const Number& b);

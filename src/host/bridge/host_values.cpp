@@ -38,19 +38,6 @@ void Text::append(const Text& other) {
     host_call(FM_Text_AppendText, get(), other.get(), 0u, fm::to_end);
 }
 
-void Text::insert(std::uint32_t position, const Text& other) {
-    host_call(FM_Text_InsertText, get(), other.get(), position);
-}
-
-void Text::erase(std::uint32_t position, std::uint32_t count) {
-    host_call(FM_Text_DeleteText, get(), position, count);
-}
-
-std::size_t Text::find_ignoring_case(const Text& wanted, std::uint32_t from) const {
-    const std::uint32_t found = host_call(FM_Text_FindIgnoringCase, get(), wanted.get(), from);
-    return found == fm::not_found ? std::u16string::npos : found;
-}
-
 std::u16string Text::to_utf16() const {
     return host::to_utf16(get());
 }

@@ -121,10 +121,6 @@ class Text : public HostObject<fm::Text> {
     void assign_bytes(std::string_view bytes, params::TextEncoding encoding);
     void assign(std::u16string_view units);
     void append(const Text& other);
-    void insert(std::uint32_t position, const Text& other);
-    void erase(std::uint32_t position, std::uint32_t count);
-    // npos when absent.
-    std::size_t find_ignoring_case(const Text& wanted, std::uint32_t from = 0) const;
     std::u16string to_utf16() const;
 };
 

@@ -1,0 +1,50 @@
+#include "src/host/entry/dispatcher.h"
+
+#include "src/host/bridge/host_call_object.h"
+#include "src/host/entry/the_plugin.h"
+#include "src/windows/error_windows.h"
+#include "src/windows/process/guarded_call.h"
+
+#include <optional>
+
+namespace vell::host {
+namespace {
+
+class DispatchedCall : public plugin::HostCall {
+  public:
+    DispatchedCall(std::int16_t id, const fm::ExprEnv* environment, const fm::DataVect* parameters,
+                   fm::Data* result)
+        : id_(id), environment_(environment), parameters_(parameters), result_(result) {}
+
+    params::Call& open(bool is_step) override {
+        return call_.emplace(the_plugin(), environment_, parameters_, result_, is_step);
+    }
+    void set_result(std::string_view text) override { store_text(result_, Text(text)); }
+
+    void serve() {
+        std::optional<NoErrorWindows> quiet;
+        if (!the_plugin().state.can_ask_user)
+            quiet.emplace();
+        errcode_ = the_plugin().serve(id_, *this);
+    }
+    fm::Errcode errcode() const { return errcode_; }
+
+  private:
+    std::int16_t id_;
+    const fm::ExprEnv* environment_;
+    const fm::DataVect* parameters_;
+    fm::Data* result_;
+    std::optional<HostCallObject> call_;
+    fm::Errcode errcode_ = 0;
+};
+
+} // namespace
+
+fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
+                     const fm::DataVect* parameters, fm::Data* result) {
+    DispatchedCall call(id, environment, parameters, result);
+    guarded_call([](void* argument) { static_cast<DispatchedCall*>(argument)->serve(); }, &call);
+    return call.errcode();
+}
+
+} // namespace vell::host
