@@ -1,6 +1,6 @@
 // The dialogs to select files and folders, driven as a user drives them.
 #include "src/system/file_dialog.h"
-#include "src/windows/com.h"
+#include "src/windows/desktop/com.h"
 #include "tests/windows/plugin_fixture.h"
 
 namespace vell::test {

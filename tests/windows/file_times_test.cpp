@@ -1,5 +1,5 @@
 // Dates and times of real files and folders, through the host.
-#include "src/windows/file_times.h"
+#include "src/windows/storage/file_times.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <array>

@@ -3,8 +3,8 @@
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/documents/encoding_data.h"
-#include "src/windows/com.h"
-#include "src/windows/path.h"
+#include "src/windows/desktop/com.h"
+#include "src/windows/storage/path.h"
 #include "src/windows/system.h"
 #include "src/windows/text.h"
 

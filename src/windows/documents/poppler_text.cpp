@@ -2,7 +2,7 @@
 
 #include "src/windows/documents/encoding_data.h"
 #include "src/windows/handle.h"
-#include "src/windows/path.h"
+#include "src/windows/storage/path.h"
 
 #include <Error.h>
 #include <ErrorCodes.h>

@@ -1,7 +1,7 @@
 #include "src/windows/dragdrop/drop_data.h"
 
 #include "src/dragdrop/dropped_data.h"
-#include "src/windows/com.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/system.h"
 #include "src/windows/text.h"
 

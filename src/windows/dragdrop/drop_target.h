@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/dragdrop/drop_windows.h"
-#include "src/windows/com.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/dragdrop/drop_data.h"
 
 #include <oleidl.h>

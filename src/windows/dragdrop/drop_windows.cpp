@@ -1,6 +1,6 @@
 #include "src/windows/dragdrop/drop_windows.h"
 
-#include "src/windows/com.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/dragdrop/drop_target.h"
 #include "src/windows/text.h"
 

@@ -1,4 +1,4 @@
-#include "src/windows/path.h"
+#include "src/windows/storage/path.h"
 
 #include "src/windows/handle.h"
 #include "src/windows/text.h"

@@ -1,5 +1,5 @@
 // Whole folders by the shell's file operation.
-#include "src/windows/shell_operations.h"
+#include "src/windows/desktop/shell_operations.h"
 
 #include "src/windows/error.h"
 #include "src/windows/text.h"

@@ -1,9 +1,9 @@
-#include "src/windows/file_dialog.h"
+#include "src/windows/desktop/file_dialog.h"
 
 #include "src/files/desktop/file_patterns.h"
 #include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
-#include "src/windows/com.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/parts.h"
 #include "src/windows/text.h"
 

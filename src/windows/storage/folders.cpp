@@ -2,8 +2,8 @@
 #include "src/system/folder_reader.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
-#include "src/windows/path.h"
-#include "src/windows/reparse_point.h"
+#include "src/windows/storage/path.h"
+#include "src/windows/storage/reparse_point.h"
 #include "src/windows/text.h"
 
 #include <cwchar>

@@ -1,8 +1,8 @@
 // Shell links over the shell's COM objects, which read and write them in memory: so the paths of
 // the link files themselves may have any length.
 #include "src/system/shell_links.h"
-#include "src/windows/com.h"
-#include "src/windows/item_list.h"
+#include "src/windows/desktop/com.h"
+#include "src/windows/desktop/item_list.h"
 #include "src/windows/parts.h"
 #include "src/windows/text.h"
 

@@ -1,9 +1,9 @@
 // The file access layer over native handles.
 #include "src/system/file_access.h"
-#include "src/windows/file.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
-#include "src/windows/path.h"
+#include "src/windows/storage/file.h"
+#include "src/windows/storage/path.h"
 #include "src/windows/text.h"
 
 #include <rpc.h>

@@ -1,4 +1,4 @@
-#include "src/windows/file_times.h"
+#include "src/windows/storage/file_times.h"
 #include "src/windows/handle.h"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 // Where Windows and the host have their things.
 #include "src/system/places.h"
-#include "src/windows/com.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/parts.h"
-#include "src/windows/path.h"
+#include "src/windows/storage/path.h"
 #include "src/windows/text.h"
 
 #include <knownfolders.h>

@@ -1,10 +1,10 @@
 #include "src/system/item_properties.h"
-#include "src/windows/code_signature.h"
-#include "src/windows/com.h"
-#include "src/windows/file_times.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
-#include "src/windows/path.h"
+#include "src/windows/storage/code_signature.h"
+#include "src/windows/storage/file_times.h"
+#include "src/windows/storage/path.h"
 #include "src/windows/text.h"
 
 #include <shellapi.h>

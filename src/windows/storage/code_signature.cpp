@@ -1,7 +1,7 @@
-#include "src/windows/code_signature.h"
+#include "src/windows/storage/code_signature.h"
 
 #include "src/windows/handle.h"
-#include "src/windows/path.h"
+#include "src/windows/storage/path.h"
 #include "src/windows/text.h"
 
 #include <wincrypt.h> // needed by the next ones

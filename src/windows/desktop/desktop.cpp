@@ -1,11 +1,11 @@
 // The desktop over Windows' shell and its windows.
 #include "src/system/desktop.h"
 #include "src/base/ascii.h"
-#include "src/windows/com.h"
-#include "src/windows/file_dialog.h"
-#include "src/windows/item_list.h"
+#include "src/windows/desktop/com.h"
+#include "src/windows/desktop/file_dialog.h"
+#include "src/windows/desktop/item_list.h"
+#include "src/windows/desktop/shell_operations.h"
 #include "src/windows/parts.h"
-#include "src/windows/shell_operations.h"
 #include "src/windows/text.h"
 
 #include <shellapi.h>
