@@ -1,6 +1,6 @@
+#include "src/base/inflate.h"
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
-#include "src/formats/inflate.h"
 #include "src/formats/isobmff/metadata_items.h"
 #include "src/formats/isobmff/movie.h"
 #include "src/formats/isobmff/records.h"
@@ -342,8 +342,10 @@ class BoxReport {
         if (content.remaining() > longest_movie_header || place.parent != "cmov"_4cc)
             return {};
         const std::string bytes = VELL_TRY(content.read_rest());
-        const std::string expanded = VELL_TRY(inflate_within(bytes, longest_movie_header));
-        BytesInMemory source(expanded);
+        const auto expanded = inflate_within(bytes, longest_movie_header);
+        if (!expanded)
+            return fault(Damage::Corrupt);
+        BytesInMemory source(*expanded);
         return report_all(Window(source), Place{"cmvd"_4cc, {}});
     }
 

@@ -1,6 +1,6 @@
 #include "src/metadata/reading/png_metadata.h"
 
-#include "src/metadata/reading/inflate.h"
+#include "src/base/inflate.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
 

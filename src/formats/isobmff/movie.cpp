@@ -1,6 +1,6 @@
 #include "src/formats/isobmff/movie.h"
 
-#include "src/formats/inflate.h"
+#include "src/base/inflate.h"
 
 #include <algorithm>
 #include <limits>
@@ -318,7 +318,10 @@ Read<void> MovieFile::expand(const Window& compressed) {
     if (data->content.size() > longest_movie_header)
         return fault(Damage::TooLarge);
     const std::string bytes = VELL_TRY(data->content.read_rest());
-    expanded_ = std::make_shared<Expanded>(VELL_TRY(inflate_within(bytes, longest_movie_header)));
+    auto expanded = inflate_within(bytes, longest_movie_header);
+    if (!expanded)
+        return fault(Damage::Corrupt);
+    expanded_ = std::make_shared<Expanded>(std::move(expanded).value());
     const auto box = VELL_TRY(find_box(Window(expanded_->source), "moov"_4cc));
     if (!box)
         return fault(Damage::Absent);

@@ -12,6 +12,7 @@
 namespace vell::metadata {
 namespace {
 
+using formats::read_record;
 using icc::signature;
 
 // Signatures in a description stand with their meaning, where it is known.
@@ -221,24 +222,22 @@ void report_header(const icc::Header& header, Report& report) {
                  profile_id_text({header.profile_id.data(), header.profile_id.size()}));
 }
 
-// XYZType (10.27): numbers in groups of three.
 std::string xyz_text(std::string_view data) {
     std::string text;
-    for (std::size_t at = 8; at + 12 <= data.size(); at += 12)
-        text += (text.empty() ? "" : ", ") +
-                fixed_numbers_text({signature(data.substr(at)), signature(data.substr(at + 4)),
-                                    signature(data.substr(at + 8))});
+    for (std::string_view rest = icc::value_of(data);
+         const auto number = read_record<icc::XyzNumber>(rest);
+         rest.remove_prefix(icc::XyzNumber::size))
+        text += (text.empty() ? "" : ", ") + fixed_numbers_text(number->values);
     return text;
 }
 
-// curveType (10.5): nothing for the identity, one u8Fixed8Number for a gamma value, or a table.
 std::string curve_text(std::string_view data) {
-    const std::uint32_t count = signature(data.substr(std::min<std::size_t>(8, data.size())));
-    const auto gamma = load<std::uint16_t>(data, 12, ByteOrder::Big);
+    const std::uint32_t count = read_record<icc::Curve>(data).value_or(icc::Curve{}).count;
+    const auto gamma = load<std::uint16_t>(data, icc::Curve::size, icc::Curve::order);
     if (count == 0)
         return "identity";
     if (count == 1 && gamma)
-        return "gamma " + to_text(*gamma / 256.0, 6);
+        return "gamma " + to_text(icc::gamma_value(*gamma), 6);
     return to_text(std::uint64_t{count}) + (count == 1 ? " entry" : " entries");
 }
 
@@ -316,11 +315,11 @@ class Describer {
                 report.field("XYZ", xyz_text(data));
         } else if (type == signature("curv")) {
             report.field("Curve", curve_text(data));
-        } else if (type == signature("sig ") && data.size() >= 12) {
-            report.field("Signature", icc::signature_text(signature(data.substr(8))));
+        } else if (type == signature("sig ")) {
+            if (const auto given = read_record<icc::SignatureValue>(icc::value_of(data)))
+                report.field("Signature", icc::signature_text(given->value));
         } else if (type == signature("dtim")) {
-            const std::string_view value = data.substr(std::min<std::size_t>(8, data.size()));
-            if (const auto date = formats::read_record<icc::DateTime>(value))
+            if (const auto date = read_record<icc::DateTime>(icc::value_of(data)))
                 report.field("Date", icc::date_text(*date));
         }
     }

@@ -11,10 +11,6 @@ namespace {
 using formats::read_record;
 using params::TextEncoding;
 
-std::optional<std::uint32_t> word(std::string_view bytes, std::size_t offset) {
-    return load<std::uint32_t>(bytes, offset, ByteOrder::Big);
-}
-
 std::string_view until_zero(std::string_view bytes) {
     return bytes.substr(0, bytes.find('\0'));
 }
@@ -90,35 +86,38 @@ class TextGiver {
     const TextSink& sink_;
 };
 
-// textDescriptionType (ICC.1:2001, 6.5.17).
+// textDescriptionType.
 Result<void> give_description(std::string_view data, TextGiver& giver) {
     constexpr Failure cut{ErrorCode::CorruptStructure};
-    constexpr std::size_t script_text_length = 67;
-    const auto ascii_count = word(data, 8);
-    if (!ascii_count)
+    const auto ascii = read_record<AsciiDescription>(data);
+    if (!ascii)
         return cut;
-    if (!giver.give_ascii(data.substr(12, *ascii_count)))
+    data.remove_prefix(AsciiDescription::size);
+    if (!giver.give_ascii(data.substr(0, ascii->count)))
         return {};
-    if (*ascii_count > data.size() - 12)
+    if (ascii->count > data.size())
         return cut;
-    data.remove_prefix(12 + *ascii_count);
+    data.remove_prefix(ascii->count);
 
-    const auto unicode_count = word(data, 4); // behind the language code
-    if (!unicode_count)
+    const auto unicode = read_record<UnicodeDescription>(data);
+    if (!unicode)
         return {}; // many profiles end their description here
-    const std::uint64_t unicode_length = std::uint64_t{2} * *unicode_count;
-    if (unicode_length > data.size() - 8)
+    data.remove_prefix(UnicodeDescription::size);
+    const std::uint64_t unicode_length = std::uint64_t{2} * unicode->count;
+    if (unicode_length > data.size())
         return cut;
-    if (!giver.give_utf16("Unicode", data.substr(8, static_cast<std::size_t>(unicode_length))))
+    const std::string_view units = data.substr(0, static_cast<std::size_t>(unicode_length));
+    if (!giver.give_utf16("Unicode", units))
         return {};
-    data.remove_prefix(8 + static_cast<std::size_t>(unicode_length));
+    data.remove_prefix(units.size());
 
-    const auto script = load<std::uint16_t>(data, 0, ByteOrder::Big);
-    const auto script_count = load<std::uint8_t>(data, 2, ByteOrder::Big);
-    if (!script_count)
+    const auto script = read_record<ScriptDescription>(data);
+    if (!script)
         return {};
-    const std::size_t length = std::min<std::size_t>(*script_count, script_text_length);
-    giver.give("ScriptCode", until_zero(data.substr(3, length)), script_encoding(*script));
+    const std::size_t length =
+        std::min<std::size_t>(script->count, ScriptDescription::longest_text);
+    giver.give("ScriptCode", until_zero(data.substr(ScriptDescription::size, length)),
+               script_encoding(script->script));
     return {};
 }
 
@@ -137,25 +136,24 @@ std::string language_of(const LocalizedName& localized) {
     return name;
 }
 
-// multiLocalizedUnicodeType (10.13).
+// multiLocalizedUnicodeType.
 Result<void> give_localized(std::string_view data, TextGiver& giver) {
     constexpr Failure cut{ErrorCode::CorruptStructure};
-    constexpr std::size_t records_start = 16;
-    constexpr std::uint32_t shortest_record = LocalizedName::size;
-    const auto count = word(data, 8);
-    const auto record_size = word(data, 12);
-    if (!record_size || *record_size < shortest_record)
+    const auto names = read_record<LocalizedNames>(data);
+    if (!names || names->name_size < LocalizedName::size)
         return cut;
-    for (std::uint64_t i = 0; i < *count; ++i) {
-        const std::uint64_t at = records_start + i * *record_size;
-        if (at > data.size() || data.size() - at < shortest_record)
+    for (std::uint64_t i = 0; i < names->count; ++i) {
+        const std::uint64_t at = LocalizedNames::size + i * names->name_size;
+        if (at > data.size())
             return cut;
-        if (!giver.take(shortest_record))
+        const auto name = read_record<LocalizedName>(data.substr(static_cast<std::size_t>(at)));
+        if (!name)
+            return cut;
+        if (!giver.take(LocalizedName::size))
             return {};
-        const auto name = *read_record<LocalizedName>(data.substr(static_cast<std::size_t>(at)));
-        if (name.offset > data.size() || name.length > data.size() - name.offset)
+        if (name->offset > data.size() || name->length > data.size() - name->offset)
             return cut;
-        if (!giver.give_utf16(language_of(name), data.substr(name.offset, name.length)))
+        if (!giver.give_utf16(language_of(*name), data.substr(name->offset, name->length)))
             return {};
     }
     return {};
@@ -188,8 +186,7 @@ Result<void> give_texts(std::string_view data, TextEncoding source, Allowance& a
     TextGiver giver(source, allowance, sink);
     switch (signature(data)) {
     case signature("text"):
-        if (data.size() > 8)
-            giver.give_ascii(data.substr(8));
+        giver.give_ascii(value_of(data));
         return {};
     case signature("desc"):
         return give_description(data, giver);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/base/result.h"
-#include "src/formats/icc.h"
+#include "src/formats/icc/tag_types.h"
 #include "src/params/encodings.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "src/metadata/reading/jpeg_metadata.h"
 
 #include "src/base/number_text.h"
-#include "src/formats/icc.h"
+#include "src/formats/icc/profile.h"
 #include "src/formats/jpeg/segments.h"
 #include "src/formats/recognition.h"
 #include "src/metadata/faults.h"

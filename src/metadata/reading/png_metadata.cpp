@@ -1,10 +1,10 @@
 #include "src/metadata/reading/png_metadata.h"
 
+#include "src/base/inflate.h"
 #include "src/formats/png/chunks.h"
 #include "src/formats/recognition.h"
 #include "src/formats/xmp.h"
 #include "src/metadata/faults.h"
-#include "src/metadata/reading/inflate.h"
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/reading/xmp.h"
 

@@ -1,5 +1,4 @@
-// The index of a file that holds several pictures (CIPA DC-007, section 5.2): an APP2 segment of
-// the first one tells where the others stand behind it.
+// The index of a file that holds several pictures, once something before them has changed its size.
 #pragma once
 
 #include "src/base/result.h"

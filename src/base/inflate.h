@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-namespace vell::metadata {
+namespace vell {
 
 // CompressedDataDamaged for a stream that does not expand or is cut off, ResourceTooLarge for one
 // that gives more than `limit` bytes.
 Result<std::string> inflate_within(std::string_view compressed, std::size_t limit);
 
-} // namespace vell::metadata
+} // namespace vell

@@ -1,11 +1,11 @@
-#include "src/metadata/reading/inflate.h"
+#include "src/base/inflate.h"
 
 #include <zlib.h>
 
 #include <algorithm>
 #include <limits>
 
-namespace vell::metadata {
+namespace vell {
 namespace {
 
 class Inflater {
@@ -55,4 +55,4 @@ Result<std::string> inflate_within(std::string_view compressed, std::size_t limi
     return expanded;
 }
 
-} // namespace vell::metadata
+} // namespace vell

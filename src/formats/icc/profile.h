@@ -122,20 +122,4 @@ class TagTable {
     std::size_t size_ = 0;
 };
 
-// A name in a multiLocalizedUnicodeType (10.13).
-struct LocalizedName {
-    static constexpr std::size_t size = 12;
-    static constexpr ByteOrder order = ByteOrder::Big;
-
-    std::array<char, 2> language{};
-    std::array<char, 2> country{};
-    std::uint32_t length = 0;
-    std::uint32_t offset = 0; // from the tag's start
-
-    static constexpr auto fields() {
-        return std::tuple{Field{0, &LocalizedName::language}, Field{2, &LocalizedName::country},
-                          Field{4, &LocalizedName::length}, Field{8, &LocalizedName::offset}};
-    }
-};
-
 } // namespace vell::formats::icc

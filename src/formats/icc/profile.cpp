@@ -1,4 +1,4 @@
-#include "src/formats/icc.h"
+#include "src/formats/icc/profile.h"
 
 #include <algorithm>
 
