@@ -38,6 +38,7 @@ std::vector<Row> substitute_rows();
 std::vector<Row> file_rows();
 std::vector<Row> zip_rows();
 std::vector<Row> metadata_rows();
+std::vector<Row> movie_rows();
 std::vector<Row> pdf_rows();
 
 } // namespace vell::bench

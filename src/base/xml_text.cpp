@@ -2,7 +2,7 @@
 
 namespace vell {
 
-std::string escaped_for_xml(std::string_view bytes) {
+std::string escaped_for_xml(std::string_view bytes, bool is_utf8) {
     std::string text;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const char c = bytes[i];
@@ -18,7 +18,7 @@ std::string escaped_for_xml(std::string_view bytes) {
             text += "&quot;";
         } else if (control && c != '\t' && c != '\n' && c != '\r') {
             text += '?';
-        } else if (character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF") {
+        } else if (is_utf8 && (character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF")) {
             text += "\xEF\xBF\xBD"; // no characters: U+FFFE, U+FFFF
             i += 2;
         } else {

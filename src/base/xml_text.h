@@ -6,8 +6,8 @@
 
 namespace vell {
 
-// Characters that mean something in XML are escaped, those that it cannot hold replaced. `bytes` are
-// in an encoding that has ASCII's characters where ASCII has them.
-std::string escaped_for_xml(std::string_view bytes);
+// Characters that mean something in XML are escaped, those that it cannot hold replaced. Bytes that
+// are not UTF-8 are in an encoding that has ASCII's characters where ASCII has them.
+std::string escaped_for_xml(std::string_view bytes, bool is_utf8 = true);
 
 } // namespace vell

@@ -87,7 +87,9 @@ class ItemList {
         if (!item.value.language.empty())
             attribute("language", item.value.language);
         text_.append(">");
-        text_.append(escaped_for_xml(item.value.bytes), item.value.encoding);
+        text_.append(
+            escaped_for_xml(item.value.bytes, item.value.encoding == params::TextEncoding::Utf8),
+            item.value.encoding);
         text_.append("</item>");
     }
     void attribute(std::string_view name, std::string_view value) {

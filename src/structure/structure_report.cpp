@@ -62,7 +62,7 @@ void StructureReport::field(std::string_view name, std::string_view value,
                             params::TextEncoding encoding) {
     if (style_.as_xml) {
         text_.append(" " + attribute_name(name) + "=\"");
-        text_.append(escaped_for_xml(value), encoding);
+        text_.append(escaped_for_xml(value, encoding == params::TextEncoding::Utf8), encoding);
         text_.append("\"");
     } else {
         text_.append(", " + std::string(name) + " ");

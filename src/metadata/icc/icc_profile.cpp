@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/base/number_text.h"
+#include "src/base/xml_text.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/icc/icc_texts.h"
 
@@ -76,34 +77,6 @@ std::string attributes_text(std::uint64_t attributes) {
            choose(2, ", negative", ", positive") + choose(3, ", black and white", ", colour");
 }
 
-// Characters that mean something in XML are escaped, those that it cannot hold replaced.
-std::string escaped(std::string_view bytes, TextEncoding encoding) {
-    std::string text;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const char c = bytes[i];
-        const bool control = static_cast<unsigned char>(c) < 0x20;
-        const std::string_view character = bytes.substr(i, 3);
-        if (c == '&') {
-            text += "&amp;";
-        } else if (c == '<') {
-            text += "&lt;";
-        } else if (c == '>') {
-            text += "&gt;";
-        } else if (c == '"') {
-            text += "&quot;";
-        } else if (control && c != '\t' && c != '\n' && c != '\r') {
-            text += '?';
-        } else if (encoding == TextEncoding::Utf8 &&
-                   (character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF")) {
-            text += "\xEF\xBF\xBD"; // no characters: U+FFFE, U+FFFF
-            i += 2;
-        } else {
-            text += c;
-        }
-    }
-    return text;
-}
-
 // Whatever stands before is ended, by one carriage return.
 void start_line(MetadataText& text) {
     if (!text.empty() && !text.pieces().back().bytes.ends_with('\r'))
@@ -132,7 +105,7 @@ class Report {
             const std::string element = element_name(name);
             text_.append('<' + element +
                          (meaning.empty() ? "" : " meaning=\"" + std::string(meaning) + '"') + '>' +
-                         escaped(value, TextEncoding::Utf8) + "</" + element + '>');
+                         escaped_for_xml(value) + "</" + element + '>');
         } else {
             text_.append(std::string(indent_) + std::string(name) + ": " + std::string(value));
             if (!meaning.empty())
@@ -146,9 +119,10 @@ class Report {
             const std::string element = element_name(name);
             text_.append('<' + element);
             if (!value.language.empty())
-                text_.append(" language=\"" + escaped(value.language, TextEncoding::Utf8) + '"');
+                text_.append(" language=\"" + escaped_for_xml(value.language) + '"');
             text_.append(">");
-            text_.append(escaped(value.bytes, value.encoding), value.encoding);
+            text_.append(escaped_for_xml(value.bytes, value.encoding == TextEncoding::Utf8),
+                         value.encoding);
             text_.append("</" + element + '>');
         } else {
             text_.append(std::string(indent_) + std::string(name) +
@@ -165,8 +139,8 @@ class Report {
         const std::string size = to_text(std::uint64_t{tag.entry.data_size});
         const std::string offset = to_text(std::uint64_t{tag.entry.offset});
         if (as_xml_) {
-            text_.append("<tag signature=\"" + escaped(name, TextEncoding::Utf8) + "\" type=\"" +
-                         escaped(type, TextEncoding::Utf8) + "\" size=\"" + size + '"' +
+            text_.append("<tag signature=\"" + escaped_for_xml(name) + "\" type=\"" +
+                         escaped_for_xml(type) + "\" size=\"" + size + '"' +
                          (with_offset ? " offset=\"" + offset + "\">" : ">"));
         } else {
             text_.append("Tag " + name + ": " + type + ", " + size + " bytes" +

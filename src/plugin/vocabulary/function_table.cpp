@@ -30,6 +30,7 @@
 #include "src/files/tree/tree.h"
 #include "src/metadata/get_metadata.h"
 #include "src/metadata/set_metadata.h"
+#include "src/structure/file_structure.h"
 #include "src/plugin/vocabulary/own_functions.h"
 #include "src/plugin/vocabulary/registry.h"
 
@@ -247,7 +248,7 @@ constexpr FunctionRow rows[] = {
      "Gets code sign information of a (application) file or check if the signing is valid.",
      files::get_code_sign_info},
     {4319, 2, 2, all_dialogs, "VlFile_GetFileStructure( switches ; filePath )",
-     "Returns the structure of a (movie) file.", not_available},
+     "Returns the structure of a (movie) file.", structure::get_file_structure},
     {4320, least(4, 0), 4, all_dialogs,
      "VlFile_SetMovieMetaData( switches ; sourceFilePath ; destFilePath ; metadata )",
      "Sets metadata into a movie file.", metadata::set_movie_metadata},
