@@ -10,7 +10,7 @@
 
 namespace vell::archive {
 
-using namespace formats::zip;
+using formats::zip::Method;
 
 // The next piece of the compressed data, empty at its end. It stays until the next call.
 using PieceSource = std::function<Result<std::string_view>()>;

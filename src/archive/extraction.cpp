@@ -11,6 +11,8 @@
 namespace vell::archive {
 namespace {
 
+using formats::zip::EntryFlag;
+
 constexpr Failure failed{ErrorCode::ExtractionFailed};
 constexpr std::size_t piece_size = 65'536;
 constexpr std::size_t deflate64_piece_size = 32'768;

@@ -9,6 +9,12 @@
 namespace vell::archive {
 namespace {
 
+using formats::zip::EntryFlag;
+using formats::zip::folder_attribute;
+using formats::zip::zip64_compressed_size;
+using formats::zip::Zip64EndOfCentralDirectory;
+using formats::zip::Zip64Locator;
+
 constexpr Failure corrupt{ErrorCode::CorruptStructure};
 
 // Whether `size` bytes from `offset` on lie within `whole` bytes.

@@ -20,7 +20,9 @@
 namespace vell::archive {
 
 using files::NativePath;
-using namespace formats::zip;
+using formats::zip::CentralDirectoryHeader;
+using formats::zip::EndOfCentralDirectory;
+using formats::zip::LocalFileHeader;
 
 struct EntryInfo {
     std::string_view name; // in the reader's memory; its first 1,999 bytes

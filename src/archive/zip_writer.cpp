@@ -11,6 +11,12 @@
 namespace vell::archive {
 namespace {
 
+using formats::zip::CentralDirectoryHeader;
+using formats::zip::EndOfCentralDirectory;
+using formats::zip::EntryFlag;
+using formats::zip::folder_attribute;
+using formats::zip::Method;
+
 constexpr std::size_t piece_size = 65'536;
 constexpr std::uint16_t version_for_deflate = 20;
 constexpr std::uint64_t smallest_deflated = 4; // bytes; less is stored

@@ -14,7 +14,7 @@
 namespace vell::archive {
 
 using files::NativePath;
-using namespace formats::zip;
+using formats::zip::LocalFileHeader;
 
 struct EntryOptions {
     static constexpr int highest_level = 10;
