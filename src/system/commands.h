@@ -37,8 +37,6 @@ class RunningCommand {
     RunningCommand& operator=(const RunningCommand&) = delete;
     virtual ~RunningCommand() = default;
 
-    // A clock that never goes back.
-    virtual std::uint64_t milliseconds() = 0;
     virtual Result<bool> has_ended() = 0;
     // Waits so long, or less when the command ends meanwhile.
     virtual void wait(std::uint32_t milliseconds) = 0;

@@ -12,7 +12,7 @@ namespace vell::files {
 namespace {
 
 // Writes and ends at given times; the clock goes on only while somebody waits.
-class FakeCommand : public RunningCommand {
+class FakeCommand : public RunningCommand, public Clock {
   public:
     struct Writing {
         std::uint64_t at;
@@ -30,6 +30,7 @@ class FakeCommand : public RunningCommand {
     std::size_t fail_read = 0;
 
     std::uint64_t milliseconds() override { return now; }
+    params::CalendarTime local_time() override { return testing::noon; }
     Result<bool> has_ended() override {
         if (fail_end_query > 0 && --fail_end_query == 0)
             return Failure{ErrorCode::Busy};
@@ -64,7 +65,7 @@ class FakeCommand : public RunningCommand {
 
 std::u16string output_of(FakeCommand& command, const CommandSettings& settings) {
     CommandOutput output(settings.encoding);
-    const Result<void> collected = collect_output(command, settings, output);
+    const Result<void> collected = collect_output(command, command, settings, output);
     if (!collected)
         return utf16_from_utf8(std::to_string(number(collected.error())));
     testing::FakeCall call({});

@@ -42,12 +42,13 @@ Result<Drained> drain(RunningCommand& command, CommandOutput& output) {
     return *waiting > 0 ? Drained::Some : Drained::Nothing;
 }
 
-Result<void> drain_after_exit(RunningCommand& command, Ticks longest, CommandOutput& output) {
-    const Ticks deadline = ticks_at(command.milliseconds()) + std::max<Ticks>(longest, 0);
+Result<void> drain_after_exit(RunningCommand& command, Clock& clock, Ticks longest,
+                              CommandOutput& output) {
+    const Ticks deadline = ticks_at(clock.milliseconds()) + std::max<Ticks>(longest, 0);
     Pause pause;
     for (;;) {
         const Drained drained = VELL_TRY(drain(command, output));
-        if (drained == Drained::End || ticks_at(command.milliseconds()) >= deadline)
+        if (drained == Drained::End || ticks_at(clock.milliseconds()) >= deadline)
             return {};
         command.wait(pause.next(drained == Drained::Some));
     }
@@ -55,9 +56,9 @@ Result<void> drain_after_exit(RunningCommand& command, Ticks longest, CommandOut
 
 } // namespace
 
-Result<void> collect_output(RunningCommand& command, const CommandSettings& settings,
+Result<void> collect_output(RunningCommand& command, Clock& clock, const CommandSettings& settings,
                             CommandOutput& output) {
-    std::uint64_t now = command.milliseconds();
+    std::uint64_t now = clock.milliseconds();
     Ticks deadline = ticks_at(now) + settings.time_limit;
     const Ticks longest_silence = std::max(settings.time_limit, ticks_per_second);
     // Looks at the output that follow each other at once are one pass.
@@ -67,7 +68,7 @@ Result<void> collect_output(RunningCommand& command, const CommandSettings& sett
         command.wait(pause.length());
         const bool received = VELL_TRY(drain(command, output)) == Drained::Some;
         pause.next(received);
-        now = command.milliseconds();
+        now = clock.milliseconds();
         if (received && now >= next_pass) {
             deadline = std::min(deadline + ticks_per_second, ticks_at(now) + longest_silence);
             next_pass = now + longest_pause;
@@ -75,7 +76,7 @@ Result<void> collect_output(RunningCommand& command, const CommandSettings& sett
         if (ticks_at(now) > deadline)
             return Failure{ErrorCode::TimeLimitPassed};
     }
-    return drain_after_exit(command, settings.wait_after_exit, output);
+    return drain_after_exit(command, clock, settings.wait_after_exit, output);
 }
 
 } // namespace vell::files

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "src/files/commands/command_output.h"
+#include "src/system/clock.h"
 #include "src/system/commands.h"
 
 namespace vell::files {
@@ -10,7 +11,7 @@ namespace vell::files {
 // writes to it. TimeLimitPassed; output moves the limit one second on, so that a command which
 // keeps writing is not cut off, but behind its last output there is never more than the limit, or a
 // second where the limit is shorter.
-Result<void> collect_output(RunningCommand& command, const CommandSettings& settings,
+Result<void> collect_output(RunningCommand& command, Clock& clock, const CommandSettings& settings,
                             CommandOutput& output);
 
 } // namespace vell::files

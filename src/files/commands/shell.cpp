@@ -80,7 +80,7 @@ Result<void> execute_shell(Call& call, System& system) {
         return {};
     }
     CommandOutput output(settings.encoding);
-    VELL_TRY(collect_output(*running, settings, output));
+    VELL_TRY(collect_output(*running, system.clock(), settings, output));
     output.hand_over(call);
     return {};
 }

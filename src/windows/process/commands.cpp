@@ -83,8 +83,6 @@ class Win32Command : public RunningCommand {
     Win32Command(UniqueHandle process, UniqueHandle output)
         : process_(std::move(process)), output_(std::move(output)) {}
 
-    std::uint64_t milliseconds() override { return GetTickCount64(); }
-
     Result<bool> has_ended() override {
         DWORD exit_code = 0;
         if (!GetExitCodeProcess(process_.get(), &exit_code))
