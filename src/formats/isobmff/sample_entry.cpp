@@ -20,10 +20,19 @@ Read<Picture> read_picture(Window& content) {
     return picture;
 }
 
-Read<Sound> read_sound(Window& content) {
+// The double of QuickTime's version 2; 0 for what no rate can be.
+double sample_rate_of(std::uint64_t bits) {
+    constexpr double highest = 1e9;
+    const auto rate = std::bit_cast<double>(bits);
+    return rate > 0 && rate <= highest ? rate : 0;
+}
+
+// QuickTime's versions have more fields. In a description of version 1, which QuickTime does not
+// have, an entry of version 1 has a box "srat" instead (section 12.2.3).
+Read<Sound> read_sound(Window& content, std::uint8_t description_version) {
     const auto record = VELL_TRY(content.read_record<AudioEntryRecord>());
     Sound sound{record.channel_count, record.sample_size, from_16_16(record.sample_rate)};
-    if (record.version == 1)
+    if (record.version == 1 && description_version == 0)
         content.skip(audio_entry_1_size);
     if (record.version != 2)
         return sound;
@@ -34,13 +43,16 @@ Read<Sound> read_sound(Window& content) {
     content.seek(start + std::max<std::uint64_t>(AudioEntry2Record::size,
                                                  std::max<std::uint64_t>(more.struct_size, before) -
                                                      before));
-    return Sound{more.channel_count, more.bits_per_channel,
-                 std::bit_cast<double>(more.sample_rate)};
+    return Sound{more.channel_count, more.bits_per_channel, sample_rate_of(more.sample_rate)};
 }
 
 // The descriptors of an "esds" box, each a tag and a size of seven bits a byte (ISO/IEC 14496-1,
 // section 8.3.3).
-enum class DescriptorTag : std::uint8_t { ElementaryStream = 3, DecoderConfig = 4 };
+enum class DescriptorTag : std::uint8_t {
+    ElementaryStream = 3,
+    DecoderConfig = 4,
+    DecoderSpecificInfo = 5,
+};
 
 Read<Window> read_descriptor(Window& content, DescriptorTag wanted) {
     constexpr int longest_size = 4;
@@ -73,6 +85,10 @@ struct DecoderConfigRecord {
     }
 };
 
+bool is_aac(std::uint8_t object_type) {
+    return object_type == 0x40 || (object_type >= 0x66 && object_type <= 0x68);
+}
+
 Read<DecoderConfig> read_decoder_config(Window content) {
     constexpr std::uint8_t depends_on_stream = 0x80;
     constexpr std::uint8_t has_url = 0x40;
@@ -89,7 +105,13 @@ Read<DecoderConfig> read_decoder_config(Window content) {
         stream.skip(sizeof(std::uint16_t));
     Window config = VELL_TRY(read_descriptor(stream, DescriptorTag::DecoderConfig));
     const auto record = VELL_TRY(config.read_record<DecoderConfigRecord>());
-    return DecoderConfig{record.object_type, record.maximum_bit_rate, record.average_bit_rate};
+    DecoderConfig decoder{record.object_type, record.maximum_bit_rate, record.average_bit_rate, {}};
+    if (is_aac(record.object_type))
+        if (const auto specific =
+                VELL_TRY(if_sound(read_descriptor(config, DescriptorTag::DecoderSpecificInfo))))
+            if (const auto sound = VELL_TRY(if_sound(read_audio_specific_config(*specific))))
+                decoder.sound = *sound;
+    return decoder;
 }
 
 // The format that a protection scheme hides (section 8.12).
@@ -102,6 +124,16 @@ Read<std::optional<FourCc>> read_original_format(const Window& scheme) {
     return format ? std::optional(FourCc{*format}) : std::nullopt;
 }
 
+// What the decoder is told counts more than the entry.
+void refine(SampleEntry& entry, const SoundFormat& format) {
+    if (!entry.sound)
+        return;
+    if (format.channels != 0)
+        entry.sound->channels = format.channels;
+    if (format.sample_rate != 0)
+        entry.sound->sample_rate = format.sample_rate;
+}
+
 Read<void> read_extension(Box& box, SampleEntry& entry) {
     switch (box.type) {
     case "sinf"_4cc:
@@ -109,10 +141,12 @@ Read<void> read_extension(Box& box, SampleEntry& entry) {
         break;
     case "esds"_4cc:
         entry.decoder = VELL_TRY(if_sound(read_decoder_config(box.content)));
+        if (entry.decoder)
+            refine(entry, entry.decoder->sound);
         break;
     case "wave"_4cc: // where QuickTime puts it
         return each_box(box.content, [&](Box& inner) -> Read<void> {
-            return inner.type == "esds"_4cc ? read_extension(inner, entry) : Read<void>();
+            return inner.type != "wave"_4cc ? read_extension(inner, entry) : Read<void>();
         });
     case "pasp"_4cc: {
         const auto aspect = VELL_TRY(if_sound(box.content.read_record<PixelAspectRecord>()));
@@ -125,9 +159,19 @@ Read<void> read_extension(Box& box, SampleEntry& entry) {
             entry.average_bit_rate = rates->average;
         break;
     default:
+        if (const auto format = VELL_TRY(if_sound(read_sound_format(box.type, box.content))))
+            refine(entry, *format);
         break;
     }
     return {};
+}
+
+// AMR has one channel, whatever the entry says, and a rate for each of its kinds.
+void refine_speech(SampleEntry& entry) {
+    if (entry.codec() == "samr"_4cc)
+        refine(entry, {1, 8'000});
+    else if (entry.codec() == "sawb"_4cc)
+        refine(entry, {1, 16'000});
 }
 
 } // namespace
@@ -147,14 +191,14 @@ EntryKind entry_kind_of(FourCc handler) {
     }
 }
 
-Read<Window> boxes_of_entry(Window content, EntryKind kind) {
+Read<Window> boxes_of_entry(Window content, EntryKind kind, std::uint8_t description_version) {
     content.seek(entry_header_size);
     switch (kind) {
     case EntryKind::Picture:
         VELL_TRY(read_picture(content));
         break;
     case EntryKind::Sound:
-        VELL_TRY(read_sound(content));
+        VELL_TRY(read_sound(content, description_version));
         break;
     case EntryKind::TimeCode:
     case EntryKind::Other:
@@ -164,7 +208,7 @@ Read<Window> boxes_of_entry(Window content, EntryKind kind) {
 }
 
 Read<SampleEntry> read_sample_entry(Window description, FourCc handler) {
-    VELL_TRY(read_full_box(description));
+    const std::uint8_t version = VELL_TRY(read_full_box(description)).version();
     description.skip(sizeof(std::uint32_t)); // the number of entries
     BoxWalk walk(description.from(description.position()));
     const auto box = VELL_TRY(walk.next());
@@ -178,12 +222,13 @@ Read<SampleEntry> read_sample_entry(Window description, FourCc handler) {
     if (kind == EntryKind::Picture)
         entry.picture = VELL_TRY(if_sound(read_picture(content)));
     else if (kind == EntryKind::Sound)
-        entry.sound = VELL_TRY(if_sound(read_sound(content)));
+        entry.sound = VELL_TRY(if_sound(read_sound(content, version)));
     else if (kind == EntryKind::TimeCode)
         entry.time_code = VELL_TRY(if_sound(content.read_record<TimeCodeEntryRecord>()));
     if (entry.picture || entry.sound)
         VELL_TRY(each_box(content.from(content.position()),
                           [&](Box& inner) { return read_extension(inner, entry); }));
+    refine_speech(entry);
     return entry;
 }
 

@@ -3,6 +3,7 @@
 
 #include "src/formats/isobmff/boxes.h"
 #include "src/formats/isobmff/records.h"
+#include "src/formats/isobmff/sound_format.h"
 
 #include <cstdint>
 #include <optional>
@@ -18,6 +19,7 @@ struct Picture {
     std::optional<PixelAspectRecord> pixel_aspect;
 };
 
+// 0 for what is not told.
 struct Sound {
     std::uint32_t channels = 0;
     std::uint32_t sample_size = 0; // bits
@@ -29,6 +31,7 @@ struct DecoderConfig {
     std::uint8_t object_type = 0; // "objectTypeIndication"
     std::uint32_t maximum_bit_rate = 0;
     std::uint32_t average_bit_rate = 0;
+    SoundFormat sound; // of "DecoderSpecificInfo", where it is sound
 };
 
 struct SampleEntry {
@@ -48,8 +51,9 @@ struct SampleEntry {
 enum class EntryKind : std::uint8_t { Picture, Sound, TimeCode, Other };
 EntryKind entry_kind_of(FourCc handler);
 
-// Where a sample entry's own boxes begin in its content; Absent where it has none that are known.
-Read<Window> boxes_of_entry(Window content, EntryKind kind);
+// Where a sample entry's own boxes begin in its content, by the version of its "stsd"; Absent where
+// it has none that are known.
+Read<Window> boxes_of_entry(Window content, EntryKind kind, std::uint8_t description_version = 0);
 
 // The first entry of "stsd". Absent when there is none.
 Read<SampleEntry> read_sample_entry(Window description, FourCc handler);
