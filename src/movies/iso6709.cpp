@@ -3,6 +3,7 @@
 #include "src/base/ascii.h"
 #include "src/base/number_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -33,7 +34,8 @@ std::optional<Component> take_component(std::string_view& text) {
     while (end < text.size() && (is_digit(text[end]) || text[end] == '.'))
         ++end;
     const Component component{text.substr(1, end - 1), text.front() == '-'};
-    if (component.whole_digits() == 0 || component.digits.size() > longest_number)
+    if (component.whole_digits() == 0 || component.digits.size() > longest_number ||
+        std::ranges::count(component.digits, '.') > 1)
         return std::nullopt;
     text.remove_prefix(end);
     return component;
@@ -45,14 +47,21 @@ std::optional<double> degrees_of(const Component& component, std::size_t degree_
     const std::size_t whole = component.whole_digits();
     const double number = component.value();
     double degrees = number;
+    double minutes = 0;
+    double seconds = 0;
     if (whole == degree_digits + 2) {
-        degrees = std::trunc(number / 100) + std::fmod(number, 100) / 60;
+        degrees = std::trunc(number / 100);
+        minutes = std::fmod(number, 100);
     } else if (whole == degree_digits + 4) {
-        const double minutes = std::trunc(std::fmod(number, 10'000) / 100);
-        degrees = std::trunc(number / 10'000) + minutes / 60 + std::fmod(number, 100) / 3600;
+        degrees = std::trunc(number / 10'000);
+        minutes = std::trunc(std::fmod(number, 10'000) / 100);
+        seconds = std::fmod(number, 100);
     } else if (whole > degree_digits) {
         return std::nullopt;
     }
+    if (minutes >= 60 || seconds >= 60)
+        return std::nullopt;
+    degrees += minutes / 60 + seconds / 3600;
     return component.is_negative ? -degrees : degrees;
 }
 
@@ -73,6 +82,7 @@ std::string padded(double value, std::size_t digits) {
 std::optional<Position> parse_iso6709(std::string_view text) {
     constexpr double pole = 90;
     constexpr double date_line = 180;
+    constexpr double highest = 1e9; // metres; as far as the moon
     const auto latitude = take_component(text);
     const auto longitude = latitude ? take_component(text) : std::nullopt;
     if (!longitude)
@@ -82,7 +92,7 @@ std::optional<Position> parse_iso6709(std::string_view text) {
     if (!north || !east || std::abs(*north) > pole || std::abs(*east) > date_line)
         return std::nullopt;
     Position position{*north, *east, std::nullopt};
-    if (const auto altitude = take_component(text))
+    if (const auto altitude = take_component(text); altitude && altitude->value() <= highest)
         position.altitude = altitude->is_negative ? -altitude->value() : altitude->value();
     return position;
 }

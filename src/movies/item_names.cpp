@@ -70,6 +70,7 @@ constexpr TypeName type_names[] = {
     {"atID"_4cc, "Artist ID"},
     {"auth"_4cc, "Author"},
     {"catg"_4cc, "Category"},
+    {"chpl"_4cc, "Chapters"},
     {"clsf"_4cc, "Classification"},
     {"cmID"_4cc, "Composer ID"},
     {"cnID"_4cc, "Catalog ID"},

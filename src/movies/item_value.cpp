@@ -97,12 +97,28 @@ std::int64_t signed_of(std::string_view bytes) {
     return static_cast<std::int64_t>(unsigned_of(bytes) << unused) >> unused;
 }
 
-std::string floats_text(std::string_view bytes) {
+// One number or several; data that are longer than any type has come out by their size.
+template <typename Float, typename Bits>
+std::string floats_text(std::string_view bytes, int digits) {
+    constexpr std::size_t most = 9; // a matrix
+    if (bytes.empty() || bytes.size() % sizeof(Bits) != 0 || bytes.size() > most * sizeof(Bits))
+        return sized("", bytes.size());
     std::string text;
-    for (std::size_t at = 0; const auto bits = load<std::uint32_t>(bytes, at, ByteOrder::Big);
-         at += 4)
-        text += (text.empty() ? "" : " ") + to_text(std::bit_cast<float>(*bits), 6);
+    for (std::size_t at = 0; const auto bits = load<Bits>(bytes, at, ByteOrder::Big);
+         at += sizeof(Bits))
+        text += (text.empty() ? "" : " ") + to_text(std::bit_cast<Float>(*bits), digits);
     return text;
+}
+
+// "00:01:02.500".
+std::string clock_text(std::uint64_t milliseconds) {
+    const auto padded = [](std::uint64_t number, std::size_t digits) {
+        std::string text = to_text(number);
+        text.insert(0, digits - std::min(digits, text.size()), '0');
+        return text;
+    };
+    return padded(milliseconds / 3'600'000, 2) + ":" + padded(milliseconds / 60'000 % 60, 2) + ":" +
+           padded(milliseconds / 1000 % 60, 2) + "." + padded(milliseconds % 1000, 3);
 }
 
 // "3 of 6": "trkn" and "disk" have two bytes, the number and, mostly, the count.
@@ -197,9 +213,34 @@ constexpr std::array<std::string_view, 80> genres{
     "Hard Rock",
 };
 
+// "chpl": behind the version, and in all but the first version four bytes, the number of chapters;
+// of each its begin in units of 100 ns, and a title with its length.
+ItemText chapters_text(std::string_view bytes) {
+    constexpr std::uint64_t in_millisecond = 10'000;
+    const std::size_t start = bytes.starts_with('\0') ? 4 : 8;
+    const auto count = load<std::uint8_t>(bytes, start, ByteOrder::Big);
+    std::string text;
+    std::size_t at = start + 1;
+    for (unsigned i = 0; count && i < *count; ++i) {
+        const auto begin = load<std::uint64_t>(bytes, at, ByteOrder::Big);
+        const auto length = load<std::uint8_t>(bytes, at + sizeof(std::uint64_t), ByteOrder::Big);
+        if (!begin || !length)
+            break;
+        at += sizeof(std::uint64_t) + 1;
+        text += (text.empty() ? "" : "\r") + clock_text(*begin / in_millisecond) + " ";
+        text += bytes.substr(std::min(at, bytes.size()), *length);
+        at += *length;
+    }
+    return {text, is_valid_utf8(text) ? TextEncoding::Utf8 : TextEncoding::AsciiMac, {}};
+}
+
 // Of a type that only the item tells.
 ItemText implicit_text(FourCc type, std::string_view bytes) {
     constexpr std::size_t longest_number = 8;
+    if (type == "name"_4cc)
+        return text_with_mark(bytes, TextEncoding::AsciiMac);
+    if (type == "chpl"_4cc)
+        return chapters_text(bytes);
     if (type == "trkn"_4cc || type == "disk"_4cc)
         return {number_of_count(bytes)};
     if (const auto genre = load<std::uint16_t>(bytes, 0, ByteOrder::Big);
@@ -220,8 +261,9 @@ ItemText typed_text(FourCc type, ValueType value_type, std::string_view bytes) {
         return text_with_mark(bytes, TextEncoding::AsciiMac);
     case 2:
     case 5:
-        return bytes.starts_with("\xFF\xFE") ? text_with_mark(bytes, TextEncoding::Utf8)
-                                             : ItemText{utf8_of_utf16(bytes, ByteOrder::Big)};
+        return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")
+                   ? text_with_mark(bytes, TextEncoding::Utf8)
+                   : ItemText{utf8_of_utf16(bytes, ByteOrder::Big)};
     case 3:
         return {std::string(bytes), TextEncoding::ShiftJisMac, {}};
     case 13:
@@ -242,15 +284,14 @@ ItemText typed_text(FourCc type, ValueType value_type, std::string_view bytes) {
     case 77:
     case 78:
         return {fits_integer ? to_text(unsigned_of(bytes)) : sized("", bytes.size())};
-    case 24:
-        if (const auto bits = load<std::uint64_t>(bytes, 0, ByteOrder::Big))
-            return {to_text(std::bit_cast<double>(*bits), 15)};
-        return {sized("", bytes.size())};
     case 23:
     case 70: // a point, a size, a rectangle
     case 71:
     case 72:
-        return {floats_text(bytes)};
+        return {floats_text<float, std::uint32_t>(bytes, 6)};
+    case 24:
+    case 79: // a matrix
+        return {floats_text<double, std::uint64_t>(bytes, 15)};
     default:
         return implicit_text(type, bytes);
     }

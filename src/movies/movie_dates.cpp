@@ -93,7 +93,8 @@ std::optional<std::string> iso_date(std::string_view text) {
             std::string(second.value_or("00"));
     if (second && text.starts_with('.')) {
         const std::size_t end = std::min(text.find_first_not_of("0123456789", 1), text.size());
-        date += text.substr(0, end);
+        if (end > 1)
+            date += text.substr(0, end);
         text.remove_prefix(end);
     }
     return date + zone_of(text);

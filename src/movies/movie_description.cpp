@@ -165,9 +165,12 @@ void describe_whole(const Movie& movie, std::uint64_t file_size, const Lines& li
 }
 
 void describe_sound(const Sound& sound, const Lines& lines) {
-    lines.add("Channels", std::uint64_t{sound.channels});
-    lines.add("Sample rate", sound.sample_rate, time_digits);
-    lines.add("Sample size", std::uint64_t{sound.sample_size});
+    if (sound.channels > 0)
+        lines.add("Channels", std::uint64_t{sound.channels});
+    if (sound.sample_rate > 0)
+        lines.add("Sample rate", sound.sample_rate, time_digits);
+    if (sound.sample_size > 0)
+        lines.add("Sample size", std::uint64_t{sound.sample_size});
 }
 
 void describe_track(const Track& track, const Lines& lines) {
@@ -182,7 +185,7 @@ void describe_track(const Track& track, const Lines& lines) {
         if (track.entry->original_format)
             lines.add("Encrypted", text_of(track.entry->format));
     }
-    if (has_pictures(track))
+    if (entry_kind_of(track.handler) == EntryKind::Picture)
         describe_pictures(track, lines);
     else
         lines.add("Sample count", track.sample_count());

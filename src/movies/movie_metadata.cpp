@@ -268,7 +268,7 @@ Result<void> list_metadata(const MovieFile& movie, const MovieRequest& request,
     bool is_empty = true;
     VELL_TRY(coded(each_metadata_item(movie, [&](const MetadataItem& item) -> Read<void> {
         const auto named = VELL_TRY(named_text(item));
-        if (named) {
+        if (named && text.size() <= ComposedText::max_size) { // the caller refuses longer ones
             list.add(*named);
             is_empty = false;
         }

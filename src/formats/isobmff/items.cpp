@@ -57,9 +57,12 @@ struct SpatialExtents {
 Read<unsigned> read_depth(Window content) {
     VELL_TRY(read_full_box(content));
     const auto channels = VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big));
+    const std::string bits = VELL_TRY(content.read_bytes(channels));
+    if (bits.size() < channels)
+        return fault(Damage::CutOff);
     unsigned depth = 0;
-    for (unsigned i = 0; i < channels; ++i)
-        depth += VELL_TRY(content.read_integer<std::uint8_t>(ByteOrder::Big));
+    for (const char of_channel : bits)
+        depth += static_cast<unsigned char>(of_channel);
     return depth;
 }
 
@@ -229,8 +232,10 @@ Read<void> Items::read_references(Window content) {
         const auto count = VELL_TRY(box.content.read_integer<std::uint16_t>(ByteOrder::Big));
         for (unsigned i = 0; i < count && target_count_ < most_extents; ++i, ++target_count_)
             reference.to.push_back(VELL_TRY(read_grown(box.content, is_wide)));
-        if (references_.size() < most_items)
+        if (references_.size() < most_items) {
+            first_reference_.try_emplace({reference.type, reference.from}, references_.size());
             references_.push_back(std::move(reference));
+        }
         return {};
     });
 }
@@ -270,10 +275,8 @@ Read<void> Items::read_associations(Window content) {
 }
 
 const ItemReference* Items::reference(FourCc type, ItemId from) const {
-    const auto found = std::ranges::find_if(references_, [&](const ItemReference& candidate) {
-        return candidate.type == type && candidate.from == from;
-    });
-    return found == references_.end() ? nullptr : &*found;
+    const auto found = first_reference_.find({type, from});
+    return found == first_reference_.end() ? nullptr : &references_[found->second];
 }
 
 // What is left of the work that a value may cost: parts of parts are read again each time.
@@ -313,7 +316,7 @@ Read<void> Items::append_value(ItemId id, Assembly& assembly, int depth, std::st
                 return fault(Damage::CutOff);
             const std::uint64_t length =
                 extent.length == 0 ? around.size() - offset : extent.length;
-            if (length > assembly.bytes)
+            if (length > assembly.bytes || length > assembly.limit - value.size())
                 return fault(Damage::TooLarge);
             assembly.bytes -= length;
             value += VELL_TRY(around.part(offset, length).read_rest());

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vell::formats::isobmff {
@@ -94,6 +95,7 @@ class Items {
     ItemId primary_ = 0;
     std::map<ItemId, Item> items_;
     std::vector<ItemReference> references_;
+    std::map<std::pair<FourCc, ItemId>, std::size_t> first_reference_; // by type and origin
     std::vector<Box> properties_;
     std::size_t extent_count_ = 0;
     std::size_t target_count_ = 0;

@@ -165,15 +165,21 @@ class ItemWalk {
         return texts;
     }
 
-    // A full box, which it is not in QuickTime files.
-    Read<Window> boxes_of_meta(Window content) {
+    // A full box, which it is not in QuickTime files: there the first bytes are those of a box.
+    Read<void> read_meta(Window content) {
         const std::string start = VELL_TRY(content.read_bytes(BoxHeader::size));
-        const bool is_plain = start.size() == BoxHeader::size && start.ends_with("hdlr");
-        return is_plain ? content : content.from(FullBoxHeader::size);
+        if (start.size() == BoxHeader::size && start.ends_with("hdlr"))
+            return read_boxes_of_meta(content.from(0));
+        content.seek(0);
+        const auto header = VELL_TRY(if_sound(content.read_record<FullBoxHeader>()));
+        if (!header)
+            return {};
+        if (header->is_too_high())
+            return visitor_(item(ItemSource::Skipped, "meta"_4cc, content));
+        return read_boxes_of_meta(content.from(content.position()));
     }
 
-    Read<void> read_meta(const Window& content) {
-        const Window boxes = VELL_TRY(boxes_of_meta(content));
+    Read<void> read_boxes_of_meta(const Window& boxes) {
         KeyNames keys;
         if (const auto box = VELL_TRY(find_box(boxes, "keys"_4cc)))
             VELL_TRY(if_sound(keys.read(box->content)));
@@ -194,16 +200,23 @@ class ItemWalk {
             found.type = keys.name_space(number);
             found.name = VELL_TRY(keys.name(number));
         }
+        if (box.type == "----"_4cc)
+            found.name = VELL_TRY(free_name(box.content));
         return each_box(box.content, [&](Box& inner) -> Read<void> {
-            if (inner.type == "data"_4cc)
-                return read_value(inner, found);
-            if (box.type != "----"_4cc)
-                return {};
-            if (inner.type == "mean"_4cc || inner.type == "name"_4cc)
-                if (const auto text = VELL_TRY(if_sound(read_text_box(inner.content))))
-                    found.name = found.name.empty() ? *text : found.name + ":" + *text;
-            return {};
+            return inner.type == "data"_4cc ? read_value(inner, found) : Read<void>();
         });
+    }
+
+    // Of a free item: whose it is and how that one calls it, each said once.
+    Read<std::string> free_name(const Window& content) {
+        std::string name;
+        for (const FourCc part : {"mean"_4cc, "name"_4cc}) {
+            const auto box = VELL_TRY(find_box(content, part));
+            const auto text = box ? VELL_TRY(if_sound(read_text_box(box->content))) : std::nullopt;
+            if (text && !text->empty())
+                name += (name.empty() ? "" : ":") + *text;
+        }
+        return name;
     }
 
     // "data": the type, the language, the value.

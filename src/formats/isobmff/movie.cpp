@@ -288,11 +288,12 @@ std::optional<std::uint64_t> Track::bytes() const {
 std::optional<double> Movie::seconds() const {
     if (const auto whole = header.seconds(); whole && *whole > 0)
         return whole;
-    if (fragmented_duration && *fragmented_duration > 0 && header.timescale > 0)
-        return static_cast<double>(*fragmented_duration) / header.timescale;
     std::optional<double> longest;
     for (const Track& track : tracks)
         longest = std::max(longest, track.seconds());
+    const bool has_samples = longest && *longest > 0;
+    if (!has_samples && fragmented_duration && *fragmented_duration > 0 && header.timescale > 0)
+        return static_cast<double>(*fragmented_duration) / header.timescale;
     return longest;
 }
 
@@ -337,7 +338,8 @@ Read<MovieFile> MovieFile::open(const Window& file) {
     movie.movie_box_ = box->content;
     if (const auto compressed = VELL_TRY(find_box(box->content, "cmov"_4cc)))
         VELL_TRY(movie.expand(compressed->content));
-    if (!VELL_TRY(find_box(movie.movie_box_, "mvhd"_4cc)))
+    auto header = VELL_TRY(find_box(movie.movie_box_, "mvhd"_4cc));
+    if (!header || !VELL_TRY(if_sound(read_times(header->content))))
         return fault(Damage::Absent);
     return movie;
 }

@@ -68,7 +68,8 @@ struct Movie {
     bool is_before_its_media = true; // so that it can be played before all of it is loaded
     bool header_is_compressed = false;
 
-    // What the header says, else the longest of the tracks.
+    // What the header says; else the longest of the tracks, with the fragments that are there; else
+    // what is said of fragments that are not.
     std::optional<double> seconds() const;
 };
 
@@ -80,7 +81,7 @@ inline constexpr std::size_t longest_movie_header = 16U << 20U;
 class MovieFile {
   public:
     // Walks over the boxes of the file, and no further than their headers. The source outlives it.
-    // Absent when none of them is a movie with a header.
+    // Absent when none of them is a movie with a whole header.
     static Read<MovieFile> open(const Window& file);
 
     const Window& file() const { return file_; }
