@@ -36,7 +36,7 @@ build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools lib
     googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache)
 test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb xauth python3
     libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
-    qpdf poppler-utils)
+    qpdf poppler-utils ffmpeg mediainfo)
 
 # Calls Wine's server for this build's prefix, never the user's own.
 wine_server() {

@@ -59,7 +59,8 @@ def ask_plugin(folder, paths):
 class Comparison:
     """Counts what was compared and keeps the differences."""
 
-    def __init__(self):
+    def __init__(self, rows=reasons.ROWS):
+        self.rows = rows
         self.counts = collections.Counter()
         self.differences = []
         self.used_reasons = set()
@@ -70,7 +71,7 @@ class Comparison:
         if equal:
             self.counts[kind, peer, "equal"] += 1
             return
-        reason = reasons.find(os.path.basename(path), peer, tag)
+        reason = reasons.find(self.rows, os.path.basename(path), peer, tag)
         if reason is not None:
             self.counts[kind, peer, "explained"] += 1
             self.used_reasons.add(reason)
@@ -79,11 +80,21 @@ class Comparison:
                                 f"{theirs!r:.200}")
 
     def print_summary(self):
-        print(f"{'':<18}{'peer':<10}{'compared':>9}{'equal':>9}{'explained':>11}")
+        print(f"{'':<18}{'peer':<12}{'compared':>9}{'equal':>9}{'explained':>11}")
         for kind, peer in dict.fromkeys(key[:2] for key in self.counts):
             compared, equal, explained = (self.counts[kind, peer, what]
                                           for what in ("compared", "equal", "explained"))
-            print(f"{kind:<18}{peer:<10}{compared:>9}{equal:>9}{explained:>11}")
+            print(f"{kind:<18}{peer:<12}{compared:>9}{equal:>9}{explained:>11}")
+
+    def report(self):
+        """Prints all of it; the exit code."""
+        self.print_summary()
+        for difference in self.differences:
+            print("DIFFERENCE " + difference)
+        unused = reasons.unused(self.rows, self.used_reasons)
+        for reason in unused:
+            print("REASON without a difference: %s" % (reason,))
+        return 1 if self.differences or unused else 0
 
 
 def sections_of(text):
@@ -280,12 +291,7 @@ def main(folder):
         compare_image(comparison, path, mine, exiftool)
         if not path.endswith("png"):
             compare_profile(comparison, path, mine, exiftool)
-    comparison.print_summary()
-    for difference in comparison.differences:
-        print("DIFFERENCE " + difference)
-    for reason in reasons.unused(comparison.used_reasons):
-        print("REASON without a difference: %s" % (reason,))
-    return 1 if comparison.differences or reasons.unused(comparison.used_reasons) else 0
+    return comparison.report()
 
 
 if __name__ == "__main__":

@@ -44,13 +44,13 @@ ROWS = (
 )
 
 
-def find(file, peer, tag):
+def find(rows, file, peer, tag):
     """The first row that fits, by its number; None when there is none."""
-    for number, (files, peers, tags, _) in enumerate(ROWS):
+    for number, (files, peers, tags, _) in enumerate(rows):
         if fnmatch.fnmatchcase(file, files) and peer in peers and fnmatch.fnmatchcase(tag, tags):
             return number
     return None
 
 
-def unused(numbers):
-    return [row for number, row in enumerate(ROWS) if number not in numbers]
+def unused(rows, numbers):
+    return [row for number, row in enumerate(rows) if number not in numbers]
