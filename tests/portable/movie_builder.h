@@ -12,7 +12,8 @@
 namespace vell::testing {
 
 inline std::string big64(std::uint64_t value) {
-    return big32(static_cast<std::uint32_t>(value >> 32)) + big32(static_cast<std::uint32_t>(value));
+    return big32(static_cast<std::uint32_t>(value >> 32)) +
+           big32(static_cast<std::uint32_t>(value));
 }
 
 inline std::string box(std::string_view type, std::string_view content = {}) {
@@ -48,9 +49,9 @@ struct TrackMade {
     std::uint32_t chunk = 0;    // where the first one is
     Matrix matrix = {1, 0, 0, 1};
     std::uint32_t id = 1;
-    std::uint32_t flags = 1;    // enabled
-    std::string tables = {};    // instead of those for the samples
-    std::string more = {};      // boxes behind the media
+    std::uint32_t flags = 1; // enabled
+    std::string tables = {}; // instead of those for the samples
+    std::string more = {};   // boxes behind the media
 };
 
 inline std::string track(const TrackMade& made = {}) {
@@ -63,21 +64,19 @@ inline std::string track(const TrackMade& made = {}) {
                  big32(0) + big32(0) + big32(made.id) + big32(0) + big32(1200) +
                      std::string(16, '\0') + matrix + big32(640U << 16) + big32(480U << 16),
                  0, made.flags);
-    const std::string tables =
-        full_box("stts", big32(1) + big32(made.samples) + big32(24)) +
-        full_box("stsz", big32(100) + big32(made.samples)) +
-        full_box("stco", big32(1) + big32(made.chunk));
-    return box("trak",
-               header +
-                   box("mdia", full_box("mdhd", big32(0) + big32(0) + big32(600) + big32(1200) +
-                                                    big16(0x55C4) + big16(0)) +
-                                   full_box("hdlr", big32(0) + made.handler +
-                                                        std::string(12, '\0') + "Maker") +
-                                   box("minf", box("stbl", full_box("stsd", big32(1) + made.entry) +
-                                                               (made.tables.empty()
-                                                                    ? tables
-                                                                    : made.tables)))) +
-                   made.more);
+    const std::string tables = full_box("stts", big32(1) + big32(made.samples) + big32(24)) +
+                               full_box("stsz", big32(100) + big32(made.samples)) +
+                               full_box("stco", big32(1) + big32(made.chunk));
+    return box(
+        "trak",
+        header +
+            box("mdia",
+                full_box("mdhd", big32(0) + big32(0) + big32(600) + big32(1200) + big16(0x55C4) +
+                                     big16(0)) +
+                    full_box("hdlr", big32(0) + made.handler + std::string(12, '\0') + "Maker") +
+                    box("minf", box("stbl", full_box("stsd", big32(1) + made.entry) +
+                                                (made.tables.empty() ? tables : made.tables)))) +
+            made.more);
 }
 
 inline const std::string file_type = box("ftyp", "isom" + big32(512) + "isomavc1");
@@ -92,8 +91,9 @@ inline std::string key_item(std::string_view type, std::uint32_t value_type, std
     return box(type, box("data", big32(value_type) + big32(locale) + std::string(value)));
 }
 inline std::string itunes(std::string_view items) {
-    return box("udta", full_box("meta", full_box("hdlr", big32(0) + "mdir" + std::string(13, '\0')) +
-                                            box("ilst", items)));
+    return box("udta",
+               full_box("meta", full_box("hdlr", big32(0) + "mdir" + std::string(13, '\0')) +
+                                    box("ilst", items)));
 }
 // As QuickTime has them: "meta" without a version, the names apart from the items.
 inline std::string quicktime_key(std::string_view key, std::string_view value) {

@@ -30,8 +30,7 @@ Walked walked(std::string_view bytes) {
         if (!*box)
             return done;
         done.text += text_of((*box)->type) + " " + to_text((*box)->header_size) + "+" +
-                     to_text((*box)->content.size()) + "/" +
-                     to_text((*box)->content.announced()) +
+                     to_text((*box)->content.size()) + "/" + to_text((*box)->content.announced()) +
                      ((*box)->runs_to_the_end ? " open, " : ", ");
     }
 }
@@ -80,11 +79,10 @@ TEST(MovieBoxes, HaveSizesOfThreeKindsAndLongTypes) {
 TEST(MovieStructure, StandsBeforeItsMediaBehindItOrOpenToTheEnd) {
     const std::string content = movie_header() + track();
     const std::string media = big32(1) + "mdat" + big64(1016) + std::string(1000, '\0');
-    for (const auto& [file, before] :
-         {std::pair(file_type + box("moov", content) + media, "1"),
-          std::pair(file_type + media + box("moov", content), "0"),
-          std::pair(media + big32(0) + "moov" + content, "0"),
-          std::pair(box("free") + box("moov", content), "1")}) {
+    for (const auto& [file, before] : {std::pair(file_type + box("moov", content) + media, "1"),
+                                       std::pair(file_type + media + box("moov", content), "0"),
+                                       std::pair(media + big32(0) + "moov" + content, "0"),
+                                       std::pair(box("free") + box("moov", content), "1")}) {
         const std::string text = answer(file, "-GetMovieDescription");
         EXPECT_EQ(description_line(text, "Plays while loading"), before);
         EXPECT_EQ(description_line(text, "Duration (seconds)"), "2");
@@ -123,8 +121,8 @@ TEST(MovieStructure, CountsTheFragments) {
         file_type + box("moov", movie_header(0, 600, 0) + track(empty) + extends);
     const std::string file =
         start + fragment(7, full_box("trun", big32(10))) +
-        fragment(7, full_box("trun",
-                             big32(2) + big32(300) + big32(1) + big32(240) + big32(2), 0, 0x300)) +
+        fragment(7, full_box("trun", big32(2) + big32(300) + big32(1) + big32(240) + big32(2), 0,
+                             0x300)) +
         fragment(8, full_box("trun", big32(1000)));
     const std::string text = answer(file, "-GetMovieDescription");
     EXPECT_EQ(description_line(text, "Fragments"), "3");
@@ -133,9 +131,9 @@ TEST(MovieStructure, CountsTheFragments) {
     EXPECT_EQ(description_line(text, "Duration (seconds)"), "1.9");
     EXPECT_EQ(description_line(text, "Track 1 Bit rate"), "434"); // 8 * (100 + 3) / 1.9
     // Fragments that are elsewhere are as long as they are said to be.
-    EXPECT_EQ(answer(file_type + box("moov", movie_header(0, 600, 0) + extends),
-                     "-GetMovieDuration"),
-              "10");
+    EXPECT_EQ(
+        answer(file_type + box("moov", movie_header(0, 600, 0) + extends), "-GetMovieDuration"),
+        "10");
 }
 
 TEST(MovieStructure, NeedsAWholeHeader) {
@@ -194,8 +192,8 @@ TEST(MovieStructure, ReadsEachBoxASmallNumberOfTimes) {
     std::string names;
     for (int i = 0; i < 1000; ++i)
         names += full_box("name", std::string(1000, 'n'));
-    const std::string free_item = movie_with(itunes(box(
-        "----", names + box("data", big32(1) + big32(0) + "v"))));
+    const std::string free_item =
+        movie_with(itunes(box("----", names + box("data", big32(1) + big32(0) + "v"))));
     EXPECT_EQ(answer(free_item, "-GetMovieMetadata").size(), 1000U + 3);
 }
 
@@ -203,20 +201,20 @@ TEST(MovieStructure, ReadsEachBoxASmallNumberOfTimes) {
 std::string movie_with_everything() {
     const std::string location = "\x15\xC7"s + "Wien\0"s + "\0"s + big32(0x00100000) +
                                  big32(0x00300000) + big32(0) + "earth\0notes\0"s;
-    const TrackMade codes{.handler = "tmcd",
-                          .entry = box("tmcd", std::string(12, '\0') + big32(0) + big32(600) +
-                                                   big32(24) + "\x19\0"s),
-                          .samples = 1,
-                          .chunk = 32,
-                          .more = box("udta", box("name", "Codes"))};
+    const TrackMade codes{
+        .handler = "tmcd",
+        .entry = box("tmcd", std::string(12, '\0') + big32(0) + big32(600) + big32(24) + "\x19\0"s),
+        .samples = 1,
+        .chunk = 32,
+        .more = box("udta", box("name", "Codes"))};
     return file_type + box("mdat", big32(90000)) +
            box("moov", movie_header(3'000'000'000) + track() + track(codes) +
                            itunes(key_item("\xA9nam", 1, "Title") +
                                   box("----", full_box("mean", "com.a") + full_box("name", "b") +
                                                   box("data", big32(21) + big32(0) + "\xFF"))) +
                            quicktime_key("com.apple.quicktime.location.ISO6709", "+48.2+016.3/") +
-                           box("udta", user_text("cpy", "Owner", 0) +
-                                           full_box("loci", location) + big32(0)));
+                           box("udta", user_text("cpy", "Owner", 0) + full_box("loci", location) +
+                                           big32(0)));
 }
 
 TEST(MovieStructure, HasAnAnswerOrACodeWhereverItIsCutOff) {
