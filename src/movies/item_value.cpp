@@ -312,7 +312,8 @@ Read<ItemText> asset_text(FourCc type, Window value) {
     const auto language = VELL_TRY(value.read_integer<std::uint16_t>(ByteOrder::Big));
     if (type != "kywd"_4cc)
         return text_in_language(VELL_TRY(value.read_bytes(value.remaining())), language);
-    ItemText keywords{.language = language_of(language)};
+    ItemText keywords;
+    keywords.language = language_of(language);
     const auto count = VELL_TRY(value.read_integer<std::uint8_t>(ByteOrder::Big));
     for (unsigned i = 0; i < count; ++i) {
         const auto size = VELL_TRY(value.read_integer<std::uint8_t>(ByteOrder::Big));

@@ -158,7 +158,7 @@ Result<std::optional<NamedText>> find_item(const MovieFile& movie, MovieSelector
     const auto names = names_for(selector);
     std::optional<NamedText> best;
     std::ptrdiff_t best_rank = std::ssize(names);
-    VELL_TRY(coded(each_metadata_item(movie, [&](const MetadataItem& item) -> Read<void> {
+    const auto take = [&](const MetadataItem& item) -> Read<void> {
         if (item.source == ItemSource::Skipped)
             return {};
         const auto rank = std::ranges::find(names, item_name(item)) - names.begin();
@@ -170,7 +170,8 @@ Result<std::optional<NamedText>> find_item(const MovieFile& movie, MovieSelector
         best = *std::move(text);
         best_rank = rank;
         return {};
-    })));
+    };
+    VELL_TRY(coded(each_metadata_item(movie, take)));
     return best;
 }
 
@@ -266,14 +267,15 @@ Result<void> list_metadata(const MovieFile& movie, const MovieRequest& request,
     ItemList list(request, text);
     list.start();
     bool is_empty = true;
-    VELL_TRY(coded(each_metadata_item(movie, [&](const MetadataItem& item) -> Read<void> {
+    const auto add = [&](const MetadataItem& item) -> Read<void> {
         const auto named = VELL_TRY(named_text(item));
         if (named && text.size() <= ComposedText::max_size) { // the caller refuses longer ones
             list.add(*named);
             is_empty = false;
         }
         return {};
-    })));
+    };
+    VELL_TRY(coded(each_metadata_item(movie, add)));
     list.finish();
     return is_empty ? Result<void>(Failure{ErrorCode::NothingFound}) : Result<void>();
 }

@@ -240,9 +240,10 @@ class ItemWalk {
 
 // Up to a zero character, which is passed over.
 Read<std::string> read_ended_text(Window& content) {
-    constexpr std::uint64_t longest_text = 4096;
+    constexpr std::size_t longest_text = 4096;
     const std::uint64_t start = content.position();
-    const std::string bytes = VELL_TRY(content.read_bytes(longest_text));
+    std::array<char, longest_text> buffer{};
+    const std::string_view bytes(buffer.data(), VELL_TRY(content.read(buffer)));
     const bool is_utf16 = bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE");
     std::size_t end = bytes.find('\0');
     if (is_utf16)
@@ -251,7 +252,7 @@ Read<std::string> read_ended_text(Window& content) {
     if (end == std::string::npos || end >= bytes.size())
         return fault(Damage::CutOff);
     content.seek(start + end + (is_utf16 ? 2 : 1));
-    return bytes.substr(0, end);
+    return std::string(bytes.substr(0, end));
 }
 
 struct LocationRecord {

@@ -67,8 +67,9 @@ Read<void> read_handler(Window content, Track& track) {
     VELL_TRY(read_full_box(content));
     const auto record = VELL_TRY(content.read_record<HandlerRecord>());
     track.handler = record.handler_type;
-    track.handler_name = handler_name(VELL_TRY(content.read_bytes(longest_name)),
-                                      record.component_type == "mhlr"_4cc);
+    std::array<char, longest_name> bytes{};
+    const std::size_t size = VELL_TRY(content.read(bytes));
+    track.handler_name = handler_name({bytes.data(), size}, record.component_type == "mhlr"_4cc);
     return {};
 }
 
@@ -345,8 +346,9 @@ Read<MovieFile> MovieFile::open(const Window& file) {
 }
 
 Read<Movie> MovieFile::read() const {
-    Movie movie = VELL_TRY(MovieReader().read(file_, movie_box_));
-    movie.header_is_compressed = expanded_ != nullptr;
+    auto movie = MovieReader().read(file_, movie_box_);
+    if (movie)
+        movie->header_is_compressed = expanded_ != nullptr;
     return movie;
 }
 

@@ -110,21 +110,20 @@ constexpr std::array<std::uint32_t, 8> dolby_channels{2, 1, 2, 3, 3, 4, 4, 5};
 
 // "dac3" (ETSI TS 102 366, annex F.4).
 Read<SoundFormat> read_ac3(Window content) {
-    const std::string bytes = VELL_TRY(content.read_bytes(3));
-    BitReader bits(bytes);
+    std::array<char, 3> bytes{};
+    VELL_TRY(content.read_exactly(bytes));
+    BitReader bits({bytes.data(), bytes.size()});
     const std::uint32_t rate = entry_of(dolby_rates, bits.take(2));
     bits.take(5 + 3); // the version and the kind of sound
     const std::uint32_t channels = dolby_channels[bits.take(3)] + bits.take(1);
-    return bytes.size() == 3 ? Read<SoundFormat>(SoundFormat{channels, rate})
-                             : fault(Damage::CutOff);
+    return SoundFormat{channels, rate};
 }
 
 // "dec3" (annex F.6), its first stream. Streams that depend on it may have more channels.
 Read<SoundFormat> read_enhanced_ac3(Window content) {
-    const std::string bytes = VELL_TRY(content.read_bytes(5));
-    if (bytes.size() < 5)
-        return fault(Damage::CutOff);
-    BitReader bits(bytes);
+    std::array<char, 5> bytes{};
+    VELL_TRY(content.read_exactly(bytes));
+    BitReader bits({bytes.data(), bytes.size()});
     bits.take(13 + 3); // bit rate and number of streams
     const std::uint32_t rate = entry_of(dolby_rates, bits.take(2));
     bits.take(5 + 1 + 1 + 3);
@@ -143,13 +142,14 @@ Read<SoundFormat> read_sampling_rate(Window content) {
 } // namespace
 
 Read<SoundFormat> read_audio_specific_config(Window content) {
-    constexpr std::uint64_t longest_part = 16; // that is looked at
+    constexpr std::size_t longest_part = 16; // that is looked at
     constexpr std::array<std::uint32_t, 15> channel_counts{0, 1, 2, 3, 4, 5,  6, 8,
                                                            0, 0, 0, 7, 8, 24, 8};
-    const std::string bytes = VELL_TRY(content.read_bytes(longest_part));
-    if (bytes.size() < 2)
+    std::array<char, longest_part> bytes{};
+    const std::size_t size = VELL_TRY(content.read(bytes));
+    if (size < sizeof(std::uint16_t))
         return fault(Damage::CutOff);
-    BitReader bits(bytes);
+    BitReader bits({bytes.data(), size});
     const std::uint32_t type = take_object_type(bits);
     SoundFormat format;
     format.sample_rate = take_frequency(bits);
