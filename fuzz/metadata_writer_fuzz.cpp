@@ -7,8 +7,8 @@
 #include "src/metadata/set_metadata.h"
 #include "src/metadata/writing/exif_writer.h"
 #include "tests/portable/fake_call.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
-#include "tests/portable/writable_files.h"
 
 #include <string>
 
@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         write_block(text, file);
         return 0;
     }
-    testing::WritableFiles files;
+    testing::FakeSystem files;
     files.add(u"C:\\a", file);
     testing::FakeCall call({utf16_from_utf8(switches), u"C:\\a", u"C:\\b", utf16_from_utf8(text)});
     const bool done = metadata::set_metadata(call, files).has_value();

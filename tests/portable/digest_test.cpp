@@ -1,8 +1,6 @@
 // Checksums over files in memory, with digests that only remember or fail.
 #include "src/files/information/digest.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_files.h"
-#include "tests/portable/writable_files.h"
 
 #include <gtest/gtest.h>
 
@@ -10,8 +8,7 @@ namespace vell::files {
 namespace {
 
 using testing::FakeCall;
-using testing::FakeContents;
-using testing::FakeFiles;
+using testing::FakeItem;
 
 // What a digest was asked for, and when it fails.
 struct DigestLog {
@@ -49,9 +46,7 @@ class LoggingDigest : public Digest {
     DigestLog& log_;
 };
 
-// Files with digests that only remember.
-template <typename Files>
-class WithDigests : public Files {
+class WithDigests : public testing::FakeSystem {
   public:
     Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) override {
         log->algorithm = algorithm;
@@ -61,9 +56,7 @@ class WithDigests : public Files {
     DigestLog* log = nullptr;
 };
 
-template <typename Files>
-std::string hash(WithDigests<Files>& files, DigestLog& log,
-                 std::vector<std::u16string> parameters) {
+std::string hash(WithDigests& files, DigestLog& log, std::vector<std::u16string> parameters) {
     FakeCall call(std::move(parameters));
     files.log = &log;
     const std::string answer = answer_of(call, get_file_hash(call, files));
@@ -72,10 +65,12 @@ std::string hash(WithDigests<Files>& files, DigestLog& log,
 }
 
 TEST(FileHash, TakesEveryByteInOrderWhateverTheReadsBring) {
-    const std::string bytes = testing::numbered_bytes(200'000);
+    std::string bytes;
+    for (std::size_t i = 0; i < 200'000; ++i)
+        bytes += static_cast<char>('a' + i * i % 23);
     for (const std::size_t longest_read : {bytes.size(), std::size_t{65'534}, std::size_t{1'001}}) {
-        WithDigests<FakeFiles> files;
-        files.add(u"file", FakeContents::device(bytes, longest_read));
+        WithDigests files;
+        files.add(u"file", FakeItem::device(bytes, longest_read));
         DigestLog log;
         EXPECT_EQ(hash(files, log, {u"", u"file"}), "000fa0ff");
         EXPECT_EQ(log.added, bytes);
@@ -96,8 +91,8 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
         {u"-Hash_SHA1-Colons", DigestAlgorithm::Sha1, "00:0f:a0:ff"},
         {u"-colons", DigestAlgorithm::Md5, "00:0f:a0:ff"},
     };
-    WithDigests<FakeFiles> files;
-    files.add(u"file", FakeContents::of("x"));
+    WithDigests files;
+    files.add(u"file", "x");
     for (const auto& c : cases) {
         DigestLog log;
         EXPECT_EQ(hash(files, log, {c.switches, u"file"}), c.expected)
@@ -108,8 +103,8 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
 
 // A checksum of a part of the file would be taken for that of the whole.
 TEST(FileHash, NoFailureIsTakenForTheEnd) {
-    WithDigests<FakeFiles> files;
-    files.add(u"file", FakeContents::of(testing::numbered_bytes(150'000)));
+    WithDigests files;
+    files.add(u"file", std::string(150'000, 'x'));
     DigestLog unhurt;
     ASSERT_EQ(hash(files, unhurt, {u"", u"file"}), "000fa0ff");
     const int file_operations = files.operations();
@@ -134,11 +129,13 @@ TEST(FileHash, NoFailureIsTakenForTheEnd) {
 }
 
 TEST(FileHash, FilesBeyondFourGibibytesAreTakenToTheirEnd) {
-    WithDigests<testing::LongFiles> files;
+    constexpr std::uint64_t length = (4ULL << 30) + 200'000;
+    WithDigests files;
+    files.add(u"long", {.length = length});
     DigestLog log;
     log.keeps_bytes = false;
     EXPECT_EQ(hash(files, log, {u"", u"long"}), "000fa0ff");
-    EXPECT_EQ(log.count, testing::LongFiles::length);
+    EXPECT_EQ(log.count, length);
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 // Functions on disks and special folders that exist only here.
-#include "src/base/ascii.h"
 #include "src/files/disks/disk_names.h"
 #include "src/files/disks/disks.h"
 #include "src/files/paths/special_folders.h"
@@ -56,9 +55,6 @@ class FakeDisks : public testing::FakeSystem {
         return DiskSpace{5'000'000'000'000, 4'999'999'999'999};
     }
     std::u16string share_of(char16_t letter) override { return disks.at(letter).share; }
-    bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
-        return std::ranges::equal(a, b, {}, fold_ascii<char16_t>, fold_ascii<char16_t>);
-    }
     Result<void> connect(const ShareConnection& connection) override {
         if (!connection.drive.empty() && remembered.contains(connection.drive[0]))
             return Failure{ErrorCode::VolumeOnline};
@@ -112,53 +108,21 @@ class Disks : public ::testing::Test {
 };
 
 TEST_F(Disks, AreListedByType) {
-    const auto cases = testing::cells(
-        u"|C:\\;D:\\;E:\\;F:\\;G:\\;H:\\;Y:\\|-local -ReadyOnly|C:\\;D:\\;F:\\;G:\\;H:\\|-Ram||"
-        u"-network -optical -FileMakerPathFormat|filewin:/E:/;filewin:/Y:/|"
-        u"-VolumeNames|Windows;Data;E:\\;STICK;TWIN;TWIN;Y:\\|"
-        u"-Fixed -Network -ShareNames|C:\\;D:\\;\\\\server\\Sales|");
-    for (std::size_t i = 0; i < cases.size(); i += 2)
-        EXPECT_EQ(result(list_disks, {cases[i]}), cases[i + 1]) << utf8_from_utf16(cases[i]);
+    for (const auto& row : testing::wide_table("disk_lists.txt", 2))
+        EXPECT_EQ(result(list_disks, {row[0]}), row[1]) << utf8_from_utf16(row[0]);
 }
 
 TEST_F(Disks, TellOfThemselvesByAnyName) {
-    const auto cases = testing::cells(
-        u"-DiskPath|d|D:\\|-DiskPath|filewin:/D:/|D:\\|-DiskPath|data|D:\\|"
-        u"-DiskPath|D:\\folder\\x|D:\\|-DiskPath|sales|Y:\\|-DiskPath|\\\\SERVER\\sales\\|Y:\\|"
-        u"-DiskPath|//server/sales|Y:\\|-DiskPath|file://server/sales/|Y:\\|-DiskPath|smb://server/"
-        u"sales|Y:\\|-DiskPath|\\\\other\\x\\folder|\\\\other\\x\\|"
-        u"||-50||$$-35|-4299||C\rD|-4254||Q:|-35||nobody|-35||twin|-37||a<b|-37||\\\\server|-37|"
-        u"|\\\\server\\..|-37|-FreeSpace|D|4999999999999|-usedspace|D|1|"
-        u"-SerialNumber -Type|F|Type: Removable;SerialNumber: 1A2B-003C|"
-        u"|sales|DiskPath: Y:\\;Type: Network;ShareName: \\\\server\\Sales;VolumeName: ;"
-        u"FileSystem: NTFS;SerialNumber: 1A2B-003C;ReadOnly: 1;TotalSpace: 5000000000000;"
-        u"FreeSpace: 4999999999999;UsedSpace: 1|"
-        u"-Type|E|Optical||E|-53|-NumberOfFiles|C|-4243|"); // E has no medium
-    for (std::size_t i = 0; i < cases.size(); i += 3)
-        EXPECT_EQ(result(disk_info, {cases[i], cases[i + 1]}), cases[i + 2])
-            << utf8_from_utf16(cases[i] + u" | " + cases[i + 1]);
+    for (const auto& row : testing::wide_table("disk_information.txt", 3))
+        EXPECT_EQ(result(disk_info, {row[0], row[1]}), row[2]) << utf8_from_utf16(row[1]);
     system.disks[u'Z'] = {DiskType::Fixed, u"Last"};
     EXPECT_EQ(result(disk_info, {u"-DiskPath", u"last"}), u"Z:\\");
 }
 
 TEST_F(Disks, AreMountedOnFreeLetters) {
-    // Switches, server, disk, result and what was done.
-    const auto cases = testing::cells(
-        u"|srv|/pub|0 connect Z: \\\\srv\\pub  ||\\\\srv|pub/|0 connect Z: \\\\srv\\pub  |"
-        u"|SMB://srv/pub||0 connect Z: \\\\srv\\pub  |||\\\\srv\\pub|0 connect Z: \\\\srv\\pub  |"
-        u"||file://srv/pub/|0 connect Z: \\\\srv\\pub  ||file://srv/pub||0 connect Z: \\\\srv\\pub "
-        u" |"
-        u"|SRV|//srv/pub|0 connect Z: \\\\srv\\pub  |"
-        u"-DriveLetter=q: -Persistent -ReturnPath|srv|pub\\x|Q:\\ connect Q: \\\\srv\\pub\\x   "
-        u"kept|"
-        u"-WithoutDriveLetter -ReturnPath|srv|pub|\\\\srv\\pub\\ connect  \\\\srv\\pub  |"
-        u"||pub|-50||srv||-50||smb://||-50||srv|a:b|-37||s<v|pub|-37||srv|\\\\other\\pub|-37|"
-        u"|srv|..|-37|-DriveLetter=|srv|pub|-37|-DriveLetter=ZZ|srv|pub|-37|"
-        u"|SERVER|sales|-55|-DriveLetter=D|srv|pub|-55|"
-        u"-reuse drive letter -ReturnPath|server|sales|Y:\\|");
-    for (std::size_t i = 0; i < cases.size(); i += 4)
-        EXPECT_EQ(mounted(cases[i], cases[i + 1], cases[i + 2]), cases[i + 3])
-            << utf8_from_utf16(cases[i] + u" | " + cases[i + 1] + u" | " + cases[i + 2]);
+    for (const auto& row : testing::wide_table("disk_mounts.txt", 4))
+        EXPECT_EQ(mounted(row[0], row[1], row[2]), row[3])
+            << utf8_from_utf16(row[0] + u" | " + row[1] + u" | " + row[2]);
     system.remembered = {u'Z', u'X'};
     EXPECT_EQ(mounted(u"", u"srv", u"pub"), u"0 connect W: \\\\srv\\pub  ");
     for (char16_t letter = u'D'; letter <= u'W'; ++letter)
@@ -180,13 +144,9 @@ TEST_F(Disks, ReuseALetterWhenTheStepSaysSo) {
 }
 
 TEST_F(Disks, AreUnmountedByTheirKind) {
-    const auto cases = testing::cells(
-        u"Y|0|disconnect Y:|\\\\server\\sales|0|disconnect Y:|\\\\other\\pub|0|"
-        u"disconnect \\\\other\\pub|stick|0|eject F|E:|0|eject E|C:|-47||Data|-4243||F:\\folder|"
-        u"-37||\\\\server\\sales\\folder|-37||");
-    for (std::size_t i = 0; i < cases.size(); i += 3) {
-        EXPECT_EQ(result(unmount_disk, {u"", cases[i]}), cases[i + 1]) << utf8_from_utf16(cases[i]);
-        EXPECT_EQ(system.done, cases[i + 2]) << utf8_from_utf16(cases[i]);
+    for (const auto& row : testing::wide_table("disk_unmounts.txt", 3)) {
+        EXPECT_EQ(result(unmount_disk, {u"", row[0]}), row[1]) << utf8_from_utf16(row[0]);
+        EXPECT_EQ(system.done, row[2]) << utf8_from_utf16(row[0]);
     }
     EXPECT_EQ(result(unmount_disk, {u"-Force", u"F"}), u"0");
     EXPECT_EQ(system.done, u"eject F forced");

@@ -2,7 +2,7 @@
 #include "src/dragdrop/drag_and_drop.h"
 #include "src/dragdrop/dropped_data.h"
 #include "tests/portable/fake_call.h"
-#include "tests/portable/fake_files.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -98,7 +98,7 @@ class Dropping : public ::testing::Test {
 
     FakeHost host;
     FakeWindows windows;
-    FakeFiles files;
+    FakeSystem files;
     DragAndDrop drops{host, windows, files};
     std::map<std::u16string, std::u16string> calculations;
 };

@@ -1,15 +1,14 @@
-// A system that exists only in a test. It knows no item, no disk and no user, and does nothing: a
-// test overrides what its functions ask for, or brings files and folders that know something.
+// A system that exists only in a test: items in memory, and beyond them no disk, no program and no
+// user. A test overrides what its functions ask of those.
 #pragma once
 
-#include "src/system/system.h"
+#include "tests/portable/fake_items.h"
 
 namespace vell::testing {
 
-inline constexpr params::CalendarTime noon{2024, 2, 29, 12, 34, 56};
-
 // All parts in one, whose names do not meet.
 class FakeSystem : public System,
+                   public FakeItems,
                    public files::TreeSystem,
                    public files::ItemProperties,
                    public files::Places,
@@ -22,12 +21,10 @@ class FakeSystem : public System,
   public:
     using NativePath = files::NativePath;
 
-    FakeSystem() = default;
-    FakeSystem(files::FileSystem& files, files::FolderSource& folders)
-        : files_(&files), folders_(&folders) {}
+    int walks = 0; // through what is below a folder
 
-    files::FileSystem& files() override { return files_ ? *files_ : throw NotThere(); }
-    files::FolderSource& folders() override { return folders_ ? *folders_ : throw NotThere(); }
+    files::FileSystem& files() override { return *this; }
+    files::FolderSource& folders() override { return *this; }
     files::TreeSystem& tree() override { return *this; }
     files::ItemProperties& properties() override { return *this; }
     files::Places& places() override { return *this; }
@@ -46,29 +43,98 @@ class FakeSystem : public System,
     }
 
     // TreeSystem
-    Result<std::u16string> absolute_path(const std::u16string& path) override { return path; }
-    bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
-        return a == b;
+    Result<std::u16string> absolute_path(const std::u16string& path) override {
+        std::u16string full = path;
+        std::ranges::replace(full, u'/', u'\\');
+        return full;
     }
-    void fold_case(std::u16string&) override {}
-    bool on_same_volume(const NativePath&, const NativePath&) override { return true; }
-    Result<void> create_folder(const NativePath&) override { return nothing; }
-    Result<void> remove_folder(const NativePath&) override { return nothing; }
-    Result<void> move(const NativePath&, const NativePath&) override { return nothing; }
-    bool is_link(const NativePath&) override { return false; }
-    Result<void> for_each_below(const NativePath&, const files::VisitItem&) override {
-        return nothing;
+    bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) override {
+        return vell::equal_ignoring_case(a, b);
+    }
+    void fold_case(std::u16string& name) override {
+        for (char16_t& unit : name)
+            if (fold_ascii(unit) != unit || unit == u'\u00C4')
+                unit = static_cast<char16_t>(unit + 32);
+    }
+    bool on_same_volume(const NativePath& a, const NativePath& b) override {
+        return a.wide.substr(0, a.wide.find(u':')) == b.wide.substr(0, b.wide.find(u':'));
+    }
+    Result<void> create_folder(const NativePath& path) override {
+        ++looks;
+        VELL_TRY(count_operation());
+        VELL_TRY(check_free(path));
+        add_folder(path.wide);
+        return {};
+    }
+    Result<void> remove_folder(const NativePath& path) override {
+        VELL_TRY(count_operation());
+        const std::u16string inside = key_of(path.wide) + u'\\';
+        const auto next = items_.upper_bound(inside);
+        if (!is_link(path) && next != items_.end() && next->first.starts_with(inside))
+            return Failure{ErrorCode::Busy};
+        erase(path.wide);
+        return {};
+    }
+    Result<void> move(const NativePath& source, const NativePath& target) override {
+        VELL_TRY(count_operation());
+        VELL_TRY(check_transfer(source, target, files::Replace::No));
+        const std::u16string from = key_of(source.wide);
+        for (const auto& [path, item] : std::map(items_))
+            if (path == from || path.starts_with(from + u'\\')) {
+                auto moved = items_.extract(path);
+                moved.key() = key_of(target.wide) + path.substr(from.size());
+                items_.insert(std::move(moved));
+            }
+        return {};
+    }
+    bool is_link(const NativePath& path) override {
+        const FakeItem* item = find(path.wide);
+        return item && item->link;
+    }
+    Result<void> for_each_below(const NativePath& path, const files::VisitItem& visit) override {
+        ++walks;
+        for (const auto& [key, item] : std::map(items_))
+            if (key.starts_with(key_of(path.wide) + u'\\'))
+                VELL_TRY(visit({native(key), kind_of(native(key)), item.link.has_value()}));
+        return {};
     }
 
     // ItemProperties
-    Result<std::uint32_t> attributes(const NativePath&) override { return not_found; }
-    Result<void> set_attributes(const NativePath&, std::uint32_t) override { return not_found; }
-    Result<std::uint64_t> size(const NativePath&) override { return not_found; }
-    Result<bool> is_unused(const NativePath&, files::Permission) override { return not_found; }
-    Result<params::CalendarTime> time(const NativePath&, files::ItemTime) override {
-        return not_found;
+    Result<std::uint32_t> attributes(const NativePath& path) override {
+        const FakeItem* item = find(path.wide);
+        return item ? Result<std::uint32_t>(item->attributes) : not_found;
     }
-    Result<void> set_times(const NativePath&, const files::NewTimes&) override { return not_found; }
+    Result<void> set_attributes(const NativePath& path, std::uint32_t attributes) override {
+        FakeItem* item = find(path.wide);
+        if (!item)
+            return not_found;
+        item->attributes = attributes;
+        return {};
+    }
+    Result<std::uint64_t> size(const NativePath& path) override {
+        const FakeItem* item = find(path.wide);
+        return item ? Result<std::uint64_t>(item->end()) : not_found;
+    }
+    Result<bool> is_unused(const NativePath& path, files::Permission) override {
+        return find(path.wide) ? Result<bool>(!open_.contains(key_of(path.wide))) : not_found;
+    }
+    Result<params::CalendarTime> time(const NativePath& path, files::ItemTime which) override {
+        const FakeItem* item = find(path.wide);
+        if (!item)
+            return not_found;
+        return which == files::ItemTime::Created    ? item->created
+               : which == files::ItemTime::Accessed ? item->accessed
+                                                    : item->modified;
+    }
+    Result<void> set_times(const NativePath& path, const files::NewTimes& times) override {
+        FakeItem* item = find(path.wide);
+        if (!item)
+            return not_found;
+        item->created = times.created.value_or(item->created);
+        item->accessed = times.accessed.value_or(item->accessed);
+        item->modified = times.modified.value_or(item->modified);
+        return {};
+    }
     Result<std::u16string> type_name(const std::u16string&, std::uint32_t, files::TypeBy) override {
         return nothing;
     }
@@ -132,12 +198,8 @@ class FakeSystem : public System,
     params::CalendarTime local_time() override { return noon; }
 
   private:
-    struct NotThere {}; // a test that needs files or folders brings them
     static constexpr Failure<ErrorCode> nothing{ErrorCode::NotAvailable};
     static constexpr Failure<ErrorCode> not_found{ErrorCode::NotFound};
-
-    files::FileSystem* files_ = nullptr;
-    files::FolderSource* folders_ = nullptr;
 };
 
 } // namespace vell::testing

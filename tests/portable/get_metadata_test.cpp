@@ -1,7 +1,7 @@
 #include "src/metadata/get_metadata.h"
 
 #include "tests/portable/fake_call.h"
-#include "tests/portable/fake_files.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
@@ -142,9 +142,10 @@ TEST(GetMetadata, ReadsLargeFilesOnceInLargePieces) {
 }
 
 TEST(GetMetadata, GivesTextOrACode) {
-    FakeFiles files;
-    files.add(u"a.jpg", FakeContents::of(jpeg({exif_segment(
-                            build_tiff(ByteOrder::Little, {.first = {ascii(271, "A\xE4")}}))})));
+    FakeSystem files;
+    files.add(
+        u"a.jpg",
+        (jpeg({exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(271, "A\xE4")}}))})));
     const auto result = [&](std::vector<std::u16string> parameters) {
         FakeCall call(std::move(parameters));
         const Result<void> done = get_metadata(call, files);

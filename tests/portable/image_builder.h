@@ -5,6 +5,8 @@
 #include "src/metadata/get_metadata.h"
 #include "tests/portable/integers.h"
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <initializer_list>
 #include <optional>
@@ -53,6 +55,19 @@ inline std::string resource(std::uint16_t id, const std::string& data, const std
 inline std::string dataset(char record, char number, const std::string& value) {
     return std::string{'\x1C', record, number} + big16(static_cast<std::uint16_t>(value.size())) +
            value;
+}
+
+inline std::string photoshop(const std::string& resources) {
+    return segment(SegmentMarker::App13, std::string("Photoshop 3.0\0", 14) + resources);
+}
+
+inline std::string deflated(const std::string& bytes) {
+    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
+    std::string result(size, '\0');
+    compress(reinterpret_cast<Bytef*>(result.data()), &size,
+             reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uLong>(bytes.size()));
+    result.resize(size);
+    return result;
 }
 
 // The text with "|" for carriage returns; "<5:…>" stands around what is in encoding 5, "<bold:…>"

@@ -4,7 +4,6 @@
 #include "src/files/information/file_times.h"
 #include "src/files/information/shell_information.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_files.h"
 
 #include <gtest/gtest.h>
 
@@ -20,33 +19,21 @@ constexpr CalendarTime accessed{2021, 2, 3, 4, 5, 6};
 constexpr CalendarTime modified{2022, 3, 4, 5, 6, 7};
 
 // One item, "item", and a user.
-class OneItem : public testing::FakeFiles {
+class OneItem : public testing::FakeSystem {
   public:
-    NewTimes changed;
+    OneItem() {
+        testing::FakeItem& item = add(u"item");
+        item.created = created;
+        item.accessed = accessed;
+        item.modified = modified;
+    }
+
     std::u16string asked_type;
     CodeSignature signature;
     std::vector<std::u16string> languages;
     std::u16string selected;
     std::u16string title;
 
-    Result<std::uint32_t> attributes(const NativePath& path) override {
-        if (path.wide == u"none")
-            return Failure{ErrorCode::NotFound};
-        return bit(Attribute::Archive);
-    }
-    Result<CalendarTime> time(const NativePath& path, ItemTime which) override {
-        if (path.wide != u"item")
-            return Failure{ErrorCode::NotFound};
-        return which == ItemTime::Created    ? created
-               : which == ItemTime::Accessed ? accessed
-                                             : modified;
-    }
-    Result<void> set_times(const NativePath& path, const NewTimes& times) override {
-        if (path.wide != u"item")
-            return Failure{ErrorCode::NotFound};
-        changed = times;
-        return {};
-    }
     Result<std::u16string> type_name(const std::u16string& path, std::uint32_t attributes,
                                      TypeBy by) override {
         EXPECT_EQ(attributes, bit(Attribute::Archive));
@@ -113,28 +100,33 @@ TEST(FileTimes, OnlyTheOneThatIsNamedIsChanged) {
                          const std::optional<CalendarTime>& time) {
         TimedCall call({u"", std::move(path), u"time"});
         call.given = time;
-        item.changed = {};
         return testing::answer_of(call, body(call, item));
     };
-    EXPECT_EQ(set(set_time_stamp_created, u"item", created), "0");
-    EXPECT_EQ(item.changed.created, created);
-    EXPECT_FALSE(item.changed.accessed || item.changed.modified);
-    EXPECT_EQ(set(set_time_stamp_modified, u"item", modified), "0");
-    EXPECT_EQ(item.changed.modified, modified);
-    EXPECT_FALSE(item.changed.accessed || item.changed.created);
+    const auto years = [&] {
+        const testing::FakeItem& changed = *item.find(u"item");
+        return std::vector{changed.created.year, changed.accessed.year, changed.modified.year};
+    };
+    EXPECT_EQ(set(set_time_stamp_created, u"item", testing::noon), "0");
+    EXPECT_EQ(years(), (std::vector{2024, 2021, 2022}));
+    EXPECT_EQ(set(set_time_stamp_modified, u"item", created), "0");
+    EXPECT_EQ(years(), (std::vector{2024, 2021, 2020}));
     EXPECT_EQ(set(set_time_stamp_modified, u"none", modified), "$$-43");
     EXPECT_EQ(set(set_time_stamp_modified, u"none", std::nullopt), "$$-50");
 }
 
 TEST(FileKind, IsAskedForByNameWhereTheShellTakesNoPath) {
     OneItem item;
+    const std::u16string longest = u"C:\\" + std::u16string(252, u'n') + u".txt";
+    const std::u16string ending = u"a." + std::u16string(300, u'e');
+    for (const std::u16string& path :
+         {std::u16string(u"C:\\a\\b.txt"), longest, longest + u"x", ending})
+        item.add(path);
     EXPECT_EQ(answer(get_file_kind, item, {u"", u"C:/a/b.txt"}), "by item");
     EXPECT_EQ(item.asked_type, u"C:\\a\\b.txt");
-    const std::u16string longest = u"C:\\" + std::u16string(252, u'n') + u".txt";
     EXPECT_EQ(answer(get_file_kind, item, {u"", longest}), "by item");
     EXPECT_EQ(answer(get_file_kind, item, {u"", longest + u"x"}), "by name");
     EXPECT_EQ(item.asked_type, u"x.txtx");
-    EXPECT_EQ(answer(get_file_kind, item, {u"", u"a." + std::u16string(300, u'e')}), "by name");
+    EXPECT_EQ(answer(get_file_kind, item, {u"", ending}), "by name");
     EXPECT_EQ(item.asked_type, u"x." + std::u16string(130, u'e'));
     EXPECT_EQ(answer(get_file_kind, item, {u"", u"none"}), "$$-43");
 }
@@ -165,7 +157,7 @@ TEST(CodeSignature, IsToldInLinesAsFarAsItIsKnown) {
 
 TEST(ContentsDialog, GivesTheContentsOfWhatTheUserSelects) {
     OneItem item;
-    item.add(u"C:\\a", testing::FakeContents::of("text"));
+    item.add(u"C:\\a", "text");
     EXPECT_EQ(answer(contents_dialog, item, {u"", u"Which"}), "$$-128");
     EXPECT_EQ(item.title, u"Which");
     item.selected = u"C:\\a";

@@ -1,4 +1,4 @@
-#include "tests/portable/fake_files.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
 
@@ -142,9 +142,9 @@ TEST(IccChunks, AreToldOfInAVerboseDescription) {
 
 TEST(JpegSegments, AreAllThatIsReadOfAFile) {
     const std::string head = jpeg({exif("A")});
-    FakeFiles files;
-    files.add(u"big", FakeContents::of(head + std::string(1'000'000, 's')));
-    const auto file = *files.open({u"big", std::nullopt}, files::Permission::Read);
+    FakeSystem files;
+    files.add(u"big", (head + std::string(1'000'000, 's')));
+    const auto file = *files.open(native(u"big"), files::Permission::Read);
     EXPECT_EQ(metadata_of("GetExif GetGPS", *file), "|##EXIF 271|A|##END 271");
     EXPECT_LE(files.end_of_reading(), head.size() + files::BufferedReader::default_buffer);
 }

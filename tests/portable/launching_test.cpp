@@ -5,6 +5,7 @@
 #include "src/files/desktop/select_dialogs.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/fake_system.h"
+#include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
 
@@ -24,20 +25,14 @@ class NotedDesktop : public testing::FakeSystem {
   public:
     std::u16string asked;
 
-    Result<std::uint32_t> attributes(const NativePath& path) override {
-        for (const auto* file : {u"C:\\d\\a b.txt", u"//s/t/a", u"C:\\long"})
-            if (path.wide == file)
-                return bit(Attribute::Archive);
-        if (path.wide == u"C:\\d" || path.wide == u"C:\\d\\")
-            return bit(Attribute::Folder);
-        return Failure{ErrorCode::NotFound};
+    NotedDesktop() {
+        for (const auto* path : {u"C:\\d\\a b.txt", u"//s/t/a", u"C:\\long"})
+            add(path);
     }
     Result<std::u16string> absolute_path(const std::u16string& path) override {
         if (path == u"C:\\long")
             return std::u16string(260, u'x');
-        std::u16string full = path;
-        std::ranges::replace(full, u'/', u'\\');
-        return full;
+        return FakeSystem::absolute_path(path);
     }
     Result<void> launch(const LaunchRequest& request) override {
         asked = u"launch " + request.target + u'|' + request.parameters + u'|' +
@@ -53,42 +48,21 @@ class NotedDesktop : public testing::FakeSystem {
 };
 
 TEST(Launching, AsksTheDesktop) {
-    const struct {
-        params::Body body;
-        std::vector<std::u16string> parameters;
-        const char* result; // what was asked for, or the code
-    } cases[] = {
-        {launch, {u"", u"C:\\d\\a b.txt"}, "launch C:\\d\\a b.txt||C:\\d\\||0"},
-        {launch,
-         {u"-print -hide", u"C:\\d\\a b.txt", u"/x"},
-         "launch C:\\d\\a b.txt|/x|C:\\d\\|print|1"},
-        {launch, {u"-Edit-Maximize", u"C:\\d"}, "launch C:\\d||C:\\d|edit|3"},
-        {launch, {u"-Open", u"calc"}, "launch calc|||open|0"},
-        {launch, {u"", u"d\\calc"}, "$$-43"},
-        {launch, {u"", u"C:\\long"}, "$$206"},
-        {launch, {u"", u"a\rb"}, "$$-4254"},
-        {launch, {u"", u"C:\\d", std::u16string(1, u'\0')}, "$$-50"},
-        {launch, {u"", u"HTTPS://x.example/\"a b", u"p"}, "launch HTTPS://x.example/%22a%20b||||0"},
-        {launch, {u"", u"fmp20:$x"}, "launch fmp20:$x||||0"},
-        {launch, {u"", u"http:\ta"}, "$$-43"},
-        {launch, {u"", u"fmpx:y"}, "$$-43"},
-        {reveal, {u"", u"file://s/t/a"}, "reveal \\\\s\\t\\a"},
-        {open_folder, {u"", u"C:\\d"}, "launch C:\\d||C:\\d|open|0"},
-        {open_folder, {u"", u"C:\\d\\a b.txt"}, "$$-1407"},
-        {open_folder, {u"", u"C:\\none"}, "$$-120"},
-        {reveal, {u"", u"C:\\d\\a b.txt"}, "reveal C:\\d\\a b.txt"},
-        {reveal, {u"", u"C:\\d\\"}, "reveal C:\\d"},
-        {reveal, {u"-OpenFolder", u"C:\\d"}, "launch C:\\d||C:\\d|open|0"},
-        {bring_to_front, {}, "$$-5600"},
-    };
-    for (const auto& c : cases) {
+    const std::map<std::u16string, params::Body> functions{{u"Launch", launch},
+                                                           {u"Reveal", reveal},
+                                                           {u"OpenFolder", open_folder},
+                                                           {u"BringToFront", bring_to_front}};
+    for (const auto& row : testing::wide_table("launches.txt", 5)) {
+        SCOPED_TRACE(utf8_from_utf16(row[0] + u' ' + row[2]));
+        const params::Body body = functions.at(row[0]);
+        const std::vector<std::u16string> parameters(row.begin() + 1, row.begin() + 4);
         NotedDesktop desktop;
-        FakeCall call(c.parameters);
-        const std::string result = answer_of(call, c.body(call, desktop));
-        EXPECT_EQ(result == "0" ? utf8_from_utf16(desktop.asked) : result, c.result);
-        CallWithoutUser alone(c.parameters);
+        FakeCall call(parameters);
+        const std::string result = answer_of(call, body(call, desktop));
+        EXPECT_EQ(result == "0" ? utf8_from_utf16(desktop.asked) : result, utf8_from_utf16(row[4]));
+        CallWithoutUser alone(parameters);
         NotedDesktop untouched;
-        EXPECT_EQ(answer_of(alone, c.body(alone, untouched)), "$$-4251") << c.result;
+        EXPECT_EQ(answer_of(alone, body(alone, untouched)), "$$-4251");
         EXPECT_EQ(untouched.asked, u"");
     }
 }
@@ -147,41 +121,20 @@ TEST(FilePatterns, TakeTypesInEveryForm) {
 }
 
 TEST(SelectDialogs, ShowWhatTheCallSays) {
-    const struct {
-        params::Body body;
-        std::vector<std::u16string> parameters;
-        const char* dialog; // or the code
-        const char* result = "C:\\a\rC:\\b";
-    } cases[] = {
-        {select_file_dialog, {u"", u""}, "Select a file.||||ask"},
-        {select_file_dialog,
-         {u"-AllowMultipleFiles -Types=txt, pdf -ShowInvisibles -FileMakerPathFormat", u"Two",
-          u"filewin:/C:/d"},
-         "Two|C:/d\\|txt, pdf||several hidden ask",
-         "filewin:/C:/a\rfilewin:/C:/b"},
-        {select_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
-        {select_folder_dialog, {u"-ShowInvisibles", u"Where"}, "Where||||hidden ask", "C:\\a\\"},
-        {save_file_dialog,
-         {u"", u"", u"r.pdf", u"file://s/t/"},
-         "Save the file as:|//s/t/\\||r.pdf|ask",
-         "C:\\a"},
-        {save_file_dialog, {u"-NoOverwritePrompt -Types=x", u"P"}, "P||x||", "C:\\a"},
-        {save_file_dialog, {u"", u"", u"a/b"}, "$$-37"},
-        {save_file_dialog, {u"", u"", u"a. "}, "Save the file as:|||a|ask", "C:\\a"},
-        {save_file_dialog, {u"", u"", u"..."}, "$$-37"},
-        {save_file_dialog, {u"", u"", u"aux.txt"}, "$$-37"},
-        {save_file_dialog, {u"", u"", u"$$-43"}, "$$-4299"},
-        {save_file_dialog, {u"", u"", std::u16string(256, u'a')}, "$$-37"},
-    };
-    for (const auto& c : cases) {
+    const std::map<std::u16string, params::Body> dialogs{{u"SelectFile", select_file_dialog},
+                                                         {u"SelectFolder", select_folder_dialog},
+                                                         {u"SaveFile", save_file_dialog}};
+    for (const auto& row : testing::wide_table("dialogs.txt", 7)) {
+        SCOPED_TRACE(utf8_from_utf16(row[0] + u' ' + row[5]));
         Selection system;
-        FakeCall call(c.parameters);
-        const std::string result = answer_of(call, c.body(call, system));
-        EXPECT_EQ(system.dialog.empty() ? result : system.dialog, c.dialog);
-        if (!system.dialog.empty()) {
-            EXPECT_EQ(result, c.result) << c.dialog;
-        }
+        FakeCall call({row.begin() + 1, row.begin() + 5});
+        const std::string result = answer_of(call, dialogs.at(row[0])(call, system));
+        EXPECT_EQ(system.dialog.empty() ? result : system.dialog, utf8_from_utf16(row[5]));
+        EXPECT_EQ(system.dialog.empty() ? "" : result, utf8_from_utf16(row[6]));
     }
+    Selection long_name;
+    FakeCall too_long({u"", u"", std::u16string(256, u'a')});
+    EXPECT_EQ(answer_of(too_long, save_file_dialog(too_long, long_name)), "$$-37");
     FakeCall step({u"", u"", u""});
     step.set_step_option(3, 1);
     step.set_step_option(4, 0);

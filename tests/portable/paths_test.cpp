@@ -1,6 +1,7 @@
 // Path prefixes and the way from a path parameter to a native path.
 #include "src/params/path_form.h"
 #include "src/params/paths.h"
+#include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
 
@@ -33,56 +34,16 @@ std::string resolved(std::uint32_t flags, const std::u16string& path, const Path
 }
 
 TEST(Paths, TheKindIsToldByThePrefixAtTheStart) {
-    constexpr std::pair<const char16_t*, int> cases[] = {
-        {u"filemac:/Disk/a", 1}, {u"filewin:/C:/a", 2}, {u"file:a", 3},    {u"imagemac:a", 4},
-        {u"imagewin:a", 5},      {u"image:a", 6},       {u"moviemac:", 7}, {u"moviewin:/", 8},
-        {u"movie:a", 9},         {u"size:1,2", 10},     {u"smb://a", 30},  {u"C:\\a", 0},
-        {u" file:a", 0},         {u"FILE:a", 0},        {u"files:a", 0},   {u"/file:a", 0},
-    };
-    for (const auto& [path, kind] : cases)
-        EXPECT_EQ(static_cast<int>(classify(path)), kind) << narrow(path);
+    for (const auto& row : testing::wide_table("path_kinds.txt", 2))
+        EXPECT_EQ(std::to_string(static_cast<int>(classify(row[0]))), narrow(row[1]))
+            << narrow(row[0]);
 }
 
 TEST(Paths, OnlyAcceptedPrefixesAreRemoved) {
-    struct {
-        std::uint32_t flags;
-        const char16_t* path;
-        const char* expected;
-    } const cases[] = {
-        {0x2, u"filewin:/C:/a", "C:/a"},
-        {0x2, u"filewin:C:/a", "filewin:C:/a"},
-        {0x2, u"filewin://server/a", "/server/a"},
-        {0x100000, u"filewin:/C:/a", "/C:/a"},
-        {0x100000, u"filewin:C:/a", "C:/a"},
-        {0x100002, u"filewin:C:/a", "C:/a"},
-        {0x331, u"filewin:/C:/a", "filewin:/C:/a"},
-        {0x4, u"file:/a", "/a"}, // one prefix a call: the slash stays
-        {0x4, u"file:file:a", "file:a"},
-        {0x333, u"file:a", "file:a"},
-        {0x100020, u"imagewin:C:/a", "C:/a"},
-        {0x313, u"imagewin:/C:/a", "imagewin:/C:/a"},
-        {0x200, u"moviewin:/C:/a", "C:/a"},
-        {0x133, u"moviewin:/C:/a", "moviewin:/C:/a"},
-        {0xFFFFF, u"filemac:/a", "filemac:/a"},
-        {0x100fff, u"image:/a", "image:/a"},
-        {0x100fff, u"smb://a", "smb://a"},
-        {0x1, u"/a", "a"},
-        {0x1, u"/", ""},
-        {0x1, u"//server/a", "//server/a"},
-        {0x333, u"/filewin:/C:/a", "filewin:/C:/a"},
-        {0, u"/a", "/a"},
-        {0, u"filewin:/a\rb", "filewin:/a\rb"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(stripped(c.flags, c.path), c.expected) << narrow(c.path) << ' ' << c.flags;
-}
-
-TEST(Paths, EachLineLosesItsOwnPrefixWhereSeveralMayStand) {
-    EXPECT_EQ(stripped(0x2, u"filewin:/a\rfilewin:/b"), "-4254");
-    EXPECT_EQ(stripped(0x333, u"a\r"), "-4254");
-    EXPECT_EQ(stripped(0x1000333, u"filewin:/a\rC:\\b\r/c\r\rimagewin:/d\rfilewin:e\r//f\r"),
-              "a\rC:\\b\rc\r\rd\rfilewin:e\r//f\r");
-    EXPECT_EQ(stripped(0x333, u"a\nb"), "a\nb"); // a line feed ends no line
+    for (const auto& row : testing::wide_table("path_prefixes.txt", 3)) {
+        const auto flags = static_cast<std::uint32_t>(std::stoul(narrow(row[0]), nullptr, 16));
+        EXPECT_EQ(stripped(flags, row[1]), narrow(row[2])) << narrow(row[1]) << ' ' << flags;
+    }
 }
 
 TEST(Paths, WhatIsNoPathIsRefused) {

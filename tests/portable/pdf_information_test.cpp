@@ -1,13 +1,14 @@
 // Descriptions of PDF files made for the purpose, sound or not.
 #include "src/documents/pdf_information.h"
 #include "tests/portable/fake_call.h"
-#include "tests/portable/fake_files.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
+#include "tests/portable/pdf_builder.h"
 #include "tests/portable/real_files.h"
+#include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <map>
 #include <random>
 
@@ -16,8 +17,8 @@ namespace {
 
 using testing::EndlessFile;
 using testing::FakeCall;
-using testing::FakeContents;
-using testing::FakeFiles;
+using testing::FakeSystem;
+using testing::Pdf;
 
 // The text with "|" for carriage returns, then "!" and the code of a failure.
 std::string description_of(files::File& file, std::size_t buffer = 4096) {
@@ -36,37 +37,6 @@ constexpr const char* further = "|ParseError: could not parse further";
 std::string lines(const std::string& version, const std::string& rest) {
     return "|PDF Version: " + version + "|Fast Web View: No" + rest;
 }
-
-// A file as it grows by objects and updates.
-struct Pdf {
-    std::string bytes = "%PDF-1.4\n";
-    std::map<int, std::size_t> offsets{}; // of the update in work
-    std::size_t table = 0;
-
-    Pdf& object(int number, const std::string& body) {
-        offsets[number] = bytes.size();
-        bytes += std::to_string(number) + " 0 obj\n" + body + "\nendobj\n";
-        return *this;
-    }
-    // One subsection for each object.
-    Pdf& add_table() {
-        table = bytes.size();
-        bytes += "xref\n0 1\n0000000000 65535 f \n";
-        for (const auto& [number, offset] : offsets) {
-            char entry[40];
-            std::snprintf(entry, sizeof entry, "%d 1\n%010zu 00000 n \n", number, offset);
-            bytes += entry;
-        }
-        offsets.clear();
-        return *this;
-    }
-    Pdf& finish(const std::string& trailer) {
-        add_table();
-        bytes +=
-            "trailer\n<< " + trailer + " >>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n";
-        return *this;
-    }
-};
 
 // The lines of an information dictionary.
 std::string information(const std::string& entries) {
@@ -92,42 +62,9 @@ TEST(PdfInformation, ReadsTheHeader) {
 }
 
 TEST(PdfInformation, ReadsValuesOfAllKinds) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"/A(x)/B (y) /C/Name", "|A: x|B: y|C: Name"},
-        {"/A (a(b(c))d\\)\\\\\\053\\53x\\0534\\q\\\r\nz\\n.)", "|A: a(b(c))d)\\++x+4qz\n."},
-        {"/A<4 1\n4>/B <4142>%comment)>>\n/C<>", "|A: A@|B: AB|C: "},
-        {"/A#20B#2 (x)/\xC3\xA9 1 /\xE9 2", "|A B#2: x|\u00e9: 1|\u00e9: 2"},
-        {"/A 12/B -1.5 /C true /D null /E 3 4 /F(x)", "|A: 12|B: -1.5|C: true|D: |E: 3|F: x"},
-        {"/A[1 (]\\)) <<>>]/B << /C (D) >> /E(F)", "|A: [1 (]\\)) <<>>]|B: << /C (D) >>|E: F"},
-        {"/A 7 0 R/B 8 0 R /C 6 0 R/D(x)", "|A: referred (to)|B: referred (to)|C: [1 2]|D: x"},
-        {"/A 9 0 R/B 70 0 R/C 7 1 R/D 5 0 R",
-         "|A: |B: |C: |D: <</A 9 0 R/B 70 0 R/C 7 1 R/D 5 0 R>>"},
-        {"/A( \r\n x y\\040\\n)/B(x\\000\\000)/C(  )", "|A: x y|B: x|C: "},
-        {"/A(\\030\x80\x9E\x9F\xA0\xAD\xE9\x7F)",
-         "|A: \u02d8\u2022\u017e\u009f\u20ac\u00ad\u00e9\x7F"},
-        {"/A<FEFF00E4D83DDE00D83D00780A>", "|A: \u00e4\U0001f600\ufffdx"},
-        {"/A<FFFEE4003DD800DE3DD8>", "|A: \u00e4\U0001f600\ufffd"},
-        {"/A(\xEF\xBB\xBF\xC3\xA4\xF0\x9F\x98\x80\xE2\x82x\xC3)",
-         "|A: \u00e4\U0001f600\u00e2\u2021x\u00c3"},
-        {"/A(\xEF\xBB)/B<FE>/C(\xEF\xBB\xBF)", "|A: \u00ef\u00bb|B: \u00fe|C: "},
-        {"/Date<FEFF0044003A0031003900390039>/DateB(x D:19991)/CDate(D:200)",
-         "|Date: 1999|DateB: 1999|CDate: "},
-        {"/Date(D:2022080112Z)/X(D:1)/ADate(D:202208011234567)/BDate(May 1)",
-         "|Date: 2022:08:01 12|X: D:1|ADate: 2022:08:01 12:34:56|BDate: May 1"},
-    };
-    for (const auto& [entries, expected] : cases)
-        EXPECT_EQ(information(entries), expected) << entries;
-    // What is not closed ends before the next object.
-    const std::pair<std::string, std::string> unclosed[] = {
-        {"/A(:( x)/B(y)", "|A: :( x|B: y"},
-        {"/A(x\\)/B 1", "|A: x)/B 1"},
-        {"/A[(x/B(y)]", "|A: [(x/B(y)]"},
-    };
-    for (const auto& [entries, expected] : unclosed)
-        EXPECT_EQ(information(entries), expected + further) << entries;
-    // Not closed, or no dictionary at all.
-    EXPECT_EQ(information("/A(x) endobj /B(y)"), "|A: x");
-    EXPECT_EQ(information("/A endobj /B(y)"), "|A: ");
+    for (const auto& row : testing::table("pdf_values.txt", 2))
+        EXPECT_EQ(information(testing::bytes_of_text(row[0])), row[1]) << row[0];
+    // No dictionary at all.
     EXPECT_EQ(description_of(Pdf().object(1, "(x)").finish("/Info 1 0 R").bytes), lines("1.4", ""));
 }
 
@@ -353,10 +290,9 @@ TEST(PdfInformation, ReadsLargeFilesOnceInSmallPieces) {
 
 // A call gives the description behind what else it asks for.
 TEST(PdfInformation, IsPartOfTheMetadata) {
-    FakeFiles files;
+    FakeSystem files;
     const std::string packet = "<?xpacket begin=''?><?xpacket end='r'?>";
-    files.add(u"a.pdf",
-              FakeContents::of(Pdf().object(1, packet + std::string(9000, ' ')).finish("").bytes));
+    files.add(u"a.pdf", (Pdf().object(1, packet + std::string(9000, ' ')).finish("").bytes));
     const auto result = [&](const std::u16string& switches, const std::u16string& path) {
         FakeCall call({switches, path});
         const Result<void> done = metadata::get_metadata(call, files);

@@ -1,16 +1,17 @@
 // Text of PDF files: what becomes of a reader's bytes, and the data that the reader needs.
+#include "src/archive/zip_writer.h"
 #include "src/documents/encoding_data.h"
 #include "src/documents/plain_text.h"
-#include "tests/portable/fake_archives.h"
 #include "tests/portable/fake_call.h"
+#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
 namespace vell::documents {
 namespace {
 
-using testing::FakeArchives;
 using testing::FakeCall;
+using testing::FakeSystem;
 using testing::native;
 
 // The result for a file that reads as these bytes, whatever the pieces; "$$code" for a failure.
@@ -64,50 +65,47 @@ TEST(PlainText, TellsWhatKeepsItFromATextOfItsOwn) {
 }
 
 std::string archive_of_two_files() {
-    FakeArchives source;
-    source.store.folders.insert(u"C:");
-    source.store.add(u"C:\\long", std::string(100'000, 'a'));
-    source.store.add(u"C:\\empty", "");
-    archive::ZipWriter writer(source.store.open_emptied(native(u"C:\\zip")).value());
+    FakeSystem source;
+    source.add(u"C:\\long", std::string(100'000, 'a'));
+    source.add(u"C:\\empty", "");
+    archive::ZipWriter writer(source.open_emptied(native(u"C:\\zip")).value());
     EXPECT_TRUE(writer.add_file(source, "f/g/long", native(u"C:\\long"), {}));
     EXPECT_TRUE(writer.add_file(source, "empty", native(u"C:\\empty"), {}));
     EXPECT_TRUE(writer.finish());
-    return source.store.at(u"C:\\zip");
+    return source.at(u"C:\\zip");
 }
 
 TEST(EncodingData, IsWholeWhateverFailedOrWentMissingBefore) {
     const std::string archive = archive_of_two_files();
-    const auto unpack = [&](FakeArchives& system) {
+    const auto unpack = [&](FakeSystem& system) {
         return unpack_missing(system, archive, native(u"C:\\top\\data"));
     };
-    const auto is_whole = [](const FakeArchives& system) {
-        return system.store.contents().size() == 2 && system.store.open_files() == 0 &&
-               system.store.at(u"C:\\top\\data\\f\\g\\long") == std::string(100'000, 'a') &&
-               system.store.at(u"C:\\top\\data\\empty").empty();
+    const auto is_whole = [](FakeSystem& system) {
+        return system.contents().size() == 2 && system.open_files() == 0 &&
+               system.at(u"C:\\top\\data\\f\\g\\long") == std::string(100'000, 'a') &&
+               system.at(u"C:\\top\\data\\empty").empty();
     };
-    FakeArchives first;
-    first.store.folders.insert(u"C:");
+    FakeSystem first;
     ASSERT_TRUE(unpack(first));
     EXPECT_TRUE(is_whole(first));
-    first.store.add(u"C:\\top\\data\\f\\g\\long", "cut off"); // what a full disk left
+    first.add(u"C:\\top\\data\\f\\g\\long", "cut off"); // what a full disk left
     ASSERT_TRUE(unpack(first));
     EXPECT_TRUE(is_whole(first));
 
     for (int operation = 1;; ++operation) {
-        FakeArchives system;
-        system.store.folders.insert(u"C:");
-        system.store.fail(operation, ErrorCode::Busy);
+        FakeSystem system;
+        system.fail(operation, ErrorCode::Busy);
         const bool done = static_cast<bool>(unpack(system));
-        if (system.store.operations() < operation)
+        if (system.operations() < operation)
             break;
         EXPECT_EQ(done, is_whole(system)) << operation;
-        const std::string file = system.store.at(u"C:\\top\\data\\f\\g\\long");
+        const std::string file = system.at(u"C:\\top\\data\\f\\g\\long");
         EXPECT_TRUE(file == "<none>" || file.size() == 100'000) << operation;
         EXPECT_TRUE(unpack(system)) << operation;
         EXPECT_TRUE(is_whole(system)) << operation;
     }
-    FakeArchives full;
-    full.folder_failure = ErrorCode::Busy;
+    FakeSystem full;
+    full.die(1, ErrorCode::Busy);
     EXPECT_EQ(unpack(full).error(), ErrorCode::Busy);
 }
 

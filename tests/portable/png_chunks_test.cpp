@@ -5,21 +5,11 @@
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 namespace vell::metadata {
 namespace {
 
 using namespace vell::testing;
-
-std::string deflated(const std::string& text) {
-    uLongf size = compressBound(static_cast<uLong>(text.size()));
-    std::string bytes(size, '\0');
-    compress(reinterpret_cast<Bytef*>(bytes.data()), &size,
-             reinterpret_cast<const Bytef*>(text.data()), static_cast<uLong>(text.size()));
-    bytes.resize(size);
-    return bytes;
-}
 
 std::string text_chunk(const std::string& keyword, const std::string& text) {
     return png_chunk("tEXt", keyword + '\0' + text);

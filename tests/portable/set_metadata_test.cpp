@@ -1,10 +1,10 @@
 #include "src/metadata/set_metadata.h"
 
 #include "tests/portable/fake_call.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
-#include "tests/portable/writable_files.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ const std::u16string source = u"C:\\a.jpg";
 const std::u16string destination = u"C:\\b.jpg";
 
 // The code of a write, as from `source` to `target`.
-std::int32_t set(WritableFiles& files, const std::u16string& target, std::string_view switches,
+std::int32_t set(FakeSystem& files, const std::u16string& target, std::string_view switches,
                  std::string_view text) {
     FakeCall call({utf16_from_utf8(switches), source, target, utf16_from_utf8(text)});
     const Result<void> done = set_metadata(call, files);
@@ -30,7 +30,7 @@ std::int32_t set(WritableFiles& files, const std::u16string& target, std::string
 
 // The file after a write that succeeds; "!" and the code otherwise.
 std::string written(const std::string& file, std::string_view switches, std::string_view text) {
-    WritableFiles files;
+    FakeSystem files;
     files.add(source, file);
     const std::int32_t code = set(files, destination, switches, text);
     EXPECT_EQ(files.at(source), file);
@@ -45,10 +45,6 @@ std::string added(std::string_view switches, std::string_view text, const std::s
     if (!file.starts_with(start) || !file.ends_with(frame))
         return file;
     return file.substr(start.size(), file.size() - start.size() - frame.size());
-}
-
-std::string photoshop(const std::string& resources) {
-    return segment(SegmentMarker::App13, std::string("Photoshop 3.0\0", 14) + resources);
 }
 
 TEST(SetMetadata, TakesOneTargetAndAnyComment) {
@@ -196,7 +192,7 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
     const std::string exif = exif_segment("II*\0");
     for (const auto& [get, set_switches] :
          {std::pair{"GetXMP", "-SetXMP"}, {"GetXMP -SourceUTF8Charset", "-SetXMP -UTF8Charset"}}) {
-        WritableFiles files;
+        FakeSystem files;
         files.add(source, soi + exif + old + old + frame);
         FakeCall call({utf16_from_utf8(get), source});
         ASSERT_TRUE(get_metadata(call, files));
@@ -321,7 +317,7 @@ TEST(SetMetadata, PicturesBehindTheFirstAreFoundAfterEveryWrite) {
               Pictures{order, others + head + late, ""}})
             for (const auto& [switches, text] : writes) {
                 const std::string file = pictures.file();
-                WritableFiles in_place;
+                FakeSystem in_place;
                 in_place.add(source, file);
                 ASSERT_EQ(set(in_place, u"", switches, text), 0) << switches;
                 const std::string after = written(file, switches, text);
@@ -343,7 +339,7 @@ TEST(SetMetadata, RefusesBeforeAnythingIsMade) {
     EXPECT_EQ(written(soi + "\xFF\xDA", "-SetExif", ""), "!-4247");
     EXPECT_EQ(written(plain, "-SetExif", "##EXIF 9\rx\r##END 9"), "!-50");
 
-    WritableFiles files;
+    FakeSystem files;
     files.add(source, plain);
     files.add(destination, "there");
     EXPECT_EQ(set(files, destination, "-SetXMP", "<x/>"), -48);
@@ -355,7 +351,7 @@ TEST(SetMetadata, RefusesBeforeAnythingIsMade) {
 
 TEST(SetMetadata, StepsNameTheTargetAndTheEncoding) {
     const auto result = [](std::int32_t action, std::int32_t encoding) {
-        WritableFiles files;
+        FakeSystem files;
         files.add(source, plain);
         FakeCall call({u"", source, u"", u"", u"caf\u00E9", u""});
         call.set_step_option(3, action);
@@ -388,14 +384,14 @@ TEST(SetMetadata, NoFailureLosesTheFile) {
             const bool in_place = target != destination;
             int operations = 1;
             for (int operation = 1; operation <= operations; ++operation) {
-                WritableFiles files;
+                FakeSystem files;
                 files.add(source, file);
                 EXPECT_EQ(set(files, target, switches, text), 0);
                 EXPECT_EQ(files.at(in_place ? source : destination), expected);
                 EXPECT_EQ(files.contents().size(), in_place ? 1U : 2U);
                 operations = files.operations();
 
-                WritableFiles failing;
+                FakeSystem failing;
                 failing.add(source, file);
                 failing.fail(operation, ErrorCode::DiskError);
                 EXPECT_EQ(set(failing, target, switches, text), -80) << operation;
@@ -432,7 +428,7 @@ TEST(SetMetadata, WhatWasReadFromRealFilesReadsTheSameAgain) {
         const std::string bytes = bytes_of(real_path);
         for (const auto& [getting, setting] : pairs) {
             SCOPED_TRACE(real_path.string() + " " + getting);
-            WritableFiles files;
+            FakeSystem files;
             files.add(source, bytes);
             const auto read = [&, get = utf16_from_utf8(getting)](const std::u16string& path) {
                 FakeCall call({get, path});

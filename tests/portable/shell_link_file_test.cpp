@@ -3,6 +3,7 @@
 #include "src/files/paths/relative_path.h"
 #include "src/formats/shell_link_file.h"
 #include "src/params/switch_text.h"
+#include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
 
@@ -51,25 +52,9 @@ TEST(ShellLinkFile, TakesARelativePathBetweenItsParts) {
 }
 
 TEST(ShellLinkFile, KnowsTheWayToAnItem) {
-    const struct {
-        const char16_t* folder;
-        const char16_t* item;
-        const char16_t* way; // null: none
-    } cases[] = {
-        {u"C:\\a\\", u"C:\\a\\x.txt", u".\\x.txt"},
-        {u"C:\\A\\b", u"c:\\a\\c\\x", u"..\\c\\x"},
-        {u"C:\\ab", u"C:\\a", u"..\\a"},
-        {u"C:\\a\\b", u"C:\\a", u".."},
-        {u"C:\\", u"C:\\x", u".\\x"},
-        {u"C:\\a", u"D:\\a\\x", nullptr},
-        {u"\\\\s\\one\\a", u"\\\\s\\one\\x", u"..\\x"},
-        {u"\\\\s\\one\\a", u"\\\\s\\two\\x", nullptr},
-    };
-    for (const auto& c : cases) {
-        const auto way = relative_path(c.folder, c.item);
-        EXPECT_EQ(way.has_value(), c.way != nullptr);
-        EXPECT_EQ(way.value_or(u""), c.way ? c.way : u"") << utf8_from_utf16(c.folder);
-    }
+    for (const auto& row : testing::wide_table("relative_paths.txt", 3))
+        EXPECT_EQ(relative_path(row[0], row[1]).value_or(u"none"), row[2])
+            << utf8_from_utf16(row[0]);
 }
 
 TEST(SwitchText, EndsAsItIsWritten) {

@@ -1,5 +1,4 @@
 // Switches, their values and the encodings that they choose.
-#include "src/base/utf8.h"
 #include "src/params/encodings.h"
 #include "src/params/switches.h"
 #include "tests/portable/table_text.h"
@@ -7,33 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace vell::params {
 namespace {
-
-struct EncodingRow {
-    std::string name;
-    int number;
-};
-
-// Names by their numbers in the host's interface, in the order in which they are looked for.
-std::vector<EncodingRow> encoding_rows() {
-    const auto cells = testing::cells(
-        u"Native|0|UTF8|1|UTF-8|1|ASCII_DOS|2|ASCII_Windows|3|ASCII_Mac|4|ISO_8859_15|36|"
-        u"ISO_8859_1|5|ShiftJIS_Mac|6|ShiftJIS_Win|7|Korean_Mac|8|Korean_Win|9|"
-        u"Korean_Johab|10|ChineseTrad_Mac|11|ChineseTrad_Win|12|ChineseSimp_Mac|13|"
-        u"ChineseSimp_Win|14|Cyrillic_Mac|15|Cyrillic_Win|16|ISO_8859_5|17|"
-        u"CentralEurope_Mac|18|EasternEurope_Win|19|ISO_8859_2|20|Turkish_Mac|21|"
-        u"Turkish_Win|22|ISO_8859_3|23|ISO_8859_9|24|Baltic_Win|25|ISO_8859_4|26|"
-        u"Arabic_Mac|27|Arabic_Win|28|ISO_8859_6|29|Greek_Mac|30|Greek_Win|31|"
-        u"ISO_8859_7|32|Hebrew_Mac|33|Hebrew_Win|34|ISO_8859_8|35|");
-    std::vector<EncodingRow> rows;
-    for (std::size_t i = 0; i < cells.size(); i += 2)
-        rows.push_back(
-            {"-Encoding=" + utf8_from_utf16(cells[i]), std::stoi(utf8_from_utf16(cells[i + 1]))});
-    return rows;
-}
 
 constexpr auto some_default = static_cast<TextEncoding>(-7);
 
@@ -85,38 +60,22 @@ TEST(Switches, TheFirst2000CharactersCount) {
 }
 
 TEST(Switches, AValueEndsAtTheNextMinusSign) {
-    struct {
-        const char* text;
-        const char* name;
-        std::size_t capacity;
-        const char* expected;
-    } const cases[] = {
-        {"-Size=12 -Quiet", "-size=", 100, "-size=12 "}, // the name as the caller gave it
-        {"-Size=-12-Quiet", "-Size=", 100, "-Size=-12"},
-        {"-Size=--Quiet", "-Size=", 100, "-Size=-"},
-        {"-Size=", "-Size=", 100, "-Size="},
-        {"-Size=1-Size=2", "-Size=", 100, "-Size=1"},
-        {"XL-SIZE=1 -Size=2", "-Size=", 100, "-Size=1 "},
-        {"-Size=12345", "-Size=", 4, "-Size=123"},
-        {"-Size=12345", "-Size=", 6, "-Size=12345"},
-        {"-Size=12345", "-Size=", 0, "-Size="},
-        {"-Size=12", "-Sizes=", 100, ""},
-        {"-Date=1/2 a=b\r-", "-Date=", 100, "-Date=1/2 a=b\r"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(SwitchSet(c.text).value(c.name, c.capacity), c.expected)
-            << c.text << ' ' << c.capacity;
+    for (const auto& row : testing::table("switch_values.txt", 4))
+        EXPECT_EQ(SwitchSet(row[0]).value(row[1], std::stoul(row[2])), row[3])
+            << row[0] << ' ' << row[2];
 }
 
 TEST(Encodings, EachNameHasItsNumberAndTheEarliestCounts) {
-    const std::vector<EncodingRow> rows = encoding_rows();
+    const auto rows = testing::table("encodings.txt", 2);
     EXPECT_EQ(rows.size(), 38U);
     for (std::size_t first = 0; first < rows.size(); ++first) {
-        const auto& [name, number] = rows[first];
+        const std::string name = "-Encoding=" + rows[first][0];
+        const int number = std::stoi(rows[first][1]);
         EXPECT_EQ(encoding_number(name), number) << name;
         for (std::size_t later = first + 1; later < rows.size(); ++later) {
-            EXPECT_EQ(encoding_number(rows[later].name + " " + name), number) << name;
-            EXPECT_EQ(encoding_number(name + rows[later].name), number) << name;
+            const std::string other = "-Encoding=" + rows[later][0];
+            EXPECT_EQ(encoding_number(other + " " + name), number) << name;
+            EXPECT_EQ(encoding_number(name + other), number) << name;
         }
     }
 }

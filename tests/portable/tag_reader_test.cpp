@@ -2,7 +2,7 @@
 #include "src/formats/recognition.h"
 #include "src/metadata/reading/gps_decimal.h"
 #include "src/metadata/reading/tag_reader.h"
-#include "tests/portable/fake_files.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/tiff_builder.h"
 
@@ -350,12 +350,11 @@ TEST(TagReader, ReadsNoMoreOfAFileThanTheTags) {
                                      ascii(272, std::string(9000, 'x')),
                                      {273, FieldType::Long, {}, "", 0x20000000, 100},
                                      {306, FieldType::Ascii, {}, "", 0x7FFFFFFF, 200}}});
-    FakeFiles files;
-    FakeContents contents{2'000'000'000, 2'000'000'000, [&](std::uint64_t at) {
-                              return at < start.size() ? start[at] : '\0';
-                          }};
-    files.add(u"large.tif", contents);
-    const auto file = *files.open({u"large.tif", std::nullopt}, files::Permission::Read);
+    FakeSystem files;
+    files.add(u"large.tif", {.length = 2'000'000'000, .byte_at = [&](std::uint64_t at) {
+                                 return at < start.size() ? start[at] : '\0';
+                             }});
+    const auto file = *files.open(native(u"large.tif"), files::Permission::Read);
     auto reader = *files::BufferedReader::over(*file);
     MetadataText text;
     EXPECT_TRUE(read_tags(reader, exif, TextEncoding::Utf8, text));
