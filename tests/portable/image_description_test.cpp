@@ -1,5 +1,6 @@
 // Descriptions of images from headers that are made here.
 #include "tests/portable/image_builder.h"
+#include "tests/portable/movie_builder.h"
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>
@@ -186,6 +187,37 @@ TEST(ImageDescription, LooksAtSoManyDirectories) {
         "\xFF", 300'000'000);
     EXPECT_TRUE(metadata_of("-GetImageDescription", file).starts_with("Height: 9|Width: 16|"));
     EXPECT_LE(file.bytes_read(), 100u * 65'536 * 12);
+}
+
+// A grid of hidden tiles with a thumbnail, as telephones make them.
+TEST(ImageDescription, Heif) {
+    const auto item = [](std::uint16_t id, std::string_view type, std::uint32_t flags = 0) {
+        return full_box("infe", big16(id) + big16(0) + std::string(type) + '\0', 2, flags);
+    };
+    const auto size = [](std::uint32_t width, std::uint32_t height) {
+        return full_box("ispe", big32(width) + big32(height));
+    };
+    const auto file = [&](std::string_view more_properties, std::string_view of_primary) {
+        const auto count = static_cast<char>(of_primary.size());
+        return box("ftyp", "heic" + big32(0)) +
+               full_box(
+                   "meta",
+                   full_box("pitm", big16(5)) +
+                       full_box("iinf", big16(4) + item(1, "hvc1", 1) + item(2, "hvc1", 1) +
+                                            item(5, "grid") + item(6, "hvc1")) +
+                       full_box("iref", box("dimg", big16(5) + big16(2) + big16(1) + big16(2)) +
+                                            box("thmb", big16(6) + big16(1) + big16(5))) +
+                       box("iprp", box("ipco", size(400, 300) + std::string(more_properties)) +
+                                       full_box("ipma", big32(1) + big16(5) + count +
+                                                            std::string(of_primary))));
+    };
+    const std::string codec = "HEVC|Codec type: hvc1";
+    const std::string turn = box("irot", "\1");
+    const std::string depth = full_box("pixi", "\3\x0A\x0A\x0A");
+    expect_lines(file("", "\1"), {"300", "400", "24", "72", "72", codec});
+    expect_lines(file(turn + depth, "\x82\1\3"), {"400", "300", "30", "72", "72", codec});
+    EXPECT_EQ(description(file(depth, "\2")), "!-4243"); // no size
+    EXPECT_EQ(description(box("ftyp", "isom") + box("moov")), "!-4243");
 }
 
 TEST(ImageDescription, OtherFiles) {

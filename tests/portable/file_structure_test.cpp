@@ -1,0 +1,150 @@
+#include "src/structure/file_structure.h"
+#include "tests/portable/answer_of.h"
+#include "tests/portable/image_builder.h"
+#include "tests/portable/movie_builder.h"
+#include "tests/portable/pdf_builder.h"
+#include "tests/portable/tiff_builder.h"
+#include "tests/portable/zip_builder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+using namespace vell;
+using namespace vell::testing;
+
+// Lines are separated by "|".
+std::string structure_of(std::string bytes, std::u16string switches = u"") {
+    FakeSystem system;
+    system.add(u"C:\\file", std::move(bytes));
+    std::string answer = answer_of({std::move(switches), u"C:\\file"}, [&](params::Call& call) {
+        return structure::get_file_structure(call, system);
+    });
+    std::ranges::replace(answer, '\r', '|');
+    return answer;
+}
+
+std::string little32(std::uint32_t number) {
+    std::string bytes;
+    append_integer<std::uint32_t>(bytes, number, ByteOrder::Little);
+    return bytes;
+}
+
+TEST(FileStructure, TellsBoxesWithTheirFields) {
+    const std::string movie =
+        file_type + box("free", "12") +
+        box("moov", movie_header() + full_box("titl", "", 3) + box("udta", big32(0)));
+    EXPECT_EQ(structure_of(movie),
+              "QuickTime or ISO media: size 186"
+              "|  ftyp: offset 0, size 24, brand isom, version 512, compatible isom avc1"
+              "|  free: offset 24, size 10"
+              "|  moov: offset 34, size 152"
+              "|    mvhd: offset 42, size 108, time scale 600, duration 1200"
+              "|    titl: offset 150, size 12, Moviebox version too high, skipped moviebox"
+              "|    udta: offset 162, size 12|      (no box): offset 170, size 4"
+              "|  (no box): offset 174, size 12")
+        << "the sizes of the parts below are what this test is built from";
+}
+
+TEST(FileStructure, TellsWhichItemsAFileHas) {
+    const std::string image =
+        box("ftyp", "heic" + big32(0) + "mif1") +
+        full_box("meta",
+                 full_box("pitm", big16(7)) +
+                     full_box("iinf",
+                              big16(1) + full_box("infe", big16(7) + big16(0) + "hvc1" + '\0', 2)) +
+                     full_box("iref", box("cdsc", big16(8) + big16(1) + big16(7))));
+    const std::string told = structure_of(image);
+    for (const std::string_view line :
+         {"pitm: offset 32, size 14, item 7", "size 21, item 7, type hvc1",
+          "cdsc: offset 93, size 14, from 8, to 7"})
+        EXPECT_NE(told.find(line), told.npos) << line << " in " << told;
+}
+
+TEST(FileStructure, TellsImagesAndWhatIsInTheirParts) {
+    const std::string tags =
+        TiffBuilder(ByteOrder::Big)
+            .build({.first = {ascii(315, "Ann Artist")}, .exif = {{37385, FieldType::Short, {1}}}});
+    const std::string tiff = structure_of(tags);
+    EXPECT_TRUE(tiff.starts_with("TIFF: size 67|  IFD: offset 8, size 30, entries 2"
+                                 "|    315: offset 10, size 12, type ASCII, count 11, value at 38"
+                                 "|    34665: offset 22, size 12, type LONG, count 1"
+                                 "|      Exif: offset 49, size 18, entries 1"
+                                 "|        37385: offset 51, size 12, type SHORT, count 1"))
+        << tiff;
+
+    const std::string frame = segment(SegmentMarker::Sof0, "\x08" + big16(20) + big16(30) + "\1");
+    const std::string photograph =
+        structure_of(jpeg({exif_segment(tags), photoshop(resource(1028, "caption")), frame}));
+    for (const std::string_view line :
+         {"|  APP1: offset 2, size 77, identifier Exif|    IFD: offset 20, size 30, entries 2",
+          "|  APP13: offset 79, size 38, identifier Photoshop 3.0|    1028: offset 97, size 20, "
+          "data size 7",
+          "|  SOF0: offset 117, size 10, width 30, height 20, bits 8, components 1|  SOS: ",
+          "|  (scan): offset 141, size 6"})
+        EXPECT_NE(photograph.find(line), photograph.npos) << line << " in " << photograph;
+
+    EXPECT_EQ(structure_of(png({png_chunk("tEXt", std::string("Title\0x", 7))})),
+              "PNG: size 64|  IHDR: offset 8, size 25, width 16843009, height 16843009, bits 1, "
+              "colour type 1|  tEXt: offset 33, size 19, keyword Title"
+              "|  IEND: offset 52, size 12");
+    EXPECT_EQ(structure_of("GIF89a" + std::string("\2\0\3\0\0\0\0!\xF9\1x\0", 12) +
+                           std::string(",\0\0\0\0\2\0\3\0\0\2\1y\0;", 15)),
+              "GIF: size 33|  Header: offset 0, size 13, width 2, height 3"
+              "|  Extension: offset 13, size 5, label 0xF9|  Image: offset 18, size 14"
+              "|  Trailer: offset 32, size 1");
+    EXPECT_EQ(structure_of("RIFF" + little32(4 + 8 + 3 + 1 + 8) + "WEBPVP8 " + little32(3) + "abc" +
+                           '\0' + "EXIF" + little32(9)),
+              "RIFF: size 32|  RIFF: offset 0, size 32, form WEBP|    VP8 : offset 12, size 11"
+              "|    EXIF: offset 24, size 17, cut off");
+}
+
+TEST(FileStructure, TellsDocumentsAndArchives) {
+    Pdf pdf;
+    pdf.object(1, "<< /Title (x) >>").finish("/Size 2 /Info 1 0 R");
+    const std::string document = structure_of(pdf.bytes);
+    for (const std::string_view line : {"PDF: size ", "|  header: offset 0, size 8, version 1.4",
+                                        ", information 1 0, "
+                                        "information at ",
+                                        "|  startxref: offset ", ", table at "})
+        EXPECT_NE(document.find(line), document.npos) << line << " in " << document;
+
+    const std::string archive = structure_of(zip_of({"a folder/", "a.txt"}));
+    for (const std::string_view line :
+         {"zip: size ", "|  folder: offset 0, size 0, path a folder/, method 0, expanded size 0",
+          ", path a.txt, method 0, expanded size 5", "|  central directory: offset ",
+          ", entries 2|  end of central directory: offset "})
+        EXPECT_NE(archive.find(line), archive.npos) << line << " in " << archive;
+}
+
+TEST(FileStructure, GivesElementsAsXml) {
+    const std::string movie = file_type + box("a<&\"", "x") + box("moov", movie_header());
+    EXPECT_EQ(structure_of(movie, u"-Format=XML"),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+              "|<file format=\"QuickTime or ISO media\" size=\"149\">"
+              "|  <box name=\"ftyp\" offset=\"0\" size=\"24\" brand=\"isom\" version=\"512\" "
+              "compatible=\"isom avc1\"/>"
+              "|  <box name=\"a&lt;&amp;&quot;\" offset=\"24\" size=\"9\"/>"
+              "|  <box name=\"moov\" offset=\"33\" size=\"116\">"
+              "|    <box name=\"mvhd\" offset=\"41\" size=\"108\" time_scale=\"600\" "
+              "duration=\"1200\"/>"
+              "|  </box>|</file>");
+}
+
+TEST(FileStructure, RefusesOtherFilesAndEndsAtAnyDepth) {
+    EXPECT_EQ(structure_of("just a text"), "$$-4243");
+    EXPECT_EQ(structure_of(""), "$$-4243");
+    EXPECT_EQ(structure_of("PK\3\4 but no archive"), "$$-4249");
+
+    std::string nested = movie_header();
+    for (int i = 0; i < 1000; ++i)
+        nested = box("udta", nested);
+    const std::string told = structure_of(file_type + box("moov", nested));
+    EXPECT_EQ(told.find("mvhd"), told.npos);
+    EXPECT_EQ(std::ranges::count(told, '|'), 33) << "the type of the file, and 32 levels";
+}
+
+} // namespace
