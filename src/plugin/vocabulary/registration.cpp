@@ -20,9 +20,17 @@ ErrorCode attempt(Call call) {
     }
 }
 
+std::string_view name_of(const FunctionRow& row) {
+    return row.name();
+}
+std::string_view name_of(const StepRow& row) {
+    return row.name;
+}
+
 template <typename Row>
 ErrorCode add(Host& host, const Row& row, DebugLog& notes) {
-    const ErrorCode code = attempt([&] { return host.add(row); });
+    const ErrorCode code =
+        name_of(row).empty() ? ErrorCode::NameNotBuilt : attempt([&] { return host.add(row); });
     if (code != ErrorCode::Ok)
         notes.add_always("VlRegExternalFunc: Error with function ID= " +
                          to_text(std::int64_t{row.id}));
