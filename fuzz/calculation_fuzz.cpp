@@ -2,7 +2,7 @@
 // can be read must evaluate to the same value twice.
 #include "console/calc/evaluator.h"
 #include "console/calc/parser.h"
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 #include "fuzz/input.h"
 #include "src/base/utf8.h"
 

@@ -1,6 +1,6 @@
 #include "console/calc/calc_error.h"
 
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "console/calc/evaluator.h"
 
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 #include <cmath>
 

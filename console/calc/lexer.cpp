@@ -1,6 +1,6 @@
 #include "console/calc/lexer.h"
 
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 #include "src/base/ascii.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "console/calc/lexer.h"
 #include "console/calc/suggestion.h"
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "console/calc/seams.h"
 
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 namespace vell::console {
 

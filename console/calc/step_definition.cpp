@@ -1,7 +1,7 @@
 #include "console/calc/step_definition.h"
 
-#include "console/calc/unicode.h"
 #include "console/calc/xml_reader.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 

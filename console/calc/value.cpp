@@ -1,6 +1,6 @@
 #include "console/calc/value.h"
 
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 

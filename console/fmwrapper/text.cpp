@@ -1,13 +1,10 @@
 // Text: UTF-16 units with runs of styles.
 #include "console/fmwrapper/encodings.h"
 #include "console/fmwrapper/objects.h"
-
-#include <windows.h>
+#include "console/model/unicode.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
-#include <numeric>
 #include <string_view>
 
 using namespace vell;
@@ -50,28 +47,10 @@ void assign_units(fm::Text& text, std::u16string_view units) {
     text.styles.clear();
 }
 
-// What ignoring case compares: every unit in lower case.
-const std::array<char16_t, 0x10000>& folded_units() {
-    static const auto table = [] {
-        static std::array<char16_t, 0x10000> units;
-        std::array<char16_t, 0x10000> all;
-        std::iota(all.begin(), all.end(), char16_t{0});
-        const int size = static_cast<int>(all.size());
-        if (LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_LOWERCASE,
-                          reinterpret_cast<const wchar_t*>(all.data()), size,
-                          reinterpret_cast<wchar_t*>(units.data()), size, nullptr, nullptr,
-                          0) != size)
-            units = all;
-        return &units;
-    }();
-    return *table;
-}
-
 std::uint32_t find_ignoring_case(std::u16string_view text, std::u16string_view wanted,
                                  std::size_t position) {
-    const auto& fold = folded_units();
-    const auto equal = [&fold](char16_t a, char16_t b) {
-        return fold[a] == fold[b];
+    const auto equal = [](char16_t a, char16_t b) {
+        return console::lower_case(a) == console::lower_case(b);
     };
     const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(position), text.end(),
                                    wanted.begin(), wanted.end(), equal);

@@ -1,8 +1,8 @@
 #include "console/host/command_line.h"
 
 #include "console/calc/suggestion.h"
-#include "console/calc/unicode.h"
 #include "console/host/wide_text.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 #include <charconv>

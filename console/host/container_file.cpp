@@ -1,9 +1,9 @@
 #include "console/host/container_file.h"
 
-#include "console/calc/unicode.h"
 #include "console/host/image_size.h"
 #include "console/host/plugin_file.h"
 #include "console/host/wide_text.h"
+#include "console/model/unicode.h"
 
 #include <windows.h>
 #include <zlib.h>

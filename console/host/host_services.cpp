@@ -1,8 +1,8 @@
 #include "console/host/host_services.h"
 
-#include "console/calc/unicode.h"
 #include "console/host/host_window.h"
 #include "console/host/wide_text.h"
+#include "console/model/unicode.h"
 
 #include <windows.h>
 

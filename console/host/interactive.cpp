@@ -1,9 +1,9 @@
 #include "console/host/interactive.h"
 
-#include "console/calc/unicode.h"
 #include "console/host/help_page.h"
 #include "console/host/report.h"
 #include "console/host/terminal.h"
+#include "console/model/unicode.h"
 
 namespace vell::console {
 

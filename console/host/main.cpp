@@ -1,5 +1,4 @@
 // vellhost: loads the plug-in as the host does and runs calculations and script steps on it.
-#include "console/calc/unicode.h"
 #include "console/host/command_line.h"
 #include "console/host/container_file.h"
 #include "console/host/help_page.h"
@@ -9,6 +8,7 @@
 #include "console/host/session.h"
 #include "console/host/terminal.h"
 #include "console/host/wide_text.h"
+#include "console/model/unicode.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #include "console/host/plugin_file.h"
 
-#include "console/calc/unicode.h"
 #include "console/host/wide_text.h"
+#include "console/model/unicode.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #include "console/host/plugin_host.h"
 
-#include "console/calc/unicode.h"
 #include "console/host/plugin_file.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 #include <stdexcept>

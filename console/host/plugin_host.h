@@ -67,7 +67,6 @@ struct PluginIdentity {
     std::string file_version; // empty for an attached plug-in
 
     bool wants(std::size_t position) const; // 'Y' in the options string, positions from 1
-    bool has_preferences() const { return wants(6); }
     bool wants_start_and_shutdown() const { return wants(8); }
     bool wants_idle() const { return wants(9); }
     bool wants_session_shutdown() const { return wants(10); }

@@ -1,7 +1,7 @@
 #include "console/host/report.h"
 
-#include "console/calc/unicode.h"
 #include "console/host/container_file.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,9 +1,9 @@
 #include "console/host/session.h"
 
 #include "console/calc/suggestion.h"
-#include "console/calc/unicode.h"
 #include "console/host/container_file.h"
 #include "console/host/host_services.h"
+#include "console/model/unicode.h"
 
 namespace vell::console {
 

@@ -185,19 +185,6 @@ CivilDate civil_date(std::int64_t day_number) {
     return {static_cast<std::int32_t>(year), month, static_cast<std::int32_t>(rest) + 1};
 }
 
-int day_of_week(std::int64_t day_number) {
-    return static_cast<int>(floor_modulo(day_number, 7)) + 1; // day 1 was a Monday
-}
-
-int day_of_year(std::int64_t day_number) {
-    return static_cast<int>(day_number - days_before_year(civil_date(day_number).year));
-}
-
-int week_of_year(std::int64_t day) {
-    const std::int64_t new_year = day_number(civil_date(day).year, 1, 1);
-    return static_cast<int>((day - new_year + day_of_week(new_year) - 1) / 7) + 1;
-}
-
 DayAndSeconds split_time_stamp(const Decimal& seconds) {
     const std::int64_t whole = Decimal::floor(seconds).to_int64();
     const std::int64_t days =

@@ -25,9 +25,6 @@ std::int64_t day_number(std::int64_t year, std::int64_t month, std::int64_t day)
 CivilDate civil_date(std::int64_t day_number);
 bool is_leap_year(std::int64_t year);
 int days_in_month(std::int64_t year, int month);
-int day_of_week(std::int64_t day_number);  // 1 Sunday to 7 Saturday
-int day_of_year(std::int64_t day_number);  // from 1
-int week_of_year(std::int64_t day_number); // week 1 holds 1 January, weeks begin on Sunday
 
 // The dates that the host knows: years 1 to 4000.
 inline constexpr std::int64_t first_day = 1;

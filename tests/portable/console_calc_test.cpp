@@ -1,7 +1,7 @@
 // The calculation language: what a person writes, and what the host would answer.
 #include "console/calc/evaluator.h"
 #include "console/calc/parser.h"
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Definitions of script steps as the host reads them, and the values that a step receives.
 #include "console/calc/step_definition.h"
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 #include "console/calc/xml_reader.h"
 
 #include <gtest/gtest.h>

@@ -119,10 +119,6 @@ void add_file(Container& container, const QuadChar& type, std::u16string_view na
     container.add_stream(type, bytes);
 }
 
-std::int32_t stream_count(const fm::BinaryData* container) {
-    return host_call(FM_BinaryData_GetCount, container);
-}
-
 std::uint32_t stream_type(const fm::BinaryData* container, std::int32_t index) {
     QuadChar type;
     host_call(FM_BinaryData_GetType, container, index, type.get());

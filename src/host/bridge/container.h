@@ -36,8 +36,7 @@ class Container : public HostObject<fm::BinaryData> {
 void add_file(Container& container, const QuadChar& type, std::u16string_view name,
               std::string_view bytes, ImageSize size);
 
-// How many streams there are, and the type of one as QuadChar::mac_type has it.
-std::int32_t stream_count(const fm::BinaryData* container);
+// The type of a stream as QuadChar::mac_type has it.
 std::uint32_t stream_type(const fm::BinaryData* container, std::int32_t index);
 
 // The stream that counts as the container's contents, as an index: the one that "MAIN" names where

@@ -1,4 +1,4 @@
-#include "console/calc/unicode.h"
+#include "console/model/unicode.h"
 
 #include <algorithm>
 #include <cstdint>
