@@ -1,7 +1,9 @@
-// The one place where the numbers of Windows' errors become result codes.
+// The one place where the numbers of Windows' errors become result codes. Windows only.
 #pragma once
 
 #include "src/base/error_code.h"
+
+#include <windows.h>
 
 #include <cstdint>
 
@@ -10,25 +12,25 @@ namespace vell {
 // Numbers without a code of their own pass unchanged.
 constexpr ErrorCode error_from_win32(std::int32_t win32_error) {
     switch (win32_error) {
-    case 2: // ERROR_FILE_NOT_FOUND
+    case ERROR_FILE_NOT_FOUND:
         return ErrorCode::NotFound;
-    case 3: // ERROR_PATH_NOT_FOUND
+    case ERROR_PATH_NOT_FOUND:
         return ErrorCode::FolderNotFound;
-    case 5:  // ERROR_ACCESS_DENIED
-    case 32: // ERROR_SHARING_VIOLATION
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
         return ErrorCode::Busy;
-    case 8: // ERROR_NOT_ENOUGH_MEMORY
+    case ERROR_NOT_ENOUGH_MEMORY:
         return ErrorCode::OutOfMemory;
-    case 38: // ERROR_HANDLE_EOF
+    case ERROR_HANDLE_EOF:
         return ErrorCode::EndOfFile;
-    case 80:  // ERROR_FILE_EXISTS
-    case 183: // ERROR_ALREADY_EXISTS
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
         return ErrorCode::AlreadyExists;
-    case 87: // ERROR_INVALID_PARAMETER
+    case ERROR_INVALID_PARAMETER:
         return ErrorCode::BadParameter;
-    case 123: // ERROR_INVALID_NAME
+    case ERROR_INVALID_NAME:
         return ErrorCode::BadName;
-    case 131: // ERROR_NEGATIVE_SEEK
+    case ERROR_NEGATIVE_SEEK:
         return ErrorCode::DiskError;
     default:
         return static_cast<ErrorCode>(win32_error);
@@ -41,36 +43,36 @@ constexpr ErrorCode error_from_win32(std::int32_t win32_error) {
 // user's connection to the server (1219), passes unchanged.
 constexpr ErrorCode disk_error(std::int32_t win32_error) {
     struct Row {
-        std::int32_t win32_error;
+        DWORD win32_error;
         ErrorCode code;
     };
     constexpr Row rows[] = {
-        {3, ErrorCode::VolumeNotFound},    // ERROR_PATH_NOT_FOUND: of a drive's root
-        {15, ErrorCode::VolumeNotFound},   // ERROR_INVALID_DRIVE
-        {21, ErrorCode::VolumeOffline},    // ERROR_NOT_READY
-        {51, ErrorCode::VolumeOffline},    // ERROR_REM_NOT_LIST
-        {53, ErrorCode::VolumeOffline},    // ERROR_BAD_NETPATH: the server does not answer
-        {55, ErrorCode::VolumeOffline},    // ERROR_DEV_NOT_EXIST
-        {64, ErrorCode::VolumeOffline},    // ERROR_NETNAME_DELETED
-        {66, ErrorCode::BadName},          // ERROR_BAD_DEV_TYPE: a printer, for example
-        {67, ErrorCode::VolumeNotFound},   // ERROR_BAD_NET_NAME: the server has no such share
-        {85, ErrorCode::VolumeOnline},     // ERROR_ALREADY_ASSIGNED
-        {121, ErrorCode::VolumeOffline},   // ERROR_SEM_TIMEOUT
-        {144, ErrorCode::VolumeNotFound},  // ERROR_DIR_NOT_ROOT: of a share's root
-        {170, ErrorCode::Busy},            // ERROR_BUSY
-        {1112, ErrorCode::VolumeOffline},  // ERROR_NO_MEDIA_IN_DRIVE
-        {1167, ErrorCode::VolumeOffline},  // ERROR_DEVICE_NOT_CONNECTED
-        {1200, ErrorCode::BadName},        // ERROR_BAD_DEVICE
-        {1202, ErrorCode::VolumeOnline},   // ERROR_DEVICE_ALREADY_REMEMBERED
-        {1203, ErrorCode::VolumeNotFound}, // ERROR_NO_NET_OR_BAD_PATH
-        {1222, ErrorCode::VolumeOffline},  // ERROR_NO_NETWORK
-        {1231, ErrorCode::VolumeOffline},  // ERROR_NETWORK_UNREACHABLE
-        {2250, ErrorCode::VolumeNotFound}, // ERROR_NOT_CONNECTED
-        {2401, ErrorCode::Busy},           // ERROR_OPEN_FILES
-        {2404, ErrorCode::Busy},           // ERROR_DEVICE_IN_USE
+        {ERROR_PATH_NOT_FOUND, ErrorCode::VolumeNotFound}, // of a drive's root
+        {ERROR_INVALID_DRIVE, ErrorCode::VolumeNotFound},
+        {ERROR_NOT_READY, ErrorCode::VolumeOffline},
+        {ERROR_REM_NOT_LIST, ErrorCode::VolumeOffline},
+        {ERROR_BAD_NETPATH, ErrorCode::VolumeOffline}, // the server does not answer
+        {ERROR_DEV_NOT_EXIST, ErrorCode::VolumeOffline},
+        {ERROR_NETNAME_DELETED, ErrorCode::VolumeOffline},
+        {ERROR_BAD_DEV_TYPE, ErrorCode::BadName},        // a printer, for example
+        {ERROR_BAD_NET_NAME, ErrorCode::VolumeNotFound}, // the server has no such share
+        {ERROR_ALREADY_ASSIGNED, ErrorCode::VolumeOnline},
+        {ERROR_SEM_TIMEOUT, ErrorCode::VolumeOffline},
+        {ERROR_DIR_NOT_ROOT, ErrorCode::VolumeNotFound}, // of a share's root
+        {ERROR_BUSY, ErrorCode::Busy},
+        {ERROR_NO_MEDIA_IN_DRIVE, ErrorCode::VolumeOffline},
+        {ERROR_DEVICE_NOT_CONNECTED, ErrorCode::VolumeOffline},
+        {ERROR_BAD_DEVICE, ErrorCode::BadName},
+        {ERROR_DEVICE_ALREADY_REMEMBERED, ErrorCode::VolumeOnline},
+        {ERROR_NO_NET_OR_BAD_PATH, ErrorCode::VolumeNotFound},
+        {ERROR_NO_NETWORK, ErrorCode::VolumeOffline},
+        {ERROR_NETWORK_UNREACHABLE, ErrorCode::VolumeOffline},
+        {ERROR_NOT_CONNECTED, ErrorCode::VolumeNotFound},
+        {ERROR_OPEN_FILES, ErrorCode::Busy},
+        {ERROR_DEVICE_IN_USE, ErrorCode::Busy},
     };
     for (const Row& row : rows)
-        if (row.win32_error == win32_error)
+        if (row.win32_error == static_cast<DWORD>(win32_error))
             return row.code;
     return error_from_win32(win32_error);
 }

@@ -4,7 +4,6 @@
 
 #include "src/base/ascii.h"
 #include "src/system/system.h"
-#include "src/windows/error.h"
 
 #include <algorithm>
 #include <functional>
@@ -417,7 +416,9 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     };
 
     static files::SystemError of_windows(std::int32_t error) {
-        return {error, error_from_win32(error)};
+        return {error, error == 3   ? ErrorCode::FolderNotFound
+                       : error == 5 ? ErrorCode::Busy
+                                    : static_cast<ErrorCode>(error)};
     }
     // Nobody else has a file open here.
     Result<std::unique_ptr<files::File>> open_free(const NativePath& path,
