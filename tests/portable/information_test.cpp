@@ -79,6 +79,7 @@ TEST(FileAttribute, OnlyBeingInUseMakesAFileNotFree) {
         return answer_of({u"", u"item"}, [&](Call& call) { return is_free(call, item); });
     };
     EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "1");
+    EXPECT_EQ(get(item, {u"-IsFree", u"none"}), "$$-43"); // its folder is missing, too
     EXPECT_EQ(can_be_changed(), "1");
     item.unused = false;
     EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "0");

@@ -177,7 +177,7 @@ TEST(CreateFile, LeavesNoFolderBehindWithoutItsFile) {
     for (int failing = 1; failing < 20; ++failing) {
         FakeTree tree(before);
         tree.fail(failing, ErrorCode::Busy);
-        if (run(create_file, tree, {u"-CreateFolders", u"C:\\a\\b\\Co.\\d.txt"}) == 0) {
+        if (run(create_file, tree, {u"-CreateFolders", u"C:\\a\\b.\\Co.\\d.txt"}) == 0) {
             EXPECT_EQ(tree.contents(), (Items{{u"C:\\a\\b\\Co\\d.txt", ""}}));
             EXPECT_GT(failing, 4); // three tries to make folders, and the file
             break;
