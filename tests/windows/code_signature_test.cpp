@@ -60,10 +60,11 @@ class CodeSignature : public PluginWithFolder {
 };
 
 TEST_F(CodeSignature, AnUnsignedFileSaysSo) {
-    EXPECT_EQ(info(folder.file(L"text.txt", "no program")), u"Signed: 0\rValid: 0");
-    EXPECT_EQ(info(folder.file(L"empty.exe", "")), u"Signed: 0\rValid: 0");
-    EXPECT_EQ(info(folder.file(L"unsigned.exe", unsigned_program())), u"Signed: 0\rValid: 0");
-    EXPECT_EQ(info(folder.file(L"damaged.exe", program("no message"))), u"Signed: 0\rValid: 0");
+    for (const std::string& bytes :
+         {std::string("no program"), std::string(), unsigned_program(), program("no message")})
+        EXPECT_EQ(info(folder.file(L"unsigned.exe", bytes)), u"Signed: 0\rValid: 0");
+    EXPECT_EQ(info(to_utf16(executable_folder()) + u"windows_tests.exe"), // while it runs
+              u"Signed: 0\rValid: 0");
 }
 
 TEST_F(CodeSignature, ASignatureThatIsNotTrustedIsToldWithItsNames) {
@@ -82,10 +83,6 @@ TEST_F(CodeSignature, ASignatureThatIsNotTrustedIsToldWithItsNames) {
               u"\rSigner: Gr\u00FC\u00DFe Signer\rIssuer: Vell Test Authority"
               u"\rValidFrom: 2024-03-15T12:00:00Z\rValidTo: 2029-07-14T23:59:59Z");
     EXPECT_TRUE(DeleteFileW(as_wide(file))); // nothing holds it
-}
-
-TEST_F(CodeSignature, ARunningProgramIsReadToo) {
-    EXPECT_EQ(info(to_utf16(executable_folder()) + u"windows_tests.exe"), u"Signed: 0\rValid: 0");
 }
 
 TEST_F(CodeSignature, WhatCannotBeReadIsReported) {

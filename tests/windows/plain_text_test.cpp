@@ -2,12 +2,11 @@
 #include "src/base/utf8.h"
 #include "src/windows/documents/poppler_text.h"
 #include "src/windows/process/large_stack.h"
+#include "tests/portable/image_builder.h"
+#include "tests/portable/pdf_builder.h"
 #include "tests/windows/plugin_fixture.h"
 
-#include <zlib.h>
-
 #include <array>
-#include <cstdio>
 #include <filesystem>
 
 namespace vell::test {
@@ -15,18 +14,11 @@ namespace {
 
 // A document of objects as they are given; number 1 is the catalogue.
 std::string pdf(const std::vector<std::string>& objects, const std::string& trailer = "") {
-    std::string bytes = "%PDF-1.7\n", table;
-    std::array<char, 32> line;
-    for (std::size_t i = 0; i < objects.size(); ++i) {
-        std::snprintf(line.data(), line.size(), "%010zu 00000 n \n", bytes.size());
-        table += line.data();
-        bytes += std::to_string(i + 1) + " 0 obj\n" + objects[i] + "\nendobj\n";
-    }
-    const std::string size = std::to_string(objects.size() + 1),
-                      start = std::to_string(bytes.size());
-    return bytes + "xref\n0 " + size + "\n0000000000 65535 f \n" + table +
-           "trailer << /Root 1 0 R /Size " + size + trailer + " >>\nstartxref\n" + start +
-           "\n%%EOF\n";
+    testing::Pdf document;
+    for (int number = 1; const std::string& object : objects)
+        document.object(number++, object);
+    const std::string size = std::to_string(objects.size() + 1);
+    return document.finish("/Root 1 0 R /Size " + size + trailer).bytes;
 }
 
 std::string stream(const std::string& data, const std::string& entries = "") {
@@ -69,6 +61,8 @@ std::string japanese(const std::string& encoding, const std::string& codes) {
     return page("BT /F 12 Tf 100 700 Td <" + codes + "> Tj ET", {}, "", "",
                 japanese_font("/" + encoding));
 }
+using testing::deflated;
+
 constexpr std::u16string_view nihongo = u"\u65E5\u672C\u8A9E";
 
 // A page with a field of several lines whose look has to be made.
@@ -83,20 +77,9 @@ std::string field(const std::string& value) {
                 "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>"});
 }
 
-std::string compressed(const std::string& bytes) {
-    uLongf size = compressBound(static_cast<uLong>(bytes.size()));
-    std::string result(size, '\0');
-    EXPECT_EQ(compress(reinterpret_cast<Bytef*>(result.data()), &size,
-                       reinterpret_cast<const Bytef*>(bytes.data()),
-                       static_cast<uLong>(bytes.size())),
-              Z_OK);
-    result.resize(size);
-    return result;
-}
-
 // A stream as small as deflate makes it.
 std::string small_stream(const std::string& data, const std::string& entries = "") {
-    return stream(compressed(data), entries + " /Filter /FlateDecode");
+    return stream(deflated(data), entries + " /Filter /FlateDecode");
 }
 
 // A white JPEG picture of this many pixels to a side; a block of it is two bits.
@@ -255,7 +238,7 @@ TEST_F(PlainText, EndsForHostileDocuments) {
          u"$$99"},
         {"a picture for operators",
          pdf({catalogue, "<< /Kids [3 0 R] /Count 1 >>", "<< /Type /Page /Contents 4 0 R >>",
-              stream(compressed(white_picture(32'000)), " /Filter [/FlateDecode /DCTDecode]")}),
+              stream(deflated(white_picture(32'000)), " /Filter [/FlateDecode /DCTDecode]")}),
          u"$$99"},
         {"a form with fonts", drawn(repeated("/X Do ", 20'000), form_with_fonts, x), u"$$99"},
         {"an array of millions", drawn("[" + repeated("0 ", 6'000'000) + "] " + some_text),
@@ -270,7 +253,7 @@ TEST_F(PlainText, EndsForHostileDocuments) {
         {"blanks without end",
          pdf({catalogue, "<< /Kids [3 0 R] /Count 1 >>", "<< /Type /Page /Contents 4 0 R >>",
               "[" + repeated("5 0 R ", 200) + "]",
-              stream(compressed(std::string(1 << 20, ' ')), " /Filter /FlateDecode")}),
+              stream(deflated(std::string(1 << 20, ' ')), " /Filter /FlateDecode")}),
          u"$$99"},
     };
     for (const auto& [what, bytes, expected] : cases)
@@ -322,48 +305,58 @@ TEST_F(PlainText, IsTheSameInEightThreads) {
         EXPECT_EQ(texts, alone);
 }
 
-// The console host in a process of its own, with its own place for the encoding data.
+// The console host in a process of its own, with its own places for the encoding data.
 UniqueHandle start_reading(const std::wstring& document, const std::wstring& local_data,
-                           const std::wstring& output) {
+                           const std::wstring& temporary, const std::wstring& output) {
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
     const UniqueFile file(CreateFileW(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable,
                                       CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     std::wstring path = document;
     std::ranges::replace(path, L'\\', L'/');
-    return start_program(L"vellhost.exe --raw \"VlFile_GetAsPlainText( \\\"\\\" ; \\\"" + path +
-                             L"\\\" )\"",
-                         {L"LOCALAPPDATA"}, local_data, file.get());
+    return start_program(
+        L"vellhost.exe --raw \"VlFile_GetAsPlainText( \\\"\\\" ; \\\"" + path + L"\\\" )\"",
+        {{L"LOCALAPPDATA", local_data}, {L"TEMP", temporary}, {L"TMP", temporary}}, file.get());
 }
 
 TEST_F(PlainText, BringsItsEncodingDataAlong) {
     const std::wstring document =
         to_wide(folder.file(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA")));
     const std::wstring local = to_wide(folder.subfolder(L"\u5BB6 Local"));
+    // Programs that unpack at once may be in each other's way, and use the temporary folder then.
+    const std::wstring temporary = to_wide(folder.subfolder(L"Temp"));
+    const std::wstring fresh = to_wide(folder.subfolder(L"Fresh"));
     const std::string expected = utf8_from_utf16(nihongo);
-    const auto expect_text = [&](const std::wstring& place, std::size_t processes) {
+    const auto expect_text = [&](const std::wstring& place, const std::wstring& temp,
+                                 std::size_t processes) {
         std::vector<UniqueHandle> running;
         for (std::size_t i = 0; i < processes; ++i)
             running.push_back(
-                start_reading(document, place, folder.path(L"out" + std::to_wstring(i))));
+                start_reading(document, place, temp, folder.path(L"out" + std::to_wstring(i))));
         for (std::size_t i = 0; i < processes; ++i) {
             EXPECT_EQ(exit_code(running[i]), 0u);
             const std::string text = contents(L"out" + std::to_wstring(i)); // errors included
             EXPECT_EQ(text, expected + text.substr(std::min(text.size(), expected.size())));
         }
     };
-    expect_text(local, 2);
-    // What was lost since is renewed.
-    std::size_t files = 0;
-    for (const auto& item : std::filesystem::recursive_directory_iterator(local)) {
-        files += item.is_regular_file();
-        if (item.path().filename() == L"90ms-RKSJ-H" || item.path().filename() == L"Adobe-Japan1")
+    const auto data_in = [](const std::wstring& place) {
+        std::vector<std::filesystem::path> found;
+        for (const auto& item : std::filesystem::recursive_directory_iterator(place))
             if (item.is_regular_file())
-                std::filesystem::resize_file(item.path(), 10);
-    }
-    EXPECT_GT(files, 200u);
-    expect_text(local, 1);
-    // A file where the folder should be: the temporary folder takes its place.
-    expect_text(document, 1);
+                found.push_back(item.path());
+        return found;
+    };
+    expect_text(local, temporary, 2);
+    EXPECT_GT(data_in(local).size(), 200u);
+    // What was lost since is renewed.
+    for (const auto& item : data_in(local))
+        if (item.filename() == L"90ms-RKSJ-H" || item.filename() == L"Adobe-Japan1")
+            std::filesystem::resize_file(item, 10);
+    expect_text(local, fresh, 1);
+    EXPECT_EQ(data_in(fresh).size(), 0u);
+    // A file where the folder should be: the temporary folder, which is empty so far, takes its
+    // place.
+    expect_text(document, fresh, 1);
+    EXPECT_EQ(data_in(fresh).size(), data_in(local).size());
 }
 
 } // namespace

@@ -169,25 +169,26 @@ Lines sorted_lines(std::u16string_view text) {
     return lines;
 }
 
-UniqueHandle start_program(std::wstring command, std::vector<const wchar_t*> variables,
-                           const std::wstring& value, HANDLE output) {
+UniqueHandle start_program(std::wstring command, const Environment& environment, HANDLE output) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     if (output) {
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdOutput = startup.hStdError = output;
     }
-    wchar_t before[1000] = L"";
-    for (const wchar_t* variable : variables) {
-        GetEnvironmentVariableW(variable, before, 1000);
-        SetEnvironmentVariableW(variable, value.c_str());
+    Environment before;
+    for (const auto& [variable, value] : environment) {
+        wchar_t old[1000] = L"";
+        GetEnvironmentVariableW(variable.c_str(), old, 1000);
+        before[variable] = old;
+        SetEnvironmentVariableW(variable.c_str(), value.c_str());
     }
     PROCESS_INFORMATION started{};
     EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, output != nullptr,
                                CREATE_NO_WINDOW, nullptr, nullptr, &startup, &started))
         << GetLastError();
-    for (const wchar_t* variable : variables)
-        SetEnvironmentVariableW(variable, before);
+    for (const auto& [variable, value] : before)
+        SetEnvironmentVariableW(variable.c_str(), value.c_str());
     CloseHandle(started.hThread);
     return UniqueHandle(started.hProcess);
 }

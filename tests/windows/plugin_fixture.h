@@ -74,9 +74,10 @@ inline Value number(std::int64_t value) {
 
 std::wstring executable_folder(); // with "\" at its end
 
-// Runs a program with folders in the place of those of these environment variables.
-UniqueHandle start_program(std::wstring command, std::vector<const wchar_t*> variables = {},
-                           const std::wstring& value = L"", HANDLE output = nullptr);
+// Runs a program with other values of environment variables.
+using Environment = std::map<std::wstring, std::wstring>;
+UniqueHandle start_program(std::wstring command, const Environment& environment = {},
+                           HANDLE output = nullptr);
 DWORD exit_code(const UniqueHandle& process); // waits for the end
 
 // Work in as many threads at once, each with its number.

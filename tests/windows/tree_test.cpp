@@ -24,14 +24,13 @@ class Tree : public PluginWithFolder {
         return static_cast<std::size_t>(std::distance(Iterator(folder.path()), Iterator()));
     }
 
+    template <typename... Paths>
     std::u16string run(std::u16string_view function, std::u16string_view switches,
-                       const std::u16string& first) {
-        return call(u"VlFile_" + std::u16string(function), {Value(switches), Value(first)});
+                       const Paths&... paths) {
+        return call(u"VlFile_" + std::u16string(function), {Value(switches), Value(paths)...});
     }
-    std::u16string run(std::u16string_view function, std::u16string_view switches,
-                       const std::u16string& first, const std::u16string& second) {
-        return call(u"VlFile_" + std::u16string(function),
-                    {Value(switches), Value(first), Value(second)});
+    void set_attributes(const std::u16string& item, DWORD attributes) const {
+        EXPECT_TRUE(SetFileAttributesW(as_wide(item), attributes));
     }
     // A folder whose full path has `levels` more names; the path without a separator at its end.
     std::u16string deep_path(int levels) const {
@@ -46,106 +45,65 @@ UniqueFile hold(const std::u16string& item) {
     return open_file(item, GENERIC_READ);
 }
 
-TEST_F(Tree, CreatesFilesAndTheirFolders) {
+TEST_F(Tree, CreatesFilesAndFoldersWhereNothingIs) {
     const std::u16string name = path(L"new \xD83D\xDE00 \u65E5.txt");
     EXPECT_EQ(run(u"CreateFile", u"", name), u"0");
     EXPECT_TRUE(exists(name));
     EXPECT_EQ(run(u"CreateFile", u"", name), u"$$-48");
     EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path()), u"$$-48");
-    const std::u16string below = path(L"a\\b\\c.txt");
-    EXPECT_EQ(run(u"CreateFile", u"", below), u"$$-120");
-    EXPECT_EQ(run(u"CreateFile", u"-createfolders", below), u"0");
-    EXPECT_TRUE(exists(below));
+    EXPECT_EQ(run(u"CreateFile", u"", path(L"a\\b.txt")), u"$$-120");
     EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", name + u"\\e\\f.txt"), u"$$-48");
-    EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path(L"a\\b\\d.txt")), u"0");
-    for (const wchar_t* bad : {L"n \\a", L"n\\folder\\"})
-        EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path(bad)), u"$$-37");
-    EXPECT_FALSE(exists(path(L"n")));
     EXPECT_EQ(run(u"CreateFile", u"-CreateFolders", path(L"Co.\\sub.\\cut. .")), u"0");
     EXPECT_TRUE(exists(path(L"Co\\sub\\cut")));
-    EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt")}), u"$$-120");
-    EXPECT_EQ(step(u"Create File", {path(L"s\\t.txt"), number(1)}), u"0");
-    EXPECT_TRUE(exists(path(L"s\\t.txt")));
-}
 
-TEST_F(Tree, CreatesFoldersToAnyDepth) {
-    make_folder(L"one");
-    EXPECT_EQ(run(u"CreateFolder", u"", path(L"one\\two\\three")), u"0");
-    EXPECT_TRUE(exists(path(L"one\\two\\three")));
-    EXPECT_EQ(run(u"CreateFolder", u"", path(L"one\\two\\three\\")), u"$$-48");
-    EXPECT_EQ(run(u"CreateFolder", u"", file(L"file.txt")), u"$$-48");
-    EXPECT_EQ(run(u"CreateFolder", u"", path(L"file.txt\\below")), u"$$-48");
+    EXPECT_EQ(run(u"CreateFolder", u"", path(L"Co\\sub\\")), u"$$-48");
+    EXPECT_EQ(run(u"CreateFolder", u"", name), u"$$-48");
+    EXPECT_EQ(run(u"CreateFolder", u"", name + u"\\below"), u"$$-48");
     EXPECT_NE(run(u"CreateFolder", u"", path(std::wstring(300, L'n'))), u"0");
-    EXPECT_EQ(step(u"Create Folder", {path(L"eight\\nine")}), u"0");
-    EXPECT_TRUE(exists(path(L"eight\\nine")));
-
     const std::u16string deep = deep_path(500);
     ASSERT_GT(deep.size(), 1500u);
     EXPECT_EQ(run(u"CreateFolder", u"", deep), u"0");
     EXPECT_TRUE(exists(u"\\\\?\\" + deep));
 }
 
-TEST_F(Tree, DeletesFiles) {
-    const std::u16string one = file(L"\xD83D\xDE00.txt");
-    EXPECT_EQ(run(u"DeleteFile", u"", one), u"0");
-    EXPECT_FALSE(exists(one));
-    EXPECT_EQ(run(u"DeleteFile", u"", one), u"$$-43");
+TEST_F(Tree, DeletesFilesThatNobodyHoldsOrProtects) {
+    const std::u16string item = file(L"\xD83D\xDE00.txt");
     EXPECT_EQ(run(u"DeleteFile", u"", make_folder(L"folder")), u"$$-47");
-    const std::u16string read_only = file(L"read-only.txt");
-    SetFileAttributesW(as_wide(read_only), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(run(u"DeleteFile", u"-forceDelete", read_only), u"$$-47");
-    EXPECT_TRUE(exists(read_only));
-    SetFileAttributesW(as_wide(read_only), FILE_ATTRIBUTE_NORMAL);
+    set_attributes(item, FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(run(u"DeleteFile", u"-forceDelete", item), u"$$-47");
+    set_attributes(item, FILE_ATTRIBUTE_NORMAL);
     {
-        const UniqueFile held = hold(read_only);
-        EXPECT_EQ(run(u"DeleteFile", u"", read_only), u"$$-47");
+        const UniqueFile held = hold(item);
+        EXPECT_EQ(run(u"DeleteFile", u"", item), u"$$-47");
     }
-    EXPECT_EQ(step(u"Delete file", {read_only}), u"0");
-    EXPECT_FALSE(exists(read_only));
+    EXPECT_TRUE(exists(item));
+    EXPECT_EQ(run(u"DeleteFile", u"", item), u"0");
+    EXPECT_FALSE(exists(item));
+    EXPECT_EQ(run(u"DeleteFile", u"", item), u"$$-43");
 }
 
-TEST_F(Tree, CopiesFilesAndReplacesNothing) {
+TEST_F(Tree, CopiesAndMovesFilesAndReplacesNothing) {
     const std::u16string source = file(L"source.txt", "new");
     const std::u16string target = file(L"target.txt", "old");
-    const std::u16string copy = path(L"\xD83D\xDE00.txt");
-    EXPECT_EQ(run(u"CopyFile", u"", source, target), u"$$-48");
-    EXPECT_EQ(contents(target), "old");
-    EXPECT_EQ(run(u"CopyFile", u"", source, source), u"$$-48");
-    EXPECT_EQ(contents(source), "new");
-    EXPECT_EQ(run(u"CopyFile", u"", source, make_folder(L"folder")), u"$$-48");
-    EXPECT_EQ(run(u"CopyFile", u"", path(L"none"), copy), u"$$-43");
-    EXPECT_EQ(run(u"CopyFile", u"", source, path(L"none\\copy")), u"$$-120");
-    EXPECT_EQ(run(u"CopyFile", u"", path(L"folder"), copy), u"$$-47");
-    EXPECT_EQ(items_in_folder(), 3u);
-    EXPECT_EQ(run(u"CopyFile", u"", u"filewin:/" + source, copy), u"0");
-    EXPECT_EQ(contents(copy), "new");
-    EXPECT_EQ(step(u"Copy File", {source, path(L"by step.txt")}), u"0");
-    EXPECT_EQ(contents(path(L"by step.txt")), "new");
-    const UniqueFile held = hold(source);
-    EXPECT_EQ(run(u"CopyFile", u"", source, path(L"held.txt")), u"$$-47");
-    EXPECT_FALSE(exists(path(L"held.txt")));
-}
-
-TEST_F(Tree, MovesFilesAndReplacesNothing) {
-    std::u16string source = file(L"source.txt", "new");
-    const std::u16string target = file(L"target.txt", "old");
-    EXPECT_EQ(run(u"MoveFile", u"", source, target), u"$$-48");
-    EXPECT_EQ(contents(target), "old");
-    EXPECT_EQ(run(u"MoveFile", u"", path(L"none"), target), u"$$-43");
-    EXPECT_EQ(run(u"MoveFile", u"", source, path(L"none\\moved")), u"$$-120");
-    {
+    const std::u16string other = make_folder(L"folder") + u"\\\xD83D\xDE00.txt";
+    for (const auto* function : {u"CopyFile", u"MoveFile"}) {
+        EXPECT_EQ(run(function, u"", source, target), u"$$-48");
+        EXPECT_EQ(run(function, u"", path(L"none"), other), u"$$-43");
+        EXPECT_EQ(run(function, u"", source, path(L"none\\new")), u"$$-120");
         const UniqueFile held = hold(source);
-        EXPECT_EQ(run(u"MoveFile", u"", source, path(L"moved")), u"$$-47");
+        EXPECT_EQ(run(function, u"", source, other), u"$$-47");
     }
-    EXPECT_EQ(contents(source), "new");
-    make_folder(L"folder");
-    EXPECT_EQ(run(u"MoveFile", u"", source, path(L"folder\\\xD83D\xDE00")), u"0");
+    EXPECT_EQ(run(u"CopyFile", u"", source, path(L"folder")), u"$$-48");
+    EXPECT_EQ(run(u"CopyFile", u"", path(L"folder"), other), u"$$-47");
+    EXPECT_EQ(contents(source) + contents(target), "newold");
+    EXPECT_EQ(items_in_folder(), 3u);
+    EXPECT_EQ(run(u"CopyFile", u"", u"filewin:/" + source, other), u"0");
+    EXPECT_EQ(contents(other), "new");
+    set_attributes(source, FILE_ATTRIBUTE_READONLY); // no hindrance
+    EXPECT_EQ(run(u"MoveFile", u"", source, path(L"moved.txt")), u"0");
+    EXPECT_EQ(contents(path(L"moved.txt")), "new");
     EXPECT_FALSE(exists(source));
-    source = path(L"folder\\\xD83D\xDE00");
-    SetFileAttributesW(as_wide(source), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(step(u"Move File", {source, path(L"back.txt"), number(0)}), u"0");
-    EXPECT_EQ(contents(path(L"back.txt")), "new");
-    SetFileAttributesW(folder.path(L"back.txt").c_str(), FILE_ATTRIBUTE_NORMAL);
+    set_attributes(path(L"moved.txt"), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(Tree, FilesReachLongPaths) {
@@ -170,96 +128,52 @@ TEST_F(Tree, FilesReachLongPaths) {
     EXPECT_FALSE(exists(path(L"copy")));
 }
 
-TEST_F(Tree, FileFunctionsNoteWhatTheyDo) {
-    const std::u16string source = file(L"source.txt");
-    EXPECT_EQ(notes_of([&] { run(u"CopyFile", u"", source, path(L"copy.txt")); }),
-              "IN CopyMoveFile\rCopyMoveFile sourceFileTxt NOERR \r");
-    EXPECT_EQ(notes_of([&] { run(u"MoveFile", u"", path(L"none.txt"), path(L"copy.txt")); }),
-              "IN CopyMoveFile\rCopyMoveFile Error in TxtToParentFSSpecAndFileName \r");
-    EXPECT_EQ(notes_of([&] { run(u"MoveFolder", u"", source, path(L"copy")); }),
-              "DoCopyFolder001A errFSNotAFolder \r");
-}
-
 TEST_F(Tree, MovesFoldersButNotIntoThemselves) {
     const std::u16string source = make_folder(L"Source");
-    file(L"Source\\a.txt", "moved");
-    make_folder(L"Source\\sub");
+    file(L"Source\\sub\\a.txt", "moved");
     for (const wchar_t* inside :
-         {L"Source", L"source\\", L"SOURCE\\sub\\new", L"Source\\new", L"x\\..\\Source\\new"})
+         {L"Source", L"source\\", L"SOURCE\\sub\\new", L"x\\..\\Source\\new", L"x/../Source/new"})
         EXPECT_EQ(run(u"MoveFolder", u"", source, path(inside)), u"$$-122");
-    std::u16string slashes = path(L"Source\\new");
-    std::ranges::replace(slashes, u'\\', u'/');
-    EXPECT_EQ(run(u"MoveFolder", u"", source, slashes), u"$$-122");
+    EXPECT_EQ(run(u"MoveFolder", u"", source, make_folder(L"there")), u"$$-48");
+    EXPECT_EQ(run(u"MoveFolder", u"", source, path(L"none\\new")), u"$$-120");
     EXPECT_EQ(run(u"MoveFolder", u"", source + u"\\", path(L"Source sibling\\")), u"0");
     EXPECT_FALSE(exists(source));
-    EXPECT_EQ(contents(path(L"Source sibling\\a.txt")), "moved");
-
-    const std::u16string sibling = path(L"Source sibling");
-    EXPECT_EQ(run(u"MoveFolder", u"", sibling, make_folder(L"there")), u"$$-48");
-    EXPECT_EQ(run(u"MoveFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"MoveFolder", u"", file(L"file.txt"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"MoveFolder", u"", sibling, path(L"none\\new")), u"$$-120");
-    EXPECT_EQ(run(u"MoveFolder", u"", u"$$-43", path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"MoveFolder", u"", sibling, u"$$-43"), u"$$-4299");
-    EXPECT_EQ(step(u"Move Folder", {sibling, path(L"by step")}), u"0");
-    EXPECT_TRUE(exists(path(L"by step\\sub")));
+    EXPECT_EQ(contents(path(L"Source sibling\\sub\\a.txt")), "moved");
 }
 
 TEST_F(Tree, CopiesFolders) {
     const std::u16string source = make_folder(L"source");
-    make_folder(L"source\\sub \xD83D\xDE00");
     file(L"source\\sub \xD83D\xDE00\\a.txt", "copied");
     file(L"source\\b.txt", "too");
     EXPECT_EQ(run(u"CopyFolder", u"", source + u"\\", path(L"copy\\")), u"0");
     EXPECT_EQ(contents(path(L"copy\\sub \xD83D\xDE00\\a.txt")), "copied");
     EXPECT_EQ(contents(path(L"source\\b.txt")), "too");
-    EXPECT_EQ(step(u"Copy Folder", {source, make_folder(L"there")}), u"0");
+    EXPECT_EQ(run(u"CopyFolder", u"", source, make_folder(L"there")), u"0");
     EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "too");
-
-    EXPECT_EQ(run(u"CopyFolder", u"", source, source), u"$$125");
     EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"Source\\copy")), u"$$125");
     EXPECT_EQ(run(u"CopyFolder", u"", source, path()), u"$$113");
-    EXPECT_FALSE(exists(path(L"source\\copy")));
-    EXPECT_EQ(run(u"CopyFolder", u"", path(L"none"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"CopyFolder", u"", path(L"source\\b.txt"), path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"CopyFolder", u"", u"", path(L"new")), u"$$-1407");
-    EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"n*w")), u"$$-37");
 
     // Where nobody can be asked, nothing is replaced.
     start({.application_type = server});
     file(L"there\\source\\b.txt", "kept");
     EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"there")), u"$$-48");
     EXPECT_EQ(contents(path(L"there\\source\\b.txt")), "kept");
-    EXPECT_EQ(run(u"CopyFolder", u"", source, path(L"by server")), u"0");
-    EXPECT_EQ(contents(path(L"by server\\b.txt")), "too");
     const UniqueFile held = hold(path(L"source\\b.txt"));
     EXPECT_NE(run(u"CopyFolder", u"", source, path(L"incomplete")), u"0");
 }
 
 TEST_F(Tree, DeletesFolders) {
-    EXPECT_EQ(run(u"DeleteFolder", u"", path(L"none")), u"$$-37");
-    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"none")), u"$$-37");
-    const std::u16string one = file(L"file.txt");
-    EXPECT_EQ(run(u"DeleteFolder", u"", one), u"$$-120");
-    EXPECT_EQ(run(u"DeleteFolder", delete_all, one + u"\\"), u"$$-120");
-    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"*")), u"$$-37");
-    EXPECT_TRUE(exists(one));
-
     const std::u16string full = make_folder(L"full");
-    const std::u16string inside = file(L"full\\a.txt");
-    make_folder(L"full\\sub \xD83D\xDE00");
-    file(L"full\\sub \xD83D\xDE00\\b.txt");
+    const std::u16string inside = file(L"full\\sub \xD83D\xDE00\\b.txt");
+    EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"*")), u"$$-37");
     EXPECT_EQ(run(u"DeleteFolder", u"-forceDelete", full), u"$$-47");
-    EXPECT_EQ(step(u"Delete Folder", {full, number(0)}), u"$$-47");
     EXPECT_TRUE(exists(inside));
     EXPECT_EQ(run(u"DeleteFolder", delete_all, full + u"\\"), u"0");
     EXPECT_FALSE(exists(full));
     EXPECT_EQ(run(u"DeleteFolder", u"", make_folder(L"empty") + u"\\"), u"0");
-    EXPECT_EQ(step(u"Delete Folder", {make_folder(L"empty")}), u"0");
     EXPECT_FALSE(exists(path(L"empty")));
 
     // What is in use stays and is reported.
-    make_folder(L"used");
     const UniqueFile held = hold(file(L"used\\held.txt"));
     start({.application_type = server});
     EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"used")), u"$$-47");
@@ -323,25 +237,13 @@ TEST_F(Tree, LinksAreNotFollowed) {
 TEST_F(Tree, ExchangesFiles) {
     const std::u16string first = file(L"first \xD83D\xDE00.txt", "1");
     const std::u16string second = file(L"second.txt", "2");
-    EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"0");
-    EXPECT_EQ(contents(first), "2");
-    EXPECT_EQ(contents(second), "1");
-    EXPECT_EQ(run(u"ExchangeFiles", u"", first, first), u"0");
-    EXPECT_EQ(run(u"ExchangeFiles", u"", second, path(L"SECOND.txt")), u"0");
-    EXPECT_EQ(contents(second), "1");
-    EXPECT_EQ(run(u"ExchangeFiles", u"", path(L"none"), second), u"$$-43");
-    EXPECT_EQ(run(u"ExchangeFiles", u"", first, path(L"none")), u"$$-43");
-    {
-        const UniqueFile held = hold(second);
-        EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"$$-47");
-    }
-    EXPECT_EQ(step(u"Exchange Files", {first, second}), u"0");
-    EXPECT_EQ(contents(first), "1");
     const std::u16string longest = file(std::wstring(250, L'n') + L".txt", "3");
-    EXPECT_EQ(run(u"ExchangeFiles", u"", first, longest), u"0");
-    EXPECT_EQ(contents(first), "3");
-    EXPECT_EQ(contents(u"\\\\?\\" + longest), "1");
-    EXPECT_EQ(items_in_folder(), 3u);
+    EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"0");
+    EXPECT_EQ(contents(first) + contents(second), "21");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", second, path(L"SECOND.txt")), u"0");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", first, path(L"none")), u"$$-43");
+    EXPECT_EQ(run(u"ExchangeFiles", u"", second, longest), u"0");
+    EXPECT_EQ(contents(second) + contents(u"\\\\?\\" + longest), "31");
     // What fails halfway tells where the second file is.
     const UniqueFile held = hold(first);
     const std::string note =
@@ -360,12 +262,8 @@ TEST_F(Tree, ExchangesBetweenVolumesOnlyWhenAllowed) {
                                   to_utf16(std::to_wstring(GetCurrentProcessId())) + u".txt";
     ASSERT_EQ(call(u"VlFile_ExportToFile", {u"", u"2", second}), u"0");
     EXPECT_EQ(run(u"ExchangeFiles", u"", first, second), u"$$-1303");
-    EXPECT_EQ(step(u"Exchange Files", {first, second, number(0)}), u"$$-1303");
     EXPECT_EQ(run(u"ExchangeFiles", u"-AllowDifferentVolumes", first, second), u"0");
-    EXPECT_EQ(contents(first), "2");
-    EXPECT_EQ(contents(second), "1");
-    EXPECT_EQ(step(u"Exchange Files", {first, second, number(1)}), u"0");
-    EXPECT_EQ(contents(first), "1");
+    EXPECT_EQ(contents(first) + contents(second), "21");
     DeleteFileW(as_wide(second));
 }
 
@@ -378,31 +276,26 @@ TEST_F(Tree, TemporaryCopiesStandInTheTemporaryFolder) {
     wchar_t temporary[MAX_PATH + 1];
     GetTempPathW(MAX_PATH + 1, temporary);
     EXPECT_TRUE(first->wide.starts_with(to_utf16(temporary) + u"VELLTEMP{"));
-    EXPECT_TRUE(first->wide.ends_with(u"}.tmp"));
-    EXPECT_TRUE(second->wide.ends_with(u"}.jpeg"));
+    EXPECT_TRUE(first->wide.ends_with(u"}.tmp") && second->wide.ends_with(u"}.jpeg"));
     EXPECT_EQ(first->wide.size(), std::wcslen(temporary) + 8 + 38 + 4);
     EXPECT_EQ(contents(second->wide), "copied");
     EXPECT_TRUE(system.remove(*first) && system.remove(*second));
-    SetFileAttributesW(as_wide(source.wide), FILE_ATTRIBUTE_READONLY);
+    set_attributes(source.wide, FILE_ATTRIBUTE_READONLY);
     const auto of_read_only = files::make_temporary_copy(system, source);
     EXPECT_TRUE(of_read_only && system.remove(*of_read_only));
-    SetFileAttributesW(as_wide(source.wide), FILE_ATTRIBUTE_NORMAL);
-    const auto none = files::make_temporary_copy(system, {path(L"none"), {}});
-    EXPECT_EQ(none.error(), ErrorCode::NotFound);
+    set_attributes(source.wide, FILE_ATTRIBUTE_NORMAL);
 }
 
-// Answers the question that comes up; its title and its text.
-std::pair<std::wstring, std::wstring> answer_question(HWND question, WPARAM button) {
-    wchar_t buffer[500];
-    GetWindowTextW(question, buffer, 500);
-    std::pair<std::wstring, std::wstring> texts(buffer, L"");
-    for (HWND part = GetWindow(question, GW_CHILD); part; part = GetWindow(part, GW_HWNDNEXT)) {
+// The longest text in a window's parts, such as the question of a message.
+std::wstring longest_text(HWND window) {
+    std::wstring longest;
+    for (HWND part = GetWindow(window, GW_CHILD); part; part = GetWindow(part, GW_HWNDNEXT)) {
+        wchar_t buffer[500];
         GetWindowTextW(part, buffer, 500);
-        if (std::wcslen(buffer) > texts.second.size())
-            texts.second = buffer;
+        longest = std::max(longest, std::wstring(buffer),
+                           [](const auto& a, const auto& b) { return a.size() < b.size(); });
     }
-    PostMessageW(question, WM_COMMAND, button, 0);
-    return texts;
+    return longest;
 }
 
 TEST_F(Tree, AsksBeforeContentsAreDeleted) {
@@ -413,22 +306,22 @@ TEST_F(Tree, AsksBeforeContentsAreDeleted) {
     if (!TestWindow().get())
         GTEST_SKIP() << "no display";
     for (const bool agree : {false, true}) {
-        std::pair<std::wstring, std::wstring> seen(L"?", L"");
+        std::wstring seen;
         {
             const Watcher user([&] {
                 const HWND question = own_window(L"#32770");
-                if (question && seen.second.empty()) // it may go while it is looked at again
-                    seen = answer_question(question, agree ? IDOK : IDCANCEL);
+                if (!question || !seen.empty()) // it may go while it is looked at again
+                    return;
+                seen = longest_text(question);
+                if (!seen.empty()) // its parts are there
+                    PostMessageW(question, WM_COMMAND, agree ? IDOK : IDCANCEL, 0);
             });
-            EXPECT_EQ(agree ? step(u"Delete Folder", {full, number(1)})
-                            : run(u"DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
+            EXPECT_EQ(run(u"DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
                       agree ? u"0" : u"$$-1");
         }
-        EXPECT_EQ(seen.first, L"");
-        EXPECT_EQ(seen.second,
-                  L"Do you really want to delete the folder \"A name of twenty-four ch\" and its "
-                  L"contents? All its files and subdirectories will be deleted. This can not be "
-                  L"undone.");
+        EXPECT_TRUE(seen.starts_with(
+            L"Do you really want to delete the folder \"A name of twenty-four ch\" and"))
+            << seen.size();
         EXPECT_EQ(exists(inside), !agree);
     }
 }

@@ -1,4 +1,5 @@
 // Archives on real disks, through the host.
+#include "tests/portable/zip_builder.h"
 #include "tests/windows/plugin_fixture.h"
 
 namespace vell::test {
@@ -13,27 +14,8 @@ class Archives : public PluginWithFolder {
     std::u16string expand(const char16_t* switches, const std::wstring& name) {
         return call(u"VlFile_UnZip", {Value(switches), Value(path(name)), Value(path(L"out"))});
     }
-    // An archive with one stored, empty file of this name for each.
-    std::u16string archive(const std::vector<std::string>& names) const {
-        std::string bytes;
-        const auto number = [&](std::uint64_t value, int width) {
-            for (int i = 0; i < width; ++i)
-                bytes += static_cast<char>(value >> 8 * i);
-        };
-        for (const std::string& name : names) {
-            bytes += "PK\1\2" + std::string(24, '\0');
-            number(name.size(), 2);
-            bytes += std::string(16, '\0') + name;
-        }
-        // An entry's place is checked against the archive's length, which the end record makes long
-        // enough.
-        const std::size_t size = bytes.size();
-        bytes += "PK\5\6" + std::string(4, '\0');
-        number(names.size(), 2);
-        number(names.size(), 2);
-        number(size, 4);
-        number(0, 6);
-        return folder.file(L"made.zip", bytes);
+    void archive(const std::vector<std::string>& names) const {
+        folder.file(L"made.zip", testing::zip_of(names));
     }
 };
 
@@ -67,16 +49,6 @@ TEST_F(Archives, KeepNamesContentsAndTimes) {
     EXPECT_EQ(create(path(L"in"), path(L"b?.zip")), u"$$-208");
 }
 
-TEST_F(Archives, ReadNamesInTheirCodePage) {
-    const auto names = [&](const char16_t* switches, const std::string& name) {
-        return call(u"VlFile_GetZipInfo", {Value(switches), Value(archive({name}))});
-    };
-    EXPECT_EQ(names(u"", "\x84"), u"\u00E4\r");
-    EXPECT_EQ(names(u"-Encoding=ISO_8859_1", "\xE4"), u"\u00E4\r");
-    EXPECT_EQ(names(u"-Encoding=ShiftJIS_Win", "\x83\x5C/a"), u"\u30BD/a\r");
-    EXPECT_EQ(names(u"-Encoding=UTF8", "\xF0\x9F\x98\x80"), u"\xD83D\xDE00\r");
-}
-
 TEST_F(Archives, ReplaceFilesThatOthersHaveOpenButNotThemselves) {
     archive({"a", "made.zip"});
     const std::string before = contents(L"made.zip");
@@ -85,7 +57,7 @@ TEST_F(Archives, ReplaceFilesThatOthersHaveOpenButNotThemselves) {
     EXPECT_EQ(call(u"VlFile_UnZip",
                    {u"-OverwriteExisting -DontCreateArchiveFolder", Value(path(L"made.zip"))}),
               u"$$-4281");
-    EXPECT_EQ(contents(L"a"), "");
+    EXPECT_EQ(contents(L"a"), "a");
     EXPECT_EQ(contents(L"made.zip"), before);
 }
 
@@ -107,17 +79,9 @@ TEST_F(Archives, ExpandWhereWindowsSeesOneName) {
         files += found.cFileName[0] != L'.';
     while (FindNextFileW(search.get(), &found));
     EXPECT_EQ(files, 1);
-    for (const char* name : {"..\\x", "sub/../../x", "con/../x"}) {
-        archive({name});
-        EXPECT_EQ(expand(u"", L"made.zip"), u"$$-37") << name;
-    }
-    EXPECT_FALSE(exists(path(L"x")));
-    archive({"CON.txt", "src/aux.c"});
-    EXPECT_EQ(expand(u"-DontCreateArchiveFolder", L"made.zip"), u"0");
-    EXPECT_TRUE(exists(path(L"out\\CON_.txt")) && exists(path(L"out\\src\\aux_.c")));
-    archive({"C:\\x:y", "/\x01"});
+    archive({"C:\\x:y", "/\x05"});
     EXPECT_EQ(expand(u"-DontCreateArchiveFolder", L"made.zip"), u"$$-208");
-    EXPECT_EQ(contents(L"out\\C_\\x_y"), "");
+    EXPECT_EQ(contents(L"out\\C_\\x_y"), "C:\\x:y");
 }
 
 } // namespace
