@@ -75,9 +75,9 @@ TEST(GetContents, FilesBeyondFourGibibytesAreReadAtTheRightPlace) {
     constexpr std::uint64_t length = 5ULL << 30;
     FakeSystem files;
     files.add(u"large",
-              {.length = length,
-               .byte_at = [](std::uint64_t at) { return static_cast<char>('a' + at % 23); },
-               .longest_read = 50});
+              FakeItem{.length = length,
+                       .byte_at = [](std::uint64_t at) { return static_cast<char>('a' + at % 23); },
+                       .longest_read = 50});
     constexpr std::uint64_t start = 2'147'483'647;
     std::string expected;
     for (std::uint64_t at = start; at < start + 40; ++at)
@@ -93,7 +93,7 @@ TEST(GetContents, FilesBeyondFourGibibytesAreReadAtTheRightPlace) {
 
 TEST(GetContents, AShortReadIsTheEndOfTheFile) {
     FakeSystem files;
-    files.add(u"shrunk", {.bytes = "012345", .reported_length = 10});
+    files.add(u"shrunk", FakeItem{.bytes = "012345", .reported_length = 10});
     EXPECT_EQ(get(files, {u"", u"shrunk", u"2"}), "2345");
     EXPECT_EQ(get(files, {u"", u"shrunk", u"8"}), "");
 }

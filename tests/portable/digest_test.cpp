@@ -131,7 +131,7 @@ TEST(FileHash, NoFailureIsTakenForTheEnd) {
 TEST(FileHash, FilesBeyondFourGibibytesAreTakenToTheirEnd) {
     constexpr std::uint64_t length = (4ULL << 30) + 200'000;
     WithDigests files;
-    files.add(u"long", {.length = length});
+    files.add(u"long", FakeItem{.length = length});
     DigestLog log;
     log.keeps_bytes = false;
     EXPECT_EQ(hash(files, log, {u"", u"long"}), "000fa0ff");

@@ -351,9 +351,9 @@ TEST(TagReader, ReadsNoMoreOfAFileThanTheTags) {
                                      {273, FieldType::Long, {}, "", 0x20000000, 100},
                                      {306, FieldType::Ascii, {}, "", 0x7FFFFFFF, 200}}});
     FakeSystem files;
-    files.add(u"large.tif", {.length = 2'000'000'000, .byte_at = [&](std::uint64_t at) {
-                                 return at < start.size() ? start[at] : '\0';
-                             }});
+    files.add(u"large.tif", FakeItem{.length = 2'000'000'000, .byte_at = [&](std::uint64_t at) {
+                                         return at < start.size() ? start[at] : '\0';
+                                     }});
     const auto file = *files.open(native(u"large.tif"), files::Permission::Read);
     auto reader = *files::BufferedReader::over(*file);
     MetadataText text;

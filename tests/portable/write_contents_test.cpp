@@ -115,7 +115,7 @@ TEST(SubstituteInFile, BlocksOfTheFileDoNotShow) {
 TEST(InsertContents, FilesBeyondFourGibibytesAreCopiedWhole) {
     constexpr std::uint64_t length = (4ULL << 30) + 200'000;
     FakeSystem files;
-    files.add(u"f", {.length = length});
+    files.add(u"f", testing::FakeItem{.length = length});
     std::uint64_t written = 0;
     files.on_write = [&](std::uint64_t position, std::string_view bytes) {
         EXPECT_EQ(position, written);
