@@ -5,7 +5,7 @@
 #include "src/plugin/plugin.h"
 #include "src/plugin/vocabulary/own_functions.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_files.h"
+#include "tests/portable/fake_items.h"
 
 #include <map>
 #include <stdexcept>
@@ -168,8 +168,7 @@ class PluginInHost : public ::testing::Test {
     FakeHost host;
     NotingSystem system;
     NoDrops none;
-    testing::FakeFiles files;
-    dragdrop::DragAndDrop drops{none, none, files};
+    dragdrop::DragAndDrop drops{none, none, system};
     Plugin plugin{host, system, drops};
 };
 
