@@ -35,9 +35,9 @@ Result<void> coded(const Read<void>& read) {
     return read ? Result<void>() : Result<void>(Failure{read.error().of_source});
 }
 
-Result<void> append_archive(System& system, const files::NativePath& path, std::uint64_t size,
-                            StructureReport& report) {
-    const archive::ZipReader reader = VELL_TRY(archive::open_archive(system, path));
+Result<void> append_archive(std::unique_ptr<files::File> file, StructureReport& report) {
+    const std::uint64_t size = VELL_TRY(file->size());
+    const archive::ZipReader reader = VELL_TRY(archive::ZipReader::open(std::move(file)));
     report.start_file("zip", size);
     report_zip(reader, report);
     report.finish_file();
@@ -67,7 +67,7 @@ Result<void> get_file_structure(Call& call, System& system) {
     const params::SwitchSet switches = call.switches();
     const ReportStyle style{switches.has("-Format=XML"), switches.has("-Verbose")};
     const files::NativePath path = VELL_TRY(call.path(1));
-    const auto file = VELL_TRY(system.files().open(path, files::Permission::Read));
+    auto file = VELL_TRY(system.files().open(path, files::Permission::Read));
     BufferedReader reader = VELL_TRY(BufferedReader::over(*file));
     const Format format = VELL_TRY(format_of(reader));
 
@@ -75,7 +75,7 @@ Result<void> get_file_structure(Call& call, System& system) {
     StructureReport report(style, text);
     const auto* const found = std::ranges::find(window_formats, format, &WindowFormat::format);
     if (format == Format::Zip) {
-        VELL_TRY(append_archive(system, path, reader.size(), report));
+        VELL_TRY(append_archive(std::move(file), report));
     } else if (format == Format::Pdf) {
         report.start_file("PDF", reader.size());
         VELL_TRY(report_pdf(reader, report));

@@ -160,8 +160,8 @@ TEST(GetMetadata, GivesTextOrACode) {
         {{u"GetExif", u""}, u"-50"},
         {{u"", u"b.jpg"}, u"-50"}, // looked at before the file
         // Nothing of a result with a failure in it is given.
-        {{u"GetExif -GetMovieBoxes", u"a.jpg"}, u"-4221"},
-        {{u"-GetMovieDescription", u"a.jpg"}, u"-4221"},
+        {{u"GetExif -GetMovieBoxes", u"a.jpg"}, u"-2010"},
+        {{u"-GetMovieDescription", u"a.jpg"}, u"-2010"},
         {{u"-GetPDFDescription", u"a.jpg"}, u"-208"}, // not a PDF file
         {{u"-GetMovieWidth", u"b.jpg"}, u"-43"},
         {{u"-IsValidMovie", u"a.jpg"}, u"0"},
