@@ -151,17 +151,27 @@ std::span<const std::string_view> names_for(MovieSelector selector) {
     }
 }
 
+// Of positions a key counts more than user data, and a text more than the numbers of "loci", which
+// have fewer digits.
+std::ptrdiff_t rank_of_place(MovieSelector selector, ItemSource source) {
+    if (selector != MovieSelector::Gps || source == ItemSource::Keys)
+        return 0;
+    return source == ItemSource::Location ? 2 : 1;
+}
+
 // The best item for a selector that `fits`.
 template <typename Predicate>
 Result<std::optional<NamedText>> find_item(const MovieFile& movie, MovieSelector selector,
                                            const Predicate& fits) {
     const auto names = names_for(selector);
     std::optional<NamedText> best;
-    std::ptrdiff_t best_rank = std::ssize(names);
+    constexpr std::ptrdiff_t places = 3;
+    std::ptrdiff_t best_rank = places * std::ssize(names);
     const auto take = [&](const MetadataItem& item) -> Read<void> {
         if (item.source == ItemSource::Skipped)
             return {};
-        const auto rank = std::ranges::find(names, item_name(item)) - names.begin();
+        const auto name = std::ranges::find(names, item_name(item)) - names.begin();
+        const auto rank = places * name + rank_of_place(selector, item.source);
         if (rank >= best_rank)
             return {};
         auto text = VELL_TRY(named_text(item));

@@ -255,6 +255,12 @@ TEST(MoviePositions, ComeFromThreeSourcesInEveryForm) {
               "Latitude: 48.25\rLongitude: -16.5\rAltitude: 171.5");
     EXPECT_EQ(items_of(location(48.25, -16.5, "\xFE\xFF\0W\0\0"s)),
               "Location: +48.25-016.5+171.5/ (W)");
+    // A key counts most, then a text.
+    const std::string place = location(1, 2, "\0"s);
+    const std::string user = box("udta", user_text("xyz", "+03+004/", 0));
+    const std::string key = quicktime_key("com.apple.quicktime.location.ISO6709", "+05+006/");
+    EXPECT_EQ(answer(movie_with(place + user), "-GetMovieGPS"), "+03+004/");
+    EXPECT_EQ(answer(movie_with(place + user + key), "-GetMovieGPS"), "+05+006/");
     // What is no position is passed over.
     EXPECT_EQ(answer(movie_with(location(91, 0, "\0"s) + box("udta", user_text("xyz", "here", 0)) +
                                 box("udta", user_text("xyz", "+01+002", 0))),
