@@ -112,7 +112,8 @@ std::string hexadecimal(std::string_view bytes) {
 // Whether the bytes of a list item's box, or of "infe", are laid out in another way there.
 struct Place {
     FourCc parent{};
-    FourCc handler{}; // of the media around
+    FourCc handler{};         // of the media around
+    std::uint8_t version = 0; // of the box around
 };
 
 class BoxReport {
@@ -204,7 +205,8 @@ class BoxReport {
             const bool is_short = inside == Inside::CountedBy && header->version() == 0;
             content.skip(is_short ? sizeof(std::uint16_t) : sizeof(std::uint32_t));
         }
-        return report_all(content.from(content.position()), within);
+        return report_all(content.from(content.position()),
+                          {box.type, place.handler, header->version()});
     }
 
     // In QuickTime files it is no full box, and begins with its handler.
@@ -230,7 +232,7 @@ class BoxReport {
                 report_.field("sample rate", to_text(from_16_16(record->sample_rate), 10));
             }
         }
-        const auto boxes = VELL_TRY(if_sound(boxes_of_entry(box.content, kind)));
+        const auto boxes = VELL_TRY(if_sound(boxes_of_entry(box.content, kind, place.version)));
         return boxes ? report_all(*boxes, Place{box.type, place.handler}) : Read<void>();
     }
 
