@@ -32,4 +32,14 @@ std::string to_text(double value, int digits) {
     return {buffer.data(), std::min(end, buffer.data() + 99)};
 }
 
+std::string hexadecimal(std::string_view bytes) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    for (const char byte : bytes) {
+        text += digits[static_cast<unsigned char>(byte) >> 4];
+        text += digits[static_cast<unsigned char>(byte) & 15];
+    }
+    return text;
+}
+
 } // namespace vell

@@ -4,6 +4,8 @@
 #include "src/base/result.h"
 
 #include <cstdint>
+#include <optional>
+#include <utility>
 
 namespace vell::formats {
 
@@ -25,6 +27,21 @@ using Read = Result<T, Fault>;
 
 constexpr Failure<Fault> fault(Damage damage) {
     return Failure{Fault{damage}};
+}
+
+// Damage of what was read makes it missing; a source that fails stays a fault.
+template <typename T>
+Read<std::optional<T>> if_sound(Read<T> read) {
+    if (read)
+        return std::optional<T>(std::move(read).value());
+    if (read.error().damage == Damage::Unreadable)
+        return Failure{read.error()};
+    return std::optional<T>();
+}
+inline Read<void> if_sound(Read<void> read) {
+    if (!read && read.error().damage == Damage::Unreadable)
+        return read;
+    return {};
 }
 
 } // namespace vell::formats

@@ -99,17 +99,7 @@ constexpr BoxKind box_kinds[] = {
     {"enof"_4cc, Inside::FullData},  {"chpl"_4cc, Inside::FullData},
 };
 
-std::string hexadecimal(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    for (const char byte : bytes) {
-        text += digits[static_cast<unsigned char>(byte) >> 4];
-        text += digits[static_cast<unsigned char>(byte) & 15];
-    }
-    return text;
-}
-
-// Whether the bytes of a list item's box, or of "infe", are laid out in another way there.
+// What a box is found in, which may change what its bytes mean.
 struct Place {
     FourCc parent{};
     FourCc handler{};         // of the media around

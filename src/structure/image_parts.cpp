@@ -20,22 +20,10 @@ namespace {
 using namespace formats;
 using params::TextEncoding;
 
-// Damage ends a report where it is found; faults of the source are passed on.
-Read<void> without_damage(Read<void> read) {
-    if (!read && read.error().damage == Damage::Unreadable)
-        return read;
-    return {};
-}
-
 // Up to `longest` bytes of a text, or what stands before its first zero byte.
 std::string beginning_of(std::string_view bytes, std::size_t longest = 80) {
     bytes = bytes.substr(0, std::min(bytes.find('\0'), longest));
     return std::string(bytes.substr(0, bytes.size() - cut_sequence_at_end(bytes)));
-}
-
-std::string hexadecimal_byte(std::uint8_t byte) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    return {digits[byte >> 4], digits[byte & 15]};
 }
 
 // T.81, table B.1.
@@ -70,7 +58,7 @@ std::string marker_name(jpeg::SegmentMarker marker) {
         return "APP" + to_text(std::uint64_t{code & 15U});
     if (code >= 0xD0 && code <= 0xD7)
         return "RST" + to_text(std::uint64_t{code & 7U});
-    return "0xFF" + hexadecimal_byte(code);
+    return "0xFF" + hexadecimal(std::string(1, static_cast<char>(code)));
 }
 
 // The resources behind "Photoshop 3.0"; `position` is that of the first byte in the file.
@@ -135,7 +123,7 @@ Read<void> report_segments(const Window& file, StructureReport& report) {
             continue;
         }
         jpeg::Segment segment = VELL_TRY(walk.segment_of(marker));
-        VELL_TRY(without_damage(report_segment(segment, report)));
+        VELL_TRY(if_sound(report_segment(segment, report)));
         if (marker.code == jpeg::SegmentMarker::Sos) {
             const Part part(report, "data", "(scan)", segment.end(),
                             file.size() - std::min(segment.end(), file.size()));
@@ -188,7 +176,8 @@ Read<void> report_blocks(Window file, StructureReport& report) {
                         introducer == gif::Introducer::Image ? "Image" : "Extension", start,
                         walk.position() - start);
         if (introducer == gif::Introducer::Extension)
-            report.field("label", "0x" + hexadecimal_byte(walk.label()));
+            report.field("label",
+                         "0x" + hexadecimal(std::string(1, static_cast<char>(walk.label()))));
         if (!passed) {
             report.note("cut off");
             return passed;
@@ -275,7 +264,7 @@ class DirectoryReport {
         constexpr std::uint64_t most_bytes = 4 * most_directories;
         const auto value = tiff::read_value(block_, entry, order_, most_bytes);
         if (!value)
-            return without_damage(Failure{value.error()});
+            return if_sound(Read<void>(Failure{value.error()}));
         for (std::size_t at = 0; const auto offset = load<std::uint32_t>(*value, at, order_);
              at += sizeof(std::uint32_t))
             VELL_TRY(report_chain("Sub", *offset));
@@ -312,7 +301,7 @@ Read<void> report_riff_chunks(const Window& around, StructureReport& report) {
 } // namespace
 
 Read<void> report_jpeg(const Window& file, StructureReport& report) {
-    return without_damage(report_segments(file, report));
+    return if_sound(report_segments(file, report));
 }
 
 Read<void> report_png(const Window& file, StructureReport& report) {
@@ -320,15 +309,15 @@ Read<void> report_png(const Window& file, StructureReport& report) {
     for (;;) {
         auto chunk = walk.next();
         if (!chunk)
-            return without_damage(Failure{chunk.error()});
+            return if_sound(Read<void>(Failure{chunk.error()}));
         if (!*chunk)
             return {};
-        VELL_TRY(without_damage(report_chunk(**chunk, report)));
+        VELL_TRY(if_sound(report_chunk(**chunk, report)));
     }
 }
 
 Read<void> report_gif(const Window& file, StructureReport& report) {
-    return without_damage(report_blocks(file, report));
+    return if_sound(report_blocks(file, report));
 }
 
 Read<void> report_tiff(const Window& block, StructureReport& report) {
@@ -342,7 +331,7 @@ Read<void> report_tiff(const Window& block, StructureReport& report) {
 }
 
 Read<void> report_riff(const Window& file, StructureReport& report) {
-    return without_damage(report_riff_chunks(file, report));
+    return if_sound(report_riff_chunks(file, report));
 }
 
 } // namespace vell::structure

@@ -1,5 +1,7 @@
 #include "src/formats/isobmff/boxes.h"
 
+#include "src/base/number_text.h"
+
 #include <algorithm>
 
 namespace vell::formats::isobmff {
@@ -17,13 +19,7 @@ std::string text_of(FourCc four) {
         return std::string(copyright_sign) + bytes.substr(1);
     if (std::ranges::all_of(bytes, is_printable))
         return bytes;
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string hexadecimal = "0x";
-    for (const char byte : bytes) {
-        hexadecimal += digits[static_cast<unsigned char>(byte) >> 4];
-        hexadecimal += digits[static_cast<unsigned char>(byte) & 15];
-    }
-    return hexadecimal;
+    return "0x" + hexadecimal(bytes);
 }
 
 Read<std::optional<Box>> BoxWalk::next() {

@@ -107,19 +107,4 @@ Read<std::optional<Box>> find_box(const Window& around, FourCc type);
 // Reads a full box's header at the content's position. Absent when the version is too high.
 Read<FullBoxHeader> read_full_box(Window& content);
 
-// Damage of what was read makes it missing; a source that fails stays a fault.
-template <typename T>
-Read<std::optional<T>> if_sound(Read<T> read) {
-    if (read)
-        return std::optional<T>(std::move(read).value());
-    if (read.error().damage == Damage::Unreadable)
-        return Failure{read.error()};
-    return std::optional<T>();
-}
-inline Read<void> if_sound(Read<void> read) {
-    if (!read && read.error().damage == Damage::Unreadable)
-        return read;
-    return {};
-}
-
 } // namespace vell::formats::isobmff
