@@ -309,21 +309,22 @@ class BoxReport {
 
     // From which item to which, or to which tracks.
     Read<void> report_reference(Window& content, const Place& place) {
-        constexpr std::size_t most_targets = 64;
-        std::string targets;
-        if (place.parent == "iref"_4cc) {
-            VELL_TRY(report_short("from", content));
-            const auto count = VELL_TRY(content.read_integer<std::uint16_t>(ByteOrder::Big));
-            for (std::size_t i = 0; i < std::min<std::size_t>(count, most_targets); ++i)
-                targets += (i > 0 ? " " : "") +
-                           to_text(std::uint64_t{
-                               VELL_TRY(content.read_integer<std::uint16_t>(ByteOrder::Big))});
-        } else {
-            for (std::size_t i = 0; i < most_targets && content.remaining() >= 4; ++i)
-                targets += (i > 0 ? " " : "") +
-                           to_text(std::uint64_t{
-                               VELL_TRY(content.read_integer<std::uint32_t>(ByteOrder::Big))});
+        constexpr std::uint64_t most_targets = 64;
+        const bool is_of_items = place.parent == "iref"_4cc;
+        const bool is_wide = !is_of_items || place.version > 0;
+        const auto next_number = [&]() -> Read<std::uint64_t> {
+            if (is_wide)
+                return std::uint64_t{VELL_TRY(content.read_integer<std::uint32_t>(ByteOrder::Big))};
+            return std::uint64_t{VELL_TRY(content.read_integer<std::uint16_t>(ByteOrder::Big))};
+        };
+        std::uint64_t count = content.remaining() / sizeof(std::uint32_t);
+        if (is_of_items) {
+            report_.field("from", VELL_TRY(next_number()));
+            count = VELL_TRY(content.read_integer<std::uint16_t>(ByteOrder::Big));
         }
+        std::string targets;
+        for (std::uint64_t i = 0; i < std::min(count, most_targets); ++i)
+            targets += (i > 0 ? " " : "") + to_text(VELL_TRY(next_number()));
         report_.field("to", targets);
         return {};
     }

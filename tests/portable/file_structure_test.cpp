@@ -54,11 +54,12 @@ TEST(FileStructure, TellsWhichItemsAFileHas) {
                  full_box("pitm", big16(7)) +
                      full_box("iinf",
                               big16(1) + full_box("infe", big16(7) + big16(0) + "hvc1" + '\0', 2)) +
-                     full_box("iref", box("cdsc", big16(8) + big16(1) + big16(7))));
+                     full_box("iref", box("cdsc", big16(8) + big16(1) + big16(7))) +
+                     full_box("iref", box("cdsc", big32(70'000) + big16(1) + big32(7)), 1));
     const std::string told = structure_of(image);
     for (const std::string_view line :
          {"pitm: offset 32, size 14, item 7", "size 21, item 7, type hvc1",
-          "cdsc: offset 93, size 14, from 8, to 7"})
+          "cdsc: offset 93, size 14, from 8, to 7", "cdsc: offset 119, size 18, from 70000, to 7"})
         EXPECT_NE(told.find(line), told.npos) << line << " in " << told;
 }
 
