@@ -33,7 +33,8 @@ std::vector<std::wstring> sample_files(const wchar_t* folder, const wchar_t* pat
     if (!search)
         return paths;
     do
-        paths.push_back(start + entry.cFileName);
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+            paths.push_back(start + entry.cFileName);
     while (FindNextFileW(search.get(), &entry));
     return paths;
 }
