@@ -4,6 +4,7 @@
 #include "src/base/utf8.h"
 #include "src/formats/isobmff/metadata_items.h"
 #include "src/movies/codec_names.h"
+#include "src/movies/faults.h"
 #include "src/movies/movie_dates.h"
 #include "src/movies/time_code.h"
 
@@ -34,13 +35,18 @@ std::optional<double> frame_rate(const Track& track) {
     return static_cast<double>(samples) / *seconds;
 }
 
+std::uint64_t bits_per_second(std::uint64_t bytes, double seconds) {
+    constexpr double most = 1e18;
+    return static_cast<std::uint64_t>(
+        std::llround(std::min(static_cast<double>(bytes) * 8 / seconds, most)));
+}
+
 // Bits per second: what the samples take, or what their decoder was told.
 std::optional<std::uint64_t> bit_rate(const Track& track) {
     const auto seconds = track.seconds();
     const auto bytes = track.bytes();
     if (bytes && *bytes > 0 && seconds && *seconds > 0)
-        return static_cast<std::uint64_t>(
-            std::llround(std::min(static_cast<double>(*bytes) * 8 / *seconds, 1e18)));
+        return bits_per_second(*bytes, *seconds);
     if (track.entry && track.entry->average_bit_rate)
         return *track.entry->average_bit_rate;
     if (track.entry && track.entry->decoder && track.entry->decoder->average_bit_rate > 0)
@@ -152,8 +158,7 @@ void describe_whole(const Movie& movie, std::uint64_t file_size, const Lines& li
     if (const Track* const track = picture_track(movie))
         describe_pictures(*track, lines);
     if (seconds && *seconds > 0)
-        lines.add("Bit rate", static_cast<std::uint64_t>(std::llround(
-                                  std::min(static_cast<double>(file_size) * 8 / *seconds, 1e18))));
+        lines.add("Bit rate", bits_per_second(file_size, *seconds));
     lines.add("Creation date", date_text(movie.header.creation_time));
     lines.add("Modification date", date_text(movie.header.modification_time));
     lines.add("Time scale", std::uint64_t{movie.header.timescale});
@@ -254,9 +259,7 @@ Result<std::string> movie_value(const formats::Window& file, const Movie& movie,
     case MovieSelector::TimeCodeEnd: {
         const auto codes = read_time_codes(file, movie);
         if (!codes)
-            return Failure{codes.error().damage == formats::Damage::Unreadable
-                               ? codes.error().of_source
-                               : ErrorCode::NothingFound};
+            return Failure{code_of(codes.error(), ErrorCode::NothingFound)};
         return selector == MovieSelector::TimeCodeEnd ? codes->end : codes->begin;
     }
     default:

@@ -3,6 +3,7 @@
 #include "src/base/number_text.h"
 #include "src/base/xml_text.h"
 #include "src/formats/isobmff/metadata_items.h"
+#include "src/movies/faults.h"
 #include "src/movies/iso6709.h"
 #include "src/movies/item_names.h"
 #include "src/movies/item_value.h"
@@ -44,8 +45,7 @@ Read<std::optional<NamedText>> named_text(const MetadataItem& item) {
 Result<void> coded(const Read<void>& read) {
     if (read)
         return {};
-    return Failure{read.error().damage == Damage::Unreadable ? read.error().of_source
-                                                             : ErrorCode::CorruptStructure};
+    return Failure{code_of(read.error(), ErrorCode::CorruptStructure)};
 }
 
 // The list as it grows, in lines or as XML.

@@ -1,6 +1,7 @@
 #include "src/movies/movies.h"
 
 #include "src/formats/isobmff/movie.h"
+#include "src/movies/faults.h"
 #include "src/movies/movie_description.h"
 #include "src/movies/movie_metadata.h"
 
@@ -9,10 +10,6 @@ namespace {
 
 using formats::isobmff::Movie;
 using formats::isobmff::MovieFile;
-
-ErrorCode code_of(const formats::Fault& fault) {
-    return fault.damage == formats::Damage::Unreadable ? fault.of_source : ErrorCode::NotAMovie;
-}
 
 Result<void> append_answer(const MovieFile& file, const MovieRequest& request,
                            params::ComposedText& text) {
@@ -30,7 +27,7 @@ Result<void> read_movie(ByteSource& source, const MovieRequest& request,
     const formats::Window window(source);
     const auto file = MovieFile::open(window);
     if (!file)
-        return Failure{code_of(file.error())};
+        return Failure{code_of(file.error(), ErrorCode::NotAMovie)};
     VELL_TRY(append_answer(*file, request, text));
     const bool asks_for_value =
         request.selector != MovieSelector::None && request.selector < MovieSelector::AllMetadata;
@@ -38,7 +35,7 @@ Result<void> read_movie(ByteSource& source, const MovieRequest& request,
         return {};
     const auto movie = file->read();
     if (!movie)
-        return Failure{code_of(movie.error())};
+        return Failure{code_of(movie.error(), ErrorCode::NotAMovie)};
     if (asks_for_value)
         text.append("\r" + VELL_TRY(movie_value(window, *movie, request.selector)));
     if (request.description)

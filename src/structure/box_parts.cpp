@@ -141,8 +141,6 @@ class BoxReport {
             return Inside::Boxes;
         if (place.parent == "keys"_4cc || place.parent == "iref"_4cc || place.parent == "tref"_4cc)
             return Inside::Data;
-        if (box.type == "infe"_4cc)
-            return Inside::Data; // its versions 2 and 3 are in use
         // In "udta" of QuickTime names are plain text, and so are these in "ilst".
         if (place.parent == "udta"_4cc && box.type == "name"_4cc)
             return Inside::Data;
@@ -176,7 +174,8 @@ class BoxReport {
         default:
             break;
         }
-        if (inside == Inside::FullBoxes && VELL_TRY(is_plain_meta(box)))
+        if (inside == Inside::FullBoxes && box.type == "meta"_4cc &&
+            VELL_TRY(is_plain_meta(box.content)))
             return report_all(content, within);
         const auto header = VELL_TRY(if_sound(content.read_record<FullBoxHeader>()));
         if (!header)
@@ -197,13 +196,6 @@ class BoxReport {
         }
         return report_all(content.from(content.position()),
                           {box.type, place.handler, header->version()});
-    }
-
-    // In QuickTime files it is no full box, and begins with its handler.
-    static Read<bool> is_plain_meta(const Box& box) {
-        Window content = box.content;
-        const std::string start = VELL_TRY(content.read_bytes(BoxHeader::size));
-        return box.type == "meta"_4cc && start.ends_with("hdlr");
     }
 
     Read<void> report_entry(const Box& box, const Place& place) {

@@ -26,6 +26,10 @@ std::string beginning_of(std::string_view bytes, std::size_t longest = 80) {
     return std::string(bytes.substr(0, bytes.size() - cut_sequence_at_end(bytes)));
 }
 
+bool is_application_segment(jpeg::SegmentMarker marker) {
+    return static_cast<std::uint8_t>(marker) >> 4 == 0xE;
+}
+
 // T.81, table B.1.
 std::string marker_name(jpeg::SegmentMarker marker) {
     using jpeg::SegmentMarker;
@@ -54,7 +58,7 @@ std::string marker_name(jpeg::SegmentMarker marker) {
     }
     if (jpeg::is_start_of_frame(marker))
         return "SOF" + to_text(std::uint64_t{code & 15U});
-    if (code >= 0xE0 && code <= 0xEF)
+    if (is_application_segment(marker))
         return "APP" + to_text(std::uint64_t{code & 15U});
     if (code >= 0xD0 && code <= 0xD7)
         return "RST" + to_text(std::uint64_t{code & 7U});
@@ -102,7 +106,7 @@ Read<void> report_segment(jpeg::Segment& segment, StructureReport& report) {
     } else if (segment.marker == jpeg::SegmentMarker::Com && report.verbose()) {
         report.field("comment", beginning_of(VELL_TRY(segment.content.read_bytes(256))),
                      TextEncoding::Utf8);
-    } else if (marker_name(segment.marker).starts_with("APP")) {
+    } else if (is_application_segment(segment.marker)) {
         return report_application_segment(segment, report);
     }
     return {};

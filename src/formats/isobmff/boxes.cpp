@@ -75,4 +75,10 @@ Read<FullBoxHeader> read_full_box(Window& content) {
     return header;
 }
 
+Read<bool> is_plain_meta(Window content) {
+    content.seek(0);
+    const auto header = VELL_TRY(if_sound(content.read_record<BoxHeader>()));
+    return header && header->type == "hdlr"_4cc;
+}
+
 } // namespace vell::formats::isobmff

@@ -107,4 +107,8 @@ Read<std::optional<Box>> find_box(const Window& around, FourCc type);
 // Reads a full box's header at the content's position. Absent when the version is too high.
 Read<FullBoxHeader> read_full_box(Window& content);
 
+// Whether the content of a "meta" box begins with its handler at once, as in QuickTime files, where
+// it is no full box.
+Read<bool> is_plain_meta(Window content);
+
 } // namespace vell::formats::isobmff

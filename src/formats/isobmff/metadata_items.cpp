@@ -165,12 +165,9 @@ class ItemWalk {
         return texts;
     }
 
-    // A full box, which it is not in QuickTime files: there the first bytes are those of a box.
     Read<void> read_meta(Window content) {
-        const std::string start = VELL_TRY(content.read_bytes(BoxHeader::size));
-        if (start.size() == BoxHeader::size && start.ends_with("hdlr"))
+        if (VELL_TRY(is_plain_meta(content)))
             return read_boxes_of_meta(content.from(0));
-        content.seek(0);
         const auto header = VELL_TRY(if_sound(content.read_record<FullBoxHeader>()));
         if (!header)
             return {};
