@@ -87,8 +87,11 @@ enum class ErrorCode : std::int32_t {
     // its own instead of a number.
     ParameterUnreadable = -4297,
     SystemFolderUnknown = -4301,
-    CreationDenied = -4401, // access denied where an archive is to be made
-    PlaceNotFound = -4402,  // no such folder for an archive
+    NoPicture = -4302,       // nothing in the file can be shown as a picture
+    PictureDamaged = -4303,  // not a row of it can be decoded
+    PictureTooLarge = -4304, // for the memory or the time that a picture may take
+    CreationDenied = -4401,  // access denied where an archive is to be made
+    PlaceNotFound = -4402,   // no such folder for an archive
     NoFrontWindow = -5600,
 };
 

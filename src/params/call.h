@@ -2,6 +2,7 @@
 // host's values; a body knows neither the host nor its objects.
 #pragma once
 
+#include "src/base/byte_source.h"
 #include "src/base/result.h"
 #include "src/params/calendar_time.h"
 #include "src/params/encodings.h"
@@ -11,6 +12,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -32,6 +34,15 @@ struct EncodedText {
 
 // Takes bytes piece by piece; its failure ends the giving.
 using ByteSink = std::function<Result<void>(std::string_view)>;
+
+// A picture or another file to put into a container.
+struct ContainerValue {
+    std::string_view type; // of its main stream, four characters such as "JPEG"
+    std::u16string_view name;
+    std::string_view bytes;
+    std::uint32_t width = 0; // in pixels; 0 for what is no picture
+    std::uint32_t height = 0;
+};
 
 // What happens to characters that an encoding lacks.
 enum class Unencodable : std::uint8_t {
@@ -79,6 +90,10 @@ class Call {
     // The bytes of a container's main stream, expanded where they are compressed. NotFound when
     // there is none, CompressedDataDamaged, or the sink's own failure.
     virtual Result<void> read_container(std::size_t index, const ByteSink& sink) = 0;
+    // The same bytes, to be read at any place as long as the call lasts.
+    virtual Result<std::unique_ptr<ByteSource>> open_container(std::size_t index) = 0;
+    // The name of the file in a container, without folders; empty when it has none.
+    virtual std::u16string container_name(std::size_t index) = 0;
 
     // A number of bytes, 0 when absent; NumberOutOfRange below 0 and above 2,147,483,647.
     Result<std::uint32_t> byte_count(std::size_t index);
@@ -103,6 +118,7 @@ class Call {
     virtual void set_date(const CalendarTime& date) = 0;
     virtual void set_time(const CalendarTime& time) = 0;
     virtual void set_time_stamp(const CalendarTime& time_stamp) = 0;
+    virtual void set_container(const ContainerValue& value) = 0;
     // The pieces one after the other, decoded, with line ends converted.
     virtual void set_decoded_text(std::span<const EncodedText> pieces,
                                   LineEndings line_endings) = 0;

@@ -12,6 +12,7 @@
 #include "src/system/folder_reader.h"
 #include "src/system/item_properties.h"
 #include "src/system/logs.h"
+#include "src/system/pictures.h"
 #include "src/system/places.h"
 #include "src/system/shell_links.h"
 #include "src/system/tree_system.h"
@@ -31,6 +32,7 @@ class System {
     virtual files::ShellLinks& links() = 0;
     virtual files::Desktop& desktop() = 0; // what the user sees and answers
     virtual files::Commands& commands() = 0;
+    virtual pictures::PictureSystem& pictures() = 0;
     virtual files::Clock& clock() = 0;
     virtual files::Logs& logs() = 0;
     virtual Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm) = 0;

@@ -15,6 +15,7 @@ files::ShellLinks& links();
 files::Desktop& desktop();
 files::Commands& commands();
 files::Logs& logs();
+pictures::PictureSystem& pictures();
 Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm);
 
 } // namespace vell::windows

@@ -30,6 +30,7 @@ class Win32System : public System {
     files::ShellLinks& links() override { return windows::links(); }
     files::Desktop& desktop() override { return windows::desktop(); }
     files::Commands& commands() override { return windows::commands(); }
+    pictures::PictureSystem& pictures() override { return windows::pictures(); }
     files::Clock& clock() override { return clock_; }
     files::Logs& logs() override { return windows::logs(); }
     Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm) override {

@@ -33,6 +33,10 @@ class FakeCall : public params::Call {
 
     // Makes the call that of a step.
     void set_step_option(std::size_t index, std::int32_t value) { step_options_[index] = value; }
+    // Makes a parameter a container that holds "field.bin".
+    void set_container_parameter(std::size_t index, std::string bytes) {
+        containers_[index] = std::move(bytes);
+    }
     // What the host makes of a calculation.
     void set_calculation(std::u16string calculation, std::u16string value) {
         calculations_.insert_or_assign(std::move(calculation), std::move(value));
@@ -42,6 +46,8 @@ class FakeCall : public params::Call {
 
     // What the body has set; nullopt as long as it has set nothing.
     const std::optional<std::u16string>& result() const { return result_; }
+    // A container as a result: "JPEG photo.jpg 80x60", and its bytes.
+    const std::string& container_bytes() const { return container_bytes_; }
     // The encodings of the pieces of a decoded result.
     const std::vector<params::TextEncoding>& encodings() const { return encodings_; }
 
@@ -80,9 +86,18 @@ class FakeCall : public params::Call {
         return found == step_options_.end() ? not_given : found->second;
     }
     std::optional<params::CalendarTime> time_stamp(std::size_t) override { return std::nullopt; }
-    bool is_container(std::size_t) override { return false; }
-    Result<void> read_container(std::size_t, const params::ByteSink&) override {
-        return Failure{ErrorCode::NotFound};
+    bool is_container(std::size_t index) override { return containers_.contains(index); }
+    Result<void> read_container(std::size_t index, const params::ByteSink& sink) override {
+        return is_container(index) ? sink(containers_[index])
+                                   : Result<void>(Failure{ErrorCode::NotFound});
+    }
+    Result<std::unique_ptr<ByteSource>> open_container(std::size_t index) override {
+        if (!is_container(index))
+            return Failure{ErrorCode::NotFound};
+        return std::unique_ptr<ByteSource>(std::make_unique<BytesInMemory>(containers_[index]));
+    }
+    std::u16string container_name(std::size_t index) override {
+        return is_container(index) ? u"field.bin" : u"";
     }
 
     Result<std::u16string> evaluate(std::u16string_view calculation) override {
@@ -100,6 +115,13 @@ class FakeCall : public params::Call {
     void set_date(const params::CalendarTime&) override {}
     void set_time(const params::CalendarTime&) override {}
     void set_time_stamp(const params::CalendarTime&) override {}
+    void set_container(const params::ContainerValue& value) override {
+        const std::string label = std::string(value.type) + ' ' + utf8_from_utf16(value.name) +
+                                  ' ' + std::to_string(value.width) + 'x' +
+                                  std::to_string(value.height);
+        set_literal(label);
+        container_bytes_ = value.bytes;
+    }
     void set_decoded_text(std::span<const params::EncodedText> pieces,
                           params::LineEndings line_endings) override {
         encodings_.clear();
@@ -115,6 +137,8 @@ class FakeCall : public params::Call {
   private:
     std::vector<std::u16string> parameters_;
     std::map<std::size_t, std::int32_t> step_options_;
+    std::map<std::size_t, std::string> containers_;
+    std::string container_bytes_;
     std::map<std::u16string, std::u16string> calculations_;
     std::vector<std::string> notes_;
     std::optional<std::u16string> result_;

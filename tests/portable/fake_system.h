@@ -17,6 +17,7 @@ class FakeSystem : public System,
                    public files::Desktop,
                    public files::Commands,
                    public files::Logs,
+                   public pictures::PictureSystem,
                    public files::Clock {
   public:
     using NativePath = files::NativePath;
@@ -33,6 +34,7 @@ class FakeSystem : public System,
     files::Desktop& desktop() override { return *this; }
     files::Commands& commands() override { return *this; }
     files::Clock& clock() override { return *this; }
+    pictures::PictureSystem& pictures() override { return *this; }
     files::Logs& logs() override { return *this; }
     Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm) override {
         return nothing;
@@ -192,6 +194,21 @@ class FakeSystem : public System,
     // Logs
     void append(files::LogChannel, files::LogFolder, std::string_view, std::string_view) override {}
     std::unique_ptr<files::OverflowFile> new_overflow_file() override { return nullptr; }
+
+    // PictureSystem
+    Result<std::unique_ptr<pictures::PictureRows>> decode(ByteSource&, std::uint32_t) override {
+        return nothing;
+    }
+    Result<pictures::Picture> pdf_page(ByteSource&, const pictures::PdfPageRequest&,
+                                       std::vector<std::string>&) override {
+        return nothing;
+    }
+    Result<pictures::Picture> shell_thumbnail(const NativePath&, std::uint32_t) override {
+        return Failure{ErrorCode::NoPicture};
+    }
+    Result<pictures::Picture> icon(const NativePath&, pictures::IconOf, std::uint32_t) override {
+        return nothing;
+    }
 
     // Clock
     std::uint64_t milliseconds() override { return 4'294'967'295u; }

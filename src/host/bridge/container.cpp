@@ -82,6 +82,43 @@ class Inflater {
     bool ended_ = false;
 };
 
+// A stream where it lies.
+class StreamBytes final : public ByteSource {
+  public:
+    StreamBytes(const fm::BinaryData* container, std::int32_t index)
+        : container_(container), index_(index),
+          size_(host_call(FM_BinaryData_GetSize, container, index)) {}
+
+    std::uint64_t size() const override { return size_; }
+    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
+        if (position >= size_)
+            return std::size_t{0};
+        const std::size_t count = std::min<std::uint64_t>(bytes.size(), size_ - position);
+        read_stream(container_, index_, static_cast<std::uint32_t>(position), bytes.first(count));
+        return count;
+    }
+
+  private:
+    const fm::BinaryData* container_;
+    std::int32_t index_;
+    std::uint32_t size_;
+};
+
+// A stream that had to be expanded.
+class ExpandedBytes final : public ByteSource {
+  public:
+    explicit ExpandedBytes(std::string bytes) : bytes_(std::move(bytes)), view_(bytes_) {}
+
+    std::uint64_t size() const override { return view_.size(); }
+    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
+        return view_.read_at(position, bytes);
+    }
+
+  private:
+    std::string bytes_;
+    BytesInMemory view_;
+};
+
 } // namespace
 
 Container::Container() : HostObject(host_call(FM_BinaryData_Constructor1)) {}
@@ -128,9 +165,9 @@ std::uint32_t stream_type(const fm::BinaryData* container, std::int32_t index) {
 std::optional<std::int32_t> main_stream(const fm::BinaryData* container) {
     if (const auto main = stream_index(container, mac_type("MAIN"));
         main && host_call(FM_BinaryData_GetSize, container, *main) >= 4) {
-        std::array<char, 5> type{};
-        read_stream(container, *main, 0, {type.data(), 4});
-        const std::uint32_t named = mac_type({type[0], type[1], type[2], type[3], '\0'});
+        std::array<char, 4> type{};
+        read_stream(container, *main, 0, type);
+        const std::uint32_t named = mac_type({type.data(), type.size()});
         if (const auto index = stream_index(container, named))
             return index;
     }
@@ -153,6 +190,20 @@ Result<void> read_main_stream(const fm::BinaryData* container, const params::Byt
     if (!inflater.ended())
         return Failure{ErrorCode::CompressedDataDamaged};
     return {};
+}
+
+Result<std::unique_ptr<ByteSource>> open_main_stream(const fm::BinaryData* container) {
+    const auto index = main_stream(container);
+    if (!index)
+        return Failure{ErrorCode::NotFound};
+    if (stream_type(container, *index) != mac_type("ZLIB"))
+        return std::unique_ptr<ByteSource>(std::make_unique<StreamBytes>(container, *index));
+    std::string bytes;
+    VELL_TRY(read_main_stream(container, [&](std::string_view piece) {
+        bytes += piece;
+        return Result<void>();
+    }));
+    return std::unique_ptr<ByteSource>(std::make_unique<ExpandedBytes>(std::move(bytes)));
 }
 
 std::u16string file_name(const fm::BinaryData* container) {

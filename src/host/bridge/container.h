@@ -1,11 +1,13 @@
 // Container values of the host: streams, at most one of each four-character type.
 #pragma once
 
+#include "src/base/byte_source.h"
 #include "src/base/result.h"
 #include "src/host/bridge/host_values.h"
 #include "src/params/call.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -47,6 +49,10 @@ std::optional<std::int32_t> main_stream(const fm::BinaryData* container);
 // Hands the main stream's bytes to `sink`, piece by piece; a "ZLIB" stream (RFC 1952) is expanded.
 // NotFound without a main stream, CompressedDataDamaged, or the sink's own failure.
 Result<void> read_main_stream(const fm::BinaryData* container, const params::ByteSink& sink);
+
+// The main stream's bytes, to be read at any place while the container is there. An expanded stream
+// is held in memory, others are not. Fails like read_main_stream.
+Result<std::unique_ptr<ByteSource>> open_main_stream(const fm::BinaryData* container);
 
 // The name of the file in the container, without folders; empty when it has none.
 std::u16string file_name(const fm::BinaryData* container);

@@ -148,6 +148,18 @@ Result<void> HostCallObject::read_container(std::size_t index, const params::Byt
     return read_main_stream(parameters_.container(static_cast<std::uint32_t>(index)), sink);
 }
 
+Result<std::unique_ptr<ByteSource>> HostCallObject::open_container(std::size_t index) {
+    if (!is_container(index))
+        return Failure{ErrorCode::NotFound};
+    return open_main_stream(parameters_.container(static_cast<std::uint32_t>(index)));
+}
+
+std::u16string HostCallObject::container_name(std::size_t index) {
+    if (!is_container(index))
+        return {};
+    return file_name(parameters_.container(static_cast<std::uint32_t>(index)));
+}
+
 Result<std::u16string> HostCallObject::evaluate(std::u16string_view calculation) {
     const Text expression(calculation);
     Data value;
@@ -181,6 +193,13 @@ void HostCallObject::set_time(const params::CalendarTime& time) {
 
 void HostCallObject::set_time_stamp(const params::CalendarTime& time_stamp) {
     store_time_stamp(result_, DateTime(time_stamp));
+}
+
+void HostCallObject::set_container(const params::ContainerValue& value) {
+    Container container;
+    add_file(container, QuadChar(mac_type(value.type)), value.name, value.bytes,
+             {static_cast<std::int16_t>(value.width), static_cast<std::int16_t>(value.height)});
+    store_container(result_, container);
 }
 
 void HostCallObject::set_decoded_text(std::span<const EncodedText> pieces,

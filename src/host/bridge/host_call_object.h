@@ -28,6 +28,8 @@ class HostCallObject : public params::Call {
     std::optional<params::CalendarTime> time_stamp(std::size_t index) override;
     bool is_container(std::size_t index) override;
     Result<void> read_container(std::size_t index, const params::ByteSink& sink) override;
+    Result<std::unique_ptr<ByteSource>> open_container(std::size_t index) override;
+    std::u16string container_name(std::size_t index) override;
 
     Result<std::u16string> evaluate(std::u16string_view calculation) override;
 
@@ -37,6 +39,7 @@ class HostCallObject : public params::Call {
     void set_date(const params::CalendarTime& date) override;
     void set_time(const params::CalendarTime& time) override;
     void set_time_stamp(const params::CalendarTime& time_stamp) override;
+    void set_container(const params::ContainerValue& value) override;
     void set_decoded_text(std::span<const params::EncodedText> pieces,
                           params::LineEndings line_endings) override;
 

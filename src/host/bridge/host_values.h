@@ -139,10 +139,11 @@ class QuadChar : public HostObject<fm::QuadChar> {
     std::uint32_t mac_type() const;
 };
 
-constexpr std::uint32_t mac_type(const char (&code)[5]) {
+// Of four characters.
+constexpr std::uint32_t mac_type(std::string_view code) {
     std::uint32_t type = 0;
-    for (int i = 0; i < 4; ++i)
-        type = type << 8 | static_cast<unsigned char>(code[i]);
+    for (const char c : code)
+        type = type << 8 | static_cast<unsigned char>(c);
     return type;
 }
 

@@ -12,8 +12,7 @@ using plugin::FunctionRow;
 using plugin::StepRow;
 
 QuadChar plugin_quad_char() {
-    using plugin::plugin_id;
-    return QuadChar(mac_type({plugin_id[0], plugin_id[1], plugin_id[2], plugin_id[3], '\0'}));
+    return QuadChar(mac_type(plugin::plugin_id));
 }
 
 } // namespace
