@@ -33,8 +33,9 @@ need_packages() {
 }
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
-    googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache)
-test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev xvfb xauth python3
+    googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache nasm)
+test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev
+    libpng-dev liblcms2-dev xvfb xauth python3
     libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils ffmpeg mediainfo)
 
@@ -59,7 +60,8 @@ build() {
         tail -30 "$log" >&2
         die "A part of the source could not be fetched; the whole output is in build/$preset.log"
     }
-    if [ "$preset" = release ] || [ "$preset" = windows ]; then # its own words go to the terminal: it may take minutes
+    if [ "$preset" = release ] || [ "$preset" = windows ]; then # their own words go to the terminal: it may take minutes
+        "$root/scripts/picture_libraries.sh" >/dev/null || die "The picture libraries could not be built"
         "$root/scripts/poppler.sh" >/dev/null || die "Poppler could not be built"
     fi
     if [ ! -f "$root/build/$preset/build.ninja" ]; then

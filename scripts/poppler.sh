@@ -7,62 +7,20 @@
 # compiler and the versions of the Debian packages stay the same.
 set -eu
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-toolchain=$scripts/../cmake/mingw64.cmake
+. "$scripts/library_build.sh"
 patch=$scripts/poppler.patch
 headers=$scripts/poppler.cmake
 data=/usr/share/poppler # of the package poppler-data
 
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/vell-file
-mkdir -p "$cache"
-exec 9>"$cache/poppler.lock"
-flock 9 # somebody else may be building it
 freetype_source=$("$scripts/source_package.sh" freetype)
 poppler_source=$("$scripts/source_package.sh" poppler)
 [ -d "$data/cMap" ] || {
     echo "The folder $data is missing; the package poppler-data installs it." >&2
     exit 1
 }
-recipe=$({
-    cat "${BASH_SOURCE[0]}" "$toolchain" "$patch" "$headers"
-    echo "$freetype_source $poppler_source"
-    dpkg-query -W poppler-data
-    x86_64-w64-mingw32-g++-posix --version
-} | sha256sum | cut -c 1-16)
-target=$cache/poppler-$recipe
-[ -d "$target" ] && {
-    echo "$target"
-    exit
-}
-
+begin_library poppler "${BASH_SOURCE[0]}" "$patch" "$headers" \
+    <<<"$freetype_source $poppler_source $(dpkg-query -W poppler-data)"
 echo "Building Poppler for Windows (a few minutes, once)" >&2
-work=$(mktemp -d -p "$cache")
-trap 'rm -rf "$work"' EXIT
-
-# NAME COMMAND…: what it writes goes to the log of that name; shows the log's end when the command fails.
-logged() {
-    local log=$work/$1.log
-    shift
-    "$@" </dev/null >>"$log" 2>&1 || {
-        tail -30 "$log" >&2
-        echo "Building Poppler failed at: $*" >&2
-        exit 1
-    }
-}
-
-# NAME SOURCE OPTION…
-configure() {
-    local name=$1 source=$2
-    shift 2
-    logged "$name" cmake -S "$source" -B "$work/$name" -G Ninja --toolchain "$toolchain" \
-        -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
-        -DCMAKE_INSTALL_PREFIX="$work/installed" -DCMAKE_INSTALL_LIBDIR=lib "$@"
-}
-
-# NAME: builds what is configured, and installs it into the folder that becomes the target.
-install_library() {
-    logged "$1" cmake --build "$work/$1"
-    logged "$1" cmake --install "$work/$1"
-}
 
 # With the zlib that the plug-in has: a second one inside FreeType would meet it when linking. Poppler
 # asks it for the names of fonts only, so it need not be fast.
@@ -105,7 +63,4 @@ install_library Poppler
     find cMap cidToUnicode nameToUnicode unicodeMap -type f | LC_ALL=C sort >"$work/names" &&
     cmake -E tar cf "$work/installed/poppler-data.zip" --format=zip --mtime=2000-01-01 \
         --files-from="$work/names")
-
-chmod 755 "$work/installed"
-mv "$work/installed" "$target"
-echo "$target"
+end_library

@@ -59,14 +59,25 @@ for file in /etc/apt/sources.list.d/*.sources; do
     [ -f "$file" ] && awk -v release="$release" "$paragraphs" "$file" && echo
 done >"$private/sources/machine.sources"
 
-apt=(apt-get -q -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$private/sources"
+options=(-q -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$private/sources"
     -o Dir::State::Lists="$private/lists" -o Dir::Cache="$private/cache"
     -o Acquire::Languages=none -o APT::Update::Post-Invoke-Success=)
+
+# Servers may list a version before they have its files; the one before it is there.
+download() {
+    local version
+    for version in $(apt-cache "${options[@]}" showsrc --only-source "$name" |
+        sed -n 's/^Version: //p' | sort -Vru); do
+        apt-get "${options[@]}" source --only-source --download-only "$name=$version" && return
+        rm -f ./*
+    done
+    return 1
+}
 {
-    "${apt[@]}" update
+    apt-get "${options[@]}" update
     cd "$private/download"
     [ "$(id -u)" -ne 0 ] || chown _apt . 2>/dev/null || true
-    "${apt[@]}" source --only-source --download-only "$name"
+    download
 } >"$private/log" 2>&1 </dev/null || {
     tail -20 "$private/log" >&2
     echo "The source package $name could not be fetched." >&2

@@ -1,0 +1,64 @@
+# Shared by the scripts that build libraries for Windows into the cache folder. Expects to be sourced
+# with the folder of the scripts as `scripts`.
+#
+# What is in the cache is not built again as long as the recipe, the toolchain and the compiler stay
+# the same.
+
+toolchain=$scripts/../cmake/mingw64.cmake
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/vell-file
+
+# NAME FILE…: sets `target` to the folder of what these files and the words on standard input make;
+# prints it and ends where it is there already. Otherwise sets `work` to a folder to build in, of which
+# work/installed becomes the target.
+begin_library() {
+    local name=$1
+    shift
+    local recipe
+    recipe=$({
+        cat "$@" "$toolchain" "$scripts/library_build.sh" -
+        x86_64-w64-mingw32-g++-posix --version
+    } | sha256sum | cut -c 1-16)
+    target=$cache/$name-$recipe
+    mkdir -p "$cache"
+    exec 9>"$cache/$name.lock"
+    flock 9 # somebody else may be building it
+    [ ! -d "$target" ] || {
+        echo "$target"
+        exit
+    }
+    work=$(mktemp -d -p "$cache")
+    trap 'rm -rf "$work"' EXIT
+    mkdir "$work/installed"
+}
+
+end_library() {
+    chmod 755 "$work/installed"
+    mv "$work/installed" "$target"
+    echo "$target"
+}
+
+# NAME COMMAND…: what it writes goes to the log of that name; shows the log's end when the command fails.
+logged() {
+    local name=$1 log=$work/$1.log
+    shift
+    "$@" </dev/null >>"$log" 2>&1 || {
+        tail -30 "$log" >&2
+        echo "Building $name failed at: $*" >&2
+        exit 1
+    }
+}
+
+# NAME SOURCE OPTION…
+configure() {
+    local name=$1 source=$2
+    shift 2
+    logged "$name" cmake -S "$source" -B "$work/$name" -G Ninja --toolchain "$toolchain" \
+        -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF \
+        -DCMAKE_INSTALL_PREFIX="$work/installed" -DCMAKE_INSTALL_LIBDIR=lib "$@"
+}
+
+# NAME: builds what is configured, and installs it into the folder that becomes the target.
+install_library() {
+    logged "$1" cmake --build "$work/$1"
+    logged "$1" cmake --install "$work/$1"
+}

@@ -1,0 +1,47 @@
+#!/bin/bash
+# Prints the folder of the picture libraries for Windows: include and lib with those of JPEG, PNG and
+# colour profiles (libjpeg.a, libpng.a, liblcms2.a). Builds them where that has not been done.
+set -eu
+scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+. "$scripts/library_build.sh"
+own=$scripts/picture_libraries
+
+names=(libjpeg-turbo libpng1.6 lcms2)
+mkdir -p "$cache"
+fetched=()
+for name in "${names[@]}"; do
+    exec {output}< <("$scripts/source_package.sh" "$name") # side by side
+    fetched+=("$output")
+done
+sources=()
+for output in "${fetched[@]}"; do
+    IFS= read -r source <&"$output" || exit 1
+    sources+=("$source")
+done
+begin_library pictures "${BASH_SOURCE[0]}" "$own"/* <<<"${sources[*]}"
+echo "Building the libraries for pictures (once)" >&2
+
+make_others() {
+    configure others "$own" -DPNG="${sources[1]}" -DLCMS="${sources[2]}" \
+        -DCMAKE_C_FLAGS_RELEASE="-O2 -DNDEBUG"
+    install_library others
+}
+make_others &
+others=$!
+
+# With a memory manager of our own, which can put aside what does not fit into memory. A `long` of
+# Windows does not count the bytes of a large picture. What the user's environment says of the
+# library's memory is not read.
+cp -r "${sources[0]}" "$work/source"
+cp "$own/jpeg_memory.c" "$work/source/jmemnobs.c"
+cp "$own/vell_backing_store.h" "$work/source"
+sed -Ei 's/\blong\b/long long/g' "$work/source/jmemsys.h" "$work/source/jmemmgr.c"
+configure jpeg "$work/source" -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DREQUIRE_SIMD=ON \
+    -DCMAKE_C_FLAGS=-DNO_GETENV
+logged jpeg cmake --build "$work/jpeg" --target jpeg-static
+mkdir -p "$work/installed"/{include,lib}
+cp "$work/jpeg/libjpeg.a" "$work/installed/lib"
+cp "$work/jpeg/jconfig.h" "$work/source"/{jpeglib,jmorecfg,jerror,vell_backing_store}.h \
+    "$work/installed/include"
+wait $others || exit 1
+end_library
