@@ -18,7 +18,11 @@ constexpr std::array signatures{
     Signature{"BM"sv, Format::Bmp},        Signature{"II\x2A\0"sv, Format::Tiff},
     Signature{"MM\0\x2A"sv, Format::Tiff}, Signature{"RIFF"sv, Format::Riff},
     Signature{"PK\3\4"sv, Format::Zip},    Signature{"PK\5\6"sv, Format::Zip},
-    Signature{"%PDF-"sv, Format::Pdf},
+    Signature{"%PDF-"sv, Format::Pdf},     Signature{"8BPS"sv, Format::Photoshop},
+    Signature{"FUJIFILM"sv, Format::Raf},  Signature{"II\x1A\0\0\0HE"sv, Format::Ciff},
+    Signature{"\0MRM"sv, Format::Mrw},     Signature{"FOVb"sv, Format::X3f},
+    Signature{"ID3"sv, Format::Id3},       Signature{"fLaC"sv, Format::Flac},
+    Signature{"OggS"sv, Format::Ogg},      Signature{"FORM"sv, Format::Aiff},
 };
 
 // Boxes that files of ISO media and QuickTime begin with, by the four bytes behind their size.

@@ -7,7 +7,27 @@
 
 namespace vell::formats {
 
-enum class Format : std::uint8_t { Unknown, Jpeg, Png, Gif, Bmp, Tiff, Riff, IsoMedia, Zip, Pdf };
+enum class Format : std::uint8_t {
+    Unknown,
+    Jpeg,
+    Png,
+    Gif,
+    Bmp,
+    Tiff,
+    Riff,
+    IsoMedia,
+    Zip,
+    Pdf,
+    Photoshop,
+    Raf,  // raw photographs of Fujifilm,
+    Ciff, // of Canon,
+    Mrw,  // of Minolta,
+    X3f,  // of Sigma
+    Id3,  // a tag, before sound of whatever kind
+    Flac,
+    Ogg,
+    Aiff,
+};
 
 // Bytes that are enough to tell.
 inline constexpr std::size_t recognizable_size = 8;

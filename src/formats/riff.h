@@ -1,5 +1,6 @@
 // The chunks of RIFF files, such as WebP (Multimedia Programming Interface and Data Specifications
-// 1.0, "Resource Interchange File Format"), the one walk over them.
+// 1.0, "Resource Interchange File Format"), and those of AIFF files, which differ in their byte
+// order (Audio Interchange File Format 1.3); the one walk over them.
 #pragma once
 
 #include "src/formats/window.h"
@@ -38,13 +39,17 @@ struct Chunk {
 
 class ChunkWalk {
   public:
-    explicit ChunkWalk(const Window& around) : around_(around) { around_.seek(0); }
+    explicit ChunkWalk(const Window& around, ByteOrder order = ChunkHeader::order)
+        : around_(around), order_(order) {
+        around_.seek(0);
+    }
 
     // nullopt where no whole header is left.
     Read<std::optional<Chunk>> next();
 
   private:
     Window around_;
+    ByteOrder order_;
 };
 
 } // namespace vell::formats::riff

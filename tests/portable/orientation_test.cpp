@@ -1,0 +1,207 @@
+// How pictures are to be turned, as files of every kind say it.
+#include "image_builder.h"
+#include "movie_builder.h"
+#include "real_files.h"
+#include "src/pictures/orientation.h"
+#include "tiff_builder.h"
+
+#include <gtest/gtest.h>
+
+using namespace vell;
+using namespace vell::pictures;
+using namespace vell::testing;
+using namespace std::string_literals;
+
+namespace {
+
+std::string tags(std::uint32_t orientation, ByteOrder order = ByteOrder::Big) {
+    return build_tiff(order, {.first = {{256, FieldType::Short, {40}},
+                                        {274, FieldType::Short, {orientation}},
+                                        {305, FieldType::Ascii, {}, "maker\0"s}}});
+}
+std::string riff_chunk(const std::string& type, const std::string& data) {
+    return type + little32(static_cast<std::uint32_t>(data.size())) + data +
+           std::string(data.size() % 2, '\0');
+}
+std::string webp(const std::string& exif) {
+    return riff_chunk("RIFF", "WEBP" + riff_chunk("VP8X", std::string(10, '\0')) +
+                                  riff_chunk("VP8 ", std::string(301, 'p')) +
+                                  riff_chunk("EXIF", exif));
+}
+std::string canon_movie(const std::string& block) {
+    return file_type + box("moov", box("uuid", "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE"
+                                               "\x46\x2B\x6A\x48" +
+                                                   box("CNCV", "x") + box("CMT1", block)));
+}
+std::string raw_of_minolta(const std::string& block) {
+    const std::string blocks = "\0PRD"s + big32(3) + "abc" + "\0TTW"s +
+                               big32(static_cast<std::uint32_t>(block.size())) + block;
+    return "\0MRM"s + big32(static_cast<std::uint32_t>(blocks.size())) + blocks;
+}
+std::string raw_of_fujifilm(const std::string& picture) {
+    return "FUJIFILMCCD-RAW "s + std::string(68, ' ') + big32(92) +
+           big32(static_cast<std::uint32_t>(picture.size())) + picture;
+}
+
+int orientation(const std::string& bytes) {
+    BytesInMemory source(bytes);
+    const auto found = orientation_of(source);
+    return found ? static_cast<int>(*found) : static_cast<int>(found.error());
+}
+
+void expect_some(int found) {
+    EXPECT_GE(found, 1);
+    EXPECT_LE(found, 8);
+}
+
+class CountedBytes final : public ByteSource {
+  public:
+    explicit CountedBytes(std::string_view bytes) : memory_(bytes) {}
+    std::uint64_t bytes_read = 0;
+
+    std::uint64_t size() const override { return memory_.size(); }
+    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
+        const std::size_t count = *memory_.read_at(position, bytes);
+        bytes_read += count;
+        return count;
+    }
+
+  private:
+    BytesInMemory memory_;
+};
+
+// Each kind of file, and where its picture's data are.
+struct Kind {
+    const char* name;
+    std::string (*file)(const std::string& block);
+};
+const Kind kinds[] = {
+    {"JPEG",
+     [](const std::string& block) {
+         return jpeg({segment(SegmentMarker::App0, "JFIF\0"s), segment(SegmentMarker::App1, "http"),
+                      exif_segment(block), segment(SegmentMarker::App2, std::string(9000, 'p'))});
+     }},
+    {"PNG",
+     [](const std::string& block) {
+         return png({png_chunk("IDAT", std::string(9000, 'p')), png_chunk("eXIf", block)});
+     }},
+    {"TIFF",
+     [](const std::string& block) {
+         return block + std::string(9000, 'p');
+     }},
+    {"raw photograph with another number",
+     [](const std::string& block) {
+         std::string raw = block;
+         (raw[0] == 'I' ? raw[2] : raw[3]) = 0x55;
+         return raw;
+     }},
+    {"WebP", webp},
+    {"WebP, with an identifier",
+     [](const std::string& block) {
+         return webp("Exif\0\0"s + block);
+     }},
+    {"CR3", canon_movie},
+    {"MRW", raw_of_minolta},
+    {"RAF",
+     [](const std::string& block) {
+         return raw_of_fujifilm(jpeg({exif_segment(block)}));
+     }},
+};
+
+} // namespace
+
+TEST(Orientation, IsWhatTheTagsSay) {
+    for (const Kind& kind : kinds)
+        for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
+            for (const std::uint32_t number : {1U, 2U, 5U, 6U, 8U})
+                EXPECT_EQ(orientation(kind.file(tags(number, order))), static_cast<int>(number))
+                    << kind.name;
+            for (const std::uint32_t number : {0U, 9U, 0x106U})
+                EXPECT_EQ(orientation(kind.file(tags(number, order))), 1) << kind.name;
+        }
+}
+
+TEST(Orientation, OfOldRawPhotographsIsTheirRotation) {
+    const auto canon = [](std::int32_t degrees) {
+        const std::string information = little32(3000) + little32(2000) + little32(0) +
+                                        little32(static_cast<std::uint32_t>(degrees)) + little32(0);
+        const auto heap = [](const std::string& type, const std::string& data) {
+            return data + "\1\0"s + type + little32(static_cast<std::uint32_t>(data.size())) +
+                   little32(0) + little32(static_cast<std::uint32_t>(data.size()));
+        };
+        return "II\x1A\0\0\0HEAPCCDR"s + std::string(12, '\0') +
+               heap("\x0A\x30"s, heap("\x10\x18"s, information));
+    };
+    const auto sigma = [](std::uint32_t degrees) {
+        return "FOVb"s + std::string(32, '\0') + little32(degrees);
+    };
+    const std::pair<int, int> rotations[] = {{0, 1}, {90, 6}, {180, 3}, {270, 8}, {-90, 8}, {7, 1}};
+    for (const auto& [degrees, expected] : rotations) {
+        EXPECT_EQ(orientation(canon(degrees)), expected) << degrees;
+        EXPECT_EQ(orientation(sigma(static_cast<std::uint32_t>(degrees < 0 ? 270 : degrees))),
+                  expected)
+            << degrees;
+    }
+}
+
+TEST(Orientation, IsTopLeftWhereNothingIsSaid) {
+    for (const std::string& file :
+         {""s, "M"s, "a text"s, jpeg({}), png({}), "GIF89a"s, webp(""), movie_with(""),
+          jpeg({exif_segment("MM\0\x2A\xFF\xFF\xFF\xFF"s)})})
+        EXPECT_EQ(orientation(file), 1);
+    // Bytes, or a value without any number, say nothing; a long number does.
+    const auto with = [](TiffField field) {
+        return orientation(build_tiff(ByteOrder::Little, {.first = {std::move(field)}}));
+    };
+    EXPECT_EQ(with({274, FieldType::Ascii, {}, "6\0"s}), 1);
+    EXPECT_EQ(with({274, FieldType::Short, {6}, {}, 0}), 1);
+    EXPECT_EQ(with({274, FieldType::Long, {6}}), 6);
+}
+
+// Wherever a file ends, and whichever of its bytes are others, there is an orientation.
+TEST(Orientation, IsFoundDespiteDamage) {
+    for (const Kind& kind : kinds) {
+        const std::string whole = kind.file(tags(6));
+        for (std::size_t end = 0; end < whole.size(); end += end < 400 ? 1 : 499)
+            expect_some(orientation(whole.substr(0, end)));
+        for (std::size_t at = 0; at < std::min<std::size_t>(whole.size(), 400); ++at) {
+            std::string changed = whole;
+            changed[at] = static_cast<char>(~changed[at]);
+            expect_some(orientation(changed));
+        }
+    }
+}
+
+// None of the picture: a few hundred bytes, and a failing device is told.
+TEST(Orientation, ReadsOnlyTheTags) {
+    for (const Kind& kind : kinds) {
+        const std::string whole = kind.file(tags(6));
+        CountedBytes counted(whole);
+        ASSERT_TRUE(orientation_of(counted)) << kind.name;
+        EXPECT_LT(counted.bytes_read, 260U) << kind.name;
+        WatchedSource watched(whole);
+        ASSERT_TRUE(orientation_of(watched));
+        const std::uint64_t reads = watched.reads;
+        for (std::uint64_t failing = 0; failing < reads; ++failing) {
+            WatchedSource failing_source(whole);
+            failing_source.failing_read = failing;
+            const auto found = orientation_of(failing_source);
+            ASSERT_FALSE(found) << kind.name << failing;
+            EXPECT_EQ(found.error(), WatchedSource::failure);
+        }
+    }
+}
+
+// The photographs' names tell.
+TEST(Orientation, IsThatOfRealPhotographs) {
+    std::size_t seen = 0;
+    for (const auto& path : real_files({"picture"})) {
+        const std::string name = path.stem().string();
+        if (!name.starts_with("orient-"))
+            continue;
+        ++seen;
+        EXPECT_EQ(orientation(bytes_of(path)), std::max(1, name.back() - '0')) << name;
+    }
+    if (seen == 0)
+        GTEST_SKIP() << no_real_files;
+}
