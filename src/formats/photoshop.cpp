@@ -17,7 +17,7 @@ constexpr std::size_t even(std::size_t size) {
 
 } // namespace
 
-Read<ImageResource> ImageResource::read(std::string_view bytes) {
+Read<ResourceHeader> ResourceHeader::read(std::string_view bytes) {
     constexpr std::size_t name_start = signature_size + sizeof(std::uint16_t);
     const std::string_view begins = bytes.substr(0, signature_size);
     if (std::ranges::count(signatures, begins) == 0)
@@ -28,11 +28,41 @@ Read<ImageResource> ImageResource::read(std::string_view bytes) {
         return fault(Damage::CutOff);
     const std::size_t size_start = name_start + even(sizeof *name_length + *name_length);
     const auto size = load<std::uint32_t>(bytes, size_start, ByteOrder::Big);
-    const std::size_t start = size_start + sizeof(std::uint32_t);
-    if (!size || *size > bytes.size() - start)
+    if (!size)
         return fault(Damage::CutOff);
-    return ImageResource{begins, *id, start, bytes.substr(start, *size),
-                         bytes.substr(0, start + even(*size))};
+    return ResourceHeader{begins, *id, size_start + sizeof *size, *size};
+}
+
+Read<ImageResource> ImageResource::read(std::string_view bytes) {
+    const ResourceHeader header = VELL_TRY(ResourceHeader::read(bytes));
+    if (header.data_size > bytes.size() - header.size)
+        return fault(Damage::CutOff);
+    return ImageResource{header.signature, header.id, header.size,
+                         bytes.substr(header.size, header.data_size),
+                         bytes.substr(0, header.size + even(header.data_size))};
+}
+
+Read<std::optional<ResourcePart>> ResourceWalk::next() {
+    const std::uint64_t start = resources_.position();
+    const std::string bytes = VELL_TRY(resources_.read_bytes(ResourceHeader::longest));
+    const auto header = VELL_TRY(if_sound(ResourceHeader::read(bytes)));
+    if (!header)
+        return std::optional<ResourcePart>();
+    const std::uint64_t data_start = start + header->size;
+    resources_.seek(data_start + even(header->data_size));
+    return std::optional(ResourcePart{header->signature == own_signature, header->id,
+                                      resources_.part(data_start, header->data_size)});
+}
+
+Read<Window> find_resources(Window file) {
+    constexpr std::uint64_t header_size = 26;
+    file.seek(0);
+    if (VELL_TRY(file.read_bytes(signature_size)) != "8BPS")
+        return fault(Damage::Absent);
+    file.seek(header_size);
+    file.skip(VELL_TRY(file.read_integer<std::uint32_t>(ByteOrder::Big))); // colours of its mode
+    const auto size = VELL_TRY(file.read_integer<std::uint32_t>(ByteOrder::Big));
+    return file.part(file.position(), size);
 }
 
 std::string start_of_resource(ResourceId id) {

@@ -1,18 +1,21 @@
 // Image resources (Adobe Photoshop File Formats, "Image Resource Blocks"), the one walk over them.
 #pragma once
 
-#include "src/formats/damage.h"
+#include "src/formats/window.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace vell::formats::photoshop {
 
 enum class ResourceId : std::uint16_t {
     Iptc = 0x0404,
     ImageUrl = 0x040B,
+    Thumbnail = 0x040C,
 };
 
 inline constexpr std::string_view own_signature = "8BIM";
@@ -20,6 +23,19 @@ inline constexpr std::string_view own_signature = "8BIM";
 // Bytes before the data of a resource without a name: signature and identifier, the name's field,
 // the size.
 inline constexpr std::size_t nameless_header_size = 4 + 2 + 2 + 4;
+
+// What stands before a resource's data.
+struct ResourceHeader {
+    static constexpr std::size_t longest = 4 + 2 + 256 + 4; // with the longest name
+
+    std::string_view signature; // other programs have their own
+    std::uint16_t id;
+    std::size_t size; // of the header
+    std::uint32_t data_size;
+
+    // Absent where the bytes begin with no signature, CutOff when they end before the data.
+    static Read<ResourceHeader> read(std::string_view bytes);
+};
 
 struct ImageResource {
     std::string_view signature; // other programs have their own
@@ -34,6 +50,44 @@ struct ImageResource {
 
     // Absent where the bytes begin with no signature, CutOff when they end before the resource.
     static Read<ImageResource> read(std::string_view bytes);
+};
+
+// A resource in a file, whose data stay there.
+struct ResourcePart {
+    bool is_own; // not of another program
+    std::uint16_t id;
+    Window data;
+
+    bool is(ResourceId wanted) const { return is_own && id == static_cast<std::uint16_t>(wanted); }
+};
+
+class ResourceWalk {
+  public:
+    explicit ResourceWalk(const Window& resources) : resources_(resources) { resources_.seek(0); }
+
+    // nullopt where no resource begins.
+    Read<std::optional<ResourcePart>> next();
+
+  private:
+    Window resources_;
+};
+
+// The resources of a Photoshop file ("Image Resources Section"). Absent in another file.
+Read<Window> find_resources(Window file);
+
+// What the data of a thumbnail begin with ("Thumbnail Resource Format").
+struct ThumbnailHeader {
+    static constexpr std::size_t size = 28;
+    static constexpr ByteOrder order = ByteOrder::Big;
+    static constexpr std::uint32_t jpeg = 1;
+
+    std::uint32_t format = 0;
+    std::uint32_t compressed_size = 0;
+
+    static constexpr auto fields() {
+        return std::tuple{Field{0, &ThumbnailHeader::format},
+                          Field{20, &ThumbnailHeader::compressed_size}};
+    }
 };
 
 // What a resource begins with.

@@ -1,6 +1,7 @@
 #include "src/pictures/camera_orientation.h"
 
 #include "src/formats/camera/ciff.h"
+#include "src/formats/camera/cr3.h"
 #include "src/formats/camera/mrw.h"
 #include "src/formats/camera/raf.h"
 #include "src/formats/camera/x3f.h"
@@ -11,7 +12,6 @@ namespace vell::pictures {
 namespace {
 
 using namespace formats;
-using isobmff::operator""_4cc;
 
 std::optional<Orientation> clockwise(std::int64_t degrees) {
     switch ((degrees % 360 + 360) % 360) {
@@ -47,30 +47,7 @@ Read<std::optional<Orientation>> in_x3f(Window file) {
     return clockwise(VELL_TRY(file.read_record<x3f::Header>()).rotation);
 }
 
-Read<std::optional<Orientation>> in_canon_box(const Window& file) {
-    const Window box = VELL_TRY(find_canon_box(file));
-    const auto tags = VELL_TRY(isobmff::find_box(box, "CMT1"_4cc));
-    return tags ? orientation_in_tags(tags->content) : std::optional<Orientation>();
-}
-
 } // namespace
-
-Read<Window> find_canon_box(const Window& file) {
-    constexpr isobmff::UserType canon{'\x85', '\xC0', '\xB6', '\x87', '\x82', '\x0F',
-                                      '\x11', '\xE0', '\x81', '\x11', '\xF4', '\xCE',
-                                      '\x46', '\x2B', '\x6A', '\x48'};
-    const auto movie = VELL_TRY(isobmff::find_box(file, "moov"_4cc));
-    if (!movie)
-        return fault(Damage::Absent);
-    isobmff::BoxWalk walk(movie->content);
-    for (;;) {
-        const auto box = VELL_TRY(walk.next());
-        if (!box)
-            return fault(Damage::Absent);
-        if (box->type == "uuid"_4cc && box->user_type == canon)
-            return box->content;
-    }
-}
 
 Read<std::optional<Orientation>> orientation_in_camera_file(Format format, const Window& file) {
     switch (format) {
@@ -83,7 +60,7 @@ Read<std::optional<Orientation>> orientation_in_camera_file(Format format, const
     case Format::X3f:
         return in_x3f(file);
     case Format::IsoMedia:
-        return in_canon_box(file);
+        return orientation_in_tags(VELL_TRY(cr3::find_tags(file)));
     default:
         return std::optional<Orientation>();
     }

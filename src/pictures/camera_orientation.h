@@ -1,7 +1,6 @@
 // How the pictures in raw photographs are to be turned, as each maker's files say it.
 #pragma once
 
-#include "src/formats/isobmff/boxes.h"
 #include "src/formats/recognition.h"
 #include "src/pictures/orientation.h"
 
@@ -11,9 +10,5 @@ namespace vell::pictures {
 // nothing.
 formats::Read<std::optional<Orientation>> orientation_in_camera_file(formats::Format format,
                                                                      const formats::Window& file);
-
-// The box that Canon puts into "moov": preview pictures, and blocks of tags. Absent in files of
-// others.
-formats::Read<formats::Window> find_canon_box(const formats::Window& file);
 
 } // namespace vell::pictures

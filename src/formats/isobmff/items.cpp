@@ -327,6 +327,20 @@ Read<void> Items::append_value(ItemId id, Assembly& assembly, int depth, std::st
     return {};
 }
 
+Read<Window> Items::place_of(ItemId id) const {
+    const auto found = items_.find(id);
+    if (found == items_.end() || found->second.extents.size() != 1 ||
+        found->second.data_reference != 0 || found->second.method == ConstructionMethod::Item)
+        return fault(Damage::Absent);
+    const Item& item = found->second;
+    const Extent& extent = item.extents.front();
+    const std::uint64_t offset = item.base_offset + extent.offset;
+    if (offset < item.base_offset)
+        return fault(Damage::Corrupt);
+    const Window& around = item.method == ConstructionMethod::ItemData ? item_data_ : file_;
+    return extent.length == 0 ? around.from(offset) : around.part(offset, extent.length);
+}
+
 // The index of an extent names one of the references, the first one when it is 0.
 Read<std::string> Items::part_of_item(const ItemReference* sources, const Extent& extent,
                                       std::uint64_t offset, Assembly& assembly, int depth) const {

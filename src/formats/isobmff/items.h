@@ -68,6 +68,8 @@ class Items {
     // The bytes of an item, from all of its extents. TooLarge beyond the limit, Absent for an item
     // that has no place in this file, Corrupt for items that are made of one another in a circle.
     Read<std::string> value_of(ItemId id, std::uint64_t limit) const;
+    // Where the file has an item in one piece; Absent for one that is put together of several.
+    Read<Window> place_of(ItemId id) const;
     // Absent for an item without a size.
     Read<ImageProperties> image(ItemId id) const;
 

@@ -348,7 +348,7 @@ Read<MovieFile> MovieFile::open(const Window& file) {
 Read<Movie> MovieFile::read() const {
     auto movie = MovieReader().read(file_, movie_box_);
     if (movie)
-        movie->header_is_compressed = expanded_ != nullptr;
+        movie->header_is_compressed = was_compressed();
     return movie;
 }
 

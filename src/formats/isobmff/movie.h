@@ -87,6 +87,7 @@ class MovieFile {
     const Window& file() const { return file_; }
     // What "moov" holds, expanded where it was compressed.
     const Window& movie_box() const { return movie_box_; }
+    bool was_compressed() const { return expanded_ != nullptr; }
     Read<Movie> read() const;
 
   private:
