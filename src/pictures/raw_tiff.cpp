@@ -66,7 +66,7 @@ class RawTiff {
             return {};
         for (const Candidate& each : candidates_)
             VELL_TRY(found.add(each.part, EmbeddedPicture::Kind::Preview,
-                               each.orientation ? each.orientation : of_file_));
+                               of_file_ ? of_file_ : each.orientation));
         for (const TagDirectory& exif : with_notes_)
             VELL_TRY(if_sound(find_in_maker_note(exif, of_file_, found)));
         return {};
@@ -80,6 +80,7 @@ class RawTiff {
 
     struct Candidate {
         Window part;
+        // Of its directory. The first one's counts more: it is the one that programs change.
         std::optional<Orientation> orientation;
     };
 
