@@ -1,6 +1,7 @@
 #include "src/metadata/get_metadata.h"
 
 #include "src/documents/pdf_information.h"
+#include "src/files/contents/source.h"
 #include "src/formats/recognition.h"
 #include "src/formats/tiff/records.h"
 #include "src/metadata/icc/icc_profile.h"
@@ -129,9 +130,9 @@ Result<void> append_pdf_description(BufferedReader& file, MetadataText& text) {
 
 Result<void> give_metadata(Call& call, files::FileSystem& files) {
     const MetadataRequest request = VELL_TRY(metadata_request_of(call.switches()));
-    const files::NativePath path = VELL_TRY(call.path(1));
-    const auto file = VELL_TRY(files.open(path, files::Permission::Read));
-    BufferedReader reader = VELL_TRY(BufferedReader::over(*file));
+    const files::Source source =
+        VELL_TRY(files::open_source(call, 1, files, files::Sharing::Exclusive));
+    BufferedReader reader = VELL_TRY(BufferedReader::over(*source.file));
 
     MetadataText text;
     Result<void> done = read_image_metadata(reader, request, text);
