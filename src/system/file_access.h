@@ -85,6 +85,9 @@ class FileSystem {
     // A name for a temporary file: "VELLTEMP{<UUID>}.tmp" in the system's temporary folder, with
     // another extension where one is given (at most 100 characters are taken). Nothing is made.
     virtual Result<NativePath> temporary_name(std::u16string_view extension) = 0;
+    // A new temporary file for reading and writing, which is gone when it is closed, however the
+    // program ends.
+    virtual Result<std::unique_ptr<File>> open_temporary() = 0;
 };
 
 // A file that lives in memory, for reading and writing; it may be opened over given contents.

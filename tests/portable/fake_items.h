@@ -249,6 +249,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         erase(path.wide);
         return {};
     }
+    Result<std::unique_ptr<files::File>> open_temporary() override { return files::memory_file(); }
     Result<NativePath> temporary_name(std::u16string_view) override {
         VELL_TRY(count_operation());
         const auto digit = static_cast<char16_t>(u'0' + temporary_names_++ % 10);

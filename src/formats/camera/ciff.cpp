@@ -62,8 +62,10 @@ Read<void> read_heap(Window heap, int depth, File& file) {
 } // namespace
 
 Read<File> File::read(const Window& file) {
-    Window start = file.from(0);
-    const std::string bytes = VELL_TRY(start.read_bytes(Header::size));
+    std::array<char, Header::size> start{};
+    Window first = file.from(0);
+    VELL_TRY(first.read(start));
+    const std::string_view bytes(start.data(), start.size());
     File read;
     if (bytes.starts_with("MM"))
         read.order = ByteOrder::Big;

@@ -31,6 +31,7 @@
 #include "src/metadata/get_metadata.h"
 #include "src/metadata/set_metadata.h"
 #include "src/structure/file_structure.h"
+#include "src/pictures/create_thumbnail.h"
 #include "src/plugin/vocabulary/own_functions.h"
 #include "src/plugin/vocabulary/registry.h"
 
@@ -87,7 +88,7 @@ constexpr FunctionRow rows[] = {
     {4284, 2, 3, all_dialogs, "VlFile_CreateThumbnail( switches ; filePath ; { thumbnailName } )",
      "Creates a thumbnail (a small image of normally 80x80 pixels) from a graphics file and "
      "returns it.",
-     not_available},
+     pictures::create_thumbnail},
     {4213, 2, 2, all_dialogs, "VlFile_DeleteFile( switches ; filePath )",
      "Deletes the file indicated by the filePath.", files::delete_file},
     {4214, 2, 2, all_dialogs, "VlFile_DeleteFolder( switches ; folderPath )",

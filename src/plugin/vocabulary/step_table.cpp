@@ -14,6 +14,7 @@
 #include "src/files/tree/folder_operations.h"
 #include "src/files/tree/tree.h"
 #include "src/metadata/set_metadata.h"
+#include "src/pictures/create_thumbnail.h"
 #include "src/plugin/vocabulary/own_functions.h"
 #include "src/plugin/vocabulary/registry.h"
 
@@ -195,8 +196,8 @@ constexpr StepRow rows[] = {
      files::create_alias},
     {7211, "Create File", "Creates a new empty file.", 2, create_file, files::create_file},
     {7212, "Create Folder", "Creates a new empty folder.", 2, one_folder, files::create_folder},
-    {7284, "Create Thumbnail", "Creates a thumbnail (a small image) from an image file.", 0,
-     create_thumbnail, not_available},
+    {7284, "Create Thumbnail", "Creates a thumbnail (a small image) from an image file.", 2,
+     create_thumbnail, pictures::create_thumbnail},
     {7303, "Create Zip", "Creates a zip file from a file or folder.", 3, create_zip,
      archive::create_zip},
     {7213, "Delete file", "Deletes a file.", 2, one_file, files::delete_file},

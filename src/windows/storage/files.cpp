@@ -291,6 +291,16 @@ class Win32FileSystem : public FileSystem {
         return {};
     }
 
+    Result<std::unique_ptr<File>> open_temporary() override {
+        const NativePath path = VELL_TRY(temporary_name({}));
+        UniqueFile handle(
+            CreateFileW(win32_path(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                        CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        if (!handle)
+            return Failure{last_error()};
+        return file_over(std::move(handle));
+    }
+
     Result<NativePath> temporary_name(std::u16string_view extension) override {
         const std::wstring folder = VELL_TRY(temporary_folder());
         std::wstring name = folder;
