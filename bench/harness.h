@@ -40,5 +40,6 @@ std::vector<Row> zip_rows();
 std::vector<Row> metadata_rows();
 std::vector<Row> movie_rows();
 std::vector<Row> pdf_rows();
+std::vector<Row> picture_rows();
 
 } // namespace vell::bench

@@ -1,5 +1,5 @@
 // Runs the benchmarks whose names contain the argument (contents, dispatch, files, metadata, movies,
-// pdf, substitute, zip), or all, and prints one table. Exit code 1 when a goal is missed.
+// pdf, pictures, substitute, zip), or all, and prints one table. Exit code 1 when a goal is missed.
 #include "bench/harness.h"
 
 #include <algorithm>
@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
                                 {"metadata", vell::bench::metadata_rows},
                                 {"movies", vell::bench::movie_rows},
                                 {"pdf", vell::bench::pdf_rows},
+                                {"pictures", vell::bench::picture_rows},
                                 {"zip", vell::bench::zip_rows}};
     const std::string_view wanted = argc > 1 ? argv[1] : "";
     std::vector<vell::bench::Row> rows;
