@@ -74,14 +74,11 @@ class JpegSource {
 #if VELL_JPEG_BACKING_STORE
 // Lets the library keep the coefficients of large progressive pictures in a file.
 VellBackingStore store_of(const DecodingRequest& request) {
-    constexpr long long longest = 1LL << 30;
     VellBackingStore store{};
     store.owner = const_cast<DecodingRequest*>(&request);
-    store.open = [](void* owner, long long size) -> void* {
+    store.open = [](void* owner, long long) -> void* {
         const auto* given = static_cast<const DecodingRequest*>(owner);
-        if (size > longest || !given->new_spill_file)
-            return nullptr;
-        return given->new_spill_file().release();
+        return given->new_spill_file ? given->new_spill_file().release() : nullptr;
     };
     store.read = [](void* opened, void* buffer, long long offset, long long bytes) -> int {
         return static_cast<SpillFile*>(opened)->read(
@@ -126,6 +123,8 @@ class JpegRows final : public PictureRows {
             return failure();
         if (jpeg_.num_components == 2 || jpeg_.num_components > 4)
             return Failure{ErrorCode::PictureDamaged};
+        if (jpeg_has_multiple_scans(&jpeg_) && coefficient_size() > most_coefficients)
+            return Failure{ErrorCode::PictureTooLarge};
         choose_output();
         if (!errors_.guarded([&] { jpeg_start_decompress(&jpeg_); }))
             return failure();
@@ -165,6 +164,18 @@ class JpegRows final : public PictureRows {
                                   error == JERR_TFILE_CREATE || error == JERR_TFILE_WRITE ||
                                   error == JERR_TFILE_READ;
         return Failure{is_too_large ? ErrorCode::PictureTooLarge : ErrorCode::PictureDamaged};
+    }
+
+    // Of a progressive picture, whose scans each change all of them.
+    static constexpr std::uint64_t most_coefficients = std::uint64_t{1} << 30;
+    std::uint64_t coefficient_size() const {
+        std::uint64_t size = 0;
+        for (int i = 0; i < jpeg_.num_components; ++i) {
+            const jpeg_component_info& component = jpeg_.comp_info[i];
+            size += std::uint64_t{component.width_in_blocks} * component.height_in_blocks *
+                    sizeof(JBLOCK);
+        }
+        return size;
     }
 
     // The colours that the library gives, and the smallest size that is large enough: it decodes
