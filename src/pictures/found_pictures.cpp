@@ -85,7 +85,7 @@ Read<Frame> frame_of(Window picture) {
 } // namespace
 
 Read<bool> FoundPictures::add(const Window& part, Kind kind, std::optional<Orientation> of_file) {
-    if (pictures_.size() >= most_pictures || seen_.size() >= 4 * most_pictures ||
+    if (pictures_.size() >= most_pictures || seen_.size() >= 2 * most_pictures ||
         !part.is_whole() || !seen_.insert(part.start()).second)
         return false;
     const auto frame = VELL_TRY(if_sound(frame_of(part)));
@@ -103,13 +103,12 @@ Read<bool> FoundPictures::add(const Window& part, Kind kind, std::optional<Orien
 
 Read<bool> FoundPictures::add_copy(std::string bytes, Kind kind,
                                    std::optional<Orientation> of_file) {
-    if (pictures_.size() >= most_pictures || bytes.size() > longest_copy - copied_)
+    if (pictures_.size() >= most_pictures)
         return false;
     BytesInMemory source(bytes);
     const auto frame = VELL_TRY(if_sound(frame_of(Window(source))));
     if (!frame)
         return false;
-    copied_ += bytes.size();
     pictures_.push_back(
         {.kind = kind,
          .size = bytes.size(),

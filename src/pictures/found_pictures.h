@@ -12,6 +12,23 @@
 
 namespace vell::pictures {
 
+// Bytes that all copies together may have: as many as one picture.
+class CopyRoom {
+  public:
+    std::uint64_t left() const { return left_; }
+    // The value, when there is room for it. One that fails costs half of the room, for all of it
+    // may have been read or expanded in vain.
+    formats::Read<std::string> take(formats::Read<std::string> value) {
+        if (value && value->size() > left_)
+            return formats::fault(formats::Damage::TooLarge);
+        left_ = value ? left_ - value->size() : left_ / 2;
+        return value;
+    }
+
+  private:
+    std::uint64_t left_ = longest_copy;
+};
+
 class FoundPictures {
   public:
     using Kind = EmbeddedPicture::Kind;
@@ -24,7 +41,8 @@ class FoundPictures {
     // file's orientation is for a picture that has none.
     formats::Read<bool> add(const formats::Window& part, Kind kind,
                             std::optional<Orientation> of_file = {});
-    // One that the file does not have in one piece.
+    CopyRoom& room() { return room_; }
+    // One that the file does not have in one piece, for which there was room.
     formats::Read<bool> add_copy(std::string bytes, Kind kind,
                                  std::optional<Orientation> of_file = {});
 
@@ -34,7 +52,7 @@ class FoundPictures {
     formats::Window file_;
     std::set<std::uint64_t> seen_; // where parts began
     std::vector<EmbeddedPicture> pictures_;
-    std::uint64_t copied_ = 0; // bytes of all copies
+    CopyRoom room_;
 };
 
 } // namespace vell::pictures

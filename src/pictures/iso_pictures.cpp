@@ -6,6 +6,7 @@
 #include "src/formats/isobmff/movie.h"
 #include "src/pictures/camera_orientation.h"
 
+#include <set>
 #include <string>
 
 namespace vell::pictures {
@@ -37,9 +38,10 @@ Read<void> add_item(const Items& items, ItemId id, FoundPictures& found) {
     const Orientation orientation = turned_back(image ? image->rotation : 0);
     if (const auto place = VELL_TRY(if_sound(items.place_of(id)))) {
         VELL_TRY(found.add(*place, Kind::Preview, orientation));
-    } else if (auto bytes = VELL_TRY(if_sound(items.value_of(id, longest_copy)))) {
-        VELL_TRY(found.add_copy(*std::move(bytes), Kind::Preview, orientation));
+        return {};
     }
+    std::string bytes = VELL_TRY(found.room().take(items.value_of(id, found.room().left())));
+    VELL_TRY(found.add_copy(std::move(bytes), Kind::Preview, orientation));
     return {};
 }
 
@@ -48,10 +50,12 @@ Read<void> find_items(FoundPictures& found) {
     const auto items = VELL_TRY(if_sound(Items::read(found.file())));
     if (!items)
         return {};
-    VELL_TRY(add_item(*items, items->primary(), found));
+    VELL_TRY(if_sound(add_item(*items, items->primary(), found)));
+    std::set<ItemId> seen{items->primary()};
     for (const ItemReference& reference : items->references())
-        if (reference.type == "thmb"_4cc)
-            VELL_TRY(add_item(*items, reference.from, found));
+        if (reference.type == "thmb"_4cc && seen.size() <= most_pictures &&
+            seen.insert(reference.from).second)
+            VELL_TRY(if_sound(add_item(*items, reference.from, found)));
     return {};
 }
 
@@ -69,7 +73,8 @@ Read<void> find_covers(FoundPictures& found) {
             return {};
         if (movie->was_compressed()) {
             Window value = item.value;
-            std::string bytes = VELL_TRY(value.read_bytes(longest_copy));
+            const std::uint64_t most = found.room().left();
+            std::string bytes = VELL_TRY(found.room().take(value.read_bytes(most)));
             VELL_TRY(found.add_copy(std::move(bytes), Kind::Cover));
         } else {
             VELL_TRY(found.add(item.value, Kind::Cover));

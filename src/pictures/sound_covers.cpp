@@ -20,25 +20,22 @@ using namespace std::string_view_literals;
 // Pictures as they come, and how much they are the cover.
 class Covers {
   public:
+    explicit Covers(FoundPictures& found) : found_(found) {}
+
     void add(std::uint32_t type, std::variant<Window, std::string> picture) {
         if (covers_.size() < most_pictures)
             covers_.push_back({rank_of(type), std::move(picture)});
     }
-    // Copies take memory: no more than one picture may have.
-    Read<std::string> copy_of(const id3::Frame& frame) {
-        std::string value = VELL_TRY(frame.value(static_cast<std::size_t>(left_)));
-        left_ -= value.size();
-        return value;
-    }
+    CopyRoom& room() { return found_.room(); }
 
-    Read<void> give_to(FoundPictures& found) {
+    Read<void> give() {
         std::ranges::stable_sort(covers_, {}, &Cover::rank);
         for (Cover& each : covers_) {
             if (const auto* const part = std::get_if<Window>(&each.picture))
-                VELL_TRY(found.add(*part, EmbeddedPicture::Kind::Cover));
+                VELL_TRY(found_.add(*part, EmbeddedPicture::Kind::Cover));
             else
-                VELL_TRY(found.add_copy(std::move(std::get<std::string>(each.picture)),
-                                        EmbeddedPicture::Kind::Cover));
+                VELL_TRY(found_.add_copy(std::move(std::get<std::string>(each.picture)),
+                                         EmbeddedPicture::Kind::Cover));
         }
         return {};
     }
@@ -60,7 +57,7 @@ class Covers {
     }
 
     std::vector<Cover> covers_;
-    std::uint64_t left_ = longest_copy;
+    FoundPictures& found_;
 };
 
 Read<void> read_frame(const id3::Tag& tag, const id3::Frame& frame, Covers& covers) {
@@ -72,7 +69,8 @@ Read<void> read_frame(const id3::Tag& tag, const id3::Frame& frame, Covers& cove
         covers.add(header.type, frame.data.part(header.size, frame.data.announced() - header.size));
         return {};
     }
-    std::string value = VELL_TRY(covers.copy_of(frame));
+    std::string value =
+        VELL_TRY(covers.room().take(frame.value(static_cast<std::size_t>(covers.room().left()))));
     BytesInMemory source(value);
     const auto header = VELL_TRY(id3::PictureHeader::read(Window(source), tag.version()));
     covers.add(header.type, value.substr(static_cast<std::size_t>(header.size)));
@@ -103,6 +101,14 @@ Read<void> read_tagged_file(const Window& file, Covers& covers) {
     return read_flac(file.from(tag.size()), covers);
 }
 
+// A picture's block that stands in comments or packets.
+Read<void> copy_block(std::string_view block, Covers& covers) {
+    BytesInMemory source(block);
+    auto picture = VELL_TRY(flac::Picture::read(Window(source)));
+    covers.add(picture.type, VELL_TRY(covers.room().take(picture.data.read_rest())));
+    return {};
+}
+
 Read<void> read_comment(std::string_view comment, Covers& covers) {
     constexpr std::string_view name = "METADATA_BLOCK_PICTURE=";
     const bool is_picture =
@@ -111,11 +117,7 @@ Read<void> read_comment(std::string_view comment, Covers& covers) {
     const auto block = is_picture ? from_base64(comment.substr(name.size())) : std::nullopt;
     if (!block)
         return {};
-    BytesInMemory source(*block);
-    auto picture = VELL_TRY(flac::Picture::read(Window(source)));
-    if (picture.data.is_whole())
-        covers.add(picture.type, VELL_TRY(picture.data.read_rest()));
-    return {};
+    return copy_block(*block, covers);
 }
 
 // Of a packet the comments, which begin behind its name; nothing for another packet.
@@ -138,10 +140,7 @@ Read<void> read_flac_packet(std::string_view packet, Covers& covers) {
         });
     if (header->type() != flac::BlockType::Picture)
         return {};
-    BytesInMemory source(packet);
-    auto picture = VELL_TRY(flac::Picture::read(Window(source)));
-    covers.add(picture.type, VELL_TRY(picture.data.read_rest()));
-    return {};
+    return copy_block(packet, covers);
 }
 
 Read<void> read_ogg(const Window& file, Covers& covers) {
@@ -204,9 +203,9 @@ Read<void> read_sound(Format format, const Window& file, Covers& covers) {
 } // namespace
 
 Read<void> find_covers_of_sound(Format format, FoundPictures& found) {
-    Covers covers;
+    Covers covers(found);
     VELL_TRY(if_sound(read_sound(format, found.file(), covers)));
-    return covers.give_to(found);
+    return covers.give();
 }
 
 } // namespace vell::pictures

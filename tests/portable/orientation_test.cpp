@@ -1,9 +1,7 @@
 // How pictures are to be turned, as files of every kind say it.
-#include "image_builder.h"
-#include "movie_builder.h"
+#include "picture_files.h"
 #include "real_files.h"
 #include "src/pictures/orientation.h"
-#include "tiff_builder.h"
 
 #include <gtest/gtest.h>
 
@@ -53,22 +51,6 @@ void expect_some(int found) {
     EXPECT_GE(found, 1);
     EXPECT_LE(found, 8);
 }
-
-class CountedBytes final : public ByteSource {
-  public:
-    explicit CountedBytes(std::string_view bytes) : memory_(bytes) {}
-    std::uint64_t bytes_read = 0;
-
-    std::uint64_t size() const override { return memory_.size(); }
-    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
-        const std::size_t count = *memory_.read_at(position, bytes);
-        bytes_read += count;
-        return count;
-    }
-
-  private:
-    BytesInMemory memory_;
-};
 
 // Each kind of file, and where its picture's data are.
 struct Kind {

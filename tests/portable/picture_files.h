@@ -12,6 +12,23 @@
 
 namespace vell::testing {
 
+// Counts the bytes that are read.
+class CountedBytes final : public ByteSource {
+  public:
+    explicit CountedBytes(std::string_view bytes) : memory_(bytes) {}
+    std::uint64_t bytes_read = 0;
+
+    std::uint64_t size() const override { return memory_.size(); }
+    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
+        const std::size_t count = *memory_.read_at(position, bytes);
+        bytes_read += count;
+        return count;
+    }
+
+  private:
+    BytesInMemory memory_;
+};
+
 // A JPEG file with tables and a frame, as far as it is looked at.
 inline std::string small_jpeg(std::uint16_t width, std::uint16_t height,
                               SegmentMarker frame = SegmentMarker::Sof0, char precision = 8,

@@ -239,7 +239,7 @@ TEST(Previews, OfDamagedFiles) {
         const std::string& whole = each.file;
         for (std::size_t end = 0; end < whole.size(); end += 1 + end / 300)
             expect_sound(whole.substr(0, end), each.name, end);
-        for (std::size_t at = 0; at < whole.size(); ++at)
+        for (std::size_t at = 0; at < whole.size(); at += 1 + at / 300)
             for (const char flip : {'\x01', '\xFF'}) {
                 std::string changed = whole;
                 changed[at] = static_cast<char>(changed[at] ^ flip);
@@ -286,6 +286,33 @@ TEST(Previews, OfFilesThatLeadInCircles) {
     ASSERT_TRUE(found);
     EXPECT_EQ(found->size(), 1U);
     EXPECT_LT(source.reads, 2000U);
+}
+
+// Items that are the same bytes again and again, and in the end not all there, are not read for
+// ever.
+TEST(Previews, OfItemsThatAreRepeated) {
+    constexpr std::uint16_t count = 300;
+    constexpr std::uint32_t large = 1U << 20U;
+    std::string places = big16(0x4400) + big16(count);
+    std::string information = big16(count);
+    std::string thumbnails;
+    for (std::uint16_t id = 2; id < 2 + count; ++id) {
+        information += full_box("infe", big16(id) + big16(0) + "jpeg\0"s, 2);
+        places += big16(id) + big16(0) + big16(0) + big16(2) + big32(0) + big32(large) +
+                  big32(large) + big32(large);
+        thumbnails += box("thmb", big16(id) + big16(1) + big16(1));
+    }
+    const std::string file =
+        box("ftyp", "heic" + big32(0) + "mif1heic") +
+        full_box("meta", full_box("pitm", big16(1)) + full_box("iinf", information) +
+                             full_box("iloc", places, 1) + full_box("iref", thumbnails)) +
+        std::string(large, 'p');
+    CountedBytes source(file);
+    const auto found = find_pictures(source);
+    ASSERT_TRUE(found);
+    EXPECT_TRUE(found->empty());
+    EXPECT_GT(source.bytes_read, large);
+    EXPECT_LT(source.bytes_read, 20U * large);
 }
 
 // Frames and chunks in one file whose pictures are those that other programs take out of it.
