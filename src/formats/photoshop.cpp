@@ -56,8 +56,9 @@ Read<std::optional<ResourcePart>> ResourceWalk::next() {
 
 Read<Window> find_resources(Window file) {
     constexpr std::uint64_t header_size = 26;
+    constexpr std::uint32_t signature = 0x38425053; // "8BPS"
     file.seek(0);
-    if (VELL_TRY(file.read_bytes(signature_size)) != "8BPS")
+    if (VELL_TRY(file.read_integer<std::uint32_t>(ByteOrder::Big)) != signature)
         return fault(Damage::Absent);
     file.seek(header_size);
     file.skip(VELL_TRY(file.read_integer<std::uint32_t>(ByteOrder::Big))); // colours of its mode

@@ -4,8 +4,9 @@ namespace vell::formats::flac {
 
 Read<void> each_block(Window file, const BlockVisitor& visitor) {
     constexpr int most_blocks = 4096;
+    constexpr std::uint32_t signature = 0x664C6143; // "fLaC"
     file.seek(0);
-    if (VELL_TRY(file.read_bytes(4)) != "fLaC")
+    if (VELL_TRY(file.read_integer<std::uint32_t>(ByteOrder::Big)) != signature)
         return fault(Damage::Absent);
     for (int i = 0; i < most_blocks; ++i) {
         const auto header = VELL_TRY(if_sound(file.read_record<BlockHeader>()));

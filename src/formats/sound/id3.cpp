@@ -203,10 +203,11 @@ Read<std::optional<Frame>> Tag::next(Window& frames) const {
 }
 
 Read<PictureHeader> PictureHeader::read(Window value, std::uint8_t version) {
-    constexpr std::uint64_t longest = 4096;
+    constexpr std::size_t longest = 4096;
     constexpr std::size_t old_format_size = 3;
+    std::array<char, longest> buffer{};
     value.seek(0);
-    const std::string bytes = VELL_TRY(value.read_bytes(longest));
+    const std::string_view bytes(buffer.data(), VELL_TRY(value.read(buffer)));
     // The encoding, the kind of image, the type, the description.
     const std::size_t type_at = version == 2 ? 1 + old_format_size : bytes.find('\0', 1) + 1;
     if (type_at == 0 || type_at + 1 > bytes.size())
