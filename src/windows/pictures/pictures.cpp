@@ -1,23 +1,41 @@
+#include "src/pictures/bmp_picture.h"
+#include "src/pictures/gif_picture.h"
 #include "src/windows/parts.h"
+#include "src/windows/pictures/icon_decoder.h"
+#include "src/windows/pictures/shell_pictures.h"
+#include "src/windows/pictures/wic_decoder.h"
 
 namespace vell::windows {
 namespace {
 
+// Decoders of our own, where Windows' show frames as they lie in the file or refuse too much, come
+// before those of Windows.
+using Decoder = Result<std::unique_ptr<pictures::PictureRows>> (*)(ByteSource&, std::uint32_t);
+constexpr Decoder decoders[] = {pictures::decode_gif, pictures::decode_bmp, decode_icon_frame,
+                                decode_by_wic};
+
 class WindowsPictures final : public pictures::PictureSystem {
   public:
-    Result<std::unique_ptr<pictures::PictureRows>> decode(ByteSource&, std::uint32_t) override {
+    Result<std::unique_ptr<pictures::PictureRows>> decode(ByteSource& bytes,
+                                                          std::uint32_t frame) override {
+        for (const Decoder decoder : decoders) {
+            auto rows = decoder(bytes, frame);
+            if (rows || rows.error() != ErrorCode::NotSupported)
+                return rows;
+        }
         return Failure{ErrorCode::NotSupported};
     }
     Result<pictures::Picture> pdf_page(ByteSource&, const pictures::PdfPageRequest&,
                                        std::vector<std::string>&) override {
         return Failure{ErrorCode::NotSupported};
     }
-    Result<pictures::Picture> shell_thumbnail(const params::NativePath&, std::uint32_t) override {
-        return Failure{ErrorCode::NoPicture};
+    Result<pictures::Picture> shell_thumbnail(const params::NativePath& path,
+                                              std::uint32_t size) override {
+        return windows::shell_thumbnail(path, size);
     }
-    Result<pictures::Picture> icon(const params::NativePath&, pictures::IconOf,
-                                   std::uint32_t) override {
-        return Failure{ErrorCode::NoPicture};
+    Result<pictures::Picture> icon(const params::NativePath& path, pictures::IconOf what,
+                                   std::uint32_t size) override {
+        return shell_icon(path, what, size);
     }
 };
 
