@@ -79,8 +79,7 @@ std::string as_file(HMODULE module, std::string_view group) {
 } // namespace
 
 Result<std::string> icon_resource(const std::wstring& path, int index) {
-    const UniqueModule module(LoadLibraryExW(
-        path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    const UniqueModule module(LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
     if (!module)
         return Failure{ErrorCode::NothingFound};
     const std::string_view found = group(module.get(), index);

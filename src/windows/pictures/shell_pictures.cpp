@@ -120,6 +120,17 @@ ComPtr<IBindCtx> context_without_file(DWORD attributes) {
     return context;
 }
 
+// Wine gives a bitmap of zeros, which an opaque picture becomes.
+bool is_blank(const Picture& picture) {
+    const auto is_colour = [&](std::size_t i) {
+        return i % picture.components() != 3 && picture.pixels[i] != 0;
+    };
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+        if (is_colour(i))
+            return false;
+    return !picture.has_alpha;
+}
+
 // What the shell's own pictures are; NoPicture where it has none.
 Result<Picture> shell_image(const Subject& subject, std::uint32_t size, SIIGBF flags) {
     static std::atomic<bool> is_implemented = true; // not in every system
@@ -140,7 +151,12 @@ Result<Picture> shell_image(const Subject& subject, std::uint32_t size, SIIGBF f
         is_implemented = false;
     if (FAILED(result))
         return Failure{ErrorCode::NoPicture};
-    return picture_of(owner.get());
+    Picture picture = VELL_TRY(picture_of(owner.get()));
+    if (is_blank(picture)) {
+        is_implemented = (flags & SIIGBF_ICONONLY) == 0; // no icon is
+        return Failure{ErrorCode::NoPicture};
+    }
+    return picture;
 }
 
 // A file with icons, and which of them.
@@ -228,7 +244,17 @@ Result<Picture> private_icon(const IconPlace& place, std::uint32_t size) {
     return picture_of(owner.get());
 }
 
-Result<Picture> icon_at(const IconPlace& place, std::uint32_t size) {
+// The shell counts its own icons by their numbers; in Wine, others come before them.
+IconPlace in_numbers(const IconPlace& place) {
+    constexpr int most_numbered = 30;
+    const std::u16string name(files::name_of(to_utf16(place.file)));
+    const bool is_counted = place.index >= 0 && place.index < most_numbered &&
+                            equal_ignoring_case(std::u16string_view(name), u"shell32.dll");
+    return {place.file, is_counted ? -1 - place.index : place.index};
+}
+
+Result<Picture> icon_at(const IconPlace& wanted, std::uint32_t size) {
+    const IconPlace place = in_numbers(wanted);
     if (place.file.empty())
         return Failure{ErrorCode::NoPicture};
     auto bytes = icon_resource(place.file, place.index);
@@ -250,6 +276,12 @@ Result<Picture> icon_of_handle(const Subject& subject) {
         return Failure{ErrorCode::NoPicture};
     const UniqueIcon icon(info.hIcon);
     return picture_of(icon.get());
+}
+
+// Of folders and files that the system knows nothing else of.
+IconPlace plain_icon(const Subject& subject) {
+    constexpr int folder_number = -4;
+    return {L"shell32.dll", subject.is_folder() ? folder_number : 0};
 }
 
 Subject by_name(const Subject& subject) {
@@ -282,12 +314,18 @@ Result<Picture> own_icon(const Subject& subject, std::uint32_t size) {
     if (!subject.by_name && !subject.is_folder() && subject.has_extension(u"lnk"))
         if (auto picture = icon_of_link(subject, size))
             return picture;
+    const bool is_program = subject.has_extension(u"exe") || subject.has_extension(u"scr");
+    if (!subject.by_name && is_program)
+        if (auto picture = icon_at({subject.path, 0}, size))
+            return picture;
     if (auto picture = icon_at(place_by_shell(subject), size))
         return picture;
     if (!subject.by_name)
         if (auto picture = icon_at(place_by_shell(by_name(subject)), size))
             return picture;
-    return icon_of_handle(subject);
+    if (auto picture = icon_of_handle(subject))
+        return picture;
+    return icon_at(plain_icon(subject), size);
 }
 
 // A file that holds nothing else is its own icon, at every size that it has.
@@ -304,7 +342,7 @@ Result<Picture> icon_of_icon_file(const Subject& subject, std::uint32_t size) {
 Result<Picture> find_icon(const Subject& subject, std::uint32_t size) {
     if (auto picture = icon_of_icon_file(subject, size))
         return picture;
-    constexpr auto flags = static_cast<SIIGBF>(SIIGBF_ICONONLY | SIIGBF_SCALEUP);
+    constexpr SIIGBF flags = SIIGBF_ICONONLY | SIIGBF_SCALEUP;
     if (auto picture = shell_image(subject, size, flags))
         return picture;
     return own_icon(subject, size);
