@@ -30,18 +30,17 @@
 #include "src/files/tree/tree.h"
 #include "src/metadata/get_metadata.h"
 #include "src/metadata/set_metadata.h"
-#include "src/structure/file_structure.h"
 #include "src/pictures/create_thumbnail.h"
+#include "src/pictures/get_icon.h"
 #include "src/plugin/vocabulary/own_functions.h"
 #include "src/plugin/vocabulary/registry.h"
+#include "src/structure/file_structure.h"
 
 #include <algorithm>
 #include <array>
 
 namespace vell::plugin {
 namespace {
-
-using params::not_available;
 
 // In which of the host's calculation dialogs a function is offered.
 constexpr std::uint32_t all_dialogs = 0xFF00;
@@ -278,8 +277,8 @@ constexpr FunctionRow rows[] = {
      "Create an alias file (or shortcut) from the source file or source folder.",
      files::create_alias, Served::WhenEnabled, RegistrationGroup::Second},
     {4307, 2, 3, all_dialogs, "VlFile_GetIcon( switches ; filePath ; { iconName })",
-     "Gets the icon of a file and returns it as a PNG image.", not_available, Served::WhenEnabled,
-     RegistrationGroup::Second},
+     "Gets the icon of a file and returns it as a PNG image.", pictures::get_icon,
+     Served::WhenEnabled, RegistrationGroup::Second},
     {4303, 3, 3, all_dialogs, "VlFile_CreateZip( switches ; sourceFilePath ; destZipFilePath )",
      "create a ZIP file, from the specified file or folder.", archive::create_zip,
      Served::WhenEnabled, RegistrationGroup::Second},

@@ -247,7 +247,7 @@ Result<Picture> private_icon(const IconPlace& place, std::uint32_t size) {
 // The shell counts its own icons by their numbers; in Wine, others come before them.
 IconPlace in_numbers(const IconPlace& place) {
     constexpr int most_numbered = 30;
-    const std::u16string name(files::name_of(to_utf16(place.file)));
+    const std::u16string name(files::last_name(to_utf16(place.file)));
     const bool is_counted = place.index >= 0 && place.index < most_numbered &&
                             equal_ignoring_case(std::u16string_view(name), u"shell32.dll");
     return {place.file, is_counted ? -1 - place.index : place.index};
