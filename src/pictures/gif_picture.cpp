@@ -385,8 +385,8 @@ class Composer {
         }
     }
 
-    // A first image that the screen is too small for makes it larger; one without a size has the
-    // screen's.
+    // An image without a size has the screen's. A first one that is larger than the screen is in
+    // its place, as browsers have it.
     Result<void> prepare(std::uint32_t frame) {
         patch_ = {image_.left, image_.top, image_.width, image_.height};
         if (patch_.width == 0 || patch_.height == 0) {
@@ -396,13 +396,15 @@ class Composer {
         if (patch_.width == 0 || patch_.height == 0)
             return damaged();
         if (frame == 0) {
-            const std::uint32_t width =
-                std::max<std::uint32_t>(logical_.width, patch_.left + patch_.width);
-            const std::uint32_t height =
-                std::max<std::uint32_t>(logical_.height, patch_.top + patch_.height);
-            if (std::uint64_t{width} * height > most_screen_pixels)
+            if (patch_.width > logical_.width || patch_.height > logical_.height) {
+                logical_.width = image_.width;
+                logical_.height = image_.height;
+                patch_.left = 0;
+                patch_.top = 0;
+            }
+            if (std::uint64_t{logical_.width} * logical_.height > most_screen_pixels)
                 return Failure{ErrorCode::PictureTooLarge};
-            screen_.emplace(width, height);
+            screen_.emplace(logical_.width, logical_.height);
         }
         if (control_.disposal == Disposal::Restore)
             covered_ = screen_->copy(patch_);

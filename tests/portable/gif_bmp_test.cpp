@@ -114,9 +114,10 @@ TEST(GifPicture, FramesAreDisposedOfAsTheySay) {
 }
 
 TEST(GifPicture, ScreensAndOrders) {
-    // A patch leaves the screen transparent; a first frame that is too large makes it larger.
+    // A patch leaves the screen transparent; a first frame larger than it takes its place.
     EXPECT_EQ(drawn(decode_gif, GifBuilder(3, 2).frame(1, 1, 1, "g", 0).file()), ".../.g./");
-    EXPECT_EQ(drawn(decode_gif, GifBuilder(1, 1).frame(1, 0, 2, "rg", 0).file()), ".rg/");
+    EXPECT_EQ(drawn(decode_gif, GifBuilder(1, 1).frame(1, 0, 2, "rg", 0).file()), "rg/");
+    EXPECT_EQ(drawn(decode_gif, GifBuilder(2, 1).frame(1, 0, 2, "rg", 0).file()), ".r/");
     const std::string lines = "rgbrg"; // in the order of the file: 0, 4, 2, 1, 3
     EXPECT_EQ(drawn(decode_gif, GifBuilder(1, 5).frame(0, 0, 1, lines, 0, true).file()),
               "r/r/b/g/g/");

@@ -69,16 +69,15 @@ bool is_premultiplied(const RawPixels& pixels) {
     return true;
 }
 
-Picture straight_picture(const RawPixels& pixels) {
+Picture straight_picture(const RawPixels& pixels, bool premultiplied) {
     const bool with_alpha = has_alpha(pixels);
-    const bool premultiplied = with_alpha && is_premultiplied(pixels);
     Picture picture{pixels.width, pixels.height, with_alpha, {}};
     picture.pixels.reserve(pixels.bytes.size());
     for (std::size_t i = 0; i < pixels.bytes.size(); i += 4) {
         const unsigned alpha = pixels.bytes[i + 3];
         for (const std::size_t place : {i + 2, i + 1, i}) {
             const unsigned value = pixels.bytes[place];
-            const bool divides = premultiplied && alpha != 0;
+            const bool divides = with_alpha && premultiplied && alpha != 0;
             picture.pixels.push_back(
                 static_cast<std::uint8_t>(divides ? (value * 255 + alpha / 2) / alpha : value));
         }
@@ -118,7 +117,8 @@ Result<Picture> monochrome_picture(const RawPixels& mask) {
 } // namespace
 
 Result<Picture> picture_of(HBITMAP bitmap) {
-    return straight_picture(VELL_TRY(raw_pixels(bitmap)));
+    const RawPixels pixels = VELL_TRY(raw_pixels(bitmap));
+    return straight_picture(pixels, is_premultiplied(pixels));
 }
 
 Result<Picture> picture_of(HICON icon) {
@@ -132,7 +132,7 @@ Result<Picture> picture_of(HICON icon) {
         return mask ? monochrome_picture(*mask) : Result<Picture>(Failure{mask.error()});
     const RawPixels colours = VELL_TRY(raw_pixels(colour_bitmap.get()));
     if (has_alpha(colours) || !mask)
-        return straight_picture(colours);
+        return straight_picture(colours, false);
     return with_alpha_of_mask(colours, *mask);
 }
 

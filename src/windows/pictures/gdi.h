@@ -20,9 +20,10 @@ using UniqueBitmap = UniqueResource<BitmapKind>;
 using UniqueIcon = UniqueResource<IconKind>;
 
 // NoPicture where Windows does not give the pixels, PictureTooLarge beyond 64 million of them. A
-// bitmap without any alpha is opaque.
+// bitmap without any alpha is opaque; one whose colours are nowhere above its alpha is
+// premultiplied.
 Result<pictures::Picture> picture_of(HBITMAP bitmap);
-// Without any alpha, its mask counts.
+// Icons are never premultiplied. Without any alpha, the mask counts.
 Result<pictures::Picture> picture_of(HICON icon);
 
 } // namespace vell::windows
