@@ -31,6 +31,19 @@ begin_library() {
     mkdir "$work/installed"
 }
 
+# PACKAGE…: prints the folders of their sources, one a line. They are fetched side by side.
+fetch_sources() {
+    local package output outputs=() source
+    for package in "$@"; do
+        exec {output}< <("$scripts/source_package.sh" "$package")
+        outputs+=("$output")
+    done
+    for output in "${outputs[@]}"; do
+        IFS= read -r source <&"$output" || return 1
+        echo "$source"
+    done
+}
+
 end_library() {
     chmod 755 "$work/installed"
     mv "$work/installed" "$target"

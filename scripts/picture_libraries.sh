@@ -6,18 +6,8 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/library_build.sh"
 own=$scripts/picture_libraries
 
-names=(libjpeg-turbo libpng1.6 lcms2)
-mkdir -p "$cache"
-fetched=()
-for name in "${names[@]}"; do
-    exec {output}< <("$scripts/source_package.sh" "$name") # side by side
-    fetched+=("$output")
-done
-sources=()
-for output in "${fetched[@]}"; do
-    IFS= read -r source <&"$output" || exit 1
-    sources+=("$source")
-done
+fetched=$(fetch_sources libjpeg-turbo libpng1.6 lcms2)
+mapfile -t sources <<<"$fetched"
 begin_library pictures "${BASH_SOURCE[0]}" "$own"/* <<<"${sources[*]}"
 echo "Building the libraries for pictures (once)" >&2
 

@@ -12,18 +12,25 @@ patch=$scripts/poppler.patch
 headers=$scripts/poppler.cmake
 data=/usr/share/poppler # of the package poppler-data
 
-freetype_source=$("$scripts/source_package.sh" freetype)
-poppler_source=$("$scripts/source_package.sh" poppler)
+fetched=$(fetch_sources freetype poppler)
+{
+    read -r freetype_source
+    read -r poppler_source
+} <<<"$fetched"
 [ -d "$data/cMap" ] || {
     echo "The folder $data is missing; the package poppler-data installs it." >&2
     exit 1
 }
-begin_library poppler "${BASH_SOURCE[0]}" "$patch" "$headers" \
-    <<<"$freetype_source $poppler_source $(dpkg-query -W poppler-data)"
+begin_library poppler "${BASH_SOURCE[0]}" "$patch" "$headers" "$scripts/picture_libraries.sh" \
+    "$scripts"/picture_libraries/* <<<"$freetype_source $poppler_source $(dpkg-query -W poppler-data)"
 echo "Building Poppler for Windows (a few minutes, once)" >&2
 
-# With the zlib that the plug-in has: a second one inside FreeType would meet it when linking. Poppler
-# asks it for the names of fonts only, so it need not be fast.
+# The JPEG decoder is that of all pictures.
+"$scripts/picture_libraries.sh" >"$work/pictures" &
+pictures=$!
+
+# With the zlib that the plug-in has: a second one inside FreeType would meet it when linking. Few
+# letters of each document are drawn, so it need not be fast.
 make_freetype() {
     configure FreeType "$freetype_source" -DFT_REQUIRE_ZLIB=ON -DFT_DISABLE_BZIP2=ON \
         -DFT_DISABLE_PNG=ON -DFT_DISABLE_HARFBUZZ=ON -DFT_DISABLE_BROTLI=ON \
@@ -35,26 +42,29 @@ mkdir -p "$freetype_headers"
 make_freetype &
 freetype=$!
 
-# Only text is wanted, so everything that pictures, signatures and other interfaces need is left out,
-# and so are the sources that nothing of what is left refers to: those that draw or print.
+# Text and drawn pages are wanted, so everything that signatures and other interfaces need is left out,
+# and so are the sources that nothing of what is left refers to: those that print or write pictures.
+# Pictures of JPEG 2000 are not drawn: Poppler's own decoder for them is no longer looked after.
 cp -r "$poppler_source" "$work/source"
 patch -s -d "$work/source" -p1 <"$patch"
-unneeded='goo/(ImgWriter|JpegWriter|NetPBMWriter|PNGWriter|TiffWriter|gbase64|gbasename)'
-unneeded+='|poppler/(BBox|PS|PreScan|Splash)OutputDev|splash/Splash([^B]\w*)?'
-unneeded+='|poppler/(J\w*Decoder|JBIG2Stream|JPXStream|FILECacheLoader|FontInfo|PageTransition)'
+unneeded='goo/(NetPBMWriter|PNGWriter|TiffWriter|gbase64|gbasename)'
+unneeded+='|poppler/(BBox|PS|PreScan)OutputDev|poppler/(FILECacheLoader|FontInfo|PageTransition)'
 unneeded+='|poppler/(FD|Local)?PDFDoc(Builder|Factory)'
 sed -Ei "\\#^ *($unneeded)\.cc\$#d" "$work/source/CMakeLists.txt"
+wait $pictures || exit 1
+read -r pictures <"$work/pictures"
 configure Poppler "$work/source" -DFREETYPE_LIBRARY="$work/installed/lib/libfreetype.a" \
     -DFREETYPE_INCLUDE_DIR_ft2build="$freetype_headers" \
     -DFREETYPE_INCLUDE_DIR_freetype2="$freetype_headers" -DENABLE_UNSTABLE_API_ABI_HEADERS=ON \
     -DFONT_CONFIGURATION=win32 -DENABLE_BOOST=OFF -DCMAKE_DISABLE_FIND_PACKAGE_Boost=ON \
-    -DENABLE_DCTDECODER=unmaintained -DENABLE_LIBOPENJPEG=none -DENABLE_LIBCURL=OFF \
+    -DENABLE_DCTDECODER=libjpeg -DJPEG_LIBRARY="$pictures/lib/libjpeg.a" \
+    -DJPEG_INCLUDE_DIR="$pictures/include" -DENABLE_LIBOPENJPEG=none -DENABLE_LIBCURL=OFF \
     -DENABLE_NSS3=OFF -DENABLE_GPGME=OFF -DENABLE_CMS=none -DENABLE_ZLIB=OFF \
     -DENABLE_GLIB=OFF -DENABLE_GOBJECT_INTROSPECTION=OFF -DENABLE_QT5=OFF -DENABLE_QT6=OFF \
     -DENABLE_CPP=OFF -DENABLE_UTILS=OFF -DENABLE_RELOCATABLE=OFF \
     -DBUILD_GTK_TESTS=OFF -DBUILD_QT5_TESTS=OFF -DBUILD_QT6_TESTS=OFF -DBUILD_CPP_TESTS=OFF -DBUILD_MANUAL_TESTS=OFF \
     -DRUN_GPERF_IF_PRESENT=OFF -DWITH_NSS3=OFF -DPKG_CONFIG_EXECUTABLE=/bin/false \
-    -DWITH_JPEG=OFF -DWITH_PNG=OFF -DWITH_TIFF=OFF -DWITH_Cairo=OFF \
+    -DWITH_PNG=OFF -DWITH_TIFF=OFF -DWITH_Cairo=OFF \
     -DCMAKE_PROJECT_poppler_INCLUDE="$headers"
 wait $freetype || exit 1
 install_library Poppler

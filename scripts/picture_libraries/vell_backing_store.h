@@ -1,6 +1,7 @@
 // Where the JPEG library keeps coefficients that do not fit into memory. Its own file of the library
 // (jpeg_memory.c) looks for one of these at client_data of a decompressor, and takes as much memory as
-// max_memory_to_use says. Where client_data is null, all is kept in memory.
+// max_memory_to_use says. Where client_data is null, all is kept in memory. It is to be set
+// before jpeg_create_decompress, which leaves what it finds there.
 #pragma once
 
 #ifdef __cplusplus

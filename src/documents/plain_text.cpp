@@ -1,6 +1,7 @@
 #include "src/documents/plain_text.h"
 
 #include "src/base/utf8_stream.h"
+#include "src/files/contents/buffered_reader.h"
 #include "src/files/contents/contents.h"
 #include "src/files/paths/path_parts.h"
 
@@ -11,6 +12,13 @@ namespace vell::documents {
 namespace {
 
 constexpr std::u16string_view page_separator = u"\r<---------->\r";
+
+Result<std::unique_ptr<files::File>> open_pdf(System& system, const files::NativePath& path) {
+    auto file = system.files().open_shared(path);
+    if (!file && number(file.error()) >= 0) // a number that tells something else of a document
+        return Failure{ErrorCode::PdfCannotOpen};
+    return file;
+}
 
 } // namespace
 
@@ -44,8 +52,12 @@ Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
 Result<void> get_as_plain_text(params::Call& call, System& system) {
     return get_as_plain_text(call,
                              [&system](const files::NativePath& path, const params::ByteSink& sink,
-                                       std::vector<std::string>& notes) {
-                                 return system.read_pdf_text(path, sink, notes);
+                                       std::vector<std::string>& notes) -> Result<void> {
+                                 const auto file = VELL_TRY(open_pdf(system, path));
+                                 constexpr std::size_t buffer_size = 16 * 1024;
+                                 auto bytes =
+                                     VELL_TRY(files::BufferedReader::over(*file, buffer_size));
+                                 return system.read_pdf_text(bytes, sink, notes);
                              });
 }
 

@@ -11,7 +11,7 @@
 
 namespace vell::documents {
 
-// See System::read_pdf_text.
+// See System::read_pdf_text; opens the file, too.
 using PdfTextReader = std::function<Result<void>(
     const files::NativePath& path, const params::ByteSink& sink, std::vector<std::string>& notes)>;
 

@@ -2,6 +2,7 @@
 // interfaces, one for a subject. The plug-in hands over that of Windows, tests one that they make.
 #pragma once
 
+#include "src/base/byte_source.h"
 #include "src/params/call.h"
 #include "src/system/clock.h"
 #include "src/system/commands.h"
@@ -38,7 +39,7 @@ class System {
     virtual Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm) = 0;
     // Gives the text of a PDF file as UTF-8 in pieces, each page with a form feed behind it, and
     // adds what is worth a line in the debug log to `notes`.
-    virtual Result<void> read_pdf_text(const files::NativePath& path, const params::ByteSink& sink,
+    virtual Result<void> read_pdf_text(ByteSource& file, const params::ByteSink& sink,
                                        std::vector<std::string>& notes) = 0;
 };
 

@@ -37,10 +37,10 @@ class Win32System : public System {
         return windows::new_digest(algorithm);
     }
     // On a stack that holds what such files nest.
-    Result<void> read_pdf_text(const files::NativePath& path, const params::ByteSink& sink,
+    Result<void> read_pdf_text(ByteSource& file, const params::ByteSink& sink,
                                std::vector<std::string>& notes) override {
         Result<void> outcome;
-        run_on_large_stack([&] { outcome = read_by_poppler(path, sink, notes); });
+        run_on_large_stack([&] { outcome = read_by_poppler(file, sink, notes); });
         return outcome;
     }
 

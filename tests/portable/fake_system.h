@@ -39,7 +39,7 @@ class FakeSystem : public System,
     Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm) override {
         return nothing;
     }
-    Result<void> read_pdf_text(const NativePath&, const params::ByteSink&,
+    Result<void> read_pdf_text(ByteSource&, const params::ByteSink&,
                                std::vector<std::string>&) override {
         return nothing;
     }

@@ -1,9 +1,10 @@
 // Texts of PDF files through Poppler: sound, strange and hostile ones.
 #include "src/base/utf8.h"
+#include "src/files/contents/buffered_reader.h"
 #include "src/windows/documents/poppler_text.h"
+#include "src/windows/parts.h"
 #include "src/windows/process/large_stack.h"
-#include "tests/portable/image_builder.h"
-#include "tests/portable/pdf_builder.h"
+#include "tests/windows/pdf_documents.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <array>
@@ -11,45 +12,6 @@
 
 namespace vell::test {
 namespace {
-
-// A document of objects as they are given; number 1 is the catalogue.
-std::string pdf(const std::vector<std::string>& objects, const std::string& trailer = "") {
-    testing::Pdf document;
-    for (int number = 1; const std::string& object : objects)
-        document.object(number++, object);
-    const std::string size = std::to_string(objects.size() + 1);
-    return document.finish("/Root 1 0 R /Size " + size + trailer).bytes;
-}
-
-std::string stream(const std::string& data, const std::string& entries = "") {
-    return "<< /Length " + std::to_string(data.size()) + entries + " >>\nstream\n" + data +
-           "\nendstream";
-}
-
-std::string repeated(std::string_view text, int times) {
-    std::string result;
-    for (int i = 0; i < times; ++i)
-        result += text;
-    return result;
-}
-
-// One page of this content, with a font F and more objects from number 5 on.
-std::string
-page(const std::string& content, std::vector<std::string> more = {},
-     const std::string& resources = "", const std::string& catalogue = "",
-     const std::string& font = "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>") {
-    std::vector<std::string> objects{
-        "<< /Type /Catalog /Pages 2 0 R " + catalogue + " >>",
-        "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
-        "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 600 800] /Contents 4 0 R "
-        "/Resources << /Font << /F " +
-            font + " >> " + resources + " >> >>",
-        stream(content)};
-    objects.insert(objects.end(), more.begin(), more.end());
-    return pdf(objects);
-}
-
-const std::string some_text = "BT /F 12 Tf 100 700 Td (Some text) Tj ET";
 
 // A font without its own outlines or a mapping to Unicode.
 std::string japanese_font(const std::string& encoding) {
@@ -75,23 +37,6 @@ std::string field(const std::string& value) {
                 "/DA (/F 9 Tf) /V " +
                     value + " >>",
                 "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>"});
-}
-
-// A stream as small as deflate makes it.
-std::string small_stream(const std::string& data, const std::string& entries = "") {
-    return stream(deflated(data), entries + " /Filter /FlateDecode");
-}
-
-// A white JPEG picture of this many pixels to a side; a block of it is two bits.
-std::string white_picture(unsigned side) {
-    const auto table = [](char kind) {
-        return std::string("\xFF\xC4\0\x14", 4) + kind + '\1' + std::string(16, '\0');
-    };
-    const std::string size{static_cast<char>(side >> 8), static_cast<char>(side)};
-    return "\xFF\xD8" + std::string("\xFF\xDB\0\x43\0", 5) + std::string(64, '\1') +
-           std::string("\xFF\xC0\0\x0B\x08", 5) + size + size + std::string("\1\1\x11\0", 4) +
-           table('\0') + table('\x10') + std::string("\xFF\xDA\0\x08\1\1\0\0\x3F\0", 10) +
-           std::string(side / 8 * (side / 8) / 4, '\0');
 }
 
 class PlainText : public PluginWithFolder {
@@ -265,9 +210,11 @@ TEST_F(PlainText, EndsForHostileDocuments) {
 std::string read(const std::u16string& path) {
     std::string text;
     std::vector<std::string> notes;
+    const auto file = windows::file_system().open_shared({path, std::nullopt});
+    auto source = files::BufferedReader::over(**file);
     windows::run_on_large_stack([&] {
         const auto outcome = windows::read_by_poppler(
-            {path, std::nullopt},
+            *source,
             [&](std::string_view bytes) {
                 text += bytes;
                 return Result<void>();

@@ -1,16 +1,17 @@
 // Text of PDF files by Poppler. Windows only.
 #pragma once
 
-#include "src/documents/plain_text.h"
+#include "src/base/byte_source.h"
+#include "src/params/call.h"
+
+#include <string>
+#include <vector>
 
 namespace vell::windows {
 
-// A documents::PdfTextReader. The file layer's codes when the file cannot be opened, PdfDamaged,
-// PdfWithoutPages, PdfPassword, PdfCopyForbidden, PdfReadFailed, otherwise PdfFailed.
-//
-// Several threads may read at once. What a document nests is followed by recursion: the calling
-// thread needs some megabytes of stack.
-Result<void> read_by_poppler(const files::NativePath& path, const params::ByteSink& sink,
+// See System::read_pdf_text. The codes of with_poppler_document (poppler_document.h), which also
+// tells what the calling thread needs, PdfCopyForbidden, and those of the sink.
+Result<void> read_by_poppler(ByteSource& file, const params::ByteSink& sink,
                              std::vector<std::string>& notes);
 
 } // namespace vell::windows

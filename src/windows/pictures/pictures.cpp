@@ -1,9 +1,11 @@
 #include "src/pictures/bmp_picture.h"
 #include "src/pictures/gif_picture.h"
+#include "src/windows/documents/poppler_page.h"
 #include "src/windows/parts.h"
 #include "src/windows/pictures/icon_decoder.h"
 #include "src/windows/pictures/shell_pictures.h"
 #include "src/windows/pictures/wic_decoder.h"
+#include "src/windows/process/large_stack.h"
 
 namespace vell::windows {
 namespace {
@@ -25,9 +27,12 @@ class WindowsPictures final : public pictures::PictureSystem {
         }
         return Failure{ErrorCode::NotSupported};
     }
-    Result<pictures::Picture> pdf_page(ByteSource&, const pictures::PdfPageRequest&,
-                                       std::vector<std::string>&) override {
-        return Failure{ErrorCode::NotSupported};
+    // On a stack that holds what such files nest.
+    Result<pictures::Picture> pdf_page(ByteSource& bytes, const pictures::PdfPageRequest& request,
+                                       std::vector<std::string>& notes) override {
+        Result<pictures::Picture> picture = Failure{ErrorCode::PdfFailed};
+        run_on_large_stack([&] { picture = draw_by_poppler(bytes, request, notes); });
+        return picture;
     }
     Result<pictures::Picture> shell_thumbnail(const params::NativePath& path,
                                               std::uint32_t size) override {
