@@ -85,9 +85,11 @@ class PlainRows final : public PictureRows {
     Result<bool> has_visible_pixel() {
         const std::uint32_t mask = header_.format.masks[3];
         const std::size_t size = header_.format.bits / 8U;
-        for (std::uint32_t y = 0; y < std::min<std::uint64_t>(whole_rows_, header_.height); ++y) {
-            const std::span<const std::byte> row =
-                VELL_TRY(stored_row(header_.is_top_down ? y : header_.height - 1 - y));
+        const auto rows =
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(whole_rows_, header_.height));
+        for (std::uint32_t y = 0; y < rows; ++y) {
+            const std::uint32_t in_file = header_.is_top_down ? y : rows - 1 - y;
+            const std::span<const std::byte> row = VELL_TRY(stored_row(in_file));
             for (std::size_t x = 0; x < header_.width; ++x) {
                 std::uint32_t pixel = 0;
                 std::memcpy(&pixel, row.data() + x * size, size);

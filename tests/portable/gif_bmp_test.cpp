@@ -200,6 +200,18 @@ TEST(BmpPicture, WhatIsCutOffAndWhatIsTooLarge) {
               "-4303");
 }
 
+std::uint32_t rows_of(Open open, const std::string& file, std::uint32_t frame) {
+    BytesInMemory bytes(file);
+    const auto rows = open(bytes, frame);
+    if (!rows)
+        return 0;
+    std::vector<std::byte> row((*rows)->layout().row_size());
+    std::uint32_t count = 0;
+    while (count < (*rows)->layout().height && (*rows)->read_row(row))
+        ++count;
+    return count;
+}
+
 // Every file, and what is left of it when it is cut off anywhere, ends with rows or a code.
 TEST(Pictures, RealFilesAreReadOrRefused) {
     const auto files = real_files({"picture", "picture-hostile"});
@@ -212,9 +224,10 @@ TEST(Pictures, RealFilesAreReadOrRefused) {
         if (extension != ".gif" && extension != ".bmp")
             continue;
         const std::string file = bytes_of(path);
-        shown += drawn(open, file).find('/') != std::string::npos;
+        shown += rows_of(open, file, 0) > 0;
         for (std::size_t part = 1; part < 8; ++part)
-            drawn(open, file.substr(0, file.size() * part / 8), part % 3);
+            rows_of(open, file.substr(0, file.size() * part / 8),
+                    static_cast<std::uint32_t>(part % 3));
     }
     EXPECT_GT(shown, 90u);
 }
