@@ -147,16 +147,20 @@ Result<Picture> shell_image(const Subject& subject, std::uint32_t size, SIIGBF f
     const auto length = static_cast<LONG>(size);
     const HRESULT result = factory->GetImage({length, length}, flags, &bitmap);
     const UniqueBitmap owner(bitmap);
-    if (result == E_NOTIMPL)
-        is_implemented = false;
-    if (FAILED(result))
-        return Failure{ErrorCode::NoPicture};
-    Picture picture = VELL_TRY(picture_of(owner.get()));
-    if (is_blank(picture)) {
-        is_implemented = (flags & SIIGBF_ICONONLY) == 0; // no icon is
+    // The shell of Windows has an icon for everything, and none that is blank; a thumbnail may fail
+    // for reasons of its file.
+    const bool wants_icon = (flags & SIIGBF_ICONONLY) != 0;
+    if (FAILED(result)) {
+        if (wants_icon && result == E_NOTIMPL)
+            is_implemented = false;
         return Failure{ErrorCode::NoPicture};
     }
-    return picture;
+    Picture picture = VELL_TRY(picture_of(owner.get()));
+    if (!is_blank(picture))
+        return picture;
+    if (wants_icon)
+        is_implemented = false;
+    return Failure{ErrorCode::NoPicture};
 }
 
 // A file with icons, and which of them.
