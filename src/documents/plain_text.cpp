@@ -4,8 +4,10 @@
 #include "src/files/contents/buffered_reader.h"
 #include "src/files/contents/contents.h"
 #include "src/files/paths/path_parts.h"
+#include "src/formats/recognition.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace vell::documents {
@@ -20,14 +22,10 @@ Result<std::unique_ptr<files::File>> open_pdf(System& system, const files::Nativ
     return file;
 }
 
-} // namespace
+// What reads the pages, each with a form feed behind it.
+using Reading = std::function<Result<void>(const params::ByteSink&, std::vector<std::string>&)>;
 
-Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
-    const params::NativePath path = VELL_TRY(call.path(1));
-    if (!files::has_extension(path.wide, u"pdf")) {
-        call.set_text(u"");
-        return {};
-    }
+Result<void> give_text(params::Call& call, const Reading& read) {
     Utf8Stream text;
     std::uint64_t bytes_so_far = 0;
     const params::ByteSink sink = [&](std::string_view bytes) -> Result<void> {
@@ -39,7 +37,7 @@ Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
         return {};
     };
     std::vector<std::string> notes;
-    const Result<void> outcome = read(path, sink, notes);
+    const Result<void> outcome = read(sink, notes);
     for (const std::string& note : notes)
         call.debug_note(note);
     VELL_TRY(outcome);
@@ -49,15 +47,48 @@ Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
     return {};
 }
 
+Result<void> read_file(System& system, files::File& file, const params::ByteSink& sink,
+                       std::vector<std::string>& notes) {
+    constexpr std::size_t buffer_size = 16 * 1024;
+    auto bytes = VELL_TRY(files::BufferedReader::over(file, buffer_size));
+    return system.read_pdf_text(bytes, sink, notes);
+}
+
+// A container need not have a name: what is in it tells.
+Result<void> get_container_text(params::Call& call, System& system) {
+    const auto bytes = VELL_TRY(call.open_container(1));
+    std::array<char, formats::recognizable_size> start{};
+    const std::size_t count = VELL_TRY(bytes->read_at(0, start));
+    if (formats::format_of({start.data(), count}) != formats::Format::Pdf) {
+        call.set_text(u"");
+        return {};
+    }
+    return give_text(call, [&](const params::ByteSink& sink, std::vector<std::string>& notes) {
+        return system.read_pdf_text(*bytes, sink, notes);
+    });
+}
+
+} // namespace
+
+Result<void> get_as_plain_text(params::Call& call, const PdfTextReader& read) {
+    const params::NativePath path = VELL_TRY(call.path(1));
+    if (!files::has_extension(path.wide, u"pdf")) {
+        call.set_text(u"");
+        return {};
+    }
+    return give_text(call, [&](const params::ByteSink& sink, std::vector<std::string>& notes) {
+        return read(path, sink, notes);
+    });
+}
+
 Result<void> get_as_plain_text(params::Call& call, System& system) {
+    if (call.is_container(1))
+        return get_container_text(call, system);
     return get_as_plain_text(call,
                              [&system](const files::NativePath& path, const params::ByteSink& sink,
                                        std::vector<std::string>& notes) -> Result<void> {
                                  const auto file = VELL_TRY(open_pdf(system, path));
-                                 constexpr std::size_t buffer_size = 16 * 1024;
-                                 auto bytes =
-                                     VELL_TRY(files::BufferedReader::over(*file, buffer_size));
-                                 return system.read_pdf_text(bytes, sink, notes);
+                                 return read_file(system, *file, sink, notes);
                              });
 }
 

@@ -51,6 +51,23 @@ TEST(PlainText, SeparatesPagesAndLines) {
             EXPECT_EQ(plain_text({u"", u"C:\\a.pDf"}, bytes, piece_size), text) << bytes;
 }
 
+TEST(PlainText, ReadsContainersThatHoldPdfFiles) {
+    class SystemWithPdf : public FakeSystem {
+      public:
+        Result<void> read_pdf_text(ByteSource& bytes, const params::ByteSink& sink,
+                                   std::vector<std::string>&) override {
+            return sink(std::to_string(bytes.size()));
+        }
+    };
+    for (const auto& [bytes, text] : {std::pair("%PDF-1.4 ", u"9"), {"no PDF at all", u""}}) {
+        SystemWithPdf system;
+        FakeCall call({u"", u""});
+        call.set_container_parameter(1, bytes);
+        EXPECT_TRUE(get_as_plain_text(call, system));
+        EXPECT_EQ(call.result(), text);
+    }
+}
+
 TEST(PlainText, TellsWhatKeepsItFromATextOfItsOwn) {
     const Result<void> refused = Failure{ErrorCode::PdfCopyForbidden};
     EXPECT_EQ(plain_text({u"", u"C:\\a.pdf"}, "part", 9, refused), u"$$8");

@@ -1,6 +1,7 @@
 // Thumbnails: how pictures are scaled, turned and converted, and what VlFile_CreateThumbnail gives.
 #include "src/pictures/thumbnail.h"
 
+#include "src/metadata/get_metadata.h"
 #include "src/pictures/create_thumbnail.h"
 #include "src/pictures/decoding.h"
 #include "src/pictures/encoders.h"
@@ -294,6 +295,11 @@ TEST(CreateThumbnail, ReadsContainers) {
     FakeCall call({u"-AsPNG", u""});
     call.set_container_parameter(1, encode_jpeg(sample(160, 40), 90));
     EXPECT_EQ(answer_of(call, create_thumbnail(call, system)), "PNGf field.png 80x20");
+
+    FakeCall question({u"-GetImageDescription", u""});
+    question.set_container_parameter(1, encode_png(sample(160, 40)));
+    const std::string description = answer_of(question, metadata::get_metadata(question, system));
+    EXPECT_NE(description.find("160"), std::string::npos) << description;
 }
 
 // What is there of a file that is cut off is shown; nothing else happens.
