@@ -259,9 +259,8 @@ class DrawnRows final : public PictureRows {
     Result<void> read_row(std::span<std::byte> row) override {
         if (next_ == pixels_.size())
             return Failure{ErrorCode::PictureDamaged};
-        std::byte* out = row.data();
-        for (std::uint32_t x = 0; x < layout_.width; ++x, out += layout_.components())
-            std::memcpy(out, &pixels_[next_++], layout_.components());
+        store_colours(std::span(pixels_).subspan(next_, layout_.width), layout_.has_alpha, row);
+        next_ += layout_.width;
         return {};
     }
 

@@ -279,17 +279,11 @@ class ComposedFrame final : public PictureRows {
     Result<void> read_row(std::span<std::byte> row) override {
         if (next_ >= known_rows_)
             return damaged();
-        std::byte* out = row.data();
-        for (const Colour& colour : screen_.row(next_++)) {
-            std::memcpy(out, &colour, layout_.components());
-            out += layout_.components();
-        }
+        store_colours(screen_.row(next_++), layout_.has_alpha, row);
         return {};
     }
 
   private:
-    static_assert(sizeof(Colour) == 4);
-
     Screen screen_;
     std::uint32_t known_rows_;
     std::uint32_t next_ = 0;

@@ -181,6 +181,16 @@ constexpr bool has_fractions(Coding coding) {
 
 } // namespace
 
+void store_colours(std::span<const Colour> colours, bool with_alpha, std::span<std::byte> row) {
+    static_assert(sizeof(Colour) == 4);
+    std::byte* out = row.data();
+    if (with_alpha)
+        std::memcpy(out, colours.data(), colours.size_bytes());
+    else
+        for (const Colour& colour : colours)
+            store_colour(out, colour, false);
+}
+
 bool RowConverter::has_alpha() const {
     if (format_.coding != Coding::Index)
         return format_.alpha != Alpha::None;

@@ -49,6 +49,9 @@ struct Colour {
     bool operator==(const Colour&) const = default;
 };
 
+// Colours as a row of a picture of 8 bits, which has room for them.
+void store_colours(std::span<const Colour> colours, bool with_alpha, std::span<std::byte> row);
+
 // What numbers with a fraction are: linear light of sRGB's primaries, unless a profile says so.
 enum class Curve : std::uint8_t { Linear, OfProfile };
 
