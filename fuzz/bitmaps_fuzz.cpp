@@ -1,8 +1,8 @@
 // GIF and BMP files and icons: every row of a frame, or a code.
 #include "fuzz/input.h"
-#include "src/pictures/bmp_picture.h"
-#include "src/pictures/gif_picture.h"
-#include "src/pictures/icon_file.h"
+#include "src/pictures/decoding/bmp_picture.h"
+#include "src/pictures/decoding/gif_picture.h"
+#include "src/pictures/decoding/icon_file.h"
 
 #include <algorithm>
 

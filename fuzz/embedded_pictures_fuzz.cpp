@@ -1,7 +1,7 @@
 // Pictures inside other files, and how they are to be turned: whatever the bytes are, each one that
 // is found lies in the file or has bytes of its own, and one of them is chosen.
 #include "fuzz/input.h"
-#include "src/pictures/previews.h"
+#include "src/pictures/inside/previews.h"
 
 #include <algorithm>
 #include <set>

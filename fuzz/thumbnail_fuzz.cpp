@@ -1,7 +1,7 @@
 // JPEG and PNG files as thumbnails of several sizes: a picture of the size that its own says, or a
 // code.
 #include "fuzz/input.h"
-#include "src/pictures/decoding.h"
+#include "src/pictures/decoding/decoding.h"
 #include "src/pictures/encoders.h"
 #include "src/pictures/thumbnail.h"
 

@@ -1,6 +1,6 @@
 #include "src/pictures/encoders.h"
 
-#include "src/pictures/jpeg_errors.h"
+#include "src/pictures/decoding/jpeg_errors.h"
 
 #include <png.h>
 

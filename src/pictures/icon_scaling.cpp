@@ -1,5 +1,5 @@
+#include "src/pictures/decoding/icon_file.h"
 #include "src/pictures/geometry.h"
-#include "src/pictures/icon_file.h"
 #include "src/pictures/scaler.h"
 
 #include <cstring>

@@ -2,10 +2,10 @@
 
 #include "src/formats/recognition.h"
 #include "src/formats/window.h"
-#include "src/pictures/decoding.h"
-#include "src/pictures/orientation.h"
-#include "src/pictures/previews.h"
-#include "src/pictures/spill_file.h"
+#include "src/pictures/decoding/decoding.h"
+#include "src/pictures/decoding/spill_file.h"
+#include "src/pictures/inside/orientation.h"
+#include "src/pictures/inside/previews.h"
 #include "src/pictures/thumbnail.h"
 
 #include <utility>
@@ -101,21 +101,34 @@ class PictureFinder {
         return turned(std::move(picture), VELL_TRY(orientation_of(source_.bytes)));
     }
 
-    // A preview or a cover.
+    // A preview or a cover; where the best one is damaged, the next best.
     Result<Picture> from_inside() {
-        const auto found = VELL_TRY(find_pictures(source_.bytes));
-        const EmbeddedPicture* chosen = choose(found, source_.shape.longer_side);
-        if (!chosen)
+        auto found = VELL_TRY(find_pictures(source_.bytes));
+        if (found.empty())
             return Failure{ErrorCode::NoPicture};
         VELL_TRY(check_single());
-        if (!chosen->bytes.empty()) {
-            BytesInMemory bytes(chosen->bytes);
-            return from_embedded(bytes, chosen->orientation);
+        Result<Picture> picture = Failure{ErrorCode::NoPicture};
+        constexpr int most_attempts = 4;
+        for (int attempt = 0; attempt < most_attempts; ++attempt) {
+            const EmbeddedPicture* chosen = choose(found, source_.shape.longer_side);
+            if (!chosen)
+                break;
+            picture = from_embedded(*chosen);
+            if (picture || picture.error() != ErrorCode::PictureDamaged)
+                break;
+            found.erase(found.begin() + (chosen - found.data()));
         }
-        PartOf bytes(source_.bytes, chosen->offset, chosen->size);
-        return from_embedded(bytes, chosen->orientation);
+        return picture;
     }
-    Result<Picture> from_embedded(ByteSource& bytes, Orientation orientation) {
+    Result<Picture> from_embedded(const EmbeddedPicture& embedded) {
+        if (!embedded.bytes.empty()) {
+            BytesInMemory bytes(embedded.bytes);
+            return from_embedded_bytes(bytes, embedded.orientation);
+        }
+        PartOf bytes(source_.bytes, embedded.offset, embedded.size);
+        return from_embedded_bytes(bytes, embedded.orientation);
+    }
+    Result<Picture> from_embedded_bytes(ByteSource& bytes, Orientation orientation) {
         const Format format = VELL_TRY(format_of(bytes));
         Picture picture = VELL_TRY(decoded(bytes, format));
         return turned(std::move(picture), orientation);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/pictures/geometry.h"
-#include "src/pictures/orientation.h"
+#include "src/pictures/inside/orientation.h"
 #include "src/system/pictures.h"
 
 namespace vell::pictures {

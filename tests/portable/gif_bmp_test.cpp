@@ -1,7 +1,7 @@
 // GIF frames on their screen, and BMP files, pixel by pixel.
-#include "src/pictures/bmp_picture.h"
-#include "src/pictures/gif_picture.h"
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/bmp_picture.h"
+#include "src/pictures/decoding/gif_picture.h"
+#include "src/pictures/decoding/pixel_format.h"
 #include "tests/portable/icon_builder.h"
 #include "tests/portable/real_files.h"
 

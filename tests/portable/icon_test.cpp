@@ -1,6 +1,6 @@
 // Icons: the body of the function, the pictures of icon files, their fitting into a square.
+#include "src/pictures/decoding/icon_file.h"
 #include "src/pictures/get_icon.h"
-#include "src/pictures/icon_file.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/icon_builder.h"
 

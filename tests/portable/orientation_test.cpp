@@ -1,7 +1,7 @@
 // How pictures are to be turned, as files of every kind say it.
 #include "picture_files.h"
 #include "real_files.h"
-#include "src/pictures/orientation.h"
+#include "src/pictures/inside/orientation.h"
 
 #include <gtest/gtest.h>
 

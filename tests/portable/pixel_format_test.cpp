@@ -1,5 +1,5 @@
 // Rows of pixels in every coding of decoders.
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/pixel_format.h"
 
 #include <gtest/gtest.h>
 

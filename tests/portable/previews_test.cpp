@@ -1,7 +1,7 @@
 // Pictures found in files of every kind, and the choice among them.
 #include "picture_files.h"
 #include "real_files.h"
-#include "src/pictures/previews.h"
+#include "src/pictures/inside/previews.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #include "src/metadata/get_metadata.h"
 #include "src/pictures/create_thumbnail.h"
-#include "src/pictures/decoding.h"
+#include "src/pictures/decoding/decoding.h"
 #include "src/pictures/encoders.h"
 #include "src/pictures/scaler.h"
 #include "tests/portable/answer_of.h"

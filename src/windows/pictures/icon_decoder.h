@@ -1,7 +1,7 @@
 // The pictures of icon and cursor files. Windows only.
 #pragma once
 
-#include "src/pictures/icon_file.h"
+#include "src/pictures/decoding/icon_file.h"
 
 namespace vell::windows {
 

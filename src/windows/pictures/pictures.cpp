@@ -1,5 +1,5 @@
-#include "src/pictures/bmp_picture.h"
-#include "src/pictures/gif_picture.h"
+#include "src/pictures/decoding/bmp_picture.h"
+#include "src/pictures/decoding/gif_picture.h"
 #include "src/windows/documents/poppler_page.h"
 #include "src/windows/parts.h"
 #include "src/windows/pictures/icon_decoder.h"

@@ -3,7 +3,7 @@
 #include "src/base/ascii.h"
 #include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
-#include "src/pictures/icon_file.h"
+#include "src/pictures/decoding/icon_file.h"
 #include "src/windows/desktop/com.h"
 #include "src/windows/error_windows.h"
 #include "src/windows/pictures/gdi.h"

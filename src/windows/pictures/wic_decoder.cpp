@@ -1,6 +1,6 @@
 #include "src/windows/pictures/wic_decoder.h"
 
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/pixel_format.h"
 #include "src/windows/desktop/com.h"
 #include "src/windows/pictures/source_stream.h"
 #include "src/windows/pictures/wic_formats.h"

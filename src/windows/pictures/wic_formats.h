@@ -1,7 +1,7 @@
 // The pixel formats of Windows' imaging component. Windows only.
 #pragma once
 
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/pixel_format.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
 // A temporary file for what a decoder cannot keep in memory.
 #pragma once
 
-#include "src/pictures/decoding.h"
+#include "src/pictures/decoding/decoding.h"
 #include "src/system/file_access.h"
 
 #include <memory>

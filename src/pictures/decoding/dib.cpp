@@ -1,4 +1,4 @@
-#include "src/pictures/dib.h"
+#include "src/pictures/decoding/dib.h"
 
 #include "src/formats/bmp.h"
 

@@ -2,7 +2,7 @@
 // photographs of Canon.
 #pragma once
 
-#include "src/pictures/found_pictures.h"
+#include "src/pictures/inside/found_pictures.h"
 
 namespace vell::pictures {
 

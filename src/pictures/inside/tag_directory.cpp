@@ -1,4 +1,4 @@
-#include "src/pictures/tag_directory.h"
+#include "src/pictures/inside/tag_directory.h"
 
 namespace vell::pictures {
 

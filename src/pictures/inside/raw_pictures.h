@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/formats/recognition.h"
-#include "src/pictures/found_pictures.h"
+#include "src/pictures/inside/found_pictures.h"
 
 namespace vell::pictures {
 

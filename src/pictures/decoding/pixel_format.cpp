@@ -1,4 +1,4 @@
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/pixel_format.h"
 
 #include <algorithm>
 #include <bit>

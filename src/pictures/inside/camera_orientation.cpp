@@ -1,4 +1,4 @@
-#include "src/pictures/camera_orientation.h"
+#include "src/pictures/inside/camera_orientation.h"
 
 #include "src/formats/camera/ciff.h"
 #include "src/formats/camera/cr3.h"

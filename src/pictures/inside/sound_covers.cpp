@@ -1,4 +1,4 @@
-#include "src/pictures/sound_covers.h"
+#include "src/pictures/inside/sound_covers.h"
 
 #include "src/base/base64.h"
 #include "src/formats/riff.h"

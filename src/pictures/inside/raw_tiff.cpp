@@ -1,6 +1,6 @@
-#include "src/pictures/maker_notes.h"
-#include "src/pictures/raw_pictures.h"
-#include "src/pictures/tag_directory.h"
+#include "src/pictures/inside/maker_notes.h"
+#include "src/pictures/inside/raw_pictures.h"
+#include "src/pictures/inside/tag_directory.h"
 
 #include <array>
 #include <set>

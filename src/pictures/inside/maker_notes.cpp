@@ -1,4 +1,4 @@
-#include "src/pictures/maker_notes.h"
+#include "src/pictures/inside/maker_notes.h"
 
 #include <string>
 #include <string_view>

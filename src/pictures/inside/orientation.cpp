@@ -1,12 +1,12 @@
-#include "src/pictures/orientation.h"
+#include "src/pictures/inside/orientation.h"
 
 #include "src/formats/jpeg/segments.h"
 #include "src/formats/png/chunks.h"
 #include "src/formats/recognition.h"
 #include "src/formats/riff.h"
 #include "src/formats/tiff/numbers.h"
-#include "src/pictures/camera_orientation.h"
-#include "src/pictures/faults.h"
+#include "src/pictures/inside/camera_orientation.h"
+#include "src/pictures/inside/faults.h"
 
 #include <string>
 

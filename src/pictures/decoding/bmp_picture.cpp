@@ -1,7 +1,7 @@
-#include "src/pictures/bmp_picture.h"
+#include "src/pictures/decoding/bmp_picture.h"
 
 #include "src/formats/bmp.h"
-#include "src/pictures/dib.h"
+#include "src/pictures/decoding/dib.h"
 
 #include <algorithm>
 #include <cstring>

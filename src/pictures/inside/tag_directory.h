@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/formats/tiff/numbers.h"
-#include "src/pictures/orientation.h"
+#include "src/pictures/inside/orientation.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,10 +1,10 @@
-#include "src/pictures/iso_pictures.h"
+#include "src/pictures/inside/iso_pictures.h"
 
 #include "src/formats/camera/cr3.h"
 #include "src/formats/isobmff/items.h"
 #include "src/formats/isobmff/metadata_items.h"
 #include "src/formats/isobmff/movie.h"
-#include "src/pictures/camera_orientation.h"
+#include "src/pictures/inside/camera_orientation.h"
 
 #include <set>
 #include <string>

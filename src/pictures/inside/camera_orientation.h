@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/formats/recognition.h"
-#include "src/pictures/orientation.h"
+#include "src/pictures/inside/orientation.h"
 
 namespace vell::pictures {
 

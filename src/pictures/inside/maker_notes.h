@@ -1,8 +1,8 @@
 // Previews in the notes that cameras' makers add to Exif.
 #pragma once
 
-#include "src/pictures/found_pictures.h"
-#include "src/pictures/tag_directory.h"
+#include "src/pictures/inside/found_pictures.h"
+#include "src/pictures/inside/tag_directory.h"
 
 namespace vell::pictures {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/formats/window.h"
-#include "src/pictures/previews.h"
+#include "src/pictures/inside/previews.h"
 
 #include <optional>
 #include <set>

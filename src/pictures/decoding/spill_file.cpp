@@ -1,4 +1,4 @@
-#include "src/pictures/spill_file.h"
+#include "src/pictures/decoding/spill_file.h"
 
 #include <string_view>
 #include <utility>

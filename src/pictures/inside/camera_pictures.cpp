@@ -2,9 +2,9 @@
 #include "src/formats/camera/mrw.h"
 #include "src/formats/camera/raf.h"
 #include "src/formats/camera/x3f.h"
-#include "src/pictures/camera_orientation.h"
-#include "src/pictures/maker_notes.h"
-#include "src/pictures/raw_pictures.h"
+#include "src/pictures/inside/camera_orientation.h"
+#include "src/pictures/inside/maker_notes.h"
+#include "src/pictures/inside/raw_pictures.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "src/formats/jpeg/icc_chunks.h"
-#include "src/pictures/decoding.h"
-#include "src/pictures/jpeg_errors.h"
+#include "src/pictures/decoding/decoding.h"
+#include "src/pictures/decoding/jpeg_errors.h"
 
 #include <algorithm>
 #include <array>

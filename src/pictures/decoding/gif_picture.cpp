@@ -1,7 +1,7 @@
-#include "src/pictures/gif_picture.h"
+#include "src/pictures/decoding/gif_picture.h"
 
 #include "src/formats/gif.h"
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/pixel_format.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "src/pictures/found_pictures.h"
+#include "src/pictures/inside/found_pictures.h"
 
 #include "src/formats/jpeg/segments.h"
 #include "src/formats/png/chunks.h"

@@ -1,11 +1,11 @@
-#include "src/pictures/previews.h"
+#include "src/pictures/inside/previews.h"
 
 #include "src/formats/photoshop.h"
 #include "src/formats/recognition.h"
-#include "src/pictures/found_pictures.h"
-#include "src/pictures/iso_pictures.h"
-#include "src/pictures/raw_pictures.h"
-#include "src/pictures/sound_covers.h"
+#include "src/pictures/inside/found_pictures.h"
+#include "src/pictures/inside/iso_pictures.h"
+#include "src/pictures/inside/raw_pictures.h"
+#include "src/pictures/inside/sound_covers.h"
 
 #include <algorithm>
 #include <string>

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "src/base/byte_source.h"
-#include "src/pictures/orientation.h"
+#include "src/pictures/inside/orientation.h"
 
 #include <cstdint>
 #include <span>

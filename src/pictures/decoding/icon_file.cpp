@@ -1,6 +1,6 @@
-#include "src/pictures/icon_file.h"
+#include "src/pictures/decoding/icon_file.h"
 
-#include "src/pictures/dib.h"
+#include "src/pictures/decoding/dib.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "src/formats/window.h"
-#include "src/pictures/pixel_format.h"
+#include "src/pictures/decoding/pixel_format.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,5 +1,5 @@
 #include "src/pictures/colour.h"
-#include "src/pictures/decoding.h"
+#include "src/pictures/decoding/decoding.h"
 
 #include <png.h>
 
