@@ -42,7 +42,7 @@ Result<Rgb> background_of(const SwitchSet& switches) {
     constexpr std::size_t capacity = 20;
     if (!switches.has(name))
         return Rgb{};
-    std::string text = switches.value(name, capacity);
+    std::string text = switches.value(name, capacity).substr(name.size());
     text.erase(0, text.find_first_not_of(" #"));
     text.erase(text.find_last_not_of(' ') + 1);
     std::uint32_t colour = 0;

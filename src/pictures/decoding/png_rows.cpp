@@ -83,7 +83,10 @@ class PngReader {
     }
 
     void start() {
+        // What is in the buffer when a file is cut off is lost.
+        constexpr std::size_t buffer_size = 512;
         png_set_read_fn(png_, this, read);
+        png_set_compression_buffer_size(png_, buffer_size);
         png_set_user_limits(png_, longest_width, PNG_UINT_31_MAX);
         png_set_crc_action(png_, PNG_CRC_WARN_USE, PNG_CRC_WARN_DISCARD);
         png_read_info(png_, info_);
