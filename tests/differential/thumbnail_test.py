@@ -18,7 +18,7 @@ import sys
 import tempfile
 
 import numpy
-from PIL import Image, ImageDraw
+from PIL import Image
 
 sys.dont_write_bytecode = True  # the folder is that of the sources
 
@@ -86,7 +86,6 @@ def draw_sheet(files, target):
         small.thumbnail((side, side))
         corner = ((place % across) * (side + 4) + 2, place // across * (side + 4) + 2)
         sheet.paste(small, corner, small)
-    ImageDraw.Draw(sheet)
     sheet.save(target, optimize=True)
 
 
