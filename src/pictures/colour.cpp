@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace vell::pictures {
 namespace {
@@ -49,11 +50,12 @@ cmsColorSpaceSignature signature_of(ColourModel model) {
     return cmsSigCmykData;
 }
 
+// As large as those of the source: the library is fast for 8 bits, and exact for 16.
 cmsUInt32Number row_format(const PictureLayout& source) {
     const int space = source.model == ColourModel::Gray  ? PT_GRAY
                       : source.model == ColourModel::Rgb ? PT_RGB
                                                          : PT_CMYK;
-    return COLORSPACE_SH(space) | CHANNELS_SH(source.colours()) | BYTES_SH(2) |
+    return COLORSPACE_SH(space) | CHANNELS_SH(source.colours()) | BYTES_SH(source.component_size) |
            EXTRA_SH(source.has_alpha ? 1 : 0);
 }
 
@@ -79,20 +81,46 @@ void convert_pixel(const PictureLayout& source, const std::uint16_t* from, std::
         to[3] = to_8_bits(from[source.colours()]);
 }
 
-Profile make_gamma_profile(const Context& context, ColourModel model, double exponent,
-                           const Primaries& primaries) {
-    const Curve curve(cmsBuildGamma(context.get(), exponent));
-    if (!curve)
-        return nullptr;
+Profile make_profile(const Context& context, ColourModel model, cmsToneCurve& curve,
+                     const Primaries& primaries) {
     const auto xyy = [](Chromaticity colour) {
         return cmsCIExyY{colour.x, colour.y, 1};
     };
     const cmsCIExyY white = xyy(primaries.white);
     if (model == ColourModel::Gray)
-        return Profile(cmsCreateGrayProfileTHR(context.get(), &white, curve.get()));
+        return Profile(cmsCreateGrayProfileTHR(context.get(), &white, &curve));
     const cmsCIExyYTRIPLE colours{xyy(primaries.red), xyy(primaries.green), xyy(primaries.blue)};
-    cmsToneCurve* curves[] = {curve.get(), curve.get(), curve.get()};
+    cmsToneCurve* curves[] = {&curve, &curve, &curve};
     return Profile(cmsCreateRGBProfileTHR(context.get(), &white, &colours, curves));
+}
+
+// The bytes of a profile; none for null.
+std::string saved(const Profile& profile) {
+    cmsUInt32Number size = 0;
+    if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size))
+        return {};
+    std::string bytes(size, '\0');
+    return cmsSaveProfileToMem(profile.get(), bytes.data(), &size) ? bytes : std::string();
+}
+
+// Made once: its curve is a table, since the library would calculate thousands of powers for each
+// picture otherwise.
+std::string make_srgb_profile() {
+    const Context context;
+    cmsFloat64Number parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
+    constexpr int inverse_gamma_with_line = 4; // IEC 61966-2-1
+    const Curve exact(
+        cmsBuildParametricToneCurve(context.get(), inverse_gamma_with_line, parameters));
+    if (!exact)
+        return {};
+    std::vector<cmsUInt16Number> table(4096);
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = cmsEvalToneCurve16(exact.get(),
+                                      static_cast<cmsUInt16Number>(i * 65535 / (table.size() - 1)));
+    const Curve curve(cmsBuildTabulatedToneCurve16(
+        context.get(), static_cast<cmsUInt32Number>(table.size()), table.data()));
+    return curve ? saved(make_profile(context, ColourModel::Rgb, *curve, srgb_primaries))
+                 : std::string();
 }
 
 bool is_near(Chromaticity a, Chromaticity b) {
@@ -114,12 +142,8 @@ std::string gamma_profile(ColourModel model, double exponent, const Primaries& p
         (same_curve && (model == ColourModel::Gray || is_srgb(primaries))))
         return {};
     const Context context;
-    const Profile profile = make_gamma_profile(context, model, exponent, primaries);
-    cmsUInt32Number size = 0;
-    if (!profile || !cmsSaveProfileToMem(profile.get(), nullptr, &size))
-        return {};
-    std::string bytes(size, '\0');
-    return cmsSaveProfileToMem(profile.get(), bytes.data(), &size) ? bytes : std::string();
+    const Curve curve(cmsBuildGamma(context.get(), exponent));
+    return curve ? saved(make_profile(context, model, *curve, primaries)) : std::string();
 }
 
 struct ToSrgb::Transform {
@@ -145,7 +169,9 @@ ToSrgb::ToSrgb(const PictureLayout& source, std::string_view profile) : source_(
                                                 static_cast<cmsUInt32Number>(profile.size())));
     if (!from || cmsGetColorSpace(from.get()) != signature_of(source.model))
         return;
-    const Profile to(cmsCreate_sRGBProfileTHR(context));
+    static const std::string srgb = make_srgb_profile();
+    const Profile to(
+        cmsOpenProfileFromMemTHR(context, srgb.data(), static_cast<cmsUInt32Number>(srgb.size())));
     if (!to)
         return;
     transform->handle = cmsCreateTransformTHR(
@@ -160,9 +186,15 @@ ToSrgb::~ToSrgb() = default;
 
 void ToSrgb::convert(std::span<const std::uint16_t> row, std::span<std::uint8_t> pixels) const {
     const std::size_t count = row.size() / source_.components();
-    if (transform_)
+    if (transform_ && source_.component_size == 2)
         return cmsDoTransform(transform_->handle, row.data(), pixels.data(),
                               static_cast<cmsUInt32Number>(count));
+    if (transform_) {
+        std::vector<std::uint8_t> bytes(row.size());
+        std::ranges::transform(row, bytes.begin(), to_8_bits);
+        return cmsDoTransform(transform_->handle, bytes.data(), pixels.data(),
+                              static_cast<cmsUInt32Number>(count));
+    }
     const std::size_t components = source_.has_alpha ? 4 : 3;
     for (std::size_t i = 0; i < count; ++i)
         convert_pixel(source_, row.data() + i * source_.components(),

@@ -192,9 +192,12 @@ class JpegRows final : public PictureRows {
         }
         constexpr std::uint64_t eighths = 8;
         jpeg_.scale_denom = eighths;
-        // Larger than the thumbnail, for what is reduced twice loses sharpness.
+        // Larger than the thumbnail, for what is reduced twice loses sharpness, which is seen in
+        // small ones most.
+        constexpr std::uint32_t small = 512;
         ThumbnailShape shape = request_.shape;
-        shape.longer_side *= 2;
+        shape.longer_side =
+            shape.longer_side <= small ? 2 * shape.longer_side : shape.longer_side * 7 / 5;
         for (std::uint64_t numerator : {1, 2, 4, 8}) {
             jpeg_.scale_num = static_cast<unsigned>(numerator);
             const auto scaled = [&](std::uint64_t side) {

@@ -88,7 +88,9 @@ class PngReader {
         png_set_read_fn(png_, this, read);
         png_set_compression_buffer_size(png_, buffer_size);
         png_set_user_limits(png_, longest_width, PNG_UINT_31_MAX);
-        png_set_crc_action(png_, PNG_CRC_WARN_USE, PNG_CRC_WARN_DISCARD);
+        // A picture with a wrong checksum is shown as it is.
+        png_set_crc_action(png_, PNG_CRC_QUIET_USE, PNG_CRC_QUIET_USE);
+        png_set_option(png_, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
         png_read_info(png_, info_);
         png_set_expand(png_); // palettes, fewer bits than 8, colours that are transparent
         if constexpr (std::endian::native == std::endian::little)
