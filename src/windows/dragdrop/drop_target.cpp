@@ -34,28 +34,6 @@ HRESULT guarded(DWORD* effect, Work work) {
 
 } // namespace
 
-HRESULT CDropTarget::QueryInterface(REFIID wanted, void** object) {
-    if (!object)
-        return E_POINTER;
-    *object = nullptr;
-    if (!IsEqualIID(wanted, IID_IUnknown) && !IsEqualIID(wanted, IID_IDropTarget))
-        return E_NOINTERFACE;
-    *object = static_cast<IDropTarget*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG CDropTarget::AddRef() {
-    return static_cast<ULONG>(InterlockedIncrement(&references_));
-}
-
-ULONG CDropTarget::Release() {
-    const LONG left = InterlockedDecrement(&references_);
-    if (left == 0)
-        delete this;
-    return static_cast<ULONG>(left);
-}
-
 // What a callback does may stop the last handler of the window, and this target goes with it: each
 // callback holds a reference until it ends.
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "src/dragdrop/drop_windows.h"
+#include "src/windows/com_object.h"
 #include "src/windows/desktop/com.h"
 #include "src/windows/dragdrop/drop_data.h"
 
@@ -12,13 +13,10 @@
 
 namespace vell::dragdrop {
 
-// Begins with one reference, which belongs to its maker.
-class CDropTarget final : public IDropTarget {
+class CDropTarget final : public ComObject<IDropTarget> {
   public:
     CDropTarget(HWND window, DropReceiver& receiver, WrittenFiles& written)
         : window_(window), receiver_(&receiver), written_(written) {}
-    CDropTarget(const CDropTarget&) = delete;
-    CDropTarget& operator=(const CDropTarget&) = delete;
 
     // The target that had the window before. It gets what no handler takes.
     //
@@ -31,9 +29,6 @@ class CDropTarget final : public IDropTarget {
     // holds a reference.
     void disconnect();
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID wanted, void** object) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE DragEnter(IDataObject* data, DWORD keys, POINTL point,
                                         DWORD* effect) override;
     HRESULT STDMETHODCALLTYPE DragOver(DWORD keys, POINTL point, DWORD* effect) override;
@@ -50,7 +45,7 @@ class CDropTarget final : public IDropTarget {
         bool in_earlier = false; // the earlier target was told that the drag has entered
     };
 
-    ~CDropTarget(); // by Release
+    ~CDropTarget() override;
 
     std::shared_ptr<Drag> enter(IDataObject* data);
     void leave();
@@ -63,7 +58,6 @@ class CDropTarget final : public IDropTarget {
     void leave_earlier(Drag& drag);
     void show_outline(const std::optional<Rectangle>& outline);
 
-    LONG references_ = 1;
     HWND window_;
     DropReceiver* receiver_; // null once disconnected
     WrittenFiles& written_;

@@ -4,6 +4,7 @@
 #include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
 #include "src/pictures/decoding/icon_file.h"
+#include "src/windows/com_object.h"
 #include "src/windows/desktop/com.h"
 #include "src/windows/error_windows.h"
 #include "src/windows/pictures/gdi.h"
@@ -62,29 +63,10 @@ Result<Subject> subject_of(const params::NativePath& path, IconOf what) {
 }
 
 // Tells the shell of a file that it then does not look for.
-class FileDescription final : public IFileSystemBindData {
+class FileDescription final : public ComObject<IFileSystemBindData> {
   public:
     explicit FileDescription(DWORD attributes) { data_.dwFileAttributes = attributes; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID wanted, void** object) override {
-        if (!object)
-            return E_POINTER;
-        *object = nullptr;
-        if (wanted != IID_IUnknown && wanted != IID_IFileSystemBindData)
-            return E_NOINTERFACE;
-        *object = static_cast<IFileSystemBindData*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override {
-        return static_cast<ULONG>(InterlockedIncrement(&references_));
-    }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const auto left = static_cast<ULONG>(InterlockedDecrement(&references_));
-        if (left == 0)
-            delete this;
-        return left;
-    }
     HRESULT STDMETHODCALLTYPE SetFindData(const WIN32_FIND_DATAW* data) override {
         if (!data)
             return E_POINTER;
@@ -99,9 +81,6 @@ class FileDescription final : public IFileSystemBindData {
     }
 
   private:
-    ~FileDescription() = default;
-
-    LONG references_ = 1;
     WIN32_FIND_DATAW data_{};
 };
 

@@ -1,5 +1,7 @@
 #include "src/windows/pictures/source_stream.h"
 
+#include "src/windows/com_object.h"
+
 #include <algorithm>
 #include <limits>
 #include <new>
@@ -36,30 +38,10 @@ namespace {
 
 using Shared = SourceStream::Shared;
 
-class Stream final : public IStream {
+class Stream final : public ComObject<IStream, ISequentialStream> {
   public:
     Stream(std::shared_ptr<Shared> shared, std::uint64_t position)
         : shared_(std::move(shared)), position_(position) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID wanted, void** object) override {
-        if (!object)
-            return E_POINTER;
-        *object = nullptr;
-        if (wanted != IID_IUnknown && wanted != IID_ISequentialStream && wanted != IID_IStream)
-            return E_NOINTERFACE;
-        *object = static_cast<IStream*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override {
-        return static_cast<ULONG>(InterlockedIncrement(&references_));
-    }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const auto left = static_cast<ULONG>(InterlockedDecrement(&references_));
-        if (left == 0)
-            delete this;
-        return left;
-    }
 
     HRESULT STDMETHODCALLTYPE Read(void* target, ULONG count, ULONG* read) override {
         if (read)
@@ -138,7 +120,7 @@ class Stream final : public IStream {
     }
 
   private:
-    ~Stream() = default;
+    ~Stream() override = default;
 
     // With the mutex held.
     HRESULT read_on(std::span<char> target, std::size_t& done) {
@@ -169,7 +151,6 @@ class Stream final : public IStream {
         return S_OK;
     }
 
-    LONG references_ = 1;
     std::mutex mutex_; // of the position
     std::shared_ptr<Shared> shared_;
     std::uint64_t position_;
