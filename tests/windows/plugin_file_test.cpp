@@ -71,6 +71,7 @@ TEST(PluginFile, IsSelfContainedAndExportsOneFunction) {
         "advapi32.dll", // the registry, for Poppler
         "bcrypt.dll",   // checksums
         "crypt32.dll",  // certificates
+        "gdi32.dll",    // bitmaps of icons, and those that the shell gives
         "kernel32.dll", //
         "mpr.dll",      // connections to shared volumes
         "msvcrt.dll",   //
