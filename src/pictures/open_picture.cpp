@@ -3,6 +3,7 @@
 #include "src/formats/recognition.h"
 #include "src/formats/window.h"
 #include "src/pictures/decoding/decoding.h"
+#include "src/pictures/decoding/part_of_bytes.h"
 #include "src/pictures/decoding/spill_file.h"
 #include "src/pictures/inside/orientation.h"
 #include "src/pictures/inside/previews.h"
@@ -14,27 +15,6 @@ namespace vell::pictures {
 namespace {
 
 using formats::Format;
-
-// A part of a file as bytes of its own.
-class PartOf final : public ByteSource {
-  public:
-    PartOf(ByteSource& file, std::uint64_t offset, std::uint64_t size)
-        : file_(file), offset_(offset), size_(size) {}
-
-    std::uint64_t size() const override { return size_; }
-    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
-        if (position >= size_)
-            return std::size_t{0};
-        const std::uint64_t left = size_ - position;
-        return file_.read_at(offset_ + position, bytes.first(static_cast<std::size_t>(
-                                                     std::min<std::uint64_t>(left, bytes.size()))));
-    }
-
-  private:
-    ByteSource& file_;
-    std::uint64_t offset_;
-    std::uint64_t size_;
-};
 
 Result<Format> format_of(ByteSource& bytes) {
     std::array<char, formats::recognizable_size> start{};
@@ -125,7 +105,7 @@ class PictureFinder {
             BytesInMemory bytes(embedded.bytes);
             return from_embedded_bytes(bytes, embedded.orientation);
         }
-        PartOf bytes(source_.bytes, embedded.offset, embedded.size);
+        PartOfBytes bytes(source_.bytes, embedded.offset, embedded.size);
         return from_embedded_bytes(bytes, embedded.orientation);
     }
     Result<Picture> from_embedded_bytes(ByteSource& bytes, Orientation orientation) {

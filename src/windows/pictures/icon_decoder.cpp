@@ -1,5 +1,6 @@
 #include "src/windows/pictures/icon_decoder.h"
 
+#include "src/pictures/decoding/part_of_bytes.h"
 #include "src/windows/pictures/wic_decoder.h"
 
 #include <algorithm>
@@ -11,25 +12,6 @@ namespace {
 using namespace pictures;
 
 constexpr std::uint64_t most_icon_pixels = 16'000'000;
-
-// A part of a file as a file.
-class PartOfSource final : public ByteSource {
-  public:
-    PartOfSource(ByteSource& whole, std::uint64_t start, std::uint64_t size)
-        : whole_(whole), start_(start), size_(size) {}
-
-    std::uint64_t size() const override { return size_; }
-    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
-        const std::uint64_t left = size_ - std::min(position, size_);
-        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, bytes.size()));
-        return whole_.read_at(start_ + position, bytes.first(count));
-    }
-
-  private:
-    ByteSource& whole_;
-    std::uint64_t start_;
-    std::uint64_t size_;
-};
 
 void put_pixel(const std::byte* source, const PictureLayout& layout, std::uint8_t* out) {
     // The higher byte of the machine's order, which is little-endian.
@@ -89,7 +71,7 @@ class WholePictureRows final : public PictureRows {
 Result<Picture> decode_icon_image(ByteSource& bytes, const IconImage& image) {
     if (!image.is_png)
         return read_icon_bitmap(bytes, image);
-    PartOfSource part(bytes, image.offset, image.size);
+    PartOfBytes part(bytes, image.offset, image.size);
     const auto rows = VELL_TRY(decode_by_wic(part, 0));
     return whole_picture(*rows);
 }
