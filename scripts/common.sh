@@ -36,7 +36,8 @@ build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools lib
     googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache nasm)
 test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev
     libpng-dev liblcms2-dev xvfb xauth python3
-    libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
+    libimage-exiftool-perl exiv2 pngcheck webp libtiff-tools libjpeg-turbo-progs
+    zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils ffmpeg mediainfo libvips-tools imagemagick python3-pil python3-numpy)
 
 # Calls Wine's server for this build's prefix, never the user's own.
