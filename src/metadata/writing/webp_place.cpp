@@ -2,7 +2,7 @@
 
 #include "src/formats/jpeg/segments.h"
 #include "src/formats/riff.h"
-#include "src/formats/webp.h"
+#include "src/formats/webp_header.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/writing/edited_place.h"
 #include "src/metadata/writing/xmp_writer.h"
@@ -73,7 +73,7 @@ class WebpPlace final : public EditedPlace {
     std::vector<Range> found_;
     std::optional<std::uint64_t> extended_; // where the data of VP8X stand
     std::uint8_t features_ = 0;             // that VP8X says, or that other chunks show
-    std::optional<webp::Canvas> canvas_;
+    std::optional<webp::FrameSize> canvas_;
 };
 
 Result<void> WebpPlace::find(const Window& file, std::uint32_t riff_size) {
@@ -143,9 +143,9 @@ Result<void> WebpPlace::note_image(const riff::Chunk& chunk) {
         else if (type == "ALPH")
             features_ |= bit(Feature::Alpha);
         if (type == "VP8 " && !canvas_)
-            canvas_ = webp::Canvas::of_lossy(start);
+            canvas_ = webp::FrameSize::of_lossy(start);
         else if (type == "VP8L" && !canvas_)
-            canvas_ = webp::Canvas::of_lossless(start);
+            canvas_ = webp::FrameSize::of_lossless(start);
     }
     return {};
 }
@@ -189,7 +189,7 @@ Result<void> WebpPlace::edit(std::string block) {
     std::string bytes;
     append_integer<std::uint32_t>(bytes, static_cast<std::uint32_t>(size), ByteOrder::Little);
     constexpr std::uint64_t size_start = 4;
-    edits_.put(size_start, size_start + bytes.size(), std::move(bytes));
+    edits_.put(size_start, riff::ChunkHeader::size, std::move(bytes));
     return {};
 }
 

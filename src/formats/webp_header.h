@@ -1,5 +1,5 @@
-// What the chunks of a WebP file say of its canvas (WebP Container Specification; RFC 6386, section
-// 9.1; WebP Lossless Bitstream Specification, section 3).
+// What the frames of a WebP file say of their size, and its extended header (WebP Container
+// Specification; RFC 6386, section 9.1; WebP Lossless Bitstream Specification, section 3).
 #pragma once
 
 #include "src/base/bytes.h"
@@ -23,7 +23,7 @@ enum class Feature : std::uint8_t {
     Profile = 0x20,
 };
 
-struct Canvas {
+struct FrameSize {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     bool has_alpha = false;
@@ -33,13 +33,13 @@ struct Canvas {
     static constexpr std::size_t lossless_size = 5;
 
     // From the start of a "VP8 " chunk: a key frame; nullopt for anything else.
-    static std::optional<Canvas> of_lossy(std::string_view data);
+    static std::optional<FrameSize> of_lossy(std::string_view data);
     // From that of a "VP8L" chunk.
-    static std::optional<Canvas> of_lossless(std::string_view data);
+    static std::optional<FrameSize> of_lossless(std::string_view data);
 };
 
 // The data of VP8X: flags, three bytes of nothing, width and height less 1 in three bytes each.
 inline constexpr std::size_t extended_header_size = 10;
-std::string extended_header(const Canvas& canvas, std::uint8_t features);
+std::string extended_header(const FrameSize& canvas, std::uint8_t features);
 
 } // namespace vell::formats::webp
