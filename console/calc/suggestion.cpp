@@ -27,6 +27,28 @@ std::size_t edit_distance(std::u16string_view a, std::u16string_view b) {
     return row.back();
 }
 
+bool begins(std::u16string_view name, std::u16string_view whole) {
+    return name.size() <= whole.size() && equal_ignoring_case(whole.substr(0, name.size()), name);
+}
+
+// A name without the word that names of a plug-in begin with, or without its end.
+std::optional<std::u16string_view> lengthened(std::u16string_view name,
+                                              std::span<const std::u16string_view> known) {
+    constexpr std::size_t least = 3; // letters from which on a beginning tells something
+    if (name.size() < least)
+        return std::nullopt;
+    std::optional<std::u16string_view> best;
+    for (const std::u16string_view candidate : known) {
+        const std::size_t underscore = candidate.find(u'_');
+        const bool fits =
+            begins(name, candidate) ||
+            (underscore != candidate.npos && begins(name, candidate.substr(underscore + 1)));
+        if (fits && (!best || candidate.size() < best->size()))
+            best = candidate;
+    }
+    return best;
+}
+
 } // namespace
 
 std::optional<std::u16string_view> closest_name(std::u16string_view name,
@@ -34,6 +56,8 @@ std::optional<std::u16string_view> closest_name(std::u16string_view name,
     constexpr std::size_t longest = 60; // beyond this nobody mistyped a name
     if (name.size() > longest)
         return std::nullopt;
+    if (const auto longer = lengthened(name, known))
+        return longer;
     std::optional<std::u16string_view> best;
     std::size_t best_distance = name.size() / 4 + 2;
     for (std::u16string_view candidate : known) {
