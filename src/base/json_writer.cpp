@@ -115,6 +115,17 @@ void JsonWriter::quote(std::string_view text) {
     text_ += '"';
 }
 
+std::string member_name(std::string_view words) {
+    std::string name;
+    bool starts_word = true;
+    for (const char c : words.substr(0, words.find(" ("))) {
+        if (c != ' ')
+            name += starts_word && c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+        starts_word = c == ' ';
+    }
+    return name;
+}
+
 std::string JsonWriter::take() {
     assert(is_complete());
     return std::exchange(text_, {});

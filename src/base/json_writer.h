@@ -32,11 +32,15 @@ class JsonWriter {
     void boolean(bool value) { literal(value ? "true" : "false"); }
     void null() { literal("null"); }
 
-    // A member of an object.
+    // Members of an object.
     template <typename Text>
     void member(std::string_view name, const Text& text) {
         key(name);
-        value(text);
+        value(text); // of UTF-8 or UTF-16
+    }
+    void member_boolean(std::string_view name, bool is_true) {
+        key(name);
+        boolean(is_true);
     }
     template <typename Number>
     void member_number(std::string_view name, Number value) {
@@ -67,5 +71,8 @@ class JsonWriter {
     std::vector<Level> open_;
     bool has_key_ = false; // and waits for its value
 };
+
+// "FrameRate" for "Frame rate (per second)": the name of a member for what lines of text call so.
+std::string member_name(std::string_view words);
 
 } // namespace vell
