@@ -1,7 +1,7 @@
 """The pages of the reference: their form, and what stands on them.
 
-A page of docs/reference/functions describes one function and has a fixed form, which docs/reference/
-guide/pages.md shows; a page of docs/reference/guide is free text with the same kind of examples.
+A page of docs/reference/functions describes one function and has the form that the table of sections
+below shows; a page of docs/reference/guide is free text with the same kind of examples.
 Every fault is told with its file and line.
 """
 import re

@@ -103,10 +103,10 @@ class Pages(unittest.TestCase):
             ("## Result\n\nA text.\n\n", "", 'the section "Result" is missing'),
             ("## See also", "## Switches", "56: the sections are, in this order"),
             ("| -43, 206 |", "| -43 206 |", "35: no code"),
-            ("```result\n1\n```\n", "", "41: the example has no result block"),
+            ("```result\n1\n```\n", "", "39: the example has no result block"),
             ("```result\n", "```result not-run\n", "46: not-run stands at the example"),
             ("```vell\n$a", "```calc\n$a", "41: a block is vell"),
-            ("1\n```\n", "1\n", "a block that begins with ``` is not closed"),
+            ("( \"\" )\n```\n", "( \"\" )\n", "a block that begins with ``` is not closed"),
         )
         for old, new, fault in cases:
             self.assertIn(old, GOOD)
