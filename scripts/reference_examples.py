@@ -72,7 +72,7 @@ def answers_to(binaries, statements, folder):
         done = subprocess.run(
             [WINE, Path(binaries).resolve() / "vellhost.exe", "--json", "--raw", "--file",
              windows_path(script)],
-            cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
+            cwd=folder.parent, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
             timeout=LONGEST_RUN, check=False)
     except subprocess.TimeoutExpired as error:
         raise RunFailure(f"the examples took more than {LONGEST_RUN} seconds") from error
@@ -101,6 +101,7 @@ def with_shown_folder(result, folder):
     """The result with C:\\Work for the folder that the examples ran in, in either form of a path."""
     parts = [re.escape(part) for part in folder.parts[1:]]
     pattern = "Z:" + r"(?P<first>[\\/])" + parts[0] + "".join(r"[\\/]" + part for part in parts[1:])
+    pattern += r"(?![^\\/\s\"';])"  # not the beginning of another name
     return re.sub(pattern, lambda found: f"C:{found['first']}{SHOWN_FOLDER}", result,
                   flags=re.IGNORECASE)
 

@@ -144,6 +144,7 @@ class Reader:
         for section in [head, *sections]:
             self.page.texts[section.title] = self.free_text(section)
             self.page.examples += self.examples_in(section)
+        self.check_results()
         self.read_links()
         return self.page
 
@@ -326,6 +327,10 @@ class Reader:
         for example in self.page.examples:
             if example.title == section.title:
                 self.fault(example.line, 'an example has a title, "### What is done"')
+        self.check_results()
+
+    def check_results(self):
+        for example in self.page.examples:
             if example.is_run and example.result is None:
                 self.fault(example.line, "the example has no result block")
 
