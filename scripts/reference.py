@@ -169,17 +169,19 @@ def check(binaries):
 # Examples
 
 def chosen_pages(names):
+    """The pages of these names, all pages without names. A page with faults ends the program."""
     faults = Faults()
     functions, guides = read_pages(faults)
-    if faults.lines:
-        sys.exit("\n".join(faults.lines))
     pages = {**guides, **functions}
-    if not names:
-        return list(pages.values())
     unknown = [name for name in names if Path(name).stem not in pages]
     if unknown:
         sys.exit(f"no such page: {', '.join(unknown)}")
-    return [pages[Path(name).stem] for name in names]
+    chosen = [pages[Path(name).stem] for name in names] or list(pages.values())
+    places = tuple(f"{page.path.relative_to(ROOT)}:" for page in chosen)
+    in_the_way = [line for line in faults.lines if line.startswith(places)]
+    if in_the_way:
+        sys.exit("\n".join(in_the_way))
+    return chosen
 
 
 def indented(text, mark):
@@ -226,7 +228,8 @@ def put_results(page, outcomes):
     for outcome in reversed(outcomes):  # what changes a page's length comes last
         example = outcome.example
         if not outcome.matches():
-            lines[example.result_line - 1:example.result_end - 1] = outcome.actual.split("\n")
+            result = outcome.actual.rstrip("\n")
+            lines[example.result_line - 1:example.result_end - 1] = result.split("\n")
     page.path.write_text("\n".join(lines), encoding="utf-8")
 
 
