@@ -151,12 +151,31 @@ def check_switches(functions, faults):
             faults.add(REFERENCE, 1, f"the switch {name} is on no page")
 
 
+# What an option takes that is no list.
+OPTION_TYPES = r"text|number(, \d+ to \d+)?|timestamp|container|text or container|on|off"
+
+
+def check_option_values(functions, faults):
+    """A list of a step's option holds what the sources have, with its default marked."""
+    literals = set(source_literals())
+    for page in functions.values():
+        for step in page.steps:
+            for row in step.options:
+                if re.fullmatch(OPTION_TYPES, row.cells[1]):
+                    continue
+                for item in row.cells[1].split(", "):
+                    name = item.removesuffix(" (default)")
+                    if name not in literals and not re.fullmatch(OPTION_TYPES, name):
+                        faults.add(page.path, row.line, f"no list of a step has {name!r}")
+
+
 def check(binaries):
     faults = Faults()
     functions, guides = read_pages(faults)
     check_links([*functions.values(), *guides.values()], faults, missing_pages())
     check_codes(functions, guides, faults)
     check_switches(functions, faults)
+    check_option_values(functions, faults)
     if binaries:
         check_registry(functions, faults, binaries)
     for line in faults.lines:
