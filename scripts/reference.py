@@ -152,7 +152,8 @@ def check_switches(functions, faults):
 
 
 # What an option takes that is no list.
-OPTION_TYPES = r"text|number(, \d+ to \d+)?|timestamp|container|text or container|on|off"
+OPTION_TYPES = (r"(text|number|timestamp|container|text or container)"
+                r"(, \d+ to \d+)?(; empty: .+)?|on|off")
 
 
 def check_option_values(functions, faults):
