@@ -7,6 +7,7 @@
   reference.py --update BIN PAGE…   prints what the examples of pages give
   reference.py --update --write BIN PAGE…   puts results that differ into the pages
   reference.py --json FILE          all pages as one JSON document, "-" for standard output
+  reference.py --index              writes docs/reference/README.md, the list of all pages
 
 BIN is the folder of vellhost.exe and VellFile.fmx64. A PAGE is a file, or a name such as
 VlFile_GetContents. The exit code is 1 when something is wrong.
@@ -14,171 +15,29 @@ VlFile_GetContents. The exit code is 1 when something is wrong.
 import argparse
 import json
 import re
-import subprocess
 import sys
 from pathlib import Path
 
 sys.dont_write_bytecode = True  # the folder is that of the sources
 
+import reference_checks
 import reference_examples
-from reference_pages import NOTHING, REFERENCE, ROOT, STEP, Faults, check_links, read_pages
+from reference_pages import (NOTHING, REFERENCE, ROOT, STEP, SUBJECTS, Faults, check_links,
+                             read_pages)
 
 WORK = ROOT / "build" / "reference"
-MISSING = REFERENCE / "missing.txt"  # functions whose pages are still to be written, one a line
-ERROR_CODES = ROOT / "src" / "base" / "error_code.h"
-
-
-def missing_pages():
-    return set(MISSING.read_text(encoding="utf-8").split()) if MISSING.exists() else set()
-
-
-# The registry
-
-def prototype_parameters(prototype):
-    """The names in "VlFile_X( a ; { b } )"; None of a function without parentheses."""
-    inside = re.search(r"\((.*)\)", re.sub(r"/\*.*?\*/", "", prototype))
-    names = re.split(r";", re.sub(r"[{}]", "", inside[1])) if inside else []
-    return [name.strip() for name in names]
-
-
-def registry(binaries):
-    """Prototypes by the names of functions, labels of options by the names of steps."""
-    done = subprocess.run([reference_examples.WINE, Path(binaries).resolve() / "vellhost.exe",
-                           "--list"], stdin=subprocess.DEVNULL, capture_output=True, check=True)
-    functions, steps = {}, {}
-    for line in done.stdout.decode("utf-8").splitlines():
-        step = re.search(r'step "([^"]+)"(?: \[ (.*) \])?$', line)
-        function = re.search(r"\b(VlFile_\w+).*", line)
-        if step:
-            steps[step[1]] = step[2].split(" ; ") if step[2] else []
-        elif function:  # the longest prototype of a name counts
-            functions[function[1]] = max(function[0], functions.get(function[1], ""), key=len)
-    return functions, steps
-
-
-def check_registry(pages, faults, binaries):
-    functions, steps = registry(binaries)
-    missing = missing_pages()
-    for name in sorted(functions.keys() - pages.keys() - missing):
-        faults.add(REFERENCE / "functions" / f"{name}.md", 1, "the function has no page")
-    for name in sorted(missing & pages.keys()):
-        faults.add(MISSING, 1, f"{name} has its page")
-    described = {}
-    for page in pages.values():
-        if page.name not in functions:
-            faults.add(page.path, 1, "no function of this name is registered")
-            continue
-        names = prototype_parameters(functions[page.name])
-        if [row.cells[0] for row in page.parameters] != names:
-            faults.add(page.path, 1, f"the parameters are registered as: {', '.join(names)}")
-        for step in page.steps:
-            described[step.name] = page.name
-            if step.name not in steps:
-                faults.add(page.path, step.line, f"no step {step.name!r} is registered")
-            elif [row.cells[0] for row in step.options] != steps[step.name]:
-                labels = ", ".join(steps[step.name]) or NOTHING
-                faults.add(page.path, step.line, f"the step's options are: {labels}")
-    if not missing:
-        for name in sorted(steps.keys() - described.keys()):
-            faults.add(REFERENCE, 1, f"the step {name!r} is on no page")
-
-
-# What the sources know
-
-def own_codes():
-    """The numbers of the plug-in's own codes."""
-    return {int(number) for number in
-            re.findall(r"^\s+\w+ = (-?\d+),", ERROR_CODES.read_text(encoding="utf-8"), re.M)}
-
-
-def check_codes(functions, guides, faults):
-    """Codes on pages exist, and the guide names them all."""
-    known = own_codes()
-    guide = guides.get("result-codes")
-    explained = set()
-    if guide:
-        for text in guide.texts.values():
-            explained |= {int(code) for code in re.findall(r"^\| (-?\d+) \|", text, re.M)}
-        for code in sorted(known - explained):
-            faults.add(guide.path, 1, f"code {code} is missing")
-        for code in sorted(number for number in explained - known if number < 0):
-            faults.add(guide.path, 1, f"there is no code {code}")
-    for page in functions.values():
-        for row in page.codes:
-            for code in re.findall(r"(?<![\w`])-?\d+", row.cells[0]):
-                if int(code) not in known | explained:
-                    faults.add(page.path, row.line, f"code {code} is not in guide/result-codes.md")
-
-
-def source_literals():
-    """The text literals of the sources, without comments."""
-    literals = []
-    for path in sorted((ROOT / "src").rglob("*")):
-        if path.suffix not in (".cpp", ".h"):
-            continue
-        for line in path.read_text(encoding="utf-8").split("\n"):
-            code = re.sub(r'//.*', "", line) if '"' not in line.partition("//")[0] else line
-            if not line.lstrip().startswith(("//", "#")):
-                literals += re.findall(r'"([^"\\]*)"', code.split(" // ")[0])
-    return literals
-
-
-def switch_names(row):
-    """`-Encoding=UTF8` and `-Name` of a row's first cell, without values."""
-    return re.findall(r"`([^`=]+)=?[^`]*`", row.cells[0])
-
-
-def check_switches(functions, faults):
-    """Switches on pages are known to the sources, and each that the sources know is on a page."""
-    literals = source_literals()
-    all_text = "\n".join(literals).lower()
-    described = set()
-    for page in functions.values():
-        for row in page.switches:
-            names = switch_names(row)
-            if not names:
-                faults.add(page.path, row.line, "a switch stands in backticks")
-            for name in names:
-                described.add(name.lower())
-                if name.lstrip("-").lower() not in all_text:
-                    faults.add(page.path, row.line, f"no source knows the switch {name}")
-    if missing_pages():
-        return
-    asked = {found[1] for literal in literals
-             if (found := re.fullmatch(r"(-[A-Za-z][A-Za-z0-9_]+)=?", literal))}
-    for name in sorted(asked):
-        if name.lower() not in described:
-            faults.add(REFERENCE, 1, f"the switch {name} is on no page")
-
-
-# What an option takes that is no list.
-OPTION_TYPES = (r"(text|number|timestamp|container|text or container)"
-                r"(, \d+ to \d+)?(; empty: .+)?|on|off")
-
-
-def check_option_values(functions, faults):
-    """A list of a step's option holds what the sources have, with its default marked."""
-    literals = set(source_literals())
-    for page in functions.values():
-        for step in page.steps:
-            for row in step.options:
-                if re.fullmatch(OPTION_TYPES, row.cells[1]):
-                    continue
-                for item in row.cells[1].split(", "):
-                    name = item.removesuffix(" (default)")
-                    if name not in literals and not re.fullmatch(OPTION_TYPES, name):
-                        faults.add(page.path, row.line, f"no list of a step has {name!r}")
+INDEX = REFERENCE / "README.md"
 
 
 def check(binaries):
     faults = Faults()
     functions, guides = read_pages(faults)
-    check_links([*functions.values(), *guides.values()], faults, missing_pages())
-    check_codes(functions, guides, faults)
-    check_switches(functions, faults)
-    check_option_values(functions, faults)
+    check_links([*functions.values(), *guides.values()], faults)
+    reference_checks.check_sources(functions, guides, faults)
     if binaries:
-        check_registry(functions, faults, binaries)
+        reference_checks.check_registry(functions, faults, binaries)
+    if not faults.lines and INDEX.read_text(encoding="utf-8") != index_of(functions, guides):
+        faults.add(INDEX, 1, "the list of pages is old: scripts/reference.py --index")
     for line in faults.lines:
         print(line)
     if not faults.lines:
@@ -265,6 +124,50 @@ def update(binaries, names, write):
     return done
 
 
+# The list of pages
+
+INDEX_HEAD = """# The reference
+
+What every function and script step does, how it is called, and examples that were run.
+`scripts/reference.py` checks the pages, runs their examples, and writes this list.
+"""
+
+
+def first_sentence(text):
+    """Of a page's beginning, without its links, which start from another folder."""
+    text = re.sub(r"\[([^\]]+)\]\([^)]*\)", r"\1", text.partition("\n\n")[0].replace("\n", " "))
+    return re.split(r"(?<=\.) ", text)[0].replace("|", "\\|")
+
+
+def index_table(heading, entries):
+    lines = [f"| {' | '.join(heading)} |", "|" + "---|" * len(heading)]
+    return "\n".join(lines + [f"| {' | '.join(cells)} |" for cells in entries]) + "\n"
+
+
+def index_of(functions, guides):
+    parts = [INDEX_HEAD, "## Guide\n", index_table(("page", "what it is about"), [
+        (f"[{guide.title}](guide/{name}.md)", first_sentence(guide.summary))
+        for name, guide in guides.items()])]
+    for subject in SUBJECTS:
+        parts += [f"## {subject}\n", index_table(("function", "what it does"), [
+            (f"[{name}](functions/{name}.md)", first_sentence(page.summary))
+            for name, page in functions.items() if page.properties["subject"] == subject])]
+    steps = sorted(((step.name, page.name) for page in functions.values() for step in page.steps),
+                   key=lambda step: step[0].lower())
+    parts += ["## Script steps\n", index_table(("step", "described with"), [
+        (name, f"[{page}](functions/{page}.md)") for name, page in steps])]
+    return "\n".join(parts)
+
+
+def write_index():
+    faults = Faults()
+    pages = read_pages(faults)
+    print("\n".join(faults.lines), end="")
+    if not faults.lines:
+        INDEX.write_text(index_of(*pages), encoding="utf-8")
+    return not faults.lines
+
+
 # JSON
 
 def rows(table, *names):
@@ -325,12 +228,15 @@ def main():
     action.add_argument("--run", action="store_true")
     action.add_argument("--update", action="store_true")
     action.add_argument("--json", metavar="FILE")
+    action.add_argument("--index", action="store_true")
     parser.add_argument("--write", action="store_true")
     parser.add_argument("names", nargs="*")
     arguments = parser.parse_args()
     names = arguments.names
     if arguments.json:
         return write_json(arguments.json)
+    if arguments.index:
+        return write_index()
     if arguments.check:
         return check(names[0] if names else None)
     if not names:

@@ -364,16 +364,14 @@ def read_pages(faults, reference=REFERENCE):
     return functions, guides
 
 
-def check_links(pages, faults, missing):
-    """Links lead to files that are there, and to headings in them. Missing pages are not faults."""
+def check_links(pages, faults):
+    """Links lead to files that are there, and to headings in them."""
     for page in pages:
         for line, target in page.links:
             if re.match(r"[a-z]+:", target):
                 continue
             name, _, anchor = target.partition("#")
             path = (page.path.parent / name).resolve() if name else page.path
-            if path.stem in missing:
-                continue
             if not path.is_file():
                 faults.add(page.path, line, f"the link leads nowhere: {target}")
             elif anchor and anchor not in heading_anchors(path):

@@ -8,7 +8,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True  # the folders are those of the sources
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 
-import reference
+import reference_checks
 import reference_examples
 import reference_pages
 
@@ -145,7 +145,7 @@ class Registry(unittest.TestCase):
                 ("VlFile_Some( switches )", ["switches"]),
                 ("VlFile_Some( a { ; b ; { c } } )", ["a", "b", "c"]),
                 ('VlFile_Some( a /* Use "-x" ; y */ ; b c )', ["a", "b c"])):
-            self.assertEqual(reference.prototype_parameters(prototype), names)
+            self.assertEqual(reference_checks.prototype_parameters(prototype), names)
 
 
 if __name__ == "__main__":
