@@ -141,6 +141,8 @@ class Reader:
         head, *sections = self.sections(0)
         self.page.title = head.title
         self.page.summary = self.free_text(head)
+        if not re.match(r"\w|`", self.page.summary):
+            self.fault(head.line, "a sentence that says what the page is about is missing")
         for section in [head, *sections]:
             self.page.texts[section.title] = self.free_text(section)
             self.page.examples += self.examples_in(section)
