@@ -98,9 +98,11 @@ def printed(answer):
 
 
 def with_shown_folder(result, folder):
-    """The result with C:\\Work for the folder that the examples ran in, in either form of a path."""
+    """The result with C:\\Work for the folder that the examples ran in, in either form of a path
+    and as JSON has it."""
     parts = [re.escape(part) for part in folder.parts[1:]]
-    pattern = "Z:" + r"(?P<first>[\\/])" + parts[0] + "".join(r"[\\/]" + part for part in parts[1:])
+    pattern = "Z:" + r"(?P<first>\\{1,2}|/)" + parts[0] + "".join(
+        r"(?:\\{1,2}|/)" + part for part in parts[1:])
     pattern += r"(?![^\\/\s\"';])"  # not the beginning of another name
     return re.sub(pattern, lambda found: f"C:{found['first']}{SHOWN_FOLDER}", result,
                   flags=re.IGNORECASE)

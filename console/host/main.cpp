@@ -86,6 +86,10 @@ void send_idle_messages(const CommandLine& command_line, PluginHost& host) {
 }
 
 ExitCode Run::perform() {
+    session_.watch_calls([this](const RegisteredFunction& function, std::span<const Value> given) {
+        if (!given.empty() && given.front().text())
+            write_error(pages_.unknown_switches(function.name, *given.front().text()));
+    });
     send_idle_messages(command_line_, host_);
     host_.fail_calls(command_line_.fail_call, command_line_.failure);
     switch (command_line_.action) {

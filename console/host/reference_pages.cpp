@@ -3,6 +3,7 @@
 #include "console/calc/suggestion.h"
 #include "console/model/unicode.h"
 #include "console/reference/page_text.h"
+#include "console/reference/switch_check.h"
 
 #include <fstream>
 #include <iterator>
@@ -15,6 +16,11 @@ namespace {
 constexpr std::size_t page_width = 100;
 constexpr std::u16string_view prefix = u"VlFile_";
 constexpr std::int32_t step_id_distance = 3000; // from the function that a step mirrors
+
+std::string contents_of(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 } // namespace
 
@@ -37,8 +43,7 @@ std::string ReferencePages::markdown(std::u16string_view name) const {
     const std::u16string function = function_of(name);
     if (function.empty())
         return {};
-    std::ifstream file(folder_ / (function + u".md"), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return contents_of(folder_ / (function + u".md"));
 }
 
 std::string ReferencePages::page(std::u16string_view name) const {
@@ -54,6 +59,31 @@ std::string ReferencePages::switches_and_codes(std::u16string_view name) const {
     if (!parts.empty())
         parts.pop_back(); // the last of two line ends
     return parts;
+}
+
+// The encodings stand in a page of the guide.
+const std::vector<std::string>& ReferencePages::switches_of(const std::u16string& function) const {
+    const auto [place, is_new] = switches_.try_emplace(function);
+    std::vector<std::string>& names = place->second;
+    if (!is_new)
+        return names;
+    names = switches_in(markdown(function), "Switches");
+    if (std::erase(names, "-Encoding=NAME") > 0)
+        for (std::string& name :
+             switches_in(contents_of(folder_ / "../guide/encodings.md"), "All encodings"))
+            names.push_back(std::move(name));
+    return names;
+}
+
+std::string ReferencePages::unknown_switches(const std::u16string& function,
+                                             std::u16string_view switches) const {
+    const std::vector<std::string>& known = switches_of(function);
+    std::string lines;
+    if (!known.empty())
+        for (const std::string& line :
+             console::unknown_switches(utf8_from_utf16(switches), utf8_from_utf16(function), known))
+            lines += line;
+    return lines;
 }
 
 std::string ReferencePages::no_page(std::u16string_view name) const {

@@ -4,8 +4,10 @@
 #include "console/host/plugin_host.h"
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vell::console {
 
@@ -19,15 +21,20 @@ class ReferencePages {
     std::string page(std::u16string_view name) const;
     // Two parts of the page.
     std::string switches_and_codes(std::u16string_view name) const;
+    // A line for each switch in the text that the function does not have; none without its page.
+    std::string unknown_switches(const std::u16string& function,
+                                 std::u16string_view switches) const;
     // What is said when there is no page, with the name that may be meant.
     std::string no_page(std::u16string_view name) const;
 
   private:
     std::u16string function_of(std::u16string_view name) const;
     std::string markdown(std::u16string_view name) const;
+    const std::vector<std::string>& switches_of(const std::u16string& function) const;
 
     const PluginHost& host_;
     std::filesystem::path folder_;
+    mutable std::map<std::u16string, std::vector<std::string>> switches_; // as far as needed
 };
 
 } // namespace vell::console

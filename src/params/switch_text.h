@@ -1,6 +1,7 @@
 // Values of switches that are free text, such as a path or the arguments of a program.
 #pragma once
 
+#include "src/base/utf8.h"
 #include "src/params/call.h"
 
 #include <optional>
@@ -17,6 +18,8 @@ namespace vell::params {
 std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name);
 
 inline std::optional<std::u16string> switch_text(Call& call, std::u16string_view name) {
+    if (AskedNames* const asked = call.asked_names())
+        asked->add(utf8_from_utf16(name));
     return switch_text(call.text(0), name);
 }
 
