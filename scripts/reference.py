@@ -13,6 +13,7 @@ BIN is the folder of vellhost.exe and VellFile.fmx64. A PAGE is a file, or a nam
 VlFile_GetContents. The exit code is 1 when something is wrong.
 """
 import argparse
+import difflib
 import json
 import re
 import sys
@@ -63,18 +64,16 @@ def chosen_pages(names):
     return chosen
 
 
-def indented(text, mark):
-    return "\n".join(f"    {mark} {line}" for line in text.split("\n"))
-
-
 def report(page, outcome):
+    """The lines of a result that differ, with those beside them; where they are few, all."""
     place = f"{page.path.relative_to(ROOT)}:{outcome.example.result_line}"
-    print(f'{place}: "{outcome.example.title}" gives another result')
-    print(indented("\n".join(s.text for s in outcome.example.statements), " "))
-    print("  expected")
-    print(indented(outcome.example.result or "", "-"))
-    print("  actual")
-    print(indented(outcome.actual, "+"))
+    print(f'{place}: "{outcome.example.title}" gives another result (- expected, + actual)')
+    for statement in outcome.example.statements:
+        print(f"    > {statement.text}")
+    expected = (outcome.example.result or "").rstrip("\n").split("\n")
+    actual = outcome.actual.rstrip("\n").split("\n")
+    for line in list(difflib.unified_diff(expected, actual, lineterm="", n=2))[2:]:
+        print("    ..." if line.startswith("@@") else f"    {line[:1]} {line[1:]}")
 
 
 def outcomes_of(page, binaries):

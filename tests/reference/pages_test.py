@@ -8,6 +8,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True  # the folders are those of the sources
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 
+import reference
 import reference_checks
 import reference_examples
 import reference_pages
@@ -136,6 +137,25 @@ class Examples(unittest.TestCase):
             reference_examples.printed({"type": "container", "result": "a.png",
                                         "streams": [{"type": "PNGf", "size": 12}]}),
             'container "a.png", 1 stream\n  PNGf          12 bytes')
+
+
+class Output(unittest.TestCase):
+    def test_gives_a_page_as_json(self):
+        value = reference.function_value(faults_of(GOOD)[0])
+        self.assertEqual(value["subject"], "Disks")
+        self.assertEqual(value["keywords"], ["word"])
+        self.assertEqual(value["steps"], [
+            {"name": "Some", "options": [{"label": "FilePath", "values": "text",
+                                          "meaning": "a file"}], "text": ""}])
+        self.assertEqual(value["codes"], [{"code": "-43, 206", "cause": "nothing there"}])
+        self.assertEqual((value["switches"], value["texts"], value["notes"]), ([], {}, ""))
+        self.assertEqual(value["examples"][0], {"title": "One", "statements": ["$a = 1", "$a"],
+                                                "result": "1", "run": True})
+
+    def test_lists_a_page_by_its_first_sentence(self):
+        self.assertEqual(
+            reference.first_sentence("Takes [a name](a.md), 1.5 MB | more.\nThen.\n\nFar."),
+            "Takes a name, 1.5 MB \\| more.")
 
 
 class Registry(unittest.TestCase):
