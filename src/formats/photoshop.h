@@ -16,6 +16,9 @@ enum class ResourceId : std::uint16_t {
     Iptc = 0x0404,
     ImageUrl = 0x040B,
     Thumbnail = 0x040C,
+    IccProfile = 0x040F,
+    Exif = 0x0422,
+    Xmp = 0x0424,
 };
 
 inline constexpr std::string_view own_signature = "8BIM";

@@ -55,7 +55,8 @@ namespace tag {
 inline constexpr std::uint16_t sub_directories = 330; // TIFF Technical Note 1
 inline constexpr std::uint16_t xmp_packet = 700;
 inline constexpr std::uint16_t iptc_block = 33723;
-inline constexpr std::uint16_t icc_profile = 34675; // ICC.1:2010, B.4
+inline constexpr std::uint16_t photoshop_resources = 34377; // Adobe Photoshop TIFF Technical Notes
+inline constexpr std::uint16_t icc_profile = 34675;         // ICC.1:2010, B.4
 inline constexpr std::uint16_t exif_directory = 34665;
 inline constexpr std::uint16_t gps_directory = 34853;
 inline constexpr std::uint16_t maker_note = 37500;

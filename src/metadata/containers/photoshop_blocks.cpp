@@ -1,0 +1,31 @@
+#include "src/formats/photoshop.h"
+#include "src/metadata/containers/block_collector.h"
+
+namespace vell::metadata {
+namespace {
+
+using namespace formats;
+using photoshop::ResourceId;
+
+Read<void> note(const photoshop::ResourcePart& part, BlockCollector& found) {
+    if (part.is(ResourceId::Iptc) && found.wants_iptc())
+        found.set_iptc(VELL_TRY(found.read(part.data)));
+    else if (part.is(ResourceId::ImageUrl) && found.wants_image_url())
+        found.set_image_url(VELL_TRY(found.read(part.data)));
+    return {};
+}
+
+} // namespace
+
+Read<void> find_in_resources(const Window& resources, BlockCollector& found) {
+    photoshop::ResourceWalk walk(resources);
+    while (found.wants_resources()) {
+        const auto part = VELL_TRY(walk.next());
+        if (!part)
+            return {};
+        VELL_TRY(if_sound(note(*part, found)));
+    }
+    return {};
+}
+
+} // namespace vell::metadata
