@@ -57,6 +57,11 @@ Read<std::string> BlockCollector::expand(std::string_view compressed) {
     return take(std::move(bytes).value());
 }
 
+Window BlockCollector::keep(std::string bytes) {
+    blocks_.kept.push_back(std::make_unique<KeptBytes>(std::move(bytes)));
+    return Window(*blocks_.kept.back());
+}
+
 Read<void> BlockCollector::add_tags(Window block, TagRoot root) {
     block.seek(0);
     const std::string start =
@@ -69,11 +74,10 @@ Read<void> BlockCollector::add_tags(Window block, TagRoot root) {
     return {};
 }
 
-Read<void> BlockCollector::add_tags_in_memory(std::string block, TagRoot root) {
-    auto kept = std::make_unique<KeptBytes>(std::move(block));
-    VELL_TRY(add_tags(Window(*kept), root));
-    blocks_.kept.push_back(std::move(kept));
-    return {};
+Read<void> BlockCollector::add_tags_behind_offset(Window block) {
+    block.seek(0);
+    const auto offset = VELL_TRY(block.read_integer<std::uint32_t>(ByteOrder::Big));
+    return add_tags(block.from(sizeof offset + std::uint64_t{offset}));
 }
 
 void BlockCollector::set_iptc(std::string datasets) {

@@ -13,6 +13,7 @@ class BlockCollector {
     BlockCollector(const BlockKinds& wanted, MetadataBlocks& blocks)
         : wanted_(wanted), blocks_(blocks) {}
 
+    const BlockKinds& wanted() const { return wanted_; }
     // What is wanted and not found yet; of comments and texts there may be any number.
     bool wants_tags() const { return wanted_.tags && blocks_.tags.empty(); }
     bool wants_iptc() const { return wanted_.iptc && !blocks_.iptc; }
@@ -36,10 +37,14 @@ class BlockCollector {
     // Expands what was compressed, within the room that is left. Corrupt for what does not expand.
     formats::Read<std::string> expand(std::string_view compressed);
 
+    // A window at bytes that stay as long as what was found.
+    formats::Window keep(std::string bytes);
+
     // Some writers put before the tags what JPEG files have there; it is passed over. Absent for
     // what does not begin as tags do.
     formats::Read<void> add_tags(formats::Window block, TagRoot root = TagRoot::Image);
-    formats::Read<void> add_tags_in_memory(std::string block, TagRoot root = TagRoot::Image);
+    // HEIF and JPEG XL say before all that how far behind there the header is.
+    formats::Read<void> add_tags_behind_offset(formats::Window block);
     // Each takes the first one that is not empty.
     void set_iptc(std::string datasets);
     void set_xmp(std::string packet); // without zeros at its end
@@ -60,9 +65,18 @@ formats::Read<void> find_in_jpeg(const formats::Window& file, BlockCollector& fo
 formats::Read<void> find_in_tiff(const formats::Window& file, BlockCollector& found);
 formats::Read<void> find_in_png(const formats::Window& file, BlockCollector& found);
 formats::Read<void> find_in_gif(const formats::Window& file, BlockCollector& found);
+formats::Read<void> find_in_webp(const formats::Window& file, BlockCollector& found);
+formats::Read<void> find_in_photoshop(const formats::Window& file, BlockCollector& found);
+// HEIF, Canon's raw photographs, movies.
+formats::Read<void> find_in_iso_media(const formats::Window& file, BlockCollector& found);
+formats::Read<void> find_in_jpeg_xl(const formats::Window& file, BlockCollector& found);
+// Raw photographs.
+formats::Read<void> find_in_raf(const formats::Window& file, BlockCollector& found);
+formats::Read<void> find_in_ciff(const formats::Window& file, BlockCollector& found);
+formats::Read<void> find_in_mrw(const formats::Window& file, BlockCollector& found);
+formats::Read<void> find_in_x3f(const formats::Window& file, BlockCollector& found);
 
-// In image resources, which several containers have: datasets, the URL, and in files of Photoshop
-// tags, a packet and a profile.
+// Datasets and the URL, in image resources, which several containers have.
 formats::Read<void> find_in_resources(const formats::Window& resources, BlockCollector& found);
 
 } // namespace vell::metadata

@@ -19,6 +19,14 @@ constexpr std::array finders{
     Finder{Format::Tiff, find_in_tiff},
     Finder{Format::Png, find_in_png},
     Finder{Format::Gif, find_in_gif},
+    Finder{Format::Riff, find_in_webp},
+    Finder{Format::Photoshop, find_in_photoshop},
+    Finder{Format::IsoMedia, find_in_iso_media},
+    Finder{Format::JpegXl, find_in_jpeg_xl},
+    Finder{Format::Raf, find_in_raf},
+    Finder{Format::Ciff, find_in_ciff},
+    Finder{Format::Mrw, find_in_mrw},
+    Finder{Format::X3f, find_in_x3f},
 };
 
 } // namespace
@@ -30,6 +38,9 @@ Result<MetadataBlocks> find_blocks(Window file, const BlockKinds& wanted) {
     if (!start)
         return Failure{start.error().of_source};
     blocks.format = format_of(*start);
+    // Raw photographs that are TIFF files but for their number, and BigTIFF.
+    if (blocks.format == Format::Unknown && begins_like_tiff(*start))
+        blocks.format = Format::Tiff;
     const auto* const finder = std::ranges::find(finders, blocks.format, &Finder::format);
     if (finder == finders.end())
         return blocks;

@@ -189,7 +189,7 @@ class PngFinder {
                 found_.set_xmp(is_segment ? bytes.substr(xmp::packet_segment.size())
                                           : std::move(bytes));
         } else if ((profile.kind == "exif" || is_segment) && found_.wants_tags()) {
-            return found_.add_tags_in_memory(std::move(bytes));
+            return found_.add_tags(found_.keep(std::move(bytes)));
         }
         return {};
     }

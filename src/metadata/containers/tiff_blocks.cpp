@@ -10,6 +10,11 @@ namespace {
 
 using namespace formats;
 
+// Raw photographs of Panasonic have a JPEG picture in a tag, with tags that say more of the
+// photograph than the directory around it.
+constexpr std::uint16_t panasonic_number = 85;
+constexpr std::uint16_t panasonic_picture = 46;
+
 class FirstDirectory {
   public:
     static Read<FirstDirectory> of(Window file) {
@@ -19,15 +24,17 @@ class FirstDirectory {
             return fault(Damage::Absent);
         const auto directory =
             VELL_TRY(tiff::Directory::at(file, header->first_directory, header->order));
-        return FirstDirectory(file, header->order, VELL_TRY(directory.entries()));
+        auto entries = VELL_TRY(directory.entries());
+        return FirstDirectory(file, *header, std::move(entries));
     }
+    bool is_of_panasonic() const { return header_.magic == panasonic_number; }
 
     // The value's place; nullopt for a tag that is not there, or whose value stands in its entry.
     std::optional<Window> place_of(std::uint16_t tag) const {
         const auto found = std::ranges::find(entries_, tag, &tiff::Entry::tag);
         if (found == entries_.end() || found->is_inline())
             return std::nullopt;
-        return file_.part(found->offset(order_), found->value_size());
+        return file_.part(found->offset(header_.order), found->value_size());
     }
     // The value itself, for which there is room. Absent for a tag that is not there.
     Read<std::string> value(std::uint16_t tag, BlockCollector& found) const {
@@ -36,20 +43,16 @@ class FirstDirectory {
     }
 
   private:
-    FirstDirectory(const Window& file, ByteOrder order, std::vector<tiff::Entry> entries)
-        : file_(file), order_(order), entries_(std::move(entries)) {}
+    FirstDirectory(const Window& file, const tiff::Header& header, std::vector<tiff::Entry> entries)
+        : file_(file), header_(header), entries_(std::move(entries)) {}
 
     Window file_;
-    ByteOrder order_;
+    tiff::Header header_;
     std::vector<tiff::Entry> entries_;
 };
 
-} // namespace
-
-Read<void> find_in_tiff(const Window& file, BlockCollector& found) {
-    if (found.wants_tags())
-        VELL_TRY(if_sound(found.add_tags(file)));
-    const FirstDirectory first = VELL_TRY(FirstDirectory::of(file));
+// What has tags of its own.
+Read<void> find_values(const FirstDirectory& first, BlockCollector& found) {
     if (found.wants_xmp())
         if (auto packet = VELL_TRY(if_sound(first.value(tiff::tag::xmp_packet, found))))
             found.set_xmp(*std::move(packet));
@@ -63,6 +66,18 @@ Read<void> find_in_tiff(const Window& file, BlockCollector& found) {
         if (const auto resources = first.place_of(tiff::tag::photoshop_resources))
             VELL_TRY(if_sound(find_in_resources(*resources, found)));
     return {};
+}
+
+} // namespace
+
+Read<void> find_in_tiff(const Window& file, BlockCollector& found) {
+    const auto directory = VELL_TRY(if_sound(FirstDirectory::of(file)));
+    if (directory && directory->is_of_panasonic())
+        if (const auto picture = directory->place_of(panasonic_picture))
+            VELL_TRY(if_sound(find_in_jpeg(*picture, found)));
+    if (found.wanted().tags)
+        VELL_TRY(if_sound(found.add_tags(file)));
+    return directory ? find_values(*directory, found) : Read<void>();
 }
 
 } // namespace vell::metadata
