@@ -17,24 +17,21 @@ constexpr std::uint16_t panasonic_picture = 46;
 
 class FirstDirectory {
   public:
-    static Read<FirstDirectory> of(Window file) {
-        file.seek(0);
-        const auto header = tiff::Header::read(VELL_TRY(file.read_bytes(tiff::Header::size)));
-        if (!header)
-            return fault(Damage::Absent);
+    static Read<FirstDirectory> of(const Window& file) {
+        const auto start = VELL_TRY(tiff::Start::read(file));
         const auto directory =
-            VELL_TRY(tiff::Directory::at(file, header->first_directory, header->order));
+            VELL_TRY(tiff::Directory::at(file, start.first_directory, start.layout));
         auto entries = VELL_TRY(directory.entries());
-        return FirstDirectory(file, *header, std::move(entries));
+        return FirstDirectory(file, start, std::move(entries));
     }
-    bool is_of_panasonic() const { return header_.magic == panasonic_number; }
+    bool is_of_panasonic() const { return start_.magic == panasonic_number; }
 
     // The value's place; nullopt for a tag that is not there, or whose value stands in its entry.
     std::optional<Window> place_of(std::uint16_t tag) const {
         const auto found = std::ranges::find(entries_, tag, &tiff::Entry::tag);
         if (found == entries_.end() || found->is_inline())
             return std::nullopt;
-        return file_.part(found->offset(header_.order), found->value_size());
+        return file_.part(found->place(start_.layout.order), found->value_size());
     }
     // The value itself, for which there is room. Absent for a tag that is not there.
     Read<std::string> value(std::uint16_t tag, BlockCollector& found) const {
@@ -43,11 +40,11 @@ class FirstDirectory {
     }
 
   private:
-    FirstDirectory(const Window& file, const tiff::Header& header, std::vector<tiff::Entry> entries)
-        : file_(file), header_(header), entries_(std::move(entries)) {}
+    FirstDirectory(const Window& file, const tiff::Start& start, std::vector<tiff::Entry> entries)
+        : file_(file), start_(start), entries_(std::move(entries)) {}
 
     Window file_;
-    tiff::Header header_;
+    tiff::Start start_;
     std::vector<tiff::Entry> entries_;
 };
 
