@@ -12,18 +12,23 @@ namespace {
 using namespace formats;
 using namespace formats::isobmff;
 
+bool holds_tags(const Item& item) {
+    return item.type == "Exif"_4cc;
+}
+bool holds_packet(const Item& item) {
+    return item.type == "mime"_4cc && item.content_type == "application/rdf+xml";
+}
+
 class ItemFinder {
   public:
     ItemFinder(const Items& items, BlockCollector& found) : items_(items), found_(found) {}
 
     Read<void> run() {
         if (found_.wants_tags())
-            if (const auto id = find([](const Item& item) { return item.type == "Exif"_4cc; }))
+            if (const auto id = find(holds_tags))
                 VELL_TRY(if_sound(add_tags(*id)));
         if (found_.wants_xmp())
-            if (const auto id = find([](const Item& item) {
-                    return item.type == "mime"_4cc && item.content_type == "application/rdf+xml";
-                }))
+            if (const auto id = find(holds_packet))
                 VELL_TRY(if_sound(add_packet(*id)));
         if (!found_.wants_icc())
             return {};
@@ -34,8 +39,7 @@ class ItemFinder {
 
   private:
     // That which describes the primary image, or else the first one.
-    template <typename Wanted>
-    std::optional<ItemId> find(const Wanted& is_wanted) const {
+    std::optional<ItemId> find(bool (*is_wanted)(const Item&)) const {
         for (const ItemReference& reference : items_.references()) {
             const auto item = items_.all().find(reference.from);
             if (reference.type == "cdsc"_4cc && item != items_.all().end() &&
