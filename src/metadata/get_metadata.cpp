@@ -6,6 +6,7 @@
 #include "src/formats/tiff/records.h"
 #include "src/metadata/icc/icc_profile.h"
 #include "src/metadata/images/image_description.h"
+#include "src/metadata/reading/container_metadata.h"
 #include "src/metadata/reading/iptc_text.h"
 #include "src/metadata/reading/jpeg_metadata.h"
 #include "src/metadata/reading/photoshop_resources.h"
@@ -97,8 +98,8 @@ Result<void> read_other(BufferedReader& file, const MetadataRequest& request, Me
     return done ? done : scan_for_xmp(file, request.source, text);
 }
 
-Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRequest& request,
-                           MetadataText& text) {
+Result<void> read_by_kind(BufferedReader& file, FileKind kind, const MetadataRequest& request,
+                          MetadataText& text) {
     switch (kind) {
     case FileKind::Tiff:
         return read_tiff(file, request, text);
@@ -108,6 +109,27 @@ Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRe
         break;
     }
     return read_other(file, request, text);
+}
+
+// What comes of looking for segments, tags and packets where there are none. One that is no TIFF
+// file begins like one, too.
+bool is_of_strange_container(ErrorCode code, FileKind kind) {
+    if (kind == FileKind::Tiff)
+        return code == ErrorCode::EndOfFile;
+    return kind == FileKind::Other &&
+           (code == ErrorCode::NotAJpeg || code == ErrorCode::ShortRead ||
+            code == ErrorCode::NothingFound);
+}
+
+// What stands in a container of another kind. Where nothing is found there either, the code stays
+// that of the search without it, which solutions know.
+Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRequest& request,
+                           MetadataText& text) {
+    const std::uint64_t before = text.size();
+    const Result<void> done = read_by_kind(file, kind, request, text);
+    if (done || !is_of_strange_container(done.error(), kind) || text.size() != before)
+        return done;
+    return read_container(file, request, text) ? Result<void>() : done;
 }
 
 // What comes first ends the text before it; at the start it ends nothing.

@@ -1,4 +1,4 @@
-// The size, depth and resolution of an image, from its header: JPEG, PNG, GIF, BMP and TIFF.
+// The size, depth and resolution of an image, from its header.
 #pragma once
 
 #include "src/base/result.h"

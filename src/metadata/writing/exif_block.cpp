@@ -64,7 +64,7 @@ std::optional<DirectoryTable> read_table(std::string_view block, std::size_t off
     DirectoryTable table;
     table.entries = directory->entries().value(); // of bytes in memory
     const auto next = directory->next();
-    table.next = next ? *next : 0;
+    table.next = next ? static_cast<std::uint32_t>(*next) : 0;
     const std::uint64_t end = directory->end_of(table.entries.size()) + tiff::Directory::next_size;
     table.place = {offset,
                    static_cast<std::size_t>(std::min<std::uint64_t>(end, block.size())) - offset};
