@@ -1,5 +1,7 @@
 #include "src/formats/webp.h"
 
+#include "src/base/bytes.h"
+
 #include <array>
 #include <tuple>
 
@@ -10,8 +12,6 @@ namespace {
 struct ExtendedHeader {
     static constexpr std::size_t size = 10;
     static constexpr ByteOrder order = ByteOrder::Little;
-    static constexpr std::uint8_t has_alpha = 0x10;
-    static constexpr std::uint8_t is_animated = 0x02;
 
     std::uint8_t flags = 0;
     std::array<std::uint8_t, 3> width{};
@@ -33,13 +33,16 @@ struct LossyHeader {
     static constexpr std::array<std::uint8_t, 3> start{0x9D, 0x01, 0x2A};
     static constexpr std::uint16_t size_bits = 0x3FFF;
 
+    static constexpr std::uint8_t between_frames = 0x01; // the frame is no key frame
+
+    std::uint8_t frame_tag = 0;
     std::array<std::uint8_t, 3> start_code{};
     std::uint16_t width = 0;
     std::uint16_t height = 0;
 
     static constexpr auto fields() {
-        return std::tuple{Field{3, &LossyHeader::start_code}, Field{6, &LossyHeader::width},
-                          Field{8, &LossyHeader::height}};
+        return std::tuple{Field{0, &LossyHeader::frame_tag}, Field{3, &LossyHeader::start_code},
+                          Field{6, &LossyHeader::width}, Field{8, &LossyHeader::height}};
     }
 };
 
@@ -60,8 +63,8 @@ struct LosslessHeader {
 Read<Canvas> read_extended(Window data, riff::ChunkWalk walk) {
     const auto header = VELL_TRY(data.read_record<ExtendedHeader>());
     Canvas canvas{ExtendedHeader::number(header.width), ExtendedHeader::number(header.height),
-                  (header.flags & ExtendedHeader::has_alpha) != 0};
-    if ((header.flags & ExtendedHeader::is_animated) == 0)
+                  (header.flags & bit(Feature::Alpha)) != 0};
+    if ((header.flags & bit(Feature::Animation)) == 0)
         return canvas;
     canvas.frames = 0;
     while (const auto chunk = VELL_TRY(walk.next()))
@@ -71,10 +74,12 @@ Read<Canvas> read_extended(Window data, riff::ChunkWalk walk) {
 
 Read<Canvas> read_lossy(Window data) {
     const auto header = VELL_TRY(data.read_record<LossyHeader>());
-    if (header.start_code != LossyHeader::start)
+    const Canvas canvas{static_cast<std::uint32_t>(header.width & LossyHeader::size_bits),
+                        static_cast<std::uint32_t>(header.height & LossyHeader::size_bits)};
+    if (header.start_code != LossyHeader::start || canvas.width == 0 || canvas.height == 0 ||
+        (header.frame_tag & LossyHeader::between_frames) != 0)
         return fault(Damage::Corrupt);
-    return Canvas{static_cast<std::uint32_t>(header.width & LossyHeader::size_bits),
-                  static_cast<std::uint32_t>(header.height & LossyHeader::size_bits)};
+    return canvas;
 }
 
 Read<Canvas> read_lossless(Window data) {
@@ -93,12 +98,27 @@ Read<Canvas> read_canvas(const Window& file) {
     while (const auto chunk = VELL_TRY(walk.next())) {
         if (chunk->type() == "VP8X")
             return read_extended(chunk->data, walk);
-        if (chunk->type() == "VP8 ")
-            return read_lossy(chunk->data);
-        if (chunk->type() == "VP8L")
-            return read_lossless(chunk->data);
+        const auto canvas = frame_canvas(*chunk);
+        if (canvas || canvas.error().damage != Damage::Absent)
+            return canvas;
     }
     return fault(Damage::CutOff);
+}
+
+Read<Canvas> frame_canvas(const riff::Chunk& chunk) {
+    if (chunk.type() == "VP8 ")
+        return read_lossy(chunk.data);
+    return chunk.type() == "VP8L" ? read_lossless(chunk.data) : Read<Canvas>(fault(Damage::Absent));
+}
+
+std::string extended_header(const Canvas& canvas, std::uint8_t features) {
+    std::string data{static_cast<char>(features), '\0', '\0', '\0'};
+    for (const std::uint32_t side : {canvas.width, canvas.height}) {
+        std::string bytes;
+        append_integer<std::uint32_t>(bytes, side - 1, ByteOrder::Little);
+        data.append(bytes, 0, 3);
+    }
+    return data;
 }
 
 } // namespace vell::formats::webp

@@ -2,17 +2,18 @@
 
 #include "src/base/utf8.h"
 #include "src/files/contents/rewriting.h"
-#include "src/formats/xmp.h"
+#include "src/metadata/writing/block_place.h"
 #include "src/metadata/writing/exif_writer.h"
 #include "src/metadata/writing/iptc_writer.h"
-#include "src/metadata/writing/jpeg_rewriter.h"
 #include "src/metadata/writing/photoshop_block.h"
+#include "src/metadata/writing/sidecar.h"
 #include "src/metadata/writing/tagged_text.h"
 #include "src/metadata/writing/text_store.h"
 #include "src/metadata/writing/xmp_writer.h"
 #include "src/system/system.h"
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,13 +24,11 @@
 namespace vell::metadata {
 namespace {
 
-namespace jpeg = formats::jpeg;
 using files::File;
 using params::Call;
 using params::SwitchSet;
 
-// In the order of the step's list of actions.
-enum class Target : std::uint8_t { Iptc, Exif, Xmp, ImageUrl, Comment };
+using Target = BlockKind;
 constexpr std::int32_t number_of_targets = 5;
 
 struct TargetSwitch {
@@ -43,8 +42,6 @@ constexpr TargetSwitch target_switches[] = {{"-SetIPTC", Target::Iptc},
 // Not for image files.
 constexpr std::string_view movie_switches[] = {"-SetWithXML", "-SetTitle", "-SetDescription",
                                                "-SetCreationDate", "-SetGPS"};
-
-constexpr std::size_t longest_comment = 2000;
 
 struct WriteRequest {
     Target target;
@@ -114,42 +111,25 @@ Result<WriteRequest> request_of(Call& call) {
                         MakerNote::Remove, iptc, call.text(4)};
 }
 
-SegmentKind segment_of(Target target, std::string_view text) {
-    switch (target) {
-    case Target::Exif:
-        return {jpeg::SegmentMarker::App1, std::string(jpeg::exif_identifier), true};
-    case Target::Xmp:
-        if (is_blank_xmp(text)) // extended XMP that would be left belongs to no packet
-            return {jpeg::SegmentMarker::App1, std::string(formats::xmp::identifier_start), false};
-        return {jpeg::SegmentMarker::App1, std::string(split_xmp_text(text).identifier) + '\0',
-                true};
-    case Target::Comment:
-        return {jpeg::SegmentMarker::Com, "", false};
-    case Target::Iptc:
-    case Target::ImageUrl:
-        break;
-    }
-    return {jpeg::SegmentMarker::App13, std::string(jpeg::photoshop_identifier), true};
-}
-
 // A comment as it was read stands in sections, of which the last is the one of the COM segment.
-Result<std::string> comment_bytes(std::string_view text, const TextStore& store) {
-    if (const auto sections = parse_tagged_text(text); sections && !sections->empty()) {
-        const auto last =
-            std::find_if(sections->rbegin(), sections->rend(), [](const TaggedSection& section) {
-                return section.kind == SectionKind::Comment;
-            });
-        if (last != sections->rend())
-            text = last->value;
-    }
-    return store.store_beginning(text, longest_comment);
+std::string_view comment_of(std::string_view text) {
+    const auto sections = parse_tagged_text(text);
+    if (!sections)
+        return text;
+    const auto last =
+        std::find_if(sections->rbegin(), sections->rend(), [](const TaggedSection& section) {
+            return section.kind == SectionKind::Comment;
+        });
+    return last == sections->rend() ? text : last->value;
 }
 
-// The segment's content behind its identifier; empty for none.
-struct NewContent {
-    std::string bytes;
-    bool only_removes; // the text asks for nothing else
-};
+Result<std::string> comment_bytes(std::string_view text, const BlockRules& rules,
+                                  const TextStore& store) {
+    const std::string_view comment = comment_of(text);
+    if (rules.is_utf8)
+        return std::string(comment);
+    return store.store_beginning(comment, rules.most_of_comment);
+}
 
 bool has_values(std::span<const TaggedSection> sections, Target target, bool empty_ones_count) {
     return std::ranges::any_of(sections, [&](const TaggedSection& section) {
@@ -159,63 +139,98 @@ bool has_values(std::span<const TaggedSection> sections, Target target, bool emp
     });
 }
 
+// The block for a place; empty for none.
+struct NewContent {
+    std::string bytes;
+    bool only_removes; // the text asks for nothing else
+};
+
+Result<NewContent> new_datasets(const WriteRequest& request, std::string_view text,
+                                const BlockPlace& place, const TextStore& store) {
+    constexpr auto resource = photoshop::ResourceId::Iptc;
+    const auto sections = VELL_TRY(parse_tagged_text(text));
+    const bool in_resources = place.rules().in_resources;
+    const std::string_view existing =
+        in_resources ? find_resource(place.content(), resource) : place.content();
+    std::string datasets = VELL_TRY(write_iptc(existing, sections, request.iptc, store));
+    const bool is_empty_dataset_written = !request.iptc.keep_others;
+    const bool only_removes = !has_values(sections, request.target, is_empty_dataset_written);
+    if (!in_resources)
+        return NewContent{std::move(datasets), only_removes};
+    std::string block = VELL_TRY(with_resource(place.content(), resource, datasets));
+    return NewContent{std::move(block), only_removes};
+}
+
 Result<NewContent> new_content(const WriteRequest& request, std::string_view text,
-                               std::string_view existing, std::size_t room,
-                               const TextStore& store) {
+                               const BlockPlace& place, const TextStore& store) {
     switch (request.target) {
-    case Target::Iptc: {
-        const auto sections = VELL_TRY(parse_tagged_text(text));
-        const std::string datasets = VELL_TRY(write_iptc(
-            find_resource(existing, photoshop::ResourceId::Iptc), sections, request.iptc, store));
-        std::string block =
-            VELL_TRY(with_resource(existing, photoshop::ResourceId::Iptc, datasets));
-        const bool is_empty_dataset_written = !request.iptc.keep_others;
-        return NewContent{std::move(block),
-                          !has_values(sections, request.target, is_empty_dataset_written)};
-    }
-    case Target::Exif: {
-        const auto sections = VELL_TRY(parse_tagged_text(text));
-        std::string block =
-            VELL_TRY(write_exif(existing, sections, request.maker_note, store, room));
-        return NewContent{std::move(block), !has_values(sections, request.target, false)};
-    }
+    case Target::Iptc:
+        return new_datasets(request, text, place, store);
     case Target::Xmp: {
-        std::string packet = VELL_TRY(write_xmp(split_xmp_text(text), existing, store, room));
+        std::string packet = VELL_TRY(
+            write_xmp(split_xmp_text(text), place.content(), store, place.rules().most_bytes));
         const bool is_empty = packet.empty();
         return NewContent{std::move(packet), is_empty};
     }
     case Target::ImageUrl: {
         const std::string url = VELL_TRY(store.store(text));
-        std::string block = VELL_TRY(with_resource(existing, photoshop::ResourceId::ImageUrl, url));
+        std::string block =
+            VELL_TRY(with_resource(place.content(), photoshop::ResourceId::ImageUrl, url));
         return NewContent{std::move(block), url.empty()};
     }
+    case Target::Exif: // written into the place itself
     case Target::Comment:
         break;
     }
-    std::string comment = VELL_TRY(comment_bytes(text, store));
+    std::string comment = VELL_TRY(comment_bytes(text, place.rules(), store));
     const bool is_empty = comment.empty();
     return NewContent{std::move(comment), is_empty};
 }
 
-// What the call is to write. NothingFound when there is nothing of what it is to remove.
-Result<SegmentRewrite> rewrite_of(Call& call, const WriteRequest& request, files::FileSystem& files,
-                                  const files::NativePath& path) {
-    const std::string text = utf8_from_utf16(request.text);
-    SegmentKind kind = segment_of(request.target, text);
-    if (kind.identifier.size() > jpeg::longest_payload)
-        return Failure{ErrorCode::ResourceTooLarge};
-    const std::size_t room = jpeg::longest_payload - kind.identifier.size();
-    const auto source = VELL_TRY(files.open(path, files::Permission::Read));
-    SegmentPlace place = VELL_TRY(find_segment_place(*source, kind));
-    const TextStore store(call, request.encoding);
-    NewContent content = VELL_TRY(new_content(request, text, place.content, room, store));
-    const bool is_unchanged = !content.bytes.empty() && content.bytes == place.content;
+Result<void> put_tags(BlockPlace& place, files::BufferedReader& file, const WriteRequest& request,
+                      std::string_view text, const TextStore& store) {
+    const auto sections = VELL_TRY(parse_tagged_text(text));
+    const bool was_there = place.is_there();
+    const bool is_changed = VELL_TRY(place.put_tags(file, sections, request.maker_note, store));
+    if (!has_values(sections, request.target, false) && (!is_changed || !was_there))
+        return Failure{ErrorCode::NothingFound};
+    return {};
+}
+
+Result<void> put_block(BlockPlace& place, const WriteRequest& request, std::string_view text,
+                       const TextStore& store) {
+    NewContent content = VELL_TRY(new_content(request, text, place, store));
+    const bool is_unchanged = !content.bytes.empty() && content.bytes == place.content();
     if (content.only_removes && (is_unchanged || !place.is_there()))
         return Failure{ErrorCode::NothingFound};
-    if (content.bytes.size() > room)
+    if (content.bytes.size() > place.rules().most_bytes)
         return Failure{ErrorCode::ResourceTooLarge};
-    auto segment = content.bytes.empty() ? std::nullopt : std::optional(std::move(content.bytes));
-    return plan_rewrite(std::move(kind), std::move(place), std::move(segment));
+    return place.put(std::move(content.bytes));
+}
+
+// Plans what the call is to write. NothingFound when there is nothing of what it is to remove.
+Result<std::unique_ptr<BlockPlace>> planned_place(Call& call, const WriteRequest& request,
+                                                  files::FileSystem& files,
+                                                  const files::NativePath& path) {
+    const std::string text = utf8_from_utf16(request.text);
+    const auto source = VELL_TRY(files.open(path, files::Permission::Read));
+    auto reader = VELL_TRY(files::BufferedReader::over(*source));
+    auto place = VELL_TRY(find_block_place(reader, {request.target, text, path.wide}));
+    const TextStore store(call, request.encoding);
+    VELL_TRY(request.target == Target::Exif ? put_tags(*place, reader, request, text, store)
+                                            : put_block(*place, request, text, store));
+    return place;
+}
+
+Result<void> put_sidecar(Call& call, files::FileSystem& files, const WriteRequest& request,
+                         const files::RewrittenFile& file) {
+    if (request.target != Target::Xmp)
+        return Failure{ErrorCode::NotSupported};
+    const Sidecar sidecar{file.source, file.destination.value_or(file.source)};
+    const std::string text = utf8_from_utf16(request.text);
+    VELL_TRY(write_sidecar(call, files, sidecar, text, TextStore(call, request.encoding)));
+    call.set_done();
+    return {};
 }
 
 } // namespace
@@ -225,10 +240,11 @@ Result<void> set_metadata(Call& call, System& system) {
     files::RewrittenFile file = VELL_TRY(files::rewritten_file(call, system.files(), 1, 2));
     if (file.destination && system.files().is_same_file(*file.destination, file.source))
         file.destination.reset(); // the source's own place, written in another way
-    const SegmentRewrite rewrite = VELL_TRY(rewrite_of(call, request, system.files(), file.source));
-    VELL_TRY(files::rewrite(call, system.files(), file, [&](File& from, File& to) {
-        return copy_with_segment(from, to, rewrite);
-    }));
+    if (is_sidecar(file.destination.value_or(file.source)))
+        return put_sidecar(call, system.files(), request, file);
+    const auto place = VELL_TRY(planned_place(call, request, system.files(), file.source));
+    VELL_TRY(files::rewrite(call, system.files(), file,
+                            [&](File& from, File& to) { return place->copy(from, to); }));
     call.set_done();
     return {};
 }

@@ -24,7 +24,8 @@ const SegmentKind packets{SegmentMarker::App1, "ID\1", true};
 std::string rewritten(const std::string& bytes, const SegmentKind& kind,
                       const std::optional<std::string>& content) {
     const auto from = files::memory_file(bytes);
-    auto place = find_segment_place(*from, kind);
+    auto reader = files::BufferedReader::over(*from);
+    auto place = find_segment_place(*reader, kind);
     if (!place)
         return "!" + std::to_string(number(place.error()));
     const auto rewrite = plan_rewrite(kind, std::move(*place), content);
@@ -97,7 +98,8 @@ TEST(JpegRewriter, LongFilesTakeLittleMemoryAndNoMoreThanTwoReadings) {
     for (const std::string& pattern :
          {std::string("nothing "), ".." + segment(SegmentMarker::App2, "")}) {
         EndlessFile file(soi, pattern, size);
-        EXPECT_EQ(find_segment_place(file, comments).error(), ErrorCode::EndOfFile);
+        auto reader = files::BufferedReader::over(file);
+        EXPECT_EQ(find_segment_place(*reader, comments).error(), ErrorCode::EndOfFile);
         EXPECT_LE(file.longest_read(), 1'000'000U);
         EXPECT_LE(file.bytes_read(), 2 * size + 1'000'000);
     }

@@ -1,6 +1,7 @@
 #include "src/metadata/writing/exif_block.h"
 
 #include "src/formats/tiff/directory.h"
+#include "src/metadata/faults.h"
 #include "src/metadata/writing/exif_layout.h"
 
 #include <algorithm>
@@ -50,9 +51,25 @@ void ChangeableDirectory::erase(const ChangeableEntry& entry) {
     is_changed = true;
 }
 
+bool ChangeableDirectory::is_as_read() const {
+    return place && place->size == table_size() &&
+           std::ranges::all_of(entries, [](const ChangeableEntry& candidate) {
+               return candidate.old && !candidate.new_value;
+           });
+}
+
 std::size_t ChangeableDirectory::table_size() const {
     return tiff::Directory::count_size + entries.size() * tiff::Entry::size +
            tiff::Directory::next_size;
+}
+
+std::string ChangeableDirectory::table_bytes(ByteOrder order) const {
+    std::string bytes;
+    append_integer<std::uint16_t>(bytes, static_cast<std::uint16_t>(entries.size()), order);
+    for (const ChangeableEntry& candidate : entries)
+        formats::append_record(bytes, candidate.entry, order);
+    append_integer<std::uint32_t>(bytes, next, order);
+    return bytes;
 }
 
 std::optional<DirectoryTable> read_table(std::string_view block, std::size_t offset,
@@ -105,6 +122,50 @@ void ExifBlock::read_directory(DirectoryKind kind, std::uint32_t offset) {
         directory.entries.push_back({.entry = entry, .old = entry});
 }
 
+Result<ExifBlock> ExifBlock::read_file(const formats::Window& file) {
+    formats::Window start = file;
+    const auto header = tiff::Header::read(VELL_TRY(coded(start.read_bytes(tiff::Header::size))));
+    if (!header)
+        return Failure{ErrorCode::ShortRead};
+    ExifBlock block;
+    block.order_ = header->order;
+    VELL_TRY(block.read_file_directory(file, DirectoryKind::Main, header->first_directory));
+    return block;
+}
+
+Result<void> ExifBlock::read_directories_below(const formats::Window& file) {
+    constexpr std::pair<std::uint16_t, DirectoryKind> pointers[] = {
+        {tiff::tag::exif_directory, DirectoryKind::Exif},
+        {tiff::tag::gps_directory, DirectoryKind::Gps}};
+    for (const auto& [tag, kind] : pointers)
+        if (const auto offset = pointer(DirectoryKind::Main, tag))
+            VELL_TRY(read_file_directory(file, kind, *offset));
+    if (const auto offset = pointer(DirectoryKind::Exif, tiff::tag::interoperability_directory))
+        VELL_TRY(read_file_directory(file, DirectoryKind::Interoperability, *offset));
+    return {};
+}
+
+Result<void> ExifBlock::read_file_directory(const formats::Window& file, DirectoryKind kind,
+                                            std::uint32_t offset) {
+    if (offset < tiff::Header::size)
+        return Failure{ErrorCode::CorruptStructure};
+    const auto table = VELL_TRY(coded(tiff::Directory::at(file, offset, order_)));
+    const auto entries = VELL_TRY(coded(table.entries()));
+    if (entries.size() < table.announced())
+        return Failure{ErrorCode::EndOfFile};
+    ChangeableDirectory& directory = this->directory(kind);
+    // Below the first one no other is looked for, and some programs leave the number out.
+    const auto next = VELL_TRY(coded(if_sound(table.next())));
+    if (!next && kind == DirectoryKind::Main)
+        return Failure{ErrorCode::EndOfFile};
+    directory.next = next.value_or(0);
+    directory.entries.reserve(entries.size());
+    for (const tiff::Entry& entry : entries)
+        directory.entries.push_back({.entry = entry, .old = entry});
+    directory.place = {offset, directory.table_size()};
+    return {};
+}
+
 // Where several entries have the tag, the tag reader follows the last one.
 std::optional<std::uint32_t> ExifBlock::pointer(DirectoryKind parent, std::uint16_t tag) {
     std::optional<std::uint32_t> offset;
@@ -144,12 +205,16 @@ bool ExifBlock::is_changed() const {
     return std::ranges::any_of(directories_, &ChangeableDirectory::is_changed);
 }
 
-Result<std::string> ExifBlock::write(std::size_t most_bytes) {
+bool ExifBlock::link_directories() {
     link(DirectoryKind::Exif, tiff::tag::interoperability_directory,
          DirectoryKind::Interoperability);
     link(DirectoryKind::Main, tiff::tag::exif_directory, DirectoryKind::Exif);
     link(DirectoryKind::Main, tiff::tag::gps_directory, DirectoryKind::Gps);
-    if (!is_changed() || (is_new() && directory(DirectoryKind::Main).entries.empty()))
+    return is_changed();
+}
+
+Result<std::string> ExifBlock::write(std::size_t most_bytes) {
+    if (!link_directories() || (is_new() && directory(DirectoryKind::Main).entries.empty()))
         return std::string(old_);
     return ExifLayout(*this, most_bytes).write();
 }

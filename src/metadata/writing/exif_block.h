@@ -7,6 +7,7 @@
 
 #include "src/base/result.h"
 #include "src/formats/tiff/records.h"
+#include "src/formats/window.h"
 
 #include <array>
 #include <cstdint>
@@ -51,8 +52,11 @@ struct ChangeableDirectory {
     // Stands before the first entry with a higher tag.
     void add(std::uint16_t tag, FieldType type, std::string value);
     void erase(const ChangeableEntry& entry);
+    // Whether all entries are those that were read, in their place.
+    bool is_as_read() const;
 
     std::size_t table_size() const;
+    std::string table_bytes(ByteOrder order) const;
 };
 
 class ExifBlock {
@@ -60,6 +64,11 @@ class ExifBlock {
     // ShortRead without a header, CorruptStructure when IFD0 lies nowhere in the block. No bytes at
     // all make a new block. Directories below IFD0 that cannot be read count as missing.
     static Result<ExifBlock> read(std::string_view bytes);
+    // A block whose bytes stay in a file, with the first directory, and then with those below it;
+    // it is not written by `write`. A directory that cannot be read whole is EndOfFile, one that
+    // would stand in the header CorruptStructure.
+    static Result<ExifBlock> read_file(const formats::Window& file);
+    Result<void> read_directories_below(const formats::Window& file);
 
     ByteOrder order() const { return order_; }
     bool is_new() const { return old_.empty(); }
@@ -67,6 +76,9 @@ class ExifBlock {
         return directories_[static_cast<std::size_t>(kind)];
     }
     void remove_maker_note();
+    // Makes the entries that lead to directories follow from what is in these; whether anything has
+    // changed.
+    bool link_directories();
 
     // The block's bytes; those of an unchanged one are the old ones, and a new one without entries
     // has none. ResourceTooLarge for more than `most_bytes`.
@@ -74,6 +86,8 @@ class ExifBlock {
 
   private:
     void read_directory(DirectoryKind kind, std::uint32_t offset);
+    Result<void> read_file_directory(const formats::Window& file, DirectoryKind kind,
+                                     std::uint32_t offset);
     std::optional<std::uint32_t> pointer(DirectoryKind parent, std::uint16_t tag);
     void link(DirectoryKind parent, std::uint16_t tag, DirectoryKind child);
     bool is_changed() const;

@@ -231,16 +231,6 @@ void ExifLayout::point_to(DirectoryKind parent, std::uint16_t tag, DirectoryKind
     last->entry.count = 1;
 }
 
-std::string ExifLayout::table_bytes(const ChangeableDirectory& directory) const {
-    std::string bytes;
-    append_integer<std::uint16_t>(bytes, static_cast<std::uint16_t>(directory.entries.size()),
-                                  block_.order_);
-    for (const ChangeableEntry& candidate : directory.entries)
-        formats::append_record(bytes, candidate.entry, block_.order_);
-    append_integer<std::uint32_t>(bytes, directory.next, block_.order_);
-    return bytes;
-}
-
 Result<std::string> ExifLayout::write() {
     VELL_TRY(collect_parts());
     keep_unchanged();
@@ -273,7 +263,7 @@ Result<std::string> ExifLayout::write() {
     }
     for (const Part& part : parts_)
         if (part.table != nullptr)
-            put(bytes, *part.place, table_bytes(*part.table));
+            put(bytes, *part.place, part.table->table_bytes(block_.order_));
     const std::string header =
         header_bytes(block_.order_, *new_place(block_.directory(DirectoryKind::Main)));
     // A header may say something else than 42; what was read stays.

@@ -61,7 +61,6 @@ class ExifLayout {
     BlockRange gap_from(std::size_t start) const;
     void point_to(DirectoryKind parent, std::uint16_t tag, DirectoryKind child);
     std::optional<std::size_t> new_place(const ChangeableDirectory& directory) const;
-    std::string table_bytes(const ChangeableDirectory& directory) const;
 
     ExifBlock& block_;
     std::string_view old_;

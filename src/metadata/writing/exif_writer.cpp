@@ -19,10 +19,9 @@ using SectionKey = std::pair<SectionKind, std::uint16_t>;
 // Says how a block reads, to tell what a text leaves as it is.
 class RenderedBlock {
   public:
-    RenderedBlock(std::string_view block, const ExifReadOptions& options, TextEncoding encoding) {
+    RenderedBlock(const TagsAsText& tags, const ExifReadOptions& options, TextEncoding encoding) {
         MetadataText rendered;
-        // What was read before a failure counts.
-        static_cast<void>(read_tags(block, options, encoding, rendered));
+        tags(options, encoding, rendered); // what was read before a failure counts
         for (const MetadataText::Piece& piece : rendered.pieces())
             text_ += piece.bytes;
         const auto sections = parse_tagged_text(text_);
@@ -71,14 +70,26 @@ bool is_utf16_tag(SectionKind kind, std::uint16_t tag) {
     return kind != SectionKind::Gps && tiff::tag::is_utf16_text(tag);
 }
 
+// Where the tags stand: in a block of their own, or in a picture's file among those that say how
+// the picture is stored.
+enum class TagsHome : bool { Block, Picture };
+
+// Tags of a picture's file that say how it is stored, and what is behind the places in it.
+bool describes_storage(SectionKind kind, std::uint16_t tag, TagCategory category) {
+    constexpr std::uint16_t subfile_types[] = {254, 255};
+    constexpr std::uint16_t colour_positioning = 531;
+    return kind != SectionKind::Gps && kind != SectionKind::Interoperability &&
+           (category == TagCategory::Baseline || tag == colour_positioning ||
+            std::ranges::count(subfile_types, tag) > 0);
+}
+
 class ExifWriter {
   public:
-    ExifWriter(std::string_view existing, ExifBlock& block, const TextStore& store)
-        : block_(block), store_(store),
-          plain_(existing, {.want_exif = true, .want_gps = true}, store.reading()),
-          raw_(existing, {.want_exif = true, .want_gps = true, .raw_values = true},
-               store.reading()),
-          decimal_(existing, {.want_gps = true, .decimal_gps = true}, store.reading()) {}
+    ExifWriter(const TagsAsText& tags, ExifBlock& block, const TextStore& store, TagsHome home)
+        : block_(block), store_(store), home_(home),
+          plain_(tags, {.want_exif = true, .want_gps = true}, store.reading()),
+          raw_(tags, {.want_exif = true, .want_gps = true, .raw_values = true}, store.reading()),
+          decimal_(tags, {.want_gps = true, .decimal_gps = true}, store.reading()) {}
 
     Result<void> write(std::span<const TaggedSection> sections);
 
@@ -105,6 +116,7 @@ class ExifWriter {
 
     ExifBlock& block_;
     const TextStore& store_;
+    TagsHome home_;
     RenderedBlock plain_;
     RenderedBlock raw_;
     RenderedBlock decimal_;
@@ -171,8 +183,12 @@ Result<bool> ExifWriter::reads_as(const TaggedSection& section, std::size_t occu
 
 Result<void> ExifWriter::write(const TaggedSection& section) {
     const TagCategory category = category_of(family_of(section.kind), section.number);
-    if (is_own_affair(section.kind, section.number, category))
+    const bool is_picture = home_ == TagsHome::Picture;
+    if (is_own_affair(section.kind, section.number, category) ||
+        (is_picture && describes_storage(section.kind, section.number, category)))
         return {};
+    if (is_picture && category == TagCategory::Unknown)
+        return Failure{ErrorCode::BadParameter};
     const SectionKey key{section.kind, section.number};
     const std::size_t occurrence = seen_[key]++;
     const auto found = find(section, occurrence - removed_[key]);
@@ -262,10 +278,23 @@ Result<std::string> write_exif(std::string_view existing, std::span<const Tagged
                                MakerNote maker_note, const TextStore& store,
                                std::size_t most_bytes) {
     ExifBlock block = VELL_TRY(ExifBlock::read(existing));
-    VELL_TRY(ExifWriter(existing, block, store).write(sections));
+    const auto tags = [&](const ExifReadOptions& options, TextEncoding encoding,
+                          MetadataText& text) {
+        static_cast<void>(read_tags(existing, options, encoding, text));
+    };
+    VELL_TRY(ExifWriter(tags, block, store, TagsHome::Block).write(sections));
     if (maker_note == MakerNote::Remove)
         block.remove_maker_note();
     return block.write(most_bytes);
+}
+
+Result<void> change_file_tags(ExifBlock& block, const TagsAsText& tags,
+                              std::span<const TaggedSection> sections, MakerNote maker_note,
+                              const TextStore& store) {
+    VELL_TRY(ExifWriter(tags, block, store, TagsHome::Picture).write(sections));
+    if (maker_note == MakerNote::Remove)
+        block.remove_maker_note();
+    return {};
 }
 
 } // namespace vell::metadata

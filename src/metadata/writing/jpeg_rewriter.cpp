@@ -1,7 +1,6 @@
 #include "src/metadata/writing/jpeg_rewriter.h"
 
 #include "src/base/bytes.h"
-#include "src/files/contents/buffered_reader.h"
 #include "src/files/contents/rewriting.h"
 #include "src/formats/recognition.h"
 #include "src/metadata/faults.h"
@@ -217,9 +216,8 @@ std::int64_t growth(const SegmentRewrite& rewrite) {
 
 } // namespace
 
-Result<SegmentPlace> find_segment_place(files::File& file, const SegmentKind& kind) {
-    BufferedReader reader = VELL_TRY(BufferedReader::over(file));
-    const Window window(reader);
+Result<SegmentPlace> find_segment_place(BufferedReader& file, const SegmentKind& kind) {
+    const Window window(file);
     Window start = window;
     if (formats::format_of(VELL_TRY(coded(start.read_bytes(jpeg::marker_size)))) !=
         formats::Format::Jpeg)

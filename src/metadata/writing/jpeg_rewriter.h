@@ -4,6 +4,7 @@
 #pragma once
 
 #include "src/base/result.h"
+#include "src/files/contents/buffered_reader.h"
 #include "src/formats/jpeg/segments.h"
 #include "src/system/file_access.h"
 
@@ -47,7 +48,7 @@ struct SegmentPlace {
 
 // Walks the segments up to the scan. NotAJpeg, SegmentTooShort, EndOfFile, and WrongImageKind for a
 // scan before any frame; what is wrong behind the place ends the walk.
-Result<SegmentPlace> find_segment_place(files::File& file, const SegmentKind& kind);
+Result<SegmentPlace> find_segment_place(files::BufferedReader& file, const SegmentKind& kind);
 
 // A copy that is to be made.
 struct SegmentRewrite {

@@ -1,0 +1,59 @@
+#include "src/metadata/writing/file_edits.h"
+
+#include "src/files/contents/rewriting.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vell::metadata {
+namespace {
+
+Result<void> copy_bytes(files::File& from, files::File& to, std::uint64_t count,
+                        files::BlockWriter& writer, std::vector<char>& buffer) {
+    while (count > 0) {
+        const auto most = static_cast<std::size_t>(std::min<std::uint64_t>(count, buffer.size()));
+        const std::size_t done = VELL_TRY(from.read({buffer.data(), most}));
+        if (done == 0)
+            return Failure{ErrorCode::EndOfFile};
+        VELL_TRY(writer.write(to, {buffer.data(), done}));
+        count -= done;
+    }
+    return {};
+}
+
+} // namespace
+
+void FileEdits::put(std::uint64_t start, std::uint64_t end, std::string bytes) {
+    const auto behind =
+        std::ranges::upper_bound(edits_, std::pair(start, end), {},
+                                 [](const Edit& edit) { return std::pair(edit.start, edit.end); });
+    edits_.insert(behind, {start, end, std::move(bytes)});
+}
+
+std::int64_t FileEdits::growth() const {
+    std::int64_t growth = 0;
+    for (const Edit& edit : edits_)
+        growth += static_cast<std::int64_t>(edit.bytes.size()) -
+                  static_cast<std::int64_t>(edit.end - edit.start);
+    return growth;
+}
+
+Result<void> FileEdits::copy(files::File& from, files::File& to) const {
+    if (VELL_TRY(from.size()) != file_size_)
+        return Failure{ErrorCode::Busy}; // somebody else has changed it in between
+    files::BlockWriter writer;
+    std::vector<char> buffer(
+        static_cast<std::size_t>(std::clamp<std::uint64_t>(file_size_, 1, files::block_size)));
+    std::uint64_t copied = 0;
+    for (const Edit& edit : edits_) {
+        VELL_TRY(copy_bytes(from, to, edit.start - copied, writer, buffer));
+        VELL_TRY(writer.write(to, edit.bytes));
+        if (edit.end > edit.start)
+            VELL_TRY(from.seek(files::SeekFrom::Start, static_cast<std::int64_t>(edit.end)));
+        copied = edit.end;
+    }
+    VELL_TRY(copy_bytes(from, to, file_size_ - copied, writer, buffer));
+    return writer.flush(to);
+}
+
+} // namespace vell::metadata
