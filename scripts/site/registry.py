@@ -104,14 +104,16 @@ def whole(row, columns, table):
 
 
 def read_functions(source=None):
-    source = source or (VOCABULARY / "function_table.cpp").read_text(encoding="utf-8")
+    if source is None:
+        source = (VOCABULARY / "function_table.cpp").read_text(encoding="utf-8")
     rows = [whole(row, {0: r"\d+", 4: r"VlFile_\w+.*", 5: r".+"}, "functions")
             for row in rows_of(source, "FunctionRow")]
     return [Function(int(row[0]), re.match(r"\w+", row[4])[0], row[4], row[5]) for row in rows]
 
 
 def read_steps(source=None):
-    source = source or (VOCABULARY / "step_table.cpp").read_text(encoding="utf-8")
+    if source is None:
+        source = (VOCABULARY / "step_table.cpp").read_text(encoding="utf-8")
     rows = [whole(row, {0: r"\d+", 1: r".+", 2: r".+"}, "steps")
             for row in rows_of(source, "StepRow")]
     return [Step(int(row[0]), row[1], row[2]) for row in rows]

@@ -64,8 +64,9 @@
         for (const entry of entries) {
             const scores = words.map((word) => scoreOfWord(entry, word));
             const matched = scores.filter((score) => score > 0).length;
+            const whole = entry.name === words.join(" ") ? 500 : 0; // the very title
             if (matched)
-                found.push({ entry, matched, score: scores.reduce((sum, score) => sum + score, 0) });
+                found.push({ entry, matched, score: scores.reduce((sum, score) => sum + score, whole) });
         }
         const best = Math.max(0, ...found.map((hit) => hit.matched));
         return {
@@ -164,9 +165,9 @@
     }
 
     field.value = new URLSearchParams(location.search).get("q") || "";
-    field.addEventListener("input", () => {
-        history.replaceState(null, "", field.value ? `?q=${encodeURIComponent(field.value)}` : "?");
-        show();
+    field.addEventListener("input", show);
+    field.addEventListener("change", () => { // the address leads back to these results
+        history.replaceState(null, "", `?q=${encodeURIComponent(field.value)}`);
     });
     field.form.addEventListener("submit", (event) => {
         event.preventDefault();
@@ -174,5 +175,5 @@
         if (first) first.focus();
     });
     show();
-    if (!field.value) field.focus();
+    field.focus(); // to change the words, or with Enter to go to the first result
 })();
