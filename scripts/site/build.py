@@ -18,36 +18,19 @@ HERE = Path(__file__).resolve().parent
 sys.path.insert(0, str(HERE.parent))
 
 import registry
-from reference_pages import (REFERENCE, ROOT, STEP, SUBJECTS, Faults, check_links, heading_anchors,
-                             read_pages)
+from reference import first_sentence
+from reference_pages import STEP, SUBJECTS, Faults, check_links, read_pages
 from render import Renderer, escaped, plain, slug
 from search_index import SearchIndex
 
 THEME = HERE / "theme"
 TITLE = "Vell File reference"
-MISSING = REFERENCE / "missing.txt"  # functions whose pages are still to be written
 LISTS = ("index", "subjects", "functions", "steps", "search")
 HOSTS = {"all": "all hosts", "user": "hosts with a user, not servers"}
 
 
 class SiteError(Exception):
     """The pages cannot become a site."""
-
-
-def first_sentence(text):
-    """The first sentence of a text in Markdown, empty where it begins with something else."""
-    paragraph = " ".join(text.split("\n\n")[0].split())
-    if paragraph.startswith(("|", "`" * 3, "#")):
-        return ""
-    return re.split(r"(?<=[.!?])\s+(?=[A-Z`])", paragraph)[0]
-
-
-def about_guide(page):
-    """What a page of the guide is about: its first sentence, or the titles of its sections."""
-    sections = [title for title in page.texts if title != page.title]
-    paragraphs = [first_sentence(paragraph) for paragraph in page.summary.split("\n\n")]
-    return (first_sentence(page.summary) or " · ".join(sections)
-            or next(filter(None, paragraphs), page.title))
 
 
 def spaced(name):
@@ -72,8 +55,7 @@ class Site:
     def read(self):
         faults = Faults()
         self.functions, self.guides = read_pages(faults)
-        self.missing = set(MISSING.read_text(encoding="utf-8").split()) if MISSING.exists() else set()
-        check_links([*self.functions.values(), *self.guides.values()], faults, self.missing)
+        check_links([*self.functions.values(), *self.guides.values()], faults)
         if faults.lines:
             raise SiteError("\n".join(faults.lines))
         if taken := self.guides.keys() & set(LISTS):
@@ -88,26 +70,19 @@ class Site:
                            for subject in SUBJECTS}
 
     def check_registry(self):
-        unknown = sorted(self.functions.keys() - self.rows.keys())
-        absent = sorted(self.rows.keys() - self.functions.keys() - self.missing)
         described = [step.name for page in self.functions.values() for step in page.steps]
-        unknown += sorted(set(described) - self.steps.keys())
-        if not self.missing:
-            absent += sorted(self.steps.keys() - set(described))
-        if unknown:
-            raise SiteError(f"pages of what is not registered: {', '.join(unknown)}")
-        if absent:
-            raise SiteError(f"registered, and without a page: {', '.join(absent)}")
+        for kind, pages, rows in (("function", self.functions.keys(), self.rows.keys()),
+                                  ("step", set(described), self.steps.keys())):
+            if pages != rows:
+                raise SiteError(f"registered, or with a page, but not both: the {kind}s "
+                                + ", ".join(sorted(pages ^ rows)))
 
     def link(self, target):
         """The address in the site: all pages stand in one folder, under the names of their files."""
         if re.match(r"[a-z]+:|#", target):
             return target
         path, mark, anchor = target.partition("#")
-        name = Path(path).stem
-        if name not in self.functions and name not in self.guides:
-            return None
-        return f"{name}.html{mark}{anchor}"
+        return f"{Path(path).stem}.html{mark}{anchor}"
 
     # Pieces of pages
 
@@ -164,7 +139,7 @@ class Site:
             if name == "result-codes":
                 self.renderer.codes = {code: f"{name}.html#{anchor}"
                                        for code, anchor in done.rows.items()}
-            sentence = plain(self.renderer.inline(about_guide(page)))
+            sentence = plain(self.renderer.inline(first_sentence(page.summary)))
             self.write(name, page.title, sentence, "\n".join(done.parts), done.headings)
             self.index.add_guide(page, sentence, done)
 
@@ -222,7 +197,7 @@ class Site:
         self.write_list("functions", "Functions A to Z", "All functions, by their names.",
                         {letter: self.function_list(pages) for letter, pages in letters.items()},
                         f'<p class="letters">{jumps}</p>\n')
-        self.write_list("steps", "Script steps", "Each script step, and the function that it is.",
+        self.write_list("steps", "Script steps", "Each script step, and the function that does the same.",
                         {}, self.step_table())
         self.write_list("search", "Search", "Search in all pages of the reference.", {},
                         (THEME / "search.html").read_text(encoding="utf-8"), has_lead=False)
@@ -252,7 +227,7 @@ class Site:
             for subject, pages in self.by_subject.items() if pages)
         guides = "\n".join(
             f'<div><dt><a href="{name}.html">{escaped(page.title)}</a></dt>'
-            f"<dd>{self.renderer.inline(about_guide(page))}</dd></div>"
+            f"<dd>{self.renderer.inline(first_sentence(page.summary))}</dd></div>"
             for name, page in self.ordered_guides())
         return Template((THEME / "start.html").read_text(encoding="utf-8")).substitute(
             functions=len(self.rows), steps=len(self.steps), subjects=subjects, guides=guides)

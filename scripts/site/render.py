@@ -87,7 +87,7 @@ def mark_wide_tables(tokens):
 
 class Renderer:
     """`functions` are the names that have a page; `link` turns a target of Markdown into one of the
-    site, None for a page that is not there."""
+    site."""
 
     def __init__(self, functions, link):
         self.functions = functions
@@ -128,17 +128,13 @@ class Renderer:
         headings = self.number_headings(tokens)
         rows = self.mark_codes(tokens, explains_codes)
         mark_wide_tables(tokens)
-        for token in tokens:
-            for child in token.children or []:
-                self.adjust_link(token, child)
+        self.adjust_links(tokens)
         return Rendered(self.parts(tokens), headings, rows)
 
     def inline(self, text):
         """A line of Markdown without a paragraph around it."""
         tokens = self.markdown.parseInline(text)
-        for token in tokens:
-            for child in token.children or []:
-                self.adjust_link(token, child)
+        self.adjust_links(tokens)
         return self.markdown.renderer.render(tokens, self.markdown.options, {})
 
     def parts(self, tokens):
@@ -201,14 +197,8 @@ class Renderer:
             f'<a href="{self.codes[part]}">{part}</a>' if part in self.codes
             else self.inline(part) for part in parts))
 
-    def adjust_link(self, inline, child):
-        if child.type == "link_open":
-            target = self.link(child.attrGet("href"))
-            if target is None:  # the page is still to be written
-                child.tag = "span"
-                child.attrs = {}
-                closing = inline.children.index(child)
-                next(token for token in inline.children[closing:]
-                     if token.type == "link_close").tag = "span"
-            else:
-                child.attrSet("href", target)
+    def adjust_links(self, tokens):
+        for token in tokens:
+            for child in token.children or []:
+                if child.type == "link_open":
+                    child.attrSet("href", self.link(child.attrGet("href")))

@@ -40,7 +40,7 @@ class SearchIndex:
 
     def add_function(self, page, words, description, steps, registered, done):
         self.add(f"{page.name}.html", page.name, "function", description, done, words=words,
-                 keywords=f'{page.properties["keywords"]}, {page.properties["subject"]}',
+                 keywords=page.properties["keywords"], subject=page.properties["subject"],
                  registered=" ".join(registered),
                  switches=[unmarked(row.cells[0]) for row in page.switches],
                  codes={code: unmarked(row.cells[1]) for row in reversed(page.codes)

@@ -1,20 +1,22 @@
 // The search page: looks through window.searchIndex while the reader types.
 (function () {
     "use strict";
-    const most = 40;
     const field = document.getElementById("search");
     const status = document.getElementById("status");
     const list = document.getElementById("results");
 
     const folded = (text) => text.normalize("NFKD").replace(/[\u0300-\u036f]/g, "").toLowerCase();
     const inWords = (text) => folded(text).split(/[^\p{L}\p{N}_]+/u).filter(Boolean);
+    const inPhrases = (text) => folded(text).split(", ").filter(Boolean);
 
     // What is compared, once for each entry.
     const entries = window.searchIndex.map((entry) => ({
         ...entry,
         name: folded(entry.title),
         nameWords: inWords(`${entry.title} ${entry.words || ""}`),
-        keywordWords: inWords(entry.keywords || ""),
+        keywordPhrases: new Set(inPhrases(entry.keywords || "")),
+        keywordWords: [...inWords(`${entry.keywords || ""} ${entry.subject || ""}`), // "UTF-8" is found as a whole, too
+            ...folded(entry.keywords || "").split(/[\s,]+/)],
         switchNames: (entry.switches || []).map(folded),
         codes: new Map(Object.entries(entry.codes || {})),
         descriptionWords: inWords(`${entry.description} ${entry.registered || ""}`),
@@ -64,7 +66,8 @@
         for (const entry of entries) {
             const scores = words.map((word) => scoreOfWord(entry, word));
             const matched = scores.filter((score) => score > 0).length;
-            const whole = entry.name === words.join(" ") ? 500 : 0; // the very title
+            const whole = entry.name === words.join(" ") ? 500
+                : entry.keywordPhrases.has(words.join(" ")) ? 60 : 0;
             if (matched)
                 found.push({ entry, matched, score: scores.reduce((sum, score) => sum + score, whole) });
         }
@@ -78,8 +81,8 @@
 
     // Where a code or a section that was asked for stands.
     function address(entry, words) {
-        if (entry.kind === "guide" && words.length === 1 && entry.codes.has(words[0]))
-            return `${entry.address}#code${words[0]}`;
+        if (words.length === 1 && entry.codes.has(words[0]))
+            return `${entry.address}#${entry.kind === "guide" ? `code${words[0]}` : "result-codes"}`;
         for (const [text, anchor] of entry.sections || [])
             if (folded(text) === words.join(" ")) return `${entry.address}#${anchor}`;
         return entry.address;
@@ -161,7 +164,7 @@
         const number = hits.length === 1 ? "1 result" : `${hits.length} results`;
         status.textContent = isWhole ? `${number} for “${asked}”`
             : `No page has all of these words; ${number} for some of them`;
-        list.append(...hits.slice(0, most).map((hit) => item(hit, words)));
+        list.append(...hits.map((hit) => item(hit, words)));
     }
 
     field.value = new URLSearchParams(location.search).get("q") || "";
