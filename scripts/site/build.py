@@ -78,7 +78,7 @@ class Site:
                                 + ", ".join(sorted(pages ^ rows)))
 
     def link(self, target):
-        """The address in the site: all pages stand in one folder, under the names of their files."""
+        """The address in the site: all pages stand in one folder, named like their files."""
         if re.match(r"[a-z]+:|#", target):
             return target
         path, mark, anchor = target.partition("#")
@@ -187,7 +187,8 @@ class Site:
         return f'<dl class="list">\n{items}\n</dl>\n'
 
     def write_lists(self):
-        self.write_list("subjects", "Functions by subject", "All functions, by what they are about.",
+        self.write_list("subjects", "Functions by subject",
+                        "All functions, by what they are about.",
                         {subject: self.function_list(pages)
                          for subject, pages in self.by_subject.items() if pages})
         letters = defaultdict(list)
@@ -197,7 +198,8 @@ class Site:
         self.write_list("functions", "Functions A to Z", "All functions, by their names.",
                         {letter: self.function_list(pages) for letter, pages in letters.items()},
                         f'<p class="letters">{jumps}</p>\n')
-        self.write_list("steps", "Script steps", "Each script step, and the function that does the same.",
+        self.write_list("steps", "Script steps",
+                        "Each script step, and the function that does the same.",
                         {}, self.step_table())
         self.write_list("search", "Search", "Search in all pages of the reference.", {},
                         (THEME / "search.html").read_text(encoding="utf-8"), has_lead=False)

@@ -1,4 +1,4 @@
-"""Markdown of the reference as HTML: anchors of headings, colours of examples, links between pages."""
+"""Markdown of the reference as HTML: anchors, colours of examples, links between pages."""
 import html
 import re
 from dataclasses import dataclass, field
@@ -22,7 +22,7 @@ class Heading:
 
 @dataclass
 class Rendered:
-    """A text as HTML, in parts: the first one reaches up to the first heading of the second level."""
+    """A text as HTML, in parts: the first one reaches up to the first heading of level two."""
     parts: list
     headings: list
     rows: dict = field(default_factory=dict)  # anchors of rows by result codes
@@ -117,8 +117,8 @@ class Renderer:
         if language == "result":
             return ('<figure class="block result"><figcaption>Result</figcaption>'
                     f"<pre><code>{escaped(text.rstrip(chr(10)))}</code></pre></figure>\n")
-        return (f'<figure class="block {language}"><pre><code>{self.code(text, language)}</code></pre>'
-                "</figure>\n")
+        return (f'<figure class="block {language}"><pre><code>'
+                f"{self.code(text, language)}</code></pre></figure>\n")
 
     def render(self, text, here="", explains_codes=False):
         """`explains_codes`: rows that begin with a result code get an anchor; elsewhere such a code

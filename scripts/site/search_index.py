@@ -36,7 +36,8 @@ class SearchIndex:
         self.entries.append(entry)
 
     def add_guide(self, page, description, done):
-        self.add(f"{page.name}.html", page.title, "guide", description, done, codes=explained_codes(page) if done.rows else {})
+        self.add(f"{page.name}.html", page.title, "guide", description, done,
+                 codes=explained_codes(page) if done.rows else {})
 
     def add_function(self, page, words, description, steps, registered, done):
         self.add(f"{page.name}.html", page.name, "function", description, done, words=words,

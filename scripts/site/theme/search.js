@@ -15,8 +15,8 @@
         name: folded(entry.title),
         nameWords: inWords(`${entry.title} ${entry.words || ""}`),
         keywordPhrases: new Set(inPhrases(entry.keywords || "")),
-        keywordWords: [...inWords(`${entry.keywords || ""} ${entry.subject || ""}`), // "UTF-8" is found as a whole, too
-            ...folded(entry.keywords || "").split(/[\s,]+/)],
+        keywordWords: [...inWords(`${entry.keywords || ""} ${entry.subject || ""}`),
+            ...folded(entry.keywords || "").split(/[\s,]+/)], // "UTF-8" as a whole, too
         switchNames: (entry.switches || []).map(folded),
         codes: new Map(Object.entries(entry.codes || {})),
         descriptionWords: inWords(`${entry.description} ${entry.registered || ""}`),
@@ -68,8 +68,8 @@
             const matched = scores.filter((score) => score > 0).length;
             const whole = entry.name === words.join(" ") ? 500
                 : entry.keywordPhrases.has(words.join(" ")) ? 60 : 0;
-            if (matched)
-                found.push({ entry, matched, score: scores.reduce((sum, score) => sum + score, whole) });
+            const score = scores.reduce((sum, one) => sum + one, whole);
+            if (matched) found.push({ entry, matched, score });
         }
         const best = Math.max(0, ...found.map((hit) => hit.matched));
         return {
@@ -114,8 +114,8 @@
         const code = words.find((word) => entry.codes.has(word));
         if (code) return `${code}: ${entry.codes.get(code)}`;
         const description = folded(entry.description);
-        if (!entry.text || words.some((word) => forms(word).some((form) => description.includes(form))))
-            return "";
+        const isShown = (word) => forms(word).some((form) => description.includes(form));
+        if (!entry.text || words.some(isShown)) return "";
         const place = words.flatMap(forms).map((word) => entry.allText.indexOf(word))
             .find((index) => index >= 0);
         if (place === undefined || entry.allText.length !== entry.text.length) return "";

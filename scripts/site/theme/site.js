@@ -8,7 +8,7 @@
         try { return localStorage.getItem("colours"); } catch (refused) { return null; }
     }
     function store(value) {
-        try { localStorage.setItem("colours", value); } catch (refused) { /* until the page is left */ }
+        try { localStorage.setItem("colours", value); } catch (refused) { /* for this page */ }
     }
     const system = matchMedia("(prefers-color-scheme: dark)");
     const isDark = () => (page.dataset.colours || (system.matches ? "dark" : "light")) === "dark";
