@@ -3,6 +3,7 @@
 // First line: the switches of the write. Then the number of bytes of the metadata text, as one byte
 // in units of 4; the text; the rest is the file.
 #include "fuzz/input.h"
+#include "src/formats/recognition.h"
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/set_metadata.h"
 #include "src/metadata/writing/exif_writer.h"
@@ -46,6 +47,25 @@ void write_block(std::string_view text, const std::string& block) {
     FUZZ_CHECK(again || again.error() == ErrorCode::ResourceTooLarge);
 }
 
+// What was written has the form of the file, and can be written again. A TIFF keeps all its bytes
+// but the place of the first directory.
+void check_written(std::string_view switches, std::string_view text, const std::string& file,
+                   const std::string& written) {
+    const formats::Format format = formats::format_of(file);
+    FUZZ_CHECK(formats::format_of(written) == format);
+    if (format == formats::Format::Jpeg)
+        return;
+    if (format == formats::Format::Tiff)
+        FUZZ_CHECK(std::string_view(written).substr(8).starts_with(file.substr(8)));
+    testing::FakeSystem files;
+    files.add(u"C:\\a", written);
+    testing::FakeCall call({utf16_from_utf8(switches), u"C:\\a", u"", utf16_from_utf8(text)});
+    const auto again = metadata::set_metadata(call, files);
+    FUZZ_CHECK(again || again.error() == ErrorCode::NothingFound ||
+               again.error() == ErrorCode::BadParameter ||
+               again.error() == ErrorCode::ResourceTooLarge);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -69,6 +89,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!done)
         return 0;
     const std::string written = files.at(u"C:\\b");
+    check_written(switches, text, file, written);
     for (const char* reading : {"GetExif GetGPS GetJPEGComment", "GetIPTC", "GetXMP"}) {
         const std::string before = testing::metadata_of(reading, file);
         const std::string after = testing::metadata_of(reading, written);

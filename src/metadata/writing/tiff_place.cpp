@@ -99,6 +99,20 @@ Result<void> check_image_data(const Window& file, ExifBlock& block) {
     return {};
 }
 
+// The same for a value or a next directory that would come to stand in what is put there.
+Result<void> check_values(const Window& file, ExifBlock& block, DirectoryKind kind) {
+    const ChangeableDirectory& directory = block.directory(kind);
+    const std::uint64_t next = directory.next;
+    if (next + tiff::Directory::count_size > file.size())
+        return Failure{ErrorCode::EndOfFile};
+    for (const ChangeableEntry& candidate : directory.entries) {
+        const std::uint64_t offset = candidate.entry.offset(block.order());
+        if (!candidate.entry.is_inline() && offset + candidate.entry.value_size() > file.size())
+            return Failure{ErrorCode::EndOfFile};
+    }
+    return {};
+}
+
 // Not a picture that TIFF describes: a raw photograph of a maker's own kind, by its name or by what
 // its directories hold, or tags without a picture.
 Result<bool> is_foreign(Window file, ExifBlock& block, std::u16string_view file_name) {
@@ -145,7 +159,7 @@ class TiffPlace final : public EditedPlace {
     ChangeableDirectory& directory() { return block_.directory(DirectoryKind::Main); }
     Result<std::optional<std::string>> value(const Window& file, std::uint16_t tag);
     Result<void> keep_following(const Window& file);
-    Result<void> check_values();
+    Result<void> check_size();
     Result<void> forget_what_stays(const Window& file);
     void set(std::uint16_t tag, std::string bytes);
     Result<bool> append();
@@ -160,7 +174,10 @@ Result<void> TiffPlace::find(const Window& file) {
     VELL_TRY(keep_following(file));
     if (kind_ == BlockKind::Exif) {
         is_there_ = true;
-        return block_.read_directories_below(file);
+        VELL_TRY(block_.read_directories_below(file));
+        for (const DirectoryKind kind : all_directories)
+            VELL_TRY(check_values(file, block_, kind));
+        return {};
     }
     const auto block = VELL_TRY(value(file, tag_of(kind_)));
     is_there_ = block.has_value();
@@ -244,7 +261,7 @@ Result<void> TiffPlace::edit(std::string block) {
 }
 
 // Those that are told as text are held in memory.
-Result<void> TiffPlace::check_values() {
+Result<void> TiffPlace::check_size() {
     std::uint64_t size = 0;
     for (const DirectoryKind kind : all_directories)
         for (const ChangeableEntry& candidate : block_.directory(kind).entries) {
@@ -282,7 +299,7 @@ Result<void> TiffPlace::forget_what_stays(const Window& file) {
 Result<bool> TiffPlace::put_tags(files::BufferedReader& file,
                                  std::span<const TaggedSection> sections, MakerNote maker_note,
                                  const TextStore& store) {
-    VELL_TRY(check_values());
+    VELL_TRY(check_size());
     std::optional<ErrorCode> failure;
     const auto tags = [&](const ExifReadOptions& options, TextEncoding encoding,
                           MetadataText& text) {
@@ -311,6 +328,7 @@ Result<std::unique_ptr<BlockPlace>> find_tiff_place(files::BufferedReader& file,
     if (wanted.kind == BlockKind::Comment ||
         (wanted.kind == BlockKind::Xmp && !split_xmp_text(wanted.text).is_packet_segment()))
         return Failure{ErrorCode::NotSupported};
+    VELL_TRY(check_values(window, block, DirectoryKind::Main));
     VELL_TRY(check_image_data(window, block));
     auto place = std::make_unique<TiffPlace>(window, std::move(block), wanted.kind);
     VELL_TRY(place->find(window));
