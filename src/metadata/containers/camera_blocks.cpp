@@ -22,7 +22,8 @@ Read<void> find_in_raf(const Window& file, BlockCollector& found) {
 Read<void> find_in_ciff(const Window& file, BlockCollector& found) {
     if (!found.wants_tags())
         return {};
-    std::string block = tags_of_ciff(VELL_TRY(ciff::File::read(file)));
+    const auto records = VELL_TRY(ciff::File::read(file));
+    std::string block = VELL_TRY(tags_of_ciff(records));
     return found.add_tags(found.keep(VELL_TRY(found.take(std::move(block)))));
 }
 

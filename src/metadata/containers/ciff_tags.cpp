@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <numeric>
 #include <optional>
 #include <string_view>
@@ -109,18 +110,28 @@ class DirectoryBytes {
     std::vector<Tag> tags_;
 };
 
-class RecordReader {
+// The first record of each of the types that tags are made of.
+class Records {
   public:
-    explicit RecordReader(const ciff::File& file) : file_(file) {}
-
-    std::string bytes(RecordType type) const {
+    static Read<Records> of(const ciff::File& file) {
         constexpr std::uint64_t longest = 256;
-        const auto found = std::ranges::find(file_.records, type, &ciff::Record::type);
-        if (found == file_.records.end())
-            return {};
-        Window data = found->data;
-        auto read = data.read_bytes(longest);
-        return read ? std::move(read).value() : std::string();
+        Records records(file.order);
+        for (const RecordType type :
+             {RecordType::MakeAndModel, RecordType::Firmware, RecordType::Owner,
+              RecordType::CapturedTime, RecordType::ImageInformation, RecordType::Exposure}) {
+            const auto found = std::ranges::find(file.records, type, &ciff::Record::type);
+            if (found == file.records.end())
+                continue;
+            Window data = found->data;
+            records.bytes_[type] = VELL_TRY(data.read_bytes(longest));
+        }
+        return records;
+    }
+
+    ByteOrder order() const { return order_; }
+    std::string bytes(RecordType type) const {
+        const auto found = bytes_.find(type);
+        return found == bytes_.end() ? std::string() : found->second;
     }
     // Up to its zero byte.
     std::string text(RecordType type) const {
@@ -130,11 +141,14 @@ class RecordReader {
     }
     template <IsRecord Record>
     std::optional<Record> record(RecordType type) const {
-        return read_record<Record>(bytes(type), file_.order);
+        return read_record<Record>(bytes(type), order_);
     }
 
   private:
-    const ciff::File& file_;
+    explicit Records(ByteOrder order) : order_(order) {}
+
+    ByteOrder order_;
+    std::map<RecordType, std::string> bytes_;
 };
 
 std::string date_text(std::uint32_t seconds) {
@@ -167,9 +181,8 @@ double from_bits(std::uint32_t bits) {
     return std::bit_cast<float>(bits);
 }
 
-DirectoryBytes image_directory(const RecordReader& records, const std::string& date,
-                               ByteOrder order) {
-    DirectoryBytes directory(order);
+DirectoryBytes image_directory(const Records& records, const std::string& date) {
+    DirectoryBytes directory(records.order());
     const auto image = records.record<ciff::ImageInformation>(RecordType::ImageInformation);
     if (image) {
         directory.add_long(tag::image_width, image->width);
@@ -189,9 +202,8 @@ DirectoryBytes image_directory(const RecordReader& records, const std::string& d
     return directory;
 }
 
-DirectoryBytes exif_directory(const RecordReader& records, const std::string& date,
-                              ByteOrder order) {
-    DirectoryBytes directory(order);
+DirectoryBytes exif_directory(const Records& records, const std::string& date) {
+    DirectoryBytes directory(records.order());
     directory.add_text(tag::date_time_original, date);
     if (const auto exposure = records.record<ciff::Exposure>(RecordType::Exposure)) {
         directory.add_rational(tag::shutter_speed, FieldType::SignedRational,
@@ -208,14 +220,14 @@ DirectoryBytes exif_directory(const RecordReader& records, const std::string& da
 
 } // namespace
 
-std::string tags_of_ciff(const ciff::File& file) {
-    const RecordReader records(file);
+Read<std::string> tags_of_ciff(const ciff::File& file) {
+    const Records records = VELL_TRY(Records::of(file));
     const auto captured = records.record<ciff::CapturedTime>(RecordType::CapturedTime);
     const std::string date = captured && captured->seconds != 0 ? date_text(captured->seconds) : "";
-    DirectoryBytes image = image_directory(records, date, file.order);
-    const DirectoryBytes exif = exif_directory(records, date, file.order);
+    DirectoryBytes image = image_directory(records, date);
+    const DirectoryBytes exif = exif_directory(records, date);
     if (image.empty() && exif.empty())
-        return {};
+        return std::string();
     std::string block;
     tiff::Header{.order = file.order, .first_directory = tiff::Header::size}.write(block);
     if (exif.empty()) {

@@ -2,7 +2,9 @@
 
 #include "src/formats/camera/ciff.h"
 #include "src/formats/camera/cr3.h"
+#include "src/formats/camera/mrw.h"
 #include "src/formats/camera/raf.h"
+#include "src/formats/camera/x3f.h"
 #include "src/formats/tiff/numbers.h"
 #include "src/metadata/images/tiff_image.h"
 #include "src/metadata/images/unsupported.h"
@@ -106,6 +108,17 @@ Result<ImageHeader> or_unsupported(Result<ImageHeader> read) {
     return is_damage ? Result<ImageHeader>(Failure{ErrorCode::NotSupported}) : read;
 }
 
+// Of tags that stand apart. What they say of samples is of a picture for the screen.
+Result<ImageHeader> header_of_tags(const Window& tags, std::string_view name,
+                                   std::string_view type) {
+    ImageHeader header = VELL_TRY(or_unsupported(read_tiff_header(tags)));
+    header.depth = usual_depth;
+    header.image_count = 1;
+    header.codec_name = name;
+    header.codec_type = type;
+    return header;
+}
+
 } // namespace
 
 Result<ImageHeader> read_raf_header(Window file) {
@@ -117,12 +130,20 @@ Result<ImageHeader> read_ciff_header(Window file) {
 }
 
 Result<ImageHeader> read_cr3_header(Window file) {
-    const Window tags = VELL_TRY(unless_unsupported(cr3::find_tags(file)));
-    ImageHeader header = VELL_TRY(or_unsupported(read_tiff_header(tags)));
-    header.depth = usual_depth; // the tag's numbers are those of a picture for the screen
-    header.codec_name = "Canon raw";
-    header.codec_type = "CRAW";
-    return header;
+    return header_of_tags(VELL_TRY(unless_unsupported(cr3::find_tags(file))), "Canon raw", "CRAW");
+}
+
+Result<ImageHeader> read_mrw_header(Window file) {
+    return header_of_tags(VELL_TRY(unless_unsupported(mrw::find_tags(file))), "Minolta raw",
+                          "mrw ");
+}
+
+Result<ImageHeader> read_x3f_header(Window file) {
+    file.seek(0);
+    const auto header = VELL_TRY(unless_unsupported(file.read_record<x3f::Header>()));
+    if (header.columns == 0 || header.rows == 0)
+        return Failure{ErrorCode::NotSupported};
+    return header_of(header.columns, header.rows, "Sigma raw", "x3f ");
 }
 
 Result<ImageHeader> read_tiff_like_header(Window file) {

@@ -15,6 +15,9 @@ Result<ImageHeader> read_raf_header(formats::Window file);
 // Canon: the records, and the tags in boxes.
 Result<ImageHeader> read_ciff_header(formats::Window file);
 Result<ImageHeader> read_cr3_header(formats::Window file);
+// Minolta, Sigma.
+Result<ImageHeader> read_mrw_header(formats::Window file);
+Result<ImageHeader> read_x3f_header(formats::Window file);
 // Files that begin like TIFF and have another number: those of Panasonic, without the borders of
 // the sensor; BigTIFF, and those of Olympus and others, by the tags of TIFF.
 Result<ImageHeader> read_tiff_like_header(formats::Window file);

@@ -50,6 +50,8 @@ constexpr std::array image_formats{
     ImageFormat{formats::Format::JpegXl, read_jpeg_xl_header, "JPEG XL", "jxl "},
     ImageFormat{formats::Format::Raf, read_raf_header, "", ""},
     ImageFormat{formats::Format::Ciff, read_ciff_header, "", ""},
+    ImageFormat{formats::Format::Mrw, read_mrw_header, "", ""},
+    ImageFormat{formats::Format::X3f, read_x3f_header, "", ""},
     ImageFormat{formats::Format::Unknown, read_unknown_header, "TIFF", "tiff"},
 };
 
