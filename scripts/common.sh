@@ -34,19 +34,13 @@ need_packages() {
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
     googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache nasm)
-<<<<<<< HEAD
 site_packages=(python3 python3-markdown-it python3-pygments)
 browser_packages=(chromium) # the tests of the site; npm may come with a Node.js of another source
 command -v npm >/dev/null || browser_packages+=(nodejs npm)
 test_packages=("${build_packages[@]}" "${site_packages[@]}" "${browser_packages[@]}" clang
-    libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev liblcms2-dev xvfb xauth
-    libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
-=======
-test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev
-    libpng-dev liblcms2-dev xvfb xauth python3
+    libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev liblcms2-dev libexpat1-dev xvfb xauth jq
     libimage-exiftool-perl exiv2 pngcheck webp libtiff-tools libjpeg-turbo-progs
     zip unzip p7zip-full libarchive-tools
->>>>>>> writing
     qpdf poppler-utils ffmpeg mediainfo libvips-tools imagemagick python3-pil python3-numpy)
 
 # Calls Wine's server for this build's prefix, never the user's own.
