@@ -99,7 +99,7 @@ void JsonWriter::quote(std::string_view text) {
     while (at != end) {
         const auto* const plain_end =
             std::find_if(at, end, [](unsigned char c) { return c >= 0x80 || is_escaped(c); });
-        text_.append(at, plain_end);
+        text_.append(reinterpret_cast<const char*>(at), static_cast<std::size_t>(plain_end - at));
         at = plain_end;
         if (at == end)
             break;
@@ -109,7 +109,7 @@ void JsonWriter::quote(std::string_view text) {
         else if (is_escaped(*at))
             append_escaped(static_cast<char>(*at), text_);
         else
-            text_.append(at, at + sequence.length);
+            text_.append(reinterpret_cast<const char*>(at), sequence.length);
         at += sequence.length;
     }
     text_ += '"';
