@@ -57,28 +57,31 @@ constexpr std::array image_formats{
 
 } // namespace
 
-Result<void> describe_image(files::BufferedReader& file, MetadataText& text) {
+Result<ImageHeader> read_image_header(files::BufferedReader& file) {
     file.seek(0);
     const std::string first_bytes = VELL_TRY(file.read_bytes(formats::recognizable_size));
     const auto* const format =
         std::ranges::find(image_formats, formats::format_of(first_bytes), &ImageFormat::format);
     if (format == image_formats.end())
         return Failure{ErrorCode::NotSupported};
-    const Result<ImageHeader> read = format->read_header(formats::Window(file));
+    Result<ImageHeader> read = format->read_header(formats::Window(file));
     if (!read)
         return Failure{read.error() == ErrorCode::EndOfFile ? ErrorCode::ShortRead : read.error()};
-    const ImageHeader& header = read.value();
-    const std::string_view name =
-        header.codec_name.empty() ? format->codec_name : header.codec_name;
-    const std::string_view type =
-        header.codec_type.empty() ? format->codec_type : header.codec_type;
-    text.append("Height: " + to_text(header.height) + "\rWidth: " + to_text(header.width) +
-                "\rDepth: " + to_text(header.depth) +
-                "\rHorizontal Res: " + to_text(header.horizontal_resolution, 6) +
-                "\rVertical Res: " + to_text(header.vertical_resolution, 6) +
-                "\rCodec name: " + std::string(name) + "\rCodec type: " + std::string(type) +
-                "\rImage count: " + to_text(header.image_count) +
-                "\rData size: " + to_text(file.size()));
+    if (read->codec_name.empty())
+        read->codec_name = format->codec_name;
+    if (read->codec_type.empty())
+        read->codec_type = format->codec_type;
+    return read;
+}
+
+Result<void> describe_image(files::BufferedReader& file, MetadataText& text) {
+    const ImageHeader header = VELL_TRY(read_image_header(file));
+    text.append(
+        "Height: " + to_text(header.height) + "\rWidth: " + to_text(header.width) + "\rDepth: " +
+        to_text(header.depth) + "\rHorizontal Res: " + to_text(header.horizontal_resolution, 6) +
+        "\rVertical Res: " + to_text(header.vertical_resolution, 6) +
+        "\rCodec name: " + std::string(header.codec_name) + "\rCodec type: " + header.codec_type +
+        "\rImage count: " + to_text(header.image_count) + "\rData size: " + to_text(file.size()));
     return {};
 }
 
