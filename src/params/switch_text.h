@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vell::params {
 
@@ -16,6 +17,10 @@ namespace vell::params {
 // not count. A name inside another switch's quoted value does not count. nullopt when the switch is
 // absent.
 std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name);
+
+// The values of all switches of that name, in their order; one stands where the value of the one
+// before it ends.
+std::vector<std::u16string> switch_texts(std::u16string_view switches, std::u16string_view name);
 
 inline std::optional<std::u16string> switch_text(Call& call, std::u16string_view name) {
     if (AskedNames* const asked = call.asked_names())

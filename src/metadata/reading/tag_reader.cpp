@@ -4,9 +4,11 @@
 #include "src/metadata/faults.h"
 #include "src/metadata/reading/tag_value.h"
 #include "src/metadata/tag_table.h"
+#include "src/metadata/values/tag_set.h"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace vell::metadata {
@@ -55,18 +57,30 @@ class TagReader {
     // Each kind of directory is read once and none leads back, so that loops end by themselves.
     Result<void> read(std::uint64_t first_directory, TagRoot root) {
         Pointers pointers;
+        directory_ = TagDirectory::Gps;
         if (root == TagRoot::Gps)
             return options_.want_gps ? walk(first_directory, "GPS", pointers) : Result<void>();
         if (root == TagRoot::Exif && !options_.want_exif)
             return {};
+        directory_ = root == TagRoot::Exif ? TagDirectory::Exif : TagDirectory::First;
         VELL_TRY(walk(first_directory, options_.want_exif ? "EXIF" : "", pointers));
         if (options_.want_exif) {
             Pointers inner;
+            directory_ = TagDirectory::Exif;
             VELL_TRY(walk_inner(pointers.exif, "EXIF", inner));
+            directory_ = TagDirectory::Interoperability;
             VELL_TRY(walk_inner(inner.interoperability, "INTEROP", inner));
         }
+        directory_ = TagDirectory::Gps;
         if (options_.want_gps)
             VELL_TRY(walk_inner(pointers.gps, "GPS", pointers));
+        return {};
+    }
+
+    // Takes what stands in other tags for texts that a person reads.
+    Result<void> prepare_readable(TagRoot root, TextEncoding source) {
+        if (options_.readable && !options_.raw_values)
+            VELL_TRY(readable_.emplace(source).add(block_, root));
         return {};
     }
 
@@ -110,10 +124,20 @@ class TagReader {
             return {};
         const std::string number = to_text(std::uint64_t{entry.tag});
         text_.append("\r##" + std::string(section) + " " + number + "\r");
-        const bool is_done = family == TagFamily::Gps && append_decimal(entry);
+        const bool is_done =
+            append_readable(entry) || (family == TagFamily::Gps && append_decimal(entry));
         const Result<void> done = is_done ? Result<void>() : values_.append(entry, family);
         text_.append("\r##END " + number);
         return done;
+    }
+
+    bool append_readable(const tiff::Entry& entry) {
+        if (!readable_)
+            return false;
+        const auto text = readable_->readable_text({directory_, 0, entry});
+        if (text)
+            text_.append(text->bytes, text->encoding);
+        return text.has_value();
     }
 
     void note_references(const Entries& entries) {
@@ -139,13 +163,16 @@ class TagReader {
     MetadataText& text_;
     ValueReader values_;
     std::array<char, position_tags.size()> references_{};
+    TagDirectory directory_ = TagDirectory::First;
+    std::optional<TagSet> readable_;
 };
 
 Result<void> read_tags(const Window& block, const ReaderRules& rules, TagRoot root,
                        const ExifReadOptions& options, TextEncoding source, MetadataText& text) {
     const tiff::Start start = VELL_TRY(read_start(block));
-    return TagReader(block, start.layout, rules, options, source, text)
-        .read(start.first_directory, root);
+    TagReader reader(block, start.layout, rules, options, source, text);
+    VELL_TRY(reader.prepare_readable(root, source));
+    return reader.read(start.first_directory, root);
 }
 
 } // namespace
