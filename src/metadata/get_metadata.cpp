@@ -208,6 +208,20 @@ void recognise_utf8(TextEncoding source, MetadataText& text) {
             piece.encoding = TextEncoding::Utf8;
 }
 
+// What is asked of a movie or a PDF file must be there.
+Result<void> write_other_objects(Call& call, BufferedReader& file, const MetadataRequest& request,
+                                 JsonWriter& json) {
+    const params::TextDecoder decode = [&call](std::string_view bytes, TextEncoding encoding) {
+        return call.decode(bytes, encoding);
+    };
+    if (request.movie.has_objects())
+        VELL_TRY(movies::read_movie(file, request.movie, decode, json));
+    if (!request.pdf_description)
+        return {};
+    json.key("PDF");
+    return documents::describe_pdf(file, json);
+}
+
 // As JSON, or single values as text.
 Result<std::string> values_text(Call& call, BufferedReader& file, const MetadataRequest& request) {
     const TextDecoder decoder = [&call](std::string_view bytes, TextEncoding encoding) {
@@ -219,11 +233,12 @@ Result<std::string> values_text(Call& call, BufferedReader& file, const Metadata
         return readable_values(values, request.tags);
     if (!request.tags.empty())
         values = VELL_TRY(queried_members(values, request.tags));
-    if (values.empty())
+    if (values.empty() && !request.wants_other_objects())
         return Failure{ErrorCode::NothingFound};
     JsonWriter json;
     json.begin_object();
     values.write_members(json);
+    VELL_TRY(write_other_objects(call, file, request, json));
     json.end_object();
     return json.take();
 }
@@ -242,7 +257,7 @@ Result<void> give_metadata(Call& call, files::FileSystem& files) {
         VELL_TRY(files::open_source(call, 1, files, files::Sharing::Exclusive));
     BufferedReader reader = VELL_TRY(BufferedReader::over(*source.file));
 
-    if (!request.tags.empty() || (request.as_json && request.value_kinds().any()))
+    if (!request.tags.empty() || request.gives_json())
         return give_values(call, reader, request);
     MetadataText text;
     Result<void> done = read_image_metadata(reader, request, text);

@@ -59,6 +59,9 @@ struct MetadataRequest {
         return exif.want_exif || exif.want_xmp || exif.want_gps || want_comment ||
                icc != IccSelector::None;
     }
+    // What is told of movies and PDF files beside the values of images.
+    bool wants_other_objects() const { return movie.has_objects() || pdf_description; }
+    bool gives_json() const { return as_json && (value_kinds().any() || wants_other_objects()); }
     // What values are to be read for an answer in JSON, or for single ones.
     ValueKinds value_kinds() const;
 };
