@@ -181,7 +181,7 @@ check 'help: what is meant' '2 vellhost: there is no function or script step Get
 vellhost --reference "$pages" 'VlFile_GetContents( "-Encoding=UTF-9 -Encodng=UTF8" ; "/utf9.txt" )'
 check 'switches that do not exist, and a hint' "1 \$\$-43
 -Encoding=UTF-9: VlFile_GetContents has no such switch; -Encoding=UTF-8?
--Encodng=UTF8: VlFile_GetContents has no such switch; -Encoding?
+-Encodng=UTF8: VlFile_GetContents has no such switch; -Encoding=UTF8?
 hint: \"/utf9.txt\" is read without" "$code $(cat out)
 $(cut -c 1-80 err | sed 's/ its first slash.*//')"
 printf '// Sums\n1 + 1\n' | "$wine" "$bin/vellhost.exe" --echo --timing >out 2>err

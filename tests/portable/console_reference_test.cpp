@@ -91,7 +91,7 @@ TEST(SwitchCheck, TellsWhatAFunctionDoesNotHave) {
     EXPECT_EQ(unknown_switches("-sha1-colons -FILES -Arguments=\"-x -y\" 3 -5 - a-b", "F", hash),
               Lines());
     EXPECT_EQ(unknown_switches("-Argments=5 -Colon,-SHA3 -nothing like it", "F", hash),
-              (Lines{"-Argments=5: F has no such switch; -Arguments?\n",
+              (Lines{"-Argments=5: F has no such switch; -Arguments=?\n",
                      "-Colon: F has no such switch; -Colons?\n",
                      "-SHA3: F has no such switch; -SHA1?\n", "-nothing: F has no such switch\n"}));
 }
