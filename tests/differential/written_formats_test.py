@@ -51,7 +51,9 @@ def said(name, path):
     """What the checker of the format says of a file."""
     done = subprocess.run([*CHECKERS[name], path], capture_output=True, check=False)
     words = done.stderr + (done.stdout if name == "png" else b"")
-    return done.returncode, words.decode("utf-8", "replace").replace(str(path), "")
+    lines = words.decode("utf-8", "replace").replace(str(path), "").splitlines()
+    # libtiff does not know the tags of titles and of GPS that others write.
+    return done.returncode, [line for line in lines if "Unknown field with tag" not in line]
 
 
 def write_all(folder, asked):
@@ -99,7 +101,8 @@ def judge_files(checks, folder, files, target):
             checks.check(answers[path, kind] == "0", f"{kind} written", path, answers[path, kind])
         if not os.path.exists(copy):
             continue
-        checks.check(pixels(copy) == decoded[path], "same pixels", path, kind)
+        if decoded[path]:  # ImageMagick refuses some files for their size alone
+            checks.check(pixels(copy) == decoded[path], "same pixels", path, kind)
         judge(checks, path, kind, copy, before[str(path)], after[copy])
 
 

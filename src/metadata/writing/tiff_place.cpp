@@ -22,6 +22,10 @@ namespace {
 
 using formats::Window;
 
+// Behind the header: "CR", and the byte order once more.
+constexpr std::uint32_t canon_mark = 0x4352;
+constexpr std::uint32_t phase_one_marks[] = {0x49494949, 0x4D4D4D4D};
+
 constexpr std::uint16_t image_width = 256;
 constexpr std::uint16_t photometric_interpretation = 262;
 constexpr std::uint16_t image_resources = 34377;
@@ -117,8 +121,10 @@ Result<void> check_values(const Window& file, ExifBlock& block, DirectoryKind ki
 // its directories hold, or tags without a picture.
 Result<bool> is_foreign(Window file, ExifBlock& block, std::u16string_view file_name) {
     file.seek(tiff::Header::size);
-    const std::string mark = VELL_TRY(coded(file.read_bytes(4)));
-    const bool is_marked = mark.starts_with("CR") || mark == "IIII" || mark == "MMMM";
+    const std::uint32_t mark =
+        VELL_TRY(coded(if_sound(file.read_integer<std::uint32_t>(ByteOrder::Big)))).value_or(0);
+    const bool is_marked =
+        mark >> 16 == canon_mark || std::ranges::count(phase_one_marks, mark) > 0;
     ChangeableDirectory& directory = block.directory(DirectoryKind::Main);
     if (is_marked || has_raw_extension(file_name) || directory.find(image_width) == nullptr)
         return true;
