@@ -235,7 +235,8 @@ class Site:
             functions=len(self.rows), steps=len(self.steps), subjects=subjects, guides=guides)
 
     def write_help_addresses(self):
-        """id/4210.html: the page of the function or step with this number."""
+        """id/4210.html: the page of the function or step with this number, and id/?4210, which
+        leads there: the plug-in's help address is followed by the number."""
         (self.target / "id").mkdir()
         places = {row.id: (name, f"{name}.html") for name in self.functions
                   for row in self.rows[name]}
@@ -246,6 +247,7 @@ class Site:
         for number, (name, address) in sorted(places.items()):
             (self.target / "id" / f"{number}.html").write_text(self.redirect_template.substitute(
                 name=escaped(name), address=f"../{address}"), encoding="utf-8")
+        shutil.copyfile(THEME / "help-address.html", self.target / "id" / "index.html")
 
     def build(self):
         if self.target.exists():

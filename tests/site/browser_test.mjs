@@ -221,8 +221,10 @@ async function examplesCanBeCopied(browser) {
 async function helpAddressesLead(browser) {
     const page = await newPage(browser, desktop);
     for (const [id, name] of [["4210", "VlFile_CopyFile.html"],
-        ["7210", "VlFile_CopyFile.html#script-step-copy-file"]]) {
-        await page.goto(address(`id/${id}.html`));
+        ["7210", "VlFile_CopyFile.html#script-step-copy-file"],
+        ["index", "index.html"], ["index.html?4210", "VlFile_CopyFile.html"],
+        ["index.html?id=1&version=14.0.508", "VlFile_Version.html"]]) {
+        await page.goto(address(`id/${id}${id.includes("?") ? "" : ".html"}`));
         await page.waitForSelector(".bar", { timeout: 5000 });
         expectEqual(page.url().split("/").pop(), name, id);
     }

@@ -158,7 +158,7 @@ Result<void> ExifBlock::read_file_directory(const formats::Window& file, Directo
     const auto next = VELL_TRY(coded(if_sound(table.next())));
     if (!next && kind == DirectoryKind::Main)
         return Failure{ErrorCode::EndOfFile};
-    directory.next = next.value_or(0);
+    directory.next = static_cast<std::uint32_t>(next.value_or(0)); // BigTIFF is not written
     directory.entries.reserve(entries.size());
     for (const tiff::Entry& entry : entries)
         directory.entries.push_back({.entry = entry, .old = entry});
