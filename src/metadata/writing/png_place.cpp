@@ -73,7 +73,7 @@ struct FoundChunk {
     std::uint64_t start;
     std::uint64_t end;
     std::string keyword; // of a text chunk
-    std::string content;
+    std::string content; // of the first one of its form
 };
 
 struct TextEntry {
@@ -149,6 +149,7 @@ class PngPlace final : public EditedPlace {
     Result<void> note(const png::Chunk& chunk);
     Result<void> note_text(const png::Chunk& chunk);
     std::optional<std::string> block_in(const TextEntry& entry) const;
+    bool has_found(bool is_profile) const;
     void choose();
     std::string chunk_of(std::string_view block) const;
 
@@ -206,12 +207,15 @@ Result<void> PngPlace::note(const png::Chunk& chunk) {
     const bool is_exif = kind_ == BlockKind::Exif && chunk.type() == exif_chunk;
     if (!is_exif)
         return is_text(chunk) ? note_text(chunk) : Result<void>();
-    if (chunk.header.length > longest_block)
-        return Failure{ErrorCode::ResourceTooLarge};
-    Window data = chunk.data;
-    const std::string block = VELL_TRY(coded(data.read_rest()));
-    found_.push_back({start_of(chunk), end_of(chunk), "",
-                      std::string(without_prefix(block, formats::jpeg::exif_identifier))});
+    std::string content;
+    if (!has_found(false)) {
+        if (chunk.header.length > longest_block)
+            return Failure{ErrorCode::ResourceTooLarge};
+        Window data = chunk.data;
+        const std::string block = VELL_TRY(coded(data.read_rest()));
+        content = without_prefix(block, formats::jpeg::exif_identifier);
+    }
+    found_.push_back({start_of(chunk), end_of(chunk), "", std::move(content)});
     return {};
 }
 
@@ -226,6 +230,12 @@ Result<void> PngPlace::note_text(const png::Chunk& chunk) {
         (kind_ == BlockKind::Xmp && keyword == packet_keyword());
     if (!may_hold_it)
         return {};
+    FoundChunk found{start_of(chunk), end_of(chunk), std::string(keyword), ""};
+    const bool is_another = has_found(is_profile);
+    if (is_another && !is_profile) {
+        found_.push_back(std::move(found));
+        return {};
+    }
     if (chunk.header.length > longest_block)
         return Failure{ErrorCode::ResourceTooLarge};
     data.seek(0);
@@ -233,8 +243,9 @@ Result<void> PngPlace::note_text(const png::Chunk& chunk) {
     auto block = entry ? block_in(*entry) : std::nullopt;
     if (!block && is_profile)
         return {};
-    found_.push_back({start_of(chunk), end_of(chunk), std::string(keyword),
-                      std::move(block).value_or(std::string())});
+    if (!is_another)
+        found.content = std::move(block).value_or(std::string());
+    found_.push_back(std::move(found));
     return {};
 }
 
@@ -243,6 +254,13 @@ std::optional<std::string> PngPlace::block_in(const TextEntry& entry) const {
         return entry.text;
     return block_of_profile(kind_, entry.keyword.substr(png::raw_profile_keyword.size()),
                             entry.text);
+}
+
+// Only the first one of either form is read: no more than two blocks are held.
+bool PngPlace::has_found(bool is_profile) const {
+    return std::ranges::any_of(found_, [&](const FoundChunk& chunk) {
+        return chunk.keyword.starts_with(png::raw_profile_keyword) == is_profile;
+    });
 }
 
 // The chunk that the readers look at comes first: that of the standard before a profile.
