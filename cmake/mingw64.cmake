@@ -9,3 +9,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine)
+# Mutexes are made and destroyed by functions: what winpthreads allocates for one that has only an
+# initialiser stays for ever, and Poppler has one in each object of a document.
+add_compile_definitions(_GTHREAD_USE_MUTEX_INIT_FUNC=1 _GTHREAD_USE_RECURSIVE_MUTEX_INIT_FUNC=1)

@@ -34,8 +34,11 @@ need_packages() {
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
     googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache nasm)
-test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev
-    libpng-dev liblcms2-dev xvfb xauth python3
+site_packages=(python3 python3-markdown-it python3-pygments)
+browser_packages=(chromium) # the tests of the site; npm may come with a Node.js of another source
+command -v npm >/dev/null || browser_packages+=(nodejs npm)
+test_packages=("${build_packages[@]}" "${site_packages[@]}" "${browser_packages[@]}" clang
+    libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev liblcms2-dev libexpat1-dev xvfb xauth jq
     libimage-exiftool-perl exiv2 pngcheck webp libtiff-tools libjpeg-turbo-progs
     zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils ffmpeg mediainfo libvips-tools imagemagick python3-pil python3-numpy)
@@ -64,6 +67,7 @@ build() {
     if [ "$preset" = release ] || [ "$preset" = windows ]; then # their own words go to the terminal: it may take minutes
         "$root/scripts/poppler.sh" >/dev/null || die "Poppler could not be built"
         "$root/scripts/picture_libraries.sh" >/dev/null || die "The picture libraries could not be built"
+        "$root/scripts/xml_library.sh" >/dev/null || die "The library for XML could not be built"
     fi
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "Building ($preset; a few minutes the first time)"

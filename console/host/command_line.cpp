@@ -65,6 +65,13 @@ class CommandLineReader {
     }
     Result<void, std::string> json(std::string_view) { return set(result_.json); }
     Result<void, std::string> raw(std::string_view) { return set(result_.raw); }
+    Result<void, std::string> echo(std::string_view) { return set(result_.echo); }
+    Result<void, std::string> timing(std::string_view) { return set(result_.timing); }
+    Result<void, std::string> prompt(std::string_view) { return set(result_.prompt); }
+    Result<void, std::string> reference(std::string_view option) {
+        result_.reference = to_wide(VELL_TRY(value(option)));
+        return {};
+    }
     Result<void, std::string> check_leaks(std::string_view) { return set(result_.check_leaks); }
     Result<void, std::string> window(std::string_view) { return set(result_.window); }
     Result<void, std::string> plugin(std::string_view option) {
@@ -105,6 +112,10 @@ const CommandLineReader::Option CommandLineReader::options[] = {
     {u"--help", &CommandLineReader::help},
     {u"--json", &CommandLineReader::json},
     {u"--raw", &CommandLineReader::raw},
+    {u"--echo", &CommandLineReader::echo},
+    {u"--timing", &CommandLineReader::timing},
+    {u"--prompt", &CommandLineReader::prompt},
+    {u"--reference", &CommandLineReader::reference},
     {u"--save", &CommandLineReader::save},
     {u"--check-leaks", &CommandLineReader::check_leaks},
     {u"--plugin", &CommandLineReader::plugin},
@@ -156,8 +167,11 @@ Result<void, std::string> CommandLineReader::option(std::u16string text) {
 }
 
 Result<void, std::string> CommandLineReader::choose(Action action, std::u16string subject) {
-    if (result_.action == Action::Help)
+    if (result_.action == Action::Help) { // on something
+        if (action == Action::Evaluate && result_.subject.empty())
+            result_.subject = std::move(subject);
         return {};
+    }
     if (result_.action == Action::Evaluate && action == Action::Evaluate)
         return Failure{"one calculation at a time; \"" + utf8_from_utf16(subject) +
                        "\" is a second one (a calculation with blanks needs quotes in the shell)"};

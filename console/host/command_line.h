@@ -30,6 +30,10 @@ struct CommandLine {
     std::optional<std::wstring> save;
     bool json = false;
     bool raw = false;
+    bool echo = false;                     // statements before their results
+    bool timing = false;                   // how long each took
+    bool prompt = false;                   // as at a terminal, whatever the input is
+    std::optional<std::wstring> reference; // the folder of the reference's pages
     bool check_leaks = false;
     std::uint32_t idle_count = 0; // messages after start-up and after each statement
     std::uint8_t idle_level = 0;

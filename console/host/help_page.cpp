@@ -9,7 +9,8 @@ Usage
   vellhost --file F             run a file of statements, one a line
   vellhost --step NAME ARG…     run one script step; each ARG is a calculation, '' leaves one out
   vellhost --list               list the plug-in's functions and script steps
-  vellhost --describe NAME      tell everything about a function or step
+  vellhost --describe NAME      tell how a function or step is called, its switches and its codes
+  vellhost --help NAME          show the page of the reference on a function or step
   vellhost                      a prompt; or, when input is not a terminal, statements from it
 
 Output
@@ -17,6 +18,9 @@ Output
                     {"line":1,"type":"text","result":"…","code":0}
   --raw             write texts as they are: CR stays CR, nothing is added
   --save FILE       write the main stream of a container result to FILE
+  --echo            write each statement before its result
+  --timing          tell on standard error how long each statement took
+  --reference DIR   the pages of the reference (the folder "reference" beside this program)
 
 The host that is played
   --plugin PATH     the plug-in (VellFile.fmx64 beside this program)
@@ -65,10 +69,11 @@ const std::string_view interactive_help =
 $name = EXPR              keep a value
 step "NAME" [ ARG ; … ]   run a script step
 list                      the plug-in's functions and script steps
-describe NAME             everything about one of them
+describe NAME             how one of them is called, its switches and its codes
+help NAME                 its page of the reference, with examples
 history                   what was entered; !N runs entry N again
 variables                 the values that are kept
-quit                      leave (or Ctrl+Z and Enter)
+quit                      leave (or Ctrl+D)
 
 For example: "It is " & Get( CurrentDate ) & ¶ & VlFile_Version( "" )
 vellhost --help tells more about calculations.

@@ -29,13 +29,14 @@ std::string short_form(const Value& value) {
 
 class Prompt {
   public:
-    Prompt(const PluginHost& host, Session& session,
+    Prompt(const PluginHost& host, const ReferencePages& pages, Session& session,
            const std::function<void(std::u16string_view)>& run)
-        : host_(host), session_(session), run_(run) {}
+        : host_(host), pages_(pages), session_(session), run_(run) {}
 
     void loop();
 
   private:
+    std::optional<std::u16string> next_line();
     bool command(std::u16string_view line); // false: it is a statement
     void describe(std::u16string_view name);
     void show_history() const;
@@ -43,17 +44,27 @@ class Prompt {
     std::optional<std::u16string> recalled(std::u16string_view line) const;
 
     const PluginHost& host_;
+    const ReferencePages& pages_;
     Session& session_;
     const std::function<void(std::u16string_view)>& run_;
     std::vector<std::u16string> history_;
     bool done_ = false;
 };
 
+// A program that sits between a person and this one is told by the mark that the last answer is
+// complete.
+std::optional<std::u16string> Prompt::next_line() {
+    if (input_is_console())
+        return read_console_line("> ");
+    write_output("\x1E\n");
+    return read_line(standard_input());
+}
+
 void Prompt::loop() {
     write_output(utf8_from_utf16(host_.identity().name) + " " + host_.identity().file_version +
                  " is running. Type a calculation, or help.\n");
     while (!done_) {
-        const auto entered = read_console_line("> ");
+        const auto entered = next_line();
         if (!entered)
             break;
         std::u16string line(trimmed(*entered));
@@ -78,8 +89,14 @@ bool Prompt::command(std::u16string_view line) {
     const std::size_t blank = std::min(line.size(), line.find(u' '));
     const std::u16string_view word = line.substr(0, blank);
     const std::u16string_view rest = trimmed(line.substr(blank));
-    if (equal_ignoring_case(word, u"describe") && !rest.empty() && !rest.starts_with(u"(")) {
+    const bool has_name = !rest.empty() && !rest.starts_with(u"(");
+    if (has_name && equal_ignoring_case(word, u"describe")) {
         describe(rest);
+        return true;
+    }
+    if (has_name && equal_ignoring_case(word, u"help")) {
+        const std::string page = pages_.page(rest);
+        write_output(page.empty() ? pages_.no_page(rest) : page);
         return true;
     }
     if (!rest.empty())
@@ -100,10 +117,8 @@ bool Prompt::command(std::u16string_view line) {
 }
 
 void Prompt::describe(std::u16string_view name) {
-    const std::string text = description(host_, name);
-    if (text.empty())
-        write_error("there is no function or script step " + utf8_from_utf16(name) + "\n");
-    write_output(text);
+    const std::string text = description(host_, name) + pages_.switches_and_codes(name);
+    write_output(text.empty() ? pages_.no_page(name) : text);
 }
 
 void Prompt::show_history() const {
@@ -127,9 +142,9 @@ std::optional<std::u16string> Prompt::recalled(std::u16string_view line) const {
 
 } // namespace
 
-void run_prompt(const PluginHost& host, Session& session,
+void run_prompt(const PluginHost& host, const ReferencePages& pages, Session& session,
                 const std::function<void(std::u16string_view)>& run) {
-    Prompt(host, session, run).loop();
+    Prompt(host, pages, session, run).loop();
 }
 
 } // namespace vell::console

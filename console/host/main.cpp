@@ -2,8 +2,10 @@
 #include "console/host/command_line.h"
 #include "console/host/container_file.h"
 #include "console/host/help_page.h"
+#include "console/host/hints.h"
 #include "console/host/host_window.h"
 #include "console/host/interactive.h"
+#include "console/host/reference_pages.h"
 #include "console/host/report.h"
 #include "console/host/session.h"
 #include "console/host/terminal.h"
@@ -13,6 +15,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 
@@ -22,11 +25,18 @@ namespace {
 
 enum ExitCode { exit_fine = 0, exit_error_result = 1, exit_error = 2, exit_leaks = 3 };
 
+std::wstring beside_this_program(const wchar_t* name) {
+    wchar_t path[MAX_PATH * 4];
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH * 4);
+    return std::filesystem::path(std::wstring(path, length)).replace_filename(name);
+}
+
 // One run of the program on a plug-in that has been started.
 class Run {
   public:
     Run(const CommandLine& command_line, PluginHost& host)
-        : command_line_(command_line), host_(host), session_(host) {}
+        : command_line_(command_line), host_(host), session_(host),
+          pages_(host, command_line.reference.value_or(beside_this_program(L"reference"))) {}
 
     ExitCode perform();
     void hold_open(const HostWindow& window);
@@ -37,18 +47,25 @@ class Run {
     void one_calculation();
     void one_step();
     void describe();
+    void help();
     void show(const CalcResult<Value>& result, std::u16string_view source);
     void show_error(const CalcError& error, std::u16string_view source);
     void save(const Value& value);
     void after_statement();
+    void tell_time(std::chrono::steady_clock::duration taken) const;
+    void tell_progress();
+    void echo(std::u16string_view text);
+    void no_such_name();
     void show_started_scripts();
     void worsen(ExitCode code) { exit_code_ = std::max(exit_code_, code); }
 
     const CommandLine& command_line_;
     PluginHost& host_;
     Session session_;
+    ReferencePages pages_;
     std::string source_name_; // of statements, for errors
     std::size_t line_ = 1;
+    std::chrono::steady_clock::time_point progress_told_ = std::chrono::steady_clock::now();
     ExitCode exit_code_ = exit_fine;
 };
 
@@ -69,6 +86,10 @@ void send_idle_messages(const CommandLine& command_line, PluginHost& host) {
 }
 
 ExitCode Run::perform() {
+    session_.watch_calls([this](const RegisteredFunction& function, std::span<const Value> given) {
+        if (!given.empty() && given.front().text())
+            write_error(pages_.unknown_switches(function.name, *given.front().text()));
+    });
     send_idle_messages(command_line_, host_);
     host_.fail_calls(command_line_.fail_call, command_line_.failure);
     switch (command_line_.action) {
@@ -96,10 +117,13 @@ ExitCode Run::perform() {
     case Action::Describe:
         describe();
         break;
-    case Action::Statements:
     case Action::Help:
-        if (input_is_console())
-            run_prompt(host_, session_, [this](std::u16string_view text) { statement(text); });
+        help();
+        break;
+    case Action::Statements:
+        if (input_is_console() || command_line_.prompt)
+            run_prompt(host_, pages_, session_,
+                       [this](std::u16string_view text) { statement(text); });
         else
             statements(standard_input(), "standard input");
         break;
@@ -109,12 +133,45 @@ ExitCode Run::perform() {
 
 void Run::statements(std::istream& stream, const std::string& name) {
     source_name_ = name;
-    for (line_ = 1; const auto text = read_line(stream); ++line_)
+    for (line_ = 1; const auto text = read_line(stream); ++line_) {
+        if (command_line_.echo)
+            echo(*text);
         statement(*text);
+        tell_progress();
+    }
+}
+
+// A comment is a heading there.
+void Run::echo(std::u16string_view text) {
+    constexpr std::u16string_view comment = u"//";
+    if (text.starts_with(comment))
+        write_output("\n" + utf8_from_utf16(text.substr(comment.size() + 1)) + "\n");
+    else if (!text.empty())
+        write_output("> " + utf8_from_utf16(text) + "\n");
+}
+
+// Once in a while, for a person who waits.
+void Run::tell_progress() {
+    constexpr std::chrono::seconds interval(2);
+    const auto now = std::chrono::steady_clock::now();
+    if (!error_is_console() || now - progress_told_ < interval)
+        return;
+    progress_told_ = now;
+    write_error(source_name_ + ": line " + std::to_string(line_) + "\n");
+}
+
+void Run::tell_time(std::chrono::steady_clock::duration taken) const {
+    const std::chrono::duration<double, std::milli> milliseconds(taken);
+    char text[64];
+    std::snprintf(text, sizeof text, "%10.3f ms  line %zu\n", milliseconds.count(), line_);
+    write_error(text);
 }
 
 void Run::statement(std::u16string_view text) {
+    const auto start = std::chrono::steady_clock::now();
     const CalcResult<StatementOutcome> outcome = session_.run(text);
+    if (command_line_.timing && (!outcome || outcome->kind != StatementKind::Empty))
+        tell_time(std::chrono::steady_clock::now() - start);
     if (!outcome) {
         show_error(outcome.error(), text);
     } else if (outcome->kind == StatementKind::Assign) {
@@ -148,12 +205,21 @@ void Run::one_step() {
 
 void Run::describe() {
     const std::string text = description(host_, command_line_.subject);
-    if (text.empty()) {
-        write_error("vellhost: there is no function or script step " +
-                    utf8_from_utf16(command_line_.subject) + "; --list shows them all\n");
-        worsen(exit_error);
-    }
-    write_output(text);
+    if (text.empty())
+        return no_such_name();
+    write_output(text + pages_.switches_and_codes(command_line_.subject));
+}
+
+void Run::help() {
+    const std::string page = pages_.page(command_line_.subject);
+    if (page.empty())
+        return no_such_name();
+    write_output(page);
+}
+
+void Run::no_such_name() {
+    write_error("vellhost: " + pages_.no_page(command_line_.subject));
+    worsen(exit_error);
 }
 
 void Run::show(const CalcResult<Value>& result, std::u16string_view source) {
@@ -164,6 +230,7 @@ void Run::show(const CalcResult<Value>& result, std::u16string_view source) {
         worsen(exit_error_result);
     write_output(command_line_.json ? json_result(line_, value)
                                     : plain_result(value, command_line_.raw));
+    write_error(hint_on(source, value));
     if (command_line_.save)
         save(value);
 }
@@ -215,12 +282,6 @@ void Run::hold_open(const HostWindow& window) {
     }
 }
 
-std::wstring default_plugin() {
-    wchar_t path[MAX_PATH * 4];
-    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH * 4);
-    return std::filesystem::path(std::wstring(path, length)).replace_filename(L"VellFile.fmx64");
-}
-
 ExitCode failed(const std::string& message) {
     write_error("vellhost: " + message + "\n");
     return exit_error;
@@ -247,7 +308,9 @@ ExitCode run_started(const CommandLine& command_line, PluginHost& host) {
 
 ExitCode run(const CommandLine& command_line) {
     PluginHost host(command_line.host);
-    if (const auto loaded = host.load(command_line.plugin.value_or(default_plugin())); !loaded)
+    if (const auto loaded =
+            host.load(command_line.plugin.value_or(beside_this_program(L"VellFile.fmx64")));
+        !loaded)
         return failed(loaded.error());
     ExitCode code = exit_fine;
     if (host.identity().wants_start_and_shutdown()) {
@@ -284,7 +347,7 @@ int wmain(int count, wchar_t** arguments) {
     const auto command_line = parse_command_line(texts);
     if (!command_line)
         return failed(command_line.error() + "\nvellhost --help tells how it is used");
-    if (command_line->action == Action::Help) {
+    if (command_line->action == Action::Help && command_line->subject.empty()) {
         write_output(help_page);
         return exit_fine;
     }

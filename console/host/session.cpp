@@ -85,7 +85,10 @@ CalcResult<Value> Session::run_step(std::u16string_view name,
 
 Result<Value, std::string> Session::call(const ExternalFunction& function,
                                          std::span<const Value> arguments) {
-    return host_.call(host_.functions()[function.handle], arguments);
+    const RegisteredFunction& called = host_.functions()[function.handle];
+    if (watcher_)
+        watcher_(called, arguments);
+    return host_.call(called, arguments);
 }
 
 Value Session::get(GetItem item) {

@@ -33,6 +33,11 @@ class Session : private ExternalFunctions, private HostServices {
 
     Variables& variables() { return variables_; }
 
+    // Told of each call of the plug-in's functions, before it.
+    using CallWatcher =
+        std::function<void(const RegisteredFunction& function, std::span<const Value> arguments)>;
+    void watch_calls(CallWatcher watcher) { watcher_ = std::move(watcher); }
+
   private:
     std::span<const ExternalFunction> all() const override { return functions_; }
     Result<Value, std::string> call(const ExternalFunction& function,
@@ -50,6 +55,7 @@ class Session : private ExternalFunctions, private HostServices {
     PluginHost& host_;
     std::vector<ExternalFunction> functions_;
     Variables variables_;
+    CallWatcher watcher_;
     std::u16string current_file_;
 };
 

@@ -55,6 +55,10 @@ bool input_is_console() {
     return is_console(GetStdHandle(STD_INPUT_HANDLE));
 }
 
+bool error_is_console() {
+    return is_console(GetStdHandle(STD_ERROR_HANDLE));
+}
+
 std::optional<std::u16string> read_console_line(std::string_view prompt) {
     write_output(prompt);
     const HANDLE handle = GetStdHandle(STD_INPUT_HANDLE);
@@ -65,7 +69,7 @@ std::optional<std::u16string> read_console_line(std::string_view prompt) {
         if (!ReadConsoleW(handle, buffer, 1024, &count, nullptr) || count == 0)
             return std::nullopt;
         line.append(buffer, count);
-        if (line.front() == L'\x1A') // Ctrl+Z
+        if (line.front() == L'\x1A' || line.front() == L'\x04') // Ctrl+Z, Ctrl+D
             return std::nullopt;
     }
     line.erase(line.find_last_not_of(L"\r\n") + 1);

@@ -13,6 +13,8 @@ void write_error(std::string_view utf8);
 
 // Standard input is a console at which a person can type.
 bool input_is_console();
+// Standard error is one at which a person may look.
+bool error_is_console();
 // A line typed at the console, with its editing and its history; nullopt at the end of input.
 std::optional<std::u16string> read_console_line(std::string_view prompt);
 

@@ -176,6 +176,7 @@ Result<void> DictionaryReader::append_entry() {
     VELL_TRY(next());
     const std::string key = VELL_TRY(name());
     const std::size_t line = text_.size();
+    text_.begin_line(true);
     text_.append_name("\r");
     text_.append_name(key);
     text_.append_name(": ");

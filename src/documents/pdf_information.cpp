@@ -10,7 +10,9 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <set>
 #include <string_view>
+#include <vector>
 
 namespace vell::documents {
 namespace {
@@ -150,6 +152,12 @@ class InformationSearch {
     bool has_left_out_ = false;
 };
 
+void add_line(LimitedText& text, std::string_view words) {
+    text.begin_line();
+    text.append("\r");
+    text.append(words);
+}
+
 Result<void> append_description(BufferedReader& file, LimitedText& text) {
     constexpr std::size_t block_size = 1024;
     file.seek(0);
@@ -159,35 +167,33 @@ Result<void> append_description(BufferedReader& file, LimitedText& text) {
     const auto header = header_in(bytes);
     if (!header)
         return Failure{ErrorCode::BadArgument};
-    text.append("\rPDF Version: ");
+    add_line(text, "PDF Version: ");
     text.append_pdf_doc(header->version);
     const auto linearization = linearization_in(bytes, header->first_object);
-    text.append(linearization ? "\rFast Web View: Yes" : "\rFast Web View: No");
+    add_line(text, linearization ? "Fast Web View: Yes" : "Fast Web View: No");
 
     InformationSearch search(file, text);
     const Result<void> done =
         linearization ? search.in_linearized(bytes, *linearization) : search.in_updates();
     if (search.encrypted() && !search.has_read())
-        text.append("\rEncrypted: Yes");
+        add_line(text, "Encrypted: Yes");
     if (!done && done.error() == cross_reference_stream)
-        text.append("\rVersion compatibility: contains cross-reference stream object introduced "
-                    "with PDF 1.5");
+        add_line(text, "Version compatibility: contains cross-reference stream object introduced "
+                       "with PDF 1.5");
     VELL_TRY(done);
     std::uint32_t pages = linearization ? linearization->pages : 0;
     if (pages == 0)
         pages = VELL_TRY(largest_count(file));
     if (pages > 0)
-        text.append("\rNumber of pages: " + to_text(std::uint64_t{pages}));
+        add_line(text, "Number of pages: " + to_text(std::uint64_t{pages}));
     if (search.has_left_out()) // which does not keep the pages from being counted
         return Failure{not_in_file};
     return {};
 }
 
-} // namespace
-
-Result<void> describe_pdf(BufferedReader& file, std::string& text) {
-    LimitedText limited(text);
-    const Result<void> done = append_description(file, limited);
+// With a line for what kept the structure from being read.
+Result<void> describe(BufferedReader& file, LimitedText& text) {
+    const Result<void> done = append_description(file, text);
     if (done)
         return {};
     struct ParseError {
@@ -201,12 +207,91 @@ Result<void> describe_pdf(BufferedReader& file, std::string& text) {
     };
     for (const ParseError& each : parse_errors) {
         if (done.error() == each.error) {
-            limited.append("\rParseError: could not parse further");
-            limited.append(each.reason);
+            add_line(text, "ParseError: could not parse further");
+            text.append(each.reason);
             return {};
         }
     }
     return done;
+}
+
+struct Line {
+    std::string name;
+    std::string value;
+    bool is_from_file = false;
+};
+
+std::vector<Line> lines_of(std::string_view description, const LimitedText& text) {
+    std::vector<Line> lines;
+    const auto& starts = text.lines();
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const std::size_t start = starts[i].at + 1; // behind the line end
+        const std::size_t end = i + 1 < starts.size() ? starts[i + 1].at : description.size();
+        const std::string_view line = description.substr(start, end - start);
+        const std::size_t colon = std::min(line.find(": "), line.size());
+        lines.push_back({std::string(line.substr(0, colon)),
+                         std::string(line.substr(std::min(colon + 2, line.size()))),
+                         starts[i].is_from_file});
+    }
+    return lines;
+}
+
+// "2022-08-01T12:34:56" for "2022:08:01 12:34:56".
+std::string as_iso_date(std::string value) {
+    constexpr std::size_t date_size = 10;
+    for (std::size_t i = 0; i < std::min(value.size(), date_size); ++i)
+        if (value[i] == ':')
+            value[i] = '-';
+    if (value.size() > date_size && value[date_size] == ' ')
+        value[date_size] = 'T';
+    return value;
+}
+
+// What the program says of the file.
+void write_own_line(const Line& line, JsonWriter& json) {
+    const std::string name = member_name(line.name);
+    if (name == "NumberOfPages")
+        json.member_number(name, std::stoul(line.value));
+    else if (line.value == "Yes" || line.value == "No")
+        json.member_boolean(name, line.value == "Yes");
+    else
+        json.member(name, line.value);
+}
+
+// The first of each name; an object has no two.
+void write_information(const std::vector<Line>& lines, JsonWriter& json) {
+    std::set<std::string_view> written;
+    json.key("Information");
+    json.begin_object();
+    for (const Line& line : lines) {
+        if (!line.is_from_file || !written.insert(line.name).second)
+            continue;
+        const bool is_date = line.name.find("Date") != std::string::npos;
+        json.member(line.name, is_date ? as_iso_date(line.value) : line.value);
+    }
+    json.end_object();
+}
+
+} // namespace
+
+Result<void> describe_pdf(BufferedReader& file, std::string& text) {
+    LimitedText limited(text);
+    return describe(file, limited);
+}
+
+Result<void> describe_pdf(BufferedReader& file, JsonWriter& json) {
+    std::string text;
+    LimitedText limited(text);
+    VELL_TRY(describe(file, limited));
+    const std::vector<Line> lines = lines_of(text, limited);
+    json.begin_object();
+    for (const Line& line : lines)
+        if (!line.is_from_file)
+            write_own_line(line, json);
+    if (std::ranges::any_of(lines, &Line::is_from_file))
+        write_information(lines, json);
+    json.end_object();
+    return {};
 }
 
 } // namespace vell::documents

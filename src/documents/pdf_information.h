@@ -6,6 +6,7 @@
 // whole needs less than 200 KB of memory, the text included.
 #pragma once
 
+#include "src/base/json_writer.h"
 #include "src/base/result.h"
 #include "src/files/contents/buffered_reader.h"
 
@@ -18,5 +19,10 @@ namespace vell::documents {
 // for what is no PDF file or has another object where one should be, EndOfFile for an empty file;
 // what was read until then stays.
 Result<void> describe_pdf(files::BufferedReader& file, std::string& text);
+
+// The same as one object: "PDFVersion", "FastWebView", "NumberOfPages" and so on, and the entries
+// of the information dictionary in "Information", its dates as "2022-08-01T12:34:56". Nothing is
+// written where the other gives an error.
+Result<void> describe_pdf(files::BufferedReader& file, JsonWriter& json);
 
 } // namespace vell::documents

@@ -78,6 +78,8 @@ void LimitedText::append_name(std::string_view bytes) {
 
 void LimitedText::replace_from(std::size_t start, std::string_view shorter) {
     text_.replace(start, text_.size() - start, shorter);
+    while (!lines_.empty() && lines_.back().at >= text_.size())
+        lines_.pop_back();
 }
 
 void LimitedText::keep_from(std::size_t start, std::size_t first, std::size_t end) {

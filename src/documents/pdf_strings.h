@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vell::documents {
 
@@ -24,6 +25,14 @@ class LimitedText {
 
     // Appends to `text`, whose bytes so far do not count.
     explicit LimitedText(std::string& text);
+
+    // Where a line begins that is about the file, or one of the values in it.
+    struct LineStart {
+        std::size_t at = 0;
+        bool is_from_file = false;
+    };
+    void begin_line(bool is_from_file = false) { lines_.push_back({text_.size(), is_from_file}); }
+    const std::vector<LineStart>& lines() const { return lines_; }
 
     // Our own words, which are few.
     void append(std::string_view words) { text_ += words; }
@@ -51,6 +60,7 @@ class LimitedText {
     const std::size_t most_;
     std::size_t limit_; // at the moment
     bool full_ = false;
+    std::vector<LineStart> lines_;
 };
 
 // Decodes a string byte by byte: UTF-16 or UTF-8 behind their byte-order marks, else

@@ -13,9 +13,13 @@
 namespace vell::formats::photoshop {
 
 enum class ResourceId : std::uint16_t {
+    Resolution = 0x03ED,
     Iptc = 0x0404,
     ImageUrl = 0x040B,
     Thumbnail = 0x040C,
+    IccProfile = 0x040F,
+    Exif = 0x0422,
+    Xmp = 0x0424,
 };
 
 inline constexpr std::string_view own_signature = "8BIM";
@@ -74,6 +78,37 @@ class ResourceWalk {
 
 // The resources of a Photoshop file ("Image Resources Section"). Absent in another file.
 Read<Window> find_resources(Window file);
+
+// The header of a Photoshop file ("File Header Section"), of either version.
+struct FileHeader {
+    static constexpr std::size_t size = 26;
+    static constexpr ByteOrder order = ByteOrder::Big;
+    static constexpr std::uint32_t signature = 0x38425053; // "8BPS"
+
+    std::uint16_t channels = 0;
+    std::uint32_t height = 0;
+    std::uint32_t width = 0;
+    std::uint16_t depth = 0; // of a channel
+
+    static constexpr auto fields() {
+        return std::tuple{Field{12, &FileHeader::channels}, Field{14, &FileHeader::height},
+                          Field{18, &FileHeader::width}, Field{22, &FileHeader::depth}};
+    }
+};
+
+// Pixels of an inch, with 16 bits behind the point ("ResolutionInfo").
+struct ResolutionInfo {
+    static constexpr std::size_t size = 16;
+    static constexpr ByteOrder order = ByteOrder::Big;
+
+    std::uint32_t horizontal = 0;
+    std::uint32_t vertical = 0;
+
+    static constexpr auto fields() {
+        return std::tuple{Field{0, &ResolutionInfo::horizontal},
+                          Field{8, &ResolutionInfo::vertical}};
+    }
+};
 
 // What the data of a thumbnail begin with ("Thumbnail Resource Format").
 struct ThumbnailHeader {

@@ -13,16 +13,28 @@ struct Signature {
     Format format;
 };
 constexpr std::array signatures{
-    Signature{"\xFF\xD8"sv, Format::Jpeg}, Signature{"\x89PNG\r\n\x1A\n"sv, Format::Png},
-    Signature{"GIF87a"sv, Format::Gif},    Signature{"GIF89a"sv, Format::Gif},
-    Signature{"BM"sv, Format::Bmp},        Signature{"II\x2A\0"sv, Format::Tiff},
-    Signature{"MM\0\x2A"sv, Format::Tiff}, Signature{"RIFF"sv, Format::Riff},
-    Signature{"PK\3\4"sv, Format::Zip},    Signature{"PK\5\6"sv, Format::Zip},
-    Signature{"%PDF-"sv, Format::Pdf},     Signature{"8BPS"sv, Format::Photoshop},
-    Signature{"FUJIFILM"sv, Format::Raf},  Signature{"II\x1A\0\0\0HE"sv, Format::Ciff},
-    Signature{"\0MRM"sv, Format::Mrw},     Signature{"FOVb"sv, Format::X3f},
-    Signature{"ID3"sv, Format::Id3},       Signature{"fLaC"sv, Format::Flac},
-    Signature{"OggS"sv, Format::Ogg},      Signature{"FORM"sv, Format::Aiff},
+    Signature{"\xFF\xD8"sv, Format::Jpeg},
+    Signature{"\x89PNG\r\n\x1A\n"sv, Format::Png},
+    Signature{"GIF87a"sv, Format::Gif},
+    Signature{"GIF89a"sv, Format::Gif},
+    Signature{"BM"sv, Format::Bmp},
+    Signature{"II\x2A\0"sv, Format::Tiff},
+    Signature{"MM\0\x2A"sv, Format::Tiff},
+    Signature{"RIFF"sv, Format::Riff},
+    Signature{"PK\3\4"sv, Format::Zip},
+    Signature{"PK\5\6"sv, Format::Zip},
+    Signature{"%PDF-"sv, Format::Pdf},
+    Signature{"8BPS"sv, Format::Photoshop},
+    Signature{"FUJIFILM"sv, Format::Raf},
+    Signature{"II\x1A\0\0\0HE"sv, Format::Ciff},
+    Signature{"\0MRM"sv, Format::Mrw},
+    Signature{"FOVb"sv, Format::X3f},
+    Signature{"ID3"sv, Format::Id3},
+    Signature{"fLaC"sv, Format::Flac},
+    Signature{"OggS"sv, Format::Ogg},
+    Signature{"FORM"sv, Format::Aiff},
+    Signature{"\0\0\0\x0CJXL "sv, Format::JpegXl},
+    Signature{"\xFF\x0A"sv, Format::JpegXl},
 };
 
 // Boxes that files of ISO media and QuickTime begin with, by the four bytes behind their size.

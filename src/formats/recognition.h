@@ -27,6 +27,7 @@ enum class Format : std::uint8_t {
     Flac,
     Ogg,
     Aiff,
+    JpegXl, // in boxes, or a codestream alone
 };
 
 // Bytes that are enough to tell.

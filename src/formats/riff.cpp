@@ -12,4 +12,15 @@ Read<std::optional<Chunk>> ChunkWalk::next() {
     return std::optional(chunk);
 }
 
+Read<Window> find_webp(const Window& file) {
+    ChunkWalk files(file);
+    const auto form = VELL_TRY(files.next());
+    if (!form || form->type() != "RIFF")
+        return fault(Damage::Absent);
+    Window content = form->data;
+    if (VELL_TRY(content.read_bytes(form_size)) != "WEBP")
+        return fault(Damage::Absent);
+    return content.from(form_size);
+}
+
 } // namespace vell::formats::riff

@@ -52,4 +52,7 @@ class ChunkWalk {
     ByteOrder order_;
 };
 
+// The chunks of a WebP file (RFC 9649, section 2). Absent in a file of another form.
+Read<Window> find_webp(const Window& file);
+
 } // namespace vell::formats::riff

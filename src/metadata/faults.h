@@ -22,6 +22,29 @@ constexpr ErrorCode code_of(const formats::Fault& fault, ErrorCode cut_off = Err
     return fault.of_source;
 }
 
+// Whether a code tells of the file's contents: what was asked for is not there, or damaged.
+constexpr bool is_of_contents(ErrorCode code) {
+    using enum ErrorCode;
+    switch (code) {
+    case EndOfFile:
+    case NotAJpeg:
+    case SegmentTooShort:
+    case ResourceTooLarge:
+    case BadArgument:
+    case ShortRead:
+    case NothingFound:
+    case NotXmp:
+    case WrongSignature:
+    case NotSupported:
+    case WrongImageKind:
+    case CorruptStructure:
+    case CompressedDataDamaged:
+        return true;
+    default:
+        return false;
+    }
+}
+
 // The same result with a code.
 template <typename T>
 Result<T> coded(formats::Read<T> read, ErrorCode cut_off = ErrorCode::EndOfFile) {

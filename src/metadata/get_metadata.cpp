@@ -1,17 +1,22 @@
 #include "src/metadata/get_metadata.h"
 
+#include "src/base/json_writer.h"
+#include "src/base/utf8.h"
 #include "src/documents/pdf_information.h"
 #include "src/files/contents/source.h"
 #include "src/formats/recognition.h"
 #include "src/formats/tiff/records.h"
+#include "src/metadata/faults.h"
 #include "src/metadata/icc/icc_profile.h"
 #include "src/metadata/images/image_description.h"
+#include "src/metadata/reading/container_metadata.h"
 #include "src/metadata/reading/iptc_text.h"
 #include "src/metadata/reading/jpeg_metadata.h"
 #include "src/metadata/reading/photoshop_resources.h"
 #include "src/metadata/reading/png_metadata.h"
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/reading/xmp.h"
+#include "src/metadata/values/file_values.h"
 #include "src/movies/movies.h"
 #include "src/structure/file_structure.h"
 #include "src/system/system.h"
@@ -43,7 +48,7 @@ Result<void> read_resources(BufferedReader& file, FileKind kind, const MetadataR
         return read_photoshop_resources(file, request, text);
     file.seek(0);
     const std::string block = VELL_TRY(find_tag(file, formats::tiff::tag::iptc_block));
-    VELL_TRY(decode_iptc(block, request.detect_utf8, request.source, text));
+    VELL_TRY(decode_iptc(block, request.detect_utf8, request.source, text, request.exif.readable));
     return {};
 }
 
@@ -97,8 +102,8 @@ Result<void> read_other(BufferedReader& file, const MetadataRequest& request, Me
     return done ? done : scan_for_xmp(file, request.source, text);
 }
 
-Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRequest& request,
-                           MetadataText& text) {
+Result<void> read_by_kind(BufferedReader& file, FileKind kind, const MetadataRequest& request,
+                          MetadataText& text) {
     switch (kind) {
     case FileKind::Tiff:
         return read_tiff(file, request, text);
@@ -108,6 +113,27 @@ Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRe
         break;
     }
     return read_other(file, request, text);
+}
+
+// What comes of looking for segments, tags and packets where there are none. One that is no TIFF
+// file begins like one, too.
+bool is_of_strange_container(ErrorCode code, FileKind kind) {
+    if (kind == FileKind::Tiff)
+        return code == ErrorCode::EndOfFile;
+    return kind == FileKind::Other &&
+           (code == ErrorCode::NotAJpeg || code == ErrorCode::ShortRead ||
+            code == ErrorCode::NothingFound);
+}
+
+// What stands in a container of another kind. Where nothing is found there either, the code stays
+// that of the search without it, which solutions know.
+Result<void> read_segments(BufferedReader& file, FileKind kind, const MetadataRequest& request,
+                           MetadataText& text) {
+    const std::uint64_t before = text.size();
+    const Result<void> done = read_by_kind(file, kind, request, text);
+    if (done || !is_of_strange_container(done.error(), kind) || text.size() != before)
+        return done;
+    return read_container(file, request, text) ? Result<void>() : done;
 }
 
 // What comes first ends the text before it; at the start it ends nothing.
@@ -128,12 +154,111 @@ Result<void> append_pdf_description(BufferedReader& file, MetadataText& text) {
     return {};
 }
 
+// What one question gives, or nothing where the file does not answer it.
+Result<void> append_if_there(BufferedReader& file, const MetadataRequest& request,
+                             MetadataText& text) {
+    MetadataText answer;
+    const Result<void> done = read_image_metadata(file, request, answer);
+    if (!done)
+        return is_of_contents(done.error()) ? Result<void>() : done;
+    if (answer.empty())
+        return {};
+    if (!text.empty() && !answer.pieces().front().bytes.starts_with('\r'))
+        text.append("\r");
+    for (const MetadataText::Piece& piece : answer.pieces())
+        text.append(piece.bytes, piece.encoding);
+    return {};
+}
+
+// The answers to the single questions, one after the other.
+Result<void> read_everything(BufferedReader& file, const MetadataRequest& request,
+                             MetadataText& text) {
+    constexpr void (*questions[])(MetadataRequest&) = {
+        [](MetadataRequest& one) { one.exif.want_iptc = true; },
+        [](MetadataRequest& one) { one.exif.want_exif = true; },
+        [](MetadataRequest& one) { one.exif.want_gps = true; },
+        [](MetadataRequest& one) { one.exif.want_xmp = true; },
+        [](MetadataRequest& one) { one.want_comment = true; },
+        [](MetadataRequest& one) { one.want_image_url = true; },
+        [](MetadataRequest& one) { one.icc = IccSelector::Description; },
+        [](MetadataRequest& one) { one.text_chunks = one.exif.want_exif = true; },
+        [](MetadataRequest& one) { one.image_description = true; },
+    };
+    MetadataRequest nothing = request;
+    nothing.everything = nothing.want_comment = nothing.want_image_url = nothing.text_chunks =
+        nothing.image_description = false;
+    nothing.exif.want_iptc = nothing.exif.want_exif = nothing.exif.want_xmp =
+        nothing.exif.want_gps = false;
+    nothing.icc = IccSelector::None;
+    const bool is_png = VELL_TRY(kind_of(file)) == FileKind::Png;
+    for (const auto question : questions) {
+        MetadataRequest one = nothing;
+        question(one);
+        if (one.text_chunks && !is_png)
+            continue; // the switch asks other files for their tags
+        VELL_TRY(append_if_there(file, one, text));
+    }
+    return text.empty() ? Result<void>(Failure{ErrorCode::NothingFound}) : Result<void>();
+}
+
+// Whatever is UTF-8 is read so, in place of the encoding of what declares none.
+void recognise_utf8(TextEncoding source, MetadataText& text) {
+    for (MetadataText::Piece& piece : text.pieces())
+        if (piece.encoding == source && is_valid_utf8(piece.bytes))
+            piece.encoding = TextEncoding::Utf8;
+}
+
+// What is asked of a movie or a PDF file must be there.
+Result<void> write_other_objects(Call& call, BufferedReader& file, const MetadataRequest& request,
+                                 JsonWriter& json) {
+    const params::TextDecoder decode = [&call](std::string_view bytes, TextEncoding encoding) {
+        return call.decode(bytes, encoding);
+    };
+    if (request.movie.has_objects())
+        VELL_TRY(movies::read_movie(file, request.movie, decode, json));
+    if (!request.pdf_description)
+        return {};
+    json.key("PDF");
+    return documents::describe_pdf(file, json);
+}
+
+// As JSON, or single values as text.
+Result<std::string> values_text(Call& call, BufferedReader& file, const MetadataRequest& request) {
+    const TextDecoder decoder = [&call](std::string_view bytes, TextEncoding encoding) {
+        return encoding == TextEncoding::Utf8 ? std::string(bytes)
+                                              : utf8_from_utf16(call.decode(bytes, encoding));
+    };
+    Members values = VELL_TRY(read_values(file, request.value_kinds(), request.source, decoder));
+    if (!request.tags.empty() && !request.as_json)
+        return readable_values(values, request.tags);
+    if (!request.tags.empty())
+        values = VELL_TRY(queried_members(values, request.tags));
+    if (values.empty() && !request.wants_other_objects())
+        return Failure{ErrorCode::NothingFound};
+    JsonWriter json;
+    json.begin_object();
+    values.write_members(json);
+    VELL_TRY(write_other_objects(call, file, request, json));
+    json.end_object();
+    return json.take();
+}
+
+Result<void> give_values(Call& call, BufferedReader& file, const MetadataRequest& request) {
+    const std::string text = VELL_TRY(values_text(call, file, request));
+    if (text.size() > MetadataText::max_size)
+        return Failure{ErrorCode::ResourceTooLarge};
+    call.set_text(utf16_from_utf8(text));
+    return {};
+}
+
 Result<void> give_metadata(Call& call, files::FileSystem& files) {
     const MetadataRequest request = VELL_TRY(metadata_request_of(call.switches()));
     const files::Source source =
         VELL_TRY(files::open_source(call, 1, files, files::Sharing::Exclusive));
     BufferedReader reader = VELL_TRY(BufferedReader::over(*source.file));
 
+    if (!request.tags.empty() || request.gives_json())
+        return give_values(call, reader, request);
     MetadataText text;
     Result<void> done = read_image_metadata(reader, request, text);
     if (done && request.movie.asks_for_anything())
@@ -151,6 +276,8 @@ Result<void> give_metadata(Call& call, files::FileSystem& files) {
 
 Result<void> read_image_metadata(BufferedReader& file, const MetadataRequest& request,
                                  MetadataText& text) {
+    if (request.everything)
+        return read_everything(file, request, text);
     if (request.wants_resources() || request.wants_segments()) {
         const FileKind kind = VELL_TRY(kind_of(file));
         if (request.wants_resources())
@@ -158,6 +285,8 @@ Result<void> read_image_metadata(BufferedReader& file, const MetadataRequest& re
         if (request.wants_segments())
             VELL_TRY(read_segments(file, kind, request, text));
     }
+    if (request.exif.readable)
+        recognise_utf8(request.source, text);
     if (!request.image_description)
         return {};
     file.seek(0);

@@ -1,5 +1,8 @@
 #include "src/metadata/metadata_request.h"
 
+#include "src/base/utf8.h"
+#include "src/params/switch_text.h"
+
 namespace vell::metadata {
 namespace {
 
@@ -28,10 +31,47 @@ TextEncoding source_of(const SwitchSet& switches) {
 bool asks_for_anything(const MetadataRequest& request) {
     return request.wants_resources() || request.wants_segments() ||
            request.movie.asks_for_anything() || request.image_description ||
-           request.pdf_description;
+           request.pdf_description || request.everything || !request.tags.empty();
+}
+
+// A list of them may have a line for each.
+std::string without_line_ends(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t start = text.find_first_not_of(blanks);
+    if (start == std::string_view::npos)
+        return {};
+    return std::string(text.substr(start, text.find_last_not_of(blanks) - start + 1));
+}
+
+Result<std::vector<TagQuery>> queries_of(const SwitchSet& switches) {
+    std::vector<TagQuery> queries;
+    if (!switches.has("-GetTag="))
+        return queries;
+    for (const std::u16string& asked :
+         params::switch_texts(utf16_from_utf8(switches.text()), u"-GetTag="))
+        queries.push_back(VELL_TRY(tag_query_of(without_line_ends(utf8_from_utf16(asked)))));
+    return queries;
 }
 
 } // namespace
+
+ValueKinds MetadataRequest::value_kinds() const {
+    if (!tags.empty())
+        return kinds_of(tags);
+    if (everything)
+        return ValueKinds::all();
+    ValueKinds kinds;
+    kinds.exif = exif.want_exif && !text_chunks;
+    kinds.gps = exif.want_gps;
+    kinds.iptc = exif.want_iptc;
+    kinds.xmp = exif.want_xmp;
+    kinds.icc = icc != IccSelector::None;
+    kinds.image = image_description;
+    kinds.comment = want_comment;
+    kinds.texts = text_chunks;
+    kinds.image_url = want_image_url;
+    return kinds;
+}
 
 Result<MetadataRequest> metadata_request_of(const SwitchSet& switches) {
     MetadataRequest request;
@@ -56,6 +96,11 @@ Result<MetadataRequest> metadata_request_of(const SwitchSet& switches) {
     request.movie = movies::movie_request_of(switches);
     request.image_description = switches.has("-GetImageDescription");
     request.pdf_description = switches.has("-GetPDFDescription");
+
+    request.everything = switches.has("-GetAll");
+    request.as_json = switches.has("-Format=JSON");
+    request.exif.readable = request.as_json || switches.has("-Readable");
+    request.tags = VELL_TRY(queries_of(switches));
 
     if (!asks_for_anything(request) || (request.exif.decimal_gps && request.exif.raw_values))
         return Failure{ErrorCode::BadParameter};

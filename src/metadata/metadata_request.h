@@ -2,11 +2,13 @@
 #pragma once
 
 #include "src/base/result.h"
+#include "src/metadata/values/tag_query.h"
 #include "src/movies/movie_request.h"
 #include "src/params/encodings.h"
 #include "src/params/switches.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace vell::metadata {
 
@@ -19,6 +21,7 @@ struct ExifReadOptions {
     bool decimal_gps = false;    // latitudes and longitudes as signed decimal degrees
     bool raw_values = false;     // rationals as fractions, UNDEFINED values never as UTF-8
     bool hide_maker_note = true; // tag 37500
+    bool readable = false;       // texts, dates and positions as a person reads them
 };
 
 enum class IccSelector : std::int32_t {
@@ -45,6 +48,10 @@ struct MetadataRequest {
     bool image_description = false;
     bool pdf_description = false;
 
+    bool everything = false; // of an image's metadata, what is there of it
+    bool as_json = false;
+    std::vector<TagQuery> tags; // single values, instead of all else
+
     // IPTC datasets, or the image URL.
     bool wants_resources() const { return exif.want_iptc || want_image_url; }
     // What the segments, chunks or tags of an image hold.
@@ -52,10 +59,15 @@ struct MetadataRequest {
         return exif.want_exif || exif.want_xmp || exif.want_gps || want_comment ||
                icc != IccSelector::None;
     }
+    // What is told of movies and PDF files beside the values of images.
+    bool wants_other_objects() const { return movie.has_objects() || pdf_description; }
+    bool gives_json() const { return as_json && (value_kinds().any() || wants_other_objects()); }
+    // What values are to be read for an answer in JSON, or for single ones.
+    ValueKinds value_kinds() const;
 };
 
-// The request that the switches make. BadParameter when they ask for nothing, or for positions as
-// decimal degrees and as raw values at once.
+// The request that the switches make. BadParameter when they ask for nothing, for positions as
+// decimal degrees and as raw values at once, or for a tag that is not known.
 Result<MetadataRequest> metadata_request_of(const params::SwitchSet& switches);
 
 } // namespace vell::metadata

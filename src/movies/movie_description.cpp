@@ -84,24 +84,56 @@ std::optional<Size> shown_size(const Track& track) {
     return size;
 }
 
-class Lines {
+// Takes what is said of a movie or a track, one thing after the other. Empty texts say nothing.
+class Facts {
+  public:
+    Facts() = default;
+    Facts(const Facts&) = delete;
+    Facts& operator=(const Facts&) = delete;
+    virtual ~Facts() = default;
+
+    virtual void add(std::string_view name, std::string_view value) = 0;
+    virtual void add(std::string_view name, std::uint64_t value) = 0;
+    virtual void add_number(std::string_view name, double value, int digits) = 0;
+    virtual void add_flag(std::string_view name, bool is_true) = 0;
+    virtual void add_list(std::string_view name, const std::vector<std::string>& values) = 0;
+    // Bytes of the file.
+    virtual void add_bytes(std::string_view name, std::string_view bytes) = 0;
+
+    void add_number(std::string_view name, std::optional<double> value, int digits) {
+        if (value)
+            add_number(name, *value, digits);
+    }
+};
+
+// Which are UTF-8 or of the old Macintosh.
+TextEncoding encoding_of_bytes(std::string_view bytes) {
+    return is_valid_utf8(bytes) ? TextEncoding::Utf8 : TextEncoding::AsciiMac;
+}
+
+class Lines : public Facts {
   public:
     Lines(ComposedText& text, std::string prefix) : text_(text), prefix_(std::move(prefix)) {}
 
-    void add(std::string_view name, std::string_view value) const {
+    using Facts::add_number;
+    void add(std::string_view name, std::string_view value) override {
         if (!value.empty())
             start(name).append(value);
     }
-    void add(std::string_view name, std::uint64_t value) const { add(name, to_text(value)); }
-    void add(std::string_view name, std::optional<double> value, int digits) const {
-        if (value)
-            add(name, to_text(*value, digits));
+    void add(std::string_view name, std::uint64_t value) override { add(name, to_text(value)); }
+    void add_number(std::string_view name, double value, int digits) override {
+        add(name, to_text(value, digits));
     }
-    // Bytes of the file, which are UTF-8 or of the old Macintosh.
-    void add_bytes(std::string_view name, std::string_view bytes) const {
+    void add_flag(std::string_view name, bool is_true) override { add(name, is_true ? "1" : "0"); }
+    void add_list(std::string_view name, const std::vector<std::string>& values) override {
+        std::string text;
+        for (const std::string& value : values)
+            text += (text.empty() ? "" : ", ") + value;
+        add(name, text);
+    }
+    void add_bytes(std::string_view name, std::string_view bytes) override {
         if (!bytes.empty())
-            start(name).append(bytes,
-                               is_valid_utf8(bytes) ? TextEncoding::Utf8 : TextEncoding::AsciiMac);
+            start(name).append(bytes, encoding_of_bytes(bytes));
     }
 
   private:
@@ -114,36 +146,68 @@ class Lines {
     std::string prefix_;
 };
 
-std::string brands_text(const FileType& type) {
-    std::string text;
-    for (const FourCc brand : type.compatible_brands)
-        text += (text.empty() ? "" : ", ") + text_of(brand);
-    return text;
-}
+// Members of the object that is open.
+class Members : public Facts {
+  public:
+    Members(JsonWriter& json, const params::TextDecoder& decode) : json_(json), decode_(decode) {}
 
-void describe_type(const Movie& movie, const Lines& lines) {
+    using Facts::add_number;
+    void add(std::string_view name, std::string_view value) override {
+        if (!value.empty())
+            json_.member(member_name(name), value);
+    }
+    void add(std::string_view name, std::uint64_t value) override {
+        json_.member_number(member_name(name), value);
+    }
+    void add_number(std::string_view name, double value, int) override {
+        json_.member_number(member_name(name), value);
+    }
+    void add_flag(std::string_view name, bool is_true) override {
+        json_.member_boolean(member_name(name), is_true);
+    }
+    void add_list(std::string_view name, const std::vector<std::string>& values) override {
+        json_.key(member_name(name));
+        json_.begin_array();
+        for (const std::string& value : values)
+            json_.value(value);
+        json_.end_array();
+    }
+    void add_bytes(std::string_view name, std::string_view bytes) override {
+        if (!bytes.empty())
+            json_.member(member_name(name), decode_(bytes, encoding_of_bytes(bytes)));
+    }
+
+  private:
+    JsonWriter& json_;
+    const params::TextDecoder& decode_;
+};
+
+void describe_type(const Movie& movie, Facts& facts) {
     if (!movie.file_type) {
-        lines.add("Format", "QuickTime"); // whose files need not say so
+        facts.add("Format", "QuickTime"); // whose files need not say so
         return;
     }
-    lines.add("Format", brand_name(movie.file_type->major_brand));
-    lines.add("Brand", text_of(movie.file_type->major_brand));
-    lines.add("Compatible brands", brands_text(*movie.file_type));
+    facts.add("Format", brand_name(movie.file_type->major_brand));
+    facts.add("Brand", text_of(movie.file_type->major_brand));
+    std::vector<std::string> brands;
+    for (const FourCc brand : movie.file_type->compatible_brands)
+        brands.push_back(text_of(brand));
+    facts.add_list("Compatible brands", brands);
 }
 
-void describe_pictures(const Track& track, const Lines& lines) {
+void describe_pictures(const Track& track, Facts& facts) {
     const auto size = coded_size(track);
     if (size) {
-        lines.add("Width", size->width);
-        lines.add("Height", size->height);
+        facts.add("Width", size->width);
+        facts.add("Height", size->height);
     }
     if (const auto shown = shown_size(track); shown && shown != size) {
-        lines.add("Shown width", shown->width);
-        lines.add("Shown height", shown->height);
+        facts.add("Shown width", shown->width);
+        facts.add("Shown height", shown->height);
     }
-    lines.add("Rotation", static_cast<std::uint64_t>(rotation_of(track)));
-    lines.add("Frame rate", frame_rate(track), rate_digits);
-    lines.add("Frame count", track.sample_count());
+    facts.add("Rotation", static_cast<std::uint64_t>(rotation_of(track)));
+    facts.add_number("Frame rate", frame_rate(track), rate_digits);
+    facts.add("Frame count", track.sample_count());
 }
 
 std::string date_text(std::uint64_t seconds) {
@@ -151,59 +215,59 @@ std::string date_text(std::uint64_t seconds) {
     return date ? date->text : std::string();
 }
 
-void describe_whole(const Movie& movie, std::uint64_t file_size, const Lines& lines) {
-    describe_type(movie, lines);
+void describe_whole(const Movie& movie, std::uint64_t file_size, Facts& facts) {
+    describe_type(movie, facts);
     const auto seconds = movie.seconds();
-    lines.add("Duration (seconds)", seconds, time_digits);
+    facts.add_number("Duration (seconds)", seconds, time_digits);
     if (const Track* const track = picture_track(movie))
-        describe_pictures(*track, lines);
+        describe_pictures(*track, facts);
     if (seconds && *seconds > 0)
-        lines.add("Bit rate", bits_per_second(file_size, *seconds));
-    lines.add("Creation date", date_text(movie.header.creation_time));
-    lines.add("Modification date", date_text(movie.header.modification_time));
-    lines.add("Time scale", std::uint64_t{movie.header.timescale});
-    lines.add("Plays while loading", movie.is_before_its_media ? "1" : "0");
-    lines.add("Fragments", movie.fragment_count);
+        facts.add("Bit rate", bits_per_second(file_size, *seconds));
+    facts.add("Creation date", date_text(movie.header.creation_time));
+    facts.add("Modification date", date_text(movie.header.modification_time));
+    facts.add("Time scale", std::uint64_t{movie.header.timescale});
+    facts.add_flag("Plays while loading", movie.is_before_its_media);
+    facts.add("Fragments", movie.fragment_count);
     if (movie.header_is_compressed)
-        lines.add("Compressed header", "1");
-    lines.add("Track count", movie.track_count);
+        facts.add_flag("Compressed header", true);
+    facts.add("Track count", movie.track_count);
 }
 
-void describe_sound(const Sound& sound, const Lines& lines) {
+void describe_sound(const Sound& sound, Facts& facts) {
     if (sound.channels > 0)
-        lines.add("Channels", std::uint64_t{sound.channels});
+        facts.add("Channels", std::uint64_t{sound.channels});
     if (sound.sample_rate > 0)
-        lines.add("Sample rate", sound.sample_rate, time_digits);
+        facts.add_number("Sample rate", sound.sample_rate, time_digits);
     if (sound.sample_size > 0)
-        lines.add("Sample size", std::uint64_t{sound.sample_size});
+        facts.add("Sample size", std::uint64_t{sound.sample_size});
 }
 
-void describe_track(const Track& track, const Lines& lines) {
-    lines.add("Kind", kind_name(track.handler));
-    lines.add("Handler", text_of(track.handler));
-    lines.add_bytes("Name", track.handler_name);
-    lines.add("ID", std::uint64_t{track.id});
-    lines.add("Enabled", track.is_enabled ? "1" : "0");
+void describe_track(const Track& track, Facts& facts) {
+    facts.add("Kind", kind_name(track.handler));
+    facts.add("Handler", text_of(track.handler));
+    facts.add_bytes("Name", track.handler_name);
+    facts.add("ID", std::uint64_t{track.id});
+    facts.add_flag("Enabled", track.is_enabled);
     if (track.entry) {
-        lines.add("Codec name", codec_name(*track.entry));
-        lines.add("Codec type", text_of(track.entry->codec()));
+        facts.add("Codec name", codec_name(*track.entry));
+        facts.add("Codec type", text_of(track.entry->codec()));
         if (track.entry->original_format)
-            lines.add("Encrypted", text_of(track.entry->format));
+            facts.add("Encrypted", text_of(track.entry->format));
     }
     if (entry_kind_of(track.handler) == EntryKind::Picture)
-        describe_pictures(track, lines);
+        describe_pictures(track, facts);
     else
-        lines.add("Sample count", track.sample_count());
+        facts.add("Sample count", track.sample_count());
     if (track.entry && track.entry->picture) {
-        lines.add("Depth", std::uint64_t{track.entry->picture->depth});
-        lines.add_bytes("Compressor", track.entry->picture->compressor_name);
+        facts.add("Depth", std::uint64_t{track.entry->picture->depth});
+        facts.add_bytes("Compressor", track.entry->picture->compressor_name);
     }
     if (track.entry && track.entry->sound)
-        describe_sound(*track.entry->sound, lines);
-    lines.add("Duration (seconds)", track.seconds(), time_digits);
+        describe_sound(*track.entry->sound, facts);
+    facts.add_number("Duration (seconds)", track.seconds(), time_digits);
     if (const auto rate = bit_rate(track))
-        lines.add("Bit rate", *rate);
-    lines.add("Language", language_of(track.language));
+        facts.add("Bit rate", *rate);
+    facts.add("Language", language_of(track.language));
 }
 
 Result<std::string> number_or_nothing(std::optional<std::uint64_t> number) {
@@ -229,10 +293,29 @@ Result<std::string> picture_value(const Track& track, MovieSelector selector) {
 } // namespace
 
 void describe_movie(const Movie& movie, std::uint64_t file_size, ComposedText& text) {
-    describe_whole(movie, file_size, Lines(text, ""));
+    Lines lines(text, "");
+    describe_whole(movie, file_size, lines);
     std::uint64_t number = 0;
-    for (const Track& track : movie.tracks)
-        describe_track(track, Lines(text, "Track " + to_text(++number) + " "));
+    for (const Track& track : movie.tracks) {
+        Lines of_track(text, "Track " + to_text(++number) + " ");
+        describe_track(track, of_track);
+    }
+}
+
+void describe_movie(const Movie& movie, std::uint64_t file_size, const params::TextDecoder& decode,
+                    JsonWriter& json) {
+    Members members(json, decode);
+    json.begin_object();
+    describe_whole(movie, file_size, members);
+    json.key("Tracks");
+    json.begin_array();
+    for (const Track& track : movie.tracks) {
+        json.begin_object();
+        describe_track(track, members);
+        json.end_object();
+    }
+    json.end_array();
+    json.end_object();
 }
 
 const Track* picture_track(const Movie& movie) {

@@ -102,6 +102,19 @@ class ItemList {
     ComposedText& text_;
 };
 
+void write_item(const NamedText& item, const params::TextDecoder& decode, JsonWriter& json) {
+    json.begin_object();
+    json.member("Name", item.name);
+    json.member("Key", item.key);
+    json.member("Source", item.source);
+    if (item.track > 0)
+        json.member_number("Track", item.track);
+    if (!item.value.language.empty())
+        json.member("Language", item.value.language);
+    json.member("Value", decode(item.value.bytes, item.value.encoding));
+    json.end_object();
+}
+
 // What a selector takes, the first of these names that any item has; of those the first in the
 // movie.
 std::span<const std::string_view> names_for(MovieSelector selector) {
@@ -288,6 +301,23 @@ Result<void> list_metadata(const MovieFile& movie, const MovieRequest& request,
     VELL_TRY(coded(each_metadata_item(movie, add)));
     list.finish();
     return is_empty ? Result<void>(Failure{ErrorCode::NothingFound}) : Result<void>();
+}
+
+Result<void> list_metadata(const MovieFile& movie, const params::TextDecoder& decode,
+                           JsonWriter& json) {
+    std::uint64_t written = 0; // bytes, at least
+    json.begin_array();
+    const auto add = [&](const MetadataItem& item) -> Read<void> {
+        const auto named = VELL_TRY(named_text(item));
+        if (named && written <= ComposedText::max_size) { // the caller refuses longer ones
+            write_item(*named, decode, json);
+            written += named->value.bytes.size();
+        }
+        return {};
+    };
+    const Result<void> done = coded(each_metadata_item(movie, add));
+    json.end_array();
+    return done;
 }
 
 Result<void> answer_from_metadata(const MovieFile& movie, const MovieRequest& request,

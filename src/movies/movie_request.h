@@ -47,6 +47,8 @@ struct MovieRequest {
     bool as_xml = false;
     bool verbose = false; // says where each value comes from
 
+    // What comes as objects where JSON is wanted.
+    bool has_objects() const { return description || selector == MovieSelector::AllMetadata; }
     bool asks_for_anything() const { return selector != MovieSelector::None || description; }
 };
 

@@ -43,4 +43,23 @@ Result<void> read_movie(ByteSource& source, const MovieRequest& request,
     return {};
 }
 
+Result<void> read_movie(ByteSource& source, const MovieRequest& request,
+                        const params::TextDecoder& decode, JsonWriter& json) {
+    const auto file = MovieFile::open(formats::Window(source));
+    if (!file)
+        return Failure{code_of(file.error(), ErrorCode::NotAMovie)};
+    if (request.description) {
+        const auto movie = file->read();
+        if (!movie)
+            return Failure{code_of(movie.error(), ErrorCode::NotAMovie)};
+        json.key("Movie");
+        describe_movie(*movie, source.size(), decode, json);
+    }
+    if (request.selector == MovieSelector::AllMetadata) {
+        json.key("MovieMetadata");
+        VELL_TRY(list_metadata(*file, decode, json));
+    }
+    return {};
+}
+
 } // namespace vell::movies

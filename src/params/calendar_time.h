@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace vell::params {
 
@@ -19,5 +20,8 @@ struct CalendarTime {
 // Days counted from 1 January of year 1, which is day 1. `month` must lie in 1 to 12.
 std::int64_t day_number(const CalendarTime& time);
 std::int64_t seconds_of_day(const CalendarTime& time);
+
+// Such as "2024-05-06T07:08:09" (ISO 8601-1, section 5.4).
+std::string iso_text(const CalendarTime& time);
 
 } // namespace vell::params

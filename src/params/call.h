@@ -74,6 +74,8 @@ class Call {
     // as empty text, 0 and not_given.
     virtual std::size_t parameter_count() const = 0;
     virtual SwitchSet switches() = 0;
+    // Where the names go that are looked for in the switches; null where nobody wants to know.
+    virtual AskedNames* asked_names() { return nullptr; }
     virtual std::u16string text(std::size_t index) = 0;
     // A text in an encoding. ParameterUnreadable when the host cannot convert to it, and for
     // BytesOnly when a character is above U+00FF.

@@ -9,12 +9,15 @@
 #include "src/params/encodings.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace vell::params {
 
+// Reads bytes in one of the host's encodings.
+using TextDecoder = std::function<std::u16string(std::string_view bytes, TextEncoding encoding)>;
 
 class ComposedText {
   public:

@@ -2,7 +2,6 @@
 
 #include "src/base/ascii.h"
 
-
 namespace vell::params {
 namespace {
 
@@ -29,15 +28,16 @@ std::u16string_view trimmed(std::u16string_view text) {
                          : text.substr(start, text.find_last_not_of(u' ') - start + 1);
 }
 
-} // namespace
-
-std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name) {
-    for (std::u16string_view rest = switches; !rest.empty();) {
+// Takes the front of `rest` up to the value of the next switch of that name, and the value.
+std::optional<std::u16string> take_value(std::u16string_view& rest, std::u16string_view name) {
+    while (!rest.empty()) {
         if (starts_ignoring_case(rest, name)) {
             rest.remove_prefix(name.size());
             if (rest.starts_with(u'"'))
                 return take_quoted(rest);
-            return std::u16string(trimmed(rest.substr(0, rest.find(u'-', 1))));
+            const std::u16string_view value = rest.substr(0, rest.find(u'-', 1));
+            rest.remove_prefix(value.size());
+            return std::u16string(trimmed(value));
         }
         const bool is_equals_sign = rest.front() == u'=';
         rest.remove_prefix(1);
@@ -45,6 +45,19 @@ std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16
             take_quoted(rest);
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name) {
+    return take_value(switches, name);
+}
+
+std::vector<std::u16string> switch_texts(std::u16string_view switches, std::u16string_view name) {
+    std::vector<std::u16string> values;
+    while (auto value = take_value(switches, name))
+        values.push_back(*std::move(value));
+    return values;
 }
 
 } // namespace vell::params

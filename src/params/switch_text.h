@@ -1,11 +1,13 @@
 // Values of switches that are free text, such as a path or the arguments of a program.
 #pragma once
 
+#include "src/base/utf8.h"
 #include "src/params/call.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vell::params {
 
@@ -16,7 +18,13 @@ namespace vell::params {
 // absent.
 std::optional<std::u16string> switch_text(std::u16string_view switches, std::u16string_view name);
 
+// The values of all switches of that name, in their order; one stands where the value of the one
+// before it ends.
+std::vector<std::u16string> switch_texts(std::u16string_view switches, std::u16string_view name);
+
 inline std::optional<std::u16string> switch_text(Call& call, std::u16string_view name) {
+    if (AskedNames* const asked = call.asked_names())
+        asked->add(utf8_from_utf16(name));
     return switch_text(call.text(0), name);
 }
 

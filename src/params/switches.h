@@ -10,8 +10,20 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vell::params {
+
+// The names that a function has asked for.
+class AskedNames {
+  public:
+    void add(std::string_view name);
+    // The words of a switches text that look like switches and have none of the names in them.
+    std::vector<std::string_view> unknown_in(std::string_view switches) const;
+
+  private:
+    std::vector<std::string> names_;
+};
 
 class SwitchSet {
   public:
@@ -32,6 +44,8 @@ class SwitchSet {
     }
 
     bool has(std::string_view name) const;
+    // From here on notes what it is asked for; the notes outlive it and its copies.
+    void note_in(AskedNames& asked) { asked_ = &asked; }
     std::string_view text() const { return {text_.data(), length_}; }
 
     // The switch as named, followed by its value: the text after the name's first occurrence up to
@@ -43,6 +57,7 @@ class SwitchSet {
     // Held in place, since every call reads its switches and most of them are short.
     std::array<char, max_length + 1> text_;
     std::size_t length_ = 0;
+    AskedNames* asked_ = nullptr;
 };
 
 } // namespace vell::params

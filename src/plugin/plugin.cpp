@@ -18,7 +18,8 @@ constexpr std::int16_t highest_api_version = 255;
 constexpr std::uint8_t highest_idle_level = 3;
 
 constexpr std::string_view web_address = "https://vellfile.example/";
-constexpr std::string_view help_address = "https://vellfile.example/help/";
+// The host puts the number of a function or step behind it, and the reference's page there leads on.
+constexpr std::string_view help_address = "https://vellfile.example/reference/id/?";
 
 std::string description() {
     return std::string(plugin_name_and_version) + ". " +

@@ -27,6 +27,16 @@ std::optional<Entry> find_entry(std::int16_t id) {
     return std::nullopt;
 }
 
+// A body that failed may not have come to ask for all of its switches.
+void note_unknown_switches(params::Call& call) {
+    const params::AskedNames* const asked = call.asked_names();
+    if (!asked)
+        return;
+    const params::SwitchSet switches = call.switches();
+    for (const std::string_view word : asked->unknown_in(switches.text()))
+        call.debug_note("No such switch: " + std::string(word));
+}
+
 // Runs the body; what it throws becomes its code. A failure always has one: the system may refuse
 // something without saying why.
 ErrorCode outcome_of(const Entry& entry, HostCall& given, Plugin& plugin) {
@@ -35,8 +45,10 @@ ErrorCode outcome_of(const Entry& entry, HostCall& given, Plugin& plugin) {
         if (call.parameter_count() < static_cast<std::size_t>(entry.needed_parameters))
             return ErrorCode::BadParameter;
         const Result<void> outcome = entry.body.run(call, plugin);
-        if (outcome)
+        if (outcome) {
+            note_unknown_switches(call);
             return ErrorCode::Ok;
+        }
         return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();
     } catch (const std::bad_alloc&) {
         return ErrorCode::OutOfMemory;

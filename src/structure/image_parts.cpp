@@ -234,7 +234,7 @@ class DirectoryReport {
             position += tiff::Entry::size;
         }
         const auto next = directory->next();
-        return next ? *next : 0;
+        return next ? static_cast<std::uint32_t>(*next) : 0;
     }
 
     Read<void> report_entry(const tiff::Entry& entry, std::uint64_t position) {

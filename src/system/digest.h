@@ -10,7 +10,7 @@
 
 namespace vell::files {
 
-enum class DigestAlgorithm : std::uint8_t { Md5, Sha1 };
+enum class DigestAlgorithm : std::uint8_t { Md5, Sha1, Sha256, Sha512 };
 
 // A checksum in the making.
 class Digest {

@@ -11,6 +11,9 @@
 
 namespace vell::files {
 
+// A moment in units of 100 ns from the start of 1601 on, in UTC; 0 where none is known.
+enum class FileTime : std::uint64_t {};
+
 struct FolderEntry {
     std::u16string name;
     std::u16string short_name; // the 8.3 name; empty where there is none or the name is one already
@@ -18,6 +21,10 @@ struct FolderEntry {
     bool is_folder = false;
     bool is_hidden = false;
     bool is_link = false; // a symbolic link or a junction: what it leads to lies elsewhere
+    bool is_read_only = false;
+    FileTime created{};
+    FileTime modified{};
+    FileTime accessed{};
 };
 
 // What the system says of a failure.

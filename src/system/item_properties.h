@@ -3,6 +3,7 @@
 
 #include "src/params/calendar_time.h"
 #include "src/system/file_access.h"
+#include "src/system/folder_reader.h"
 
 #include <cstdint>
 #include <optional>
@@ -62,6 +63,7 @@ class ItemProperties {
     // Times are local ones, by the rule in force on their date; fractions of a second are cut off.
     // Of a file whoever has it open.
     virtual Result<params::CalendarTime> time(const NativePath& path, ItemTime which) = 0;
+    virtual Result<params::CalendarTime> local_time_of(FileTime time) = 0;
     // Changes those that are given. BadParameter for a time that does not exist in the calendar or
     // that no file can have.
     virtual Result<void> set_times(const NativePath& path, const NewTimes& times) = 0;

@@ -2,7 +2,8 @@
 # Drives vellhost.exe with the plug-in from end to end. Prints a line for each check that fails.
 # Usage: cli_test.sh BUILD_BIN_DIR
 bin=$(cd "$1" && pwd) || exit 2
-wine=$(cd "$(dirname "$0")/../.." && pwd)/scripts/wine
+root=$(cd "$(dirname "$0")/../.." && pwd)
+wine=$root/scripts/wine
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 2
@@ -167,6 +168,31 @@ check_contains 'a failing host call is named' err 'the failure struck FM_'
 vellhost --jsno 1
 check_contains 'unknown option' err 'there is no option --jsno; is --json meant?'
 check 'exit code of a usage error' 2 "$code"
+
+# What teaches: pages of the reference, switches that do not exist, hints, statements and times.
+pages="Z:$root/docs/reference/functions"
+vellhost --reference "$pages" --help getfilehash
+check_contains 'help: the page' out '  -SHA256            no '
+vellhost --reference "$pages" --describe 'copy file'
+check_contains 'describe: codes' out '  -48    a file or folder stands at the destination'
+vellhost --reference "$pages" --help GetFileHsh
+check 'help: what is meant' '2 vellhost: there is no function or script step GetFileHsh; is VlFile_GetFileHash meant?' \
+    "$code $(cat err)"
+vellhost --reference "$pages" 'VlFile_GetContents( "-Encoding=UTF-9 -Encodng=UTF8" ; "/utf9.txt" )'
+check 'switches that do not exist, and a hint' "1 \$\$-43
+-Encoding=UTF-9: VlFile_GetContents has no such switch; -Encoding=UTF-8?
+-Encodng=UTF8: VlFile_GetContents has no such switch; -Encoding=UTF8?
+hint: \"/utf9.txt\" is read without" "$code $(cat out)
+$(cut -c 1-80 err | sed 's/ its first slash.*//')"
+printf '// Sums\n1 + 1\n' | "$wine" "$bin/vellhost.exe" --echo --timing >out 2>err
+check 'statements before their results' '
+Sums
+> 1 + 1
+2' "$(cat out)"
+check_contains 'times' err ' ms  line 2'
+printf '2 * 3\nhistory\nquit\n7\n' | "$wine" "$bin/vellhost.exe" --prompt >out 2>err
+check 'the prompt behind a pipe' "$(printf '\036\n6\n\036\n1  2 * 3\n2  history\n\036')" \
+    "$(tail -n +2 out)"
 
 [ "$failures" -eq 0 ] && echo 'all checks passed'
 [ "$failures" -eq 0 ]

@@ -21,7 +21,10 @@ import reasons
 import rules
 import vellhost
 
-FOLDERS = ("jpeg", "jpeg2", "tiff", "tiff2", "png", "png2", "raw", "raw2")
+FOLDERS = ("jpeg", "jpeg2", "tiff", "tiff2", "png", "png2", "raw", "raw2", "psd")
+# Of folders with files of other kinds: what is wanted.
+KINDS = {"movie": (".heic", ".heif", ".avif"), "movie2": (".heic", ".heif", ".avif"),
+         "picture": (".webp", ".psd", ".gif"), "other": (".webp",)}
 # Bytes of files come out as the characters U+0000 to U+00FF.
 BYTES = " -Encoding=ISO_8859_1"
 QUESTIONS = {
@@ -186,7 +189,7 @@ def compare_texts(comparison, path, answers, exiftool, exiv2):
     packet = answers["xmp"].replace('begin="0xEFBBBF"', 'begin="\ufeff"')
     packet = re.sub(r"^http://ns\.adobe\.com/[^\r]*\r", "", packet)
     for peer, theirs in (("exiftool", exiftool.xmp(path)), ("exiv2", exiv2.xmp(path))):
-        theirs = theirs.decode("utf-8", "replace")
+        theirs = theirs.decode("utf-8", "replace").rstrip("\0")
         if theirs.strip():
             equal = "".join(packet.split()) == "".join(theirs.split())
             comparison.check(equal, path, "xmp", peer, "XMP", packet, theirs)
@@ -279,7 +282,10 @@ def main(folder):
         print("skipped: the folder VELL_CORPUS is not there")
         return 77
     corpus = os.path.abspath(corpus)
-    paths = sorted(str(path) for name in FOLDERS for path in pathlib.Path(corpus, name).iterdir())
+    paths = sorted([str(path) for name in FOLDERS for path in pathlib.Path(corpus, name).iterdir()] +
+                   [str(path) for name, kinds in KINDS.items()
+                    for path in pathlib.Path(corpus, name).iterdir()
+                    if path.suffix.lower() in kinds])
     answers = ask_plugin(folder, paths)
     exiftool, exiv2, comparison = peers.Exiftool(paths), peers.Exiv2(), Comparison()
     for path in paths:

@@ -5,20 +5,22 @@ Each row: the file (a pattern), the peer, the tag or what else was compared (a p
 import fnmatch
 
 ANY = ("exiftool", "exiv2", "either")
-NOT_READ = "the file is neither JPEG, PNG nor TIFF; the peers know its container"
-BIG_TIFF = "offsets of 64 bits are another format than TIFF 6.0"
+
+TURNED = "the image is described as it is shown, turned by \"irot\""
 
 ROWS = (
-    ("FujiFilm.raf", ANY, "*", NOT_READ),
-    ("Minolta.mrw", ANY, "*", NOT_READ),
-    ("CanonRaw.cr3", ANY, "*", NOT_READ),
-    ("BigTIFF.btf", ANY, "*", BIG_TIFF),
-    ("me-tif-BigTIFF-BigTIFF*.tif", ("exiftool",), "EXIF *", BIG_TIFF),
-    ("me-tif-BigTIFF-BigTIFF*.tif", ("exiftool",), "Width", BIG_TIFF),
-    ("me-tif-BigTIFF-BigTIFF*.tif", ("exiftool",), "Height", BIG_TIFF),
-    ("me-tif-BigTIFF-BigTIFF*.tif", ("exiftool",), "Depth", BIG_TIFF),
-    ("me-tif-BigTIFF-BigTIFF*.tif", ("codes",), "*: $$-39",
-     BIG_TIFF + "; taken for such, the directory or its entries lie beyond the end"),
+    ("FujiFilm.raf", ("exiftool",), "[WH]*",
+     "the size is that of the photograph here, that of the JPEG inside there"),
+    ("me-avif-32Bit-72dpi-sRGB-800x600.avif", ("exiftool",), "* Res",
+     "the resolution stands in Exif, which the description of items does not look at"),
+    *((file, ("exiftool",), "[WH]*", TURNED) for file in
+      ("me-heic-Issue_263_dotnet.heic", "me-heic-Issue_487.heic",
+       "mp4parse-mp4parse-tests-corrupt-transformation-before-ispe.avif",
+       "mp4parse-mp4parse-tests-irot-missing-essential.avif")),
+    ("me-heic-Issue_437_dotnet_.heic", ("either",), "EXIF 34665",
+     "exiv2 refuses the file, and exiftool lists no pointers"),
+    ("me-heic-Issue_487.heic", ("exiftool",), "GPS [24]",
+     "0/0 is nan here, nothing there"),
     ("Panasonic.rw2", ANY, "*", "the peers add the tags of the JPEG preview inside"),
     ("AFCP.jpg", ("exiftool",), "IPTC *", "stands in a trailer, in no resource of Photoshop's"),
     ("FotoStation.jpg", ("exiftool",), "IPTC *",

@@ -89,6 +89,9 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
         {u"-SHA1", DigestAlgorithm::Sha1, "000fa0ff"},
         {u"-MD5 -sha1", DigestAlgorithm::Sha1, "000fa0ff"},
         {u"-Hash_SHA1-Colons", DigestAlgorithm::Sha1, "00:0f:a0:ff"},
+        {u"-SHA256 -Colons", DigestAlgorithm::Sha256, "00:0f:a0:ff"},
+        {u"-sha512", DigestAlgorithm::Sha512, "000fa0ff"},
+        {u"-SHA512 -SHA256 -SHA1", DigestAlgorithm::Sha1, "000fa0ff"},
         {u"-colons", DigestAlgorithm::Md5, "00:0f:a0:ff"},
     };
     WithDigests files;

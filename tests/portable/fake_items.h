@@ -6,6 +6,7 @@
 #include "src/system/system.h"
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <limits>
 #include <map>
@@ -51,6 +52,16 @@ struct FakeItem {
         return {.bytes = std::move(bytes), .is_device = true, .longest_read = longest_read};
     }
 };
+
+inline constexpr std::int64_t units_per_second = 10'000'000;
+inline constexpr std::chrono::sys_seconds year_1601 =
+    std::chrono::sys_days(std::chrono::year(1601) / 1 / 1);
+
+inline files::FileTime file_time(const params::CalendarTime& time) {
+    const std::int64_t days = params::day_number(time) - params::day_number({1601, 1, 1, 0, 0, 0});
+    const std::int64_t seconds = days * 86400 + params::seconds_of_day(time);
+    return files::FileTime{static_cast<std::uint64_t>(seconds * units_per_second)};
+}
 
 // What a folder holds.
 using Entries = std::vector<files::FolderEntry>;
@@ -447,7 +458,11 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
                                        .size = item.end(),
                                        .is_folder = item.has(files::Attribute::Folder),
                                        .is_hidden = item.has(files::Attribute::Hidden),
-                                       .is_link = item.link.has_value()};
+                                       .is_link = item.link.has_value(),
+                                       .is_read_only = item.has(files::Attribute::ReadOnly),
+                                       .created = file_time(item.created),
+                                       .modified = file_time(item.modified),
+                                       .accessed = file_time(item.accessed)};
         }
         Entries entries{folder(u"."), folder(u"..")};
         for (auto& [number, entry] : inside)

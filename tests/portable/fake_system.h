@@ -128,6 +128,20 @@ class FakeSystem : public System,
                : which == files::ItemTime::Accessed ? item->accessed
                                                     : item->modified;
     }
+    // Where it is UTC.
+    Result<params::CalendarTime> local_time_of(files::FileTime time) override {
+        using namespace std::chrono;
+        const sys_seconds moment =
+            year_1601 + seconds(static_cast<std::int64_t>(time) / units_per_second);
+        const year_month_day date(floor<days>(moment));
+        const hh_mm_ss clock(moment - floor<days>(moment));
+        return params::CalendarTime{static_cast<int>(date.year()),
+                                    static_cast<int>(static_cast<unsigned>(date.month())),
+                                    static_cast<int>(static_cast<unsigned>(date.day())),
+                                    static_cast<int>(clock.hours().count()),
+                                    static_cast<int>(clock.minutes().count()),
+                                    static_cast<int>(clock.seconds().count())};
+    }
     Result<void> set_times(const NativePath& path, const files::NewTimes& times) override {
         FakeItem* item = find(path.wide);
         if (!item)

@@ -2,7 +2,7 @@
 #include "src/files/listing/folder_lister.h"
 #include "src/files/listing/folder_size.h"
 #include "src/files/listing/listing.h"
-#include "tests/portable/fake_call.h"
+#include "tests/portable/answer_of.h"
 #include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
@@ -166,6 +166,32 @@ TEST(FolderSize, CountsEveryFileOnceAndNothingBehindLinks) {
     folders.fail_read(2, 1234);
     EXPECT_EQ(number(folder_size(folders, u"C:\\top\\").error()), 1234);
     EXPECT_EQ(folders.open_folders(), 0);
+}
+
+TEST(ListFolder, TellsAllOfItsItemsAsJson) {
+    FakeSystem system;
+    system.add_folder(u"C:\\top\\sub").modified = {1999, 12, 31, 23, 59, 58};
+    testing::FakeItem& item = system.add(u"C:\\top\\sub\\\u00E4\"b.txt", "12345");
+    item.attributes = bit(Attribute::ReadOnly) | bit(Attribute::Hidden);
+    item.created = {1601, 1, 1, 0, 0, 0}; // a file system that keeps none
+    system.add_folder(u"C:\\top\\loop").link = u"elsewhere";
+    const std::string rest = R"("Accessed":"2024-02-29T12:34:56","Hidden":)";
+    const std::string times = R"("Created":"2024-02-29T12:34:56","Modified":)";
+    EXPECT_EQ(testing::answer_of(
+                  {u"files folders -recursive showinvisibles -Format=JSON -FileMakerPathFormat",
+                   u"C:\\top"},
+                  [&](params::Call& call) { return list_folder(call, system); }),
+              R"([{"Name":"sub","Path":"filewin:/C:/top/sub","Type":"folder",)" + times +
+                  R"("1999-12-31T23:59:58",)" + rest + R"(false,"ReadOnly":false},)" +
+                  R"({"Name":"ä\"b.txt","Path":"filewin:/C:/top/sub/ä\"b.txt",)" +
+                  R"("Type":"file","Size":5,"Modified":"2024-02-29T12:34:56",)" + rest +
+                  R"(true,"ReadOnly":true},)" +
+                  R"({"Name":"loop","Path":"filewin:/C:/top/loop","Type":"folder","Link":true,)" +
+                  times + R"("2024-02-29T12:34:56",)" + rest + R"(false,"ReadOnly":false}])");
+    system.add_folder(u"C:\\empty");
+    EXPECT_EQ(testing::answer_of({u"files showpointdirs folders -Format=JSON", u"C:\\empty"},
+                                 [&](params::Call& call) { return list_folder(call, system); }),
+              "[]");
 }
 
 TEST(ListFolder, GivesTheSystemsNumberAndFolderSizeItsCode) {

@@ -35,6 +35,19 @@ TEST(MovieAnswers, TurnPicturesAsTheMatrixSays) {
     }
 }
 
+TEST(MovieAnswers, AreObjectsInJson) {
+    const std::string file = with_track({.matrix = {0, 1, -1, 0}});
+    const std::string json = answer(file, "-GetMovieDescription -Format=JSON");
+    EXPECT_TRUE(json.starts_with(R"({"Movie":{"Format":)")) << json;
+    EXPECT_NE(json.find(R"("Width":640,"Height":480,"ShownWidth":480,"ShownHeight":640,)"
+                        R"("Rotation":90,)"),
+              std::string::npos)
+        << json;
+    EXPECT_NE(json.find(R"("Tracks":[{"Kind":)"), std::string::npos) << json;
+    EXPECT_NE(json.find(R"("Enabled":true)"), std::string::npos) << json;
+    EXPECT_EQ(answer("no movie", "-GetMovieDescription -Format=JSON"), "-2010");
+}
+
 TEST(MovieAnswers, AreOfTheFirstEnabledTrackWithPictures) {
     const std::string tracks = track({.handler = "soun", .entry = sound_entry("sowt", "")}) +
                                track({.samples = 1, .flags = 0}) + track({.samples = 2});

@@ -68,6 +68,37 @@ TEST(PdfInformation, ReadsValuesOfAllKinds) {
     EXPECT_EQ(description_of(Pdf().object(1, "(x)").finish("/Info 1 0 R").bytes), lines("1.4", ""));
 }
 
+std::string object_of(const std::string& bytes) {
+    const auto file = files::memory_file(bytes);
+    auto reader = *files::BufferedReader::over(*file);
+    JsonWriter json;
+    const Result<void> done = describe_pdf(reader, json);
+    return done ? json.take() : "!" + std::to_string(number(done.error()));
+}
+
+TEST(PdfInformation, IsOneObjectWithEachNameOnce) {
+    EXPECT_EQ(object_of("no PDF"), "!-208");
+    const std::string entries =
+        "/Title (a: \"b\"\\rC: d) /Title (second) /CreationDate (D:20220801123456Z)"
+        "/Number#20of#20pages (Yes) /Empty ()";
+    EXPECT_EQ(object_of(Pdf()
+                            .object(5, "<<" + entries + ">>")
+                            .object(6, "<< /Type /Pages /Count 12 >>")
+                            .finish("/Info 5 0 R")
+                            .bytes),
+              R"({"PDFVersion":"1.4","FastWebView":false,"NumberOfPages":12,"Information":)"
+              R"({"Title":"a: \"b\"\rC: d","CreationDate":"2022-08-01T12:34:56",)"
+              R"("Number of pages":"Yes","Empty":""}})");
+    EXPECT_EQ(
+        object_of(Pdf().object(5, "<</Title (x)>>").finish("/Info 5 0 R /Encrypt 6 0 R").bytes)
+            .find("\"Encrypted\""),
+        std::string::npos); // what can be read is told
+    const std::string unreadable = object_of(
+        Pdf().object(5, "<</Title (\x01\x02)>>").finish("/Info 5 0 R /Encrypt 6 0 R").bytes);
+    EXPECT_NE(unreadable.find(R"("Encrypted":true)"), std::string::npos) << unreadable;
+    EXPECT_EQ(unreadable.find("Information"), std::string::npos) << unreadable;
+}
+
 TEST(PdfInformation, FollowsUpdates) {
     const auto base = [] {
         return Pdf().object(1, "<</A(old)>>").finish("/Info 1 0 R");

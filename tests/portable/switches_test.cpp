@@ -94,5 +94,15 @@ TEST(Encodings, BytesOnlyIsForContentsAlone) {
     EXPECT_EQ(static_cast<int>(contents_encoding_of(both, some_default)), 4200);
 }
 
+TEST(AskedNames, TellWordsThatNobodyAskedFor) {
+    SwitchSet switches("-SHA1 -sha256, \"-in quotes\" -Colons-Path=x -Files 3 -5 a-b -");
+    AskedNames asked;
+    switches.note_in(asked);
+    const SwitchSet copy = switches;
+    EXPECT_TRUE(copy.has("-SHA1") && copy.has("files"));
+    copy.value("-Path=", 20);
+    EXPECT_EQ(asked.unknown_in(switches.text()), std::vector<std::string_view>{"-sha256"});
+}
+
 } // namespace
 } // namespace vell::params

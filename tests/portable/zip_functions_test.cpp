@@ -78,6 +78,15 @@ TEST_F(Zip, ArchivesAFolderAndExpandsItAgain) {
               u"0"); // without itself
     EXPECT_EQ(names({u"", u"C:\\in\\b.zip"}),
               u".git/\r.git/config\rempty/\rsub/\rsub/\u00E4.txt\ra.txt\rhidden.lnk\r");
+    const std::u16string json = names({u"-Format=JSON", u"C:\\in\\b.zip"});
+    const auto tells = [&](std::u16string_view entry) {
+        return json.find(entry) != std::u16string::npos;
+    };
+    EXPECT_TRUE(tells(uR"([{"Name":".git/","Type":"folder","Size":0,"CompressedSize":0,)"));
+    EXPECT_TRUE(tells(uR"({"Name":"a.txt","Type":"file","Size":5,"CompressedSize":5,)"
+                      uR"("Modified":"2024-02-29T12:34:56","Method":"Stored",)"
+                      uR"("CRC32":"3610A686","Encrypted":false})"));
+    EXPECT_TRUE(tells(uR"("Method":"Deflate")"));
     auto reader = ZipReader::open(files::memory_file(system.at(u"C:\\in\\b.zip")));
     for (std::uint32_t i = 0; i < reader->entry_count(); ++i)
         EXPECT_TRUE(reader->entry(i)->utf8_name);
@@ -257,6 +266,9 @@ TEST_F(Zip, ListsNamesAsTheSwitchesSay) {
     EXPECT_EQ(names({u"", u"C:\\x.zip"}), mac + stores + rest);
     EXPECT_EQ(names({u"-SkipHiddenMacOSXItems", u"C:\\x.zip"}), stores + rest);
     EXPECT_EQ(names({u"-SkipDS_Store", u"C:\\x.zip"}), mac + rest);
+    const std::u16string json =
+        names({u"-SkipDS_Store -SkipHiddenMacOSXItems -Format=JSON", u"C:\\x.zip"});
+    EXPECT_EQ(std::ranges::count(json, u'{'), std::ranges::count(rest, u'\r'));
     EXPECT_EQ(names({u"-SkipDS_Store -SkipHiddenMacOSXItems", u"C:\\x.zip"}), rest);
     EXPECT_EQ(names({u"-SkipDS_Store -SkipHiddenMacOSXItems -Encoding=ISO_8859_1", u"C:\\x.zip"}),
               u"x.DS_Store\r\u0084\r");

@@ -52,16 +52,29 @@ TEST_F(Information, HashesAreThePublishedOnes) {
         std::string contents;
         const char16_t* md5;
         const char16_t* sha1;
+        const char16_t* sha256;
+        const char16_t* sha512;
     } vectors[] = {
-        {"", md5_of_nothing, u"da39a3ee5e6b4b0d3255bfef95601890afd80709"},
-        {"abc", u"900150983cd24fb0d6963f7d28e17f72", u"a9993e364706816aba3e25717850c26c9cd0d89d"},
+        {"", md5_of_nothing, u"da39a3ee5e6b4b0d3255bfef95601890afd80709",
+         u"e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855",
+         u"cf83e1357eefb8bdf1542850d66d8007d620e4050b5715dc83f4a921d36ce9ce"
+         u"47d0d13c5d85f2b0ff8318d2877eec2f63b931bd47417a81a538327af927da3e"},
+        {"abc", u"900150983cd24fb0d6963f7d28e17f72", u"a9993e364706816aba3e25717850c26c9cd0d89d",
+         u"ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad",
+         u"ddaf35a193617abacc417349ae20413112e6fa4e89a97ea20a9eeee64b55d39a"
+         u"2192992a274fc1a836ba3c23a3feebbd454d4423643ce80e2a9ac94fa54ca49f"},
         {std::string(1'000'000, 'a'), u"7707d6ae4e027c70eea2a935c2296f21",
-         u"34aa973cd4c4daa4f61eeb2bdbad27316534016f"},
+         u"34aa973cd4c4daa4f61eeb2bdbad27316534016f",
+         u"cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0",
+         u"e718483d0ce769644e2e42c7bc15b4638e1f98b13b2044285632a803afa973eb"
+         u"de0ff244877ea60a4cb0432ce577c31beb009c5c2c49aa2e4eadb217ad8cc09b"},
     };
     for (const auto& vector : vectors) {
         const std::u16string file = folder.file(L"hashed.bin", vector.contents);
         EXPECT_EQ(ask(u"VlFile_GetFileHash", u"", file), vector.md5);
         EXPECT_EQ(ask(u"VlFile_GetFileHash", u"-SHA1", file), vector.sha1);
+        EXPECT_EQ(ask(u"VlFile_GetFileHash", u"-SHA256", file), vector.sha256);
+        EXPECT_EQ(ask(u"VlFile_GetFileHash", u"-SHA512", file), vector.sha512);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "src/files/disks/disks.h"
 
+#include "src/base/json_writer.h"
+#include "src/base/utf8.h"
 #include "src/files/disks/disk_names.h"
 #include "src/params/path_form.h"
 #include "src/system/system.h"
@@ -64,12 +66,17 @@ std::u16string wide(std::string_view ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
-using Value = std::variant<std::u16string, std::uint64_t>;
+using Value = std::variant<std::u16string, std::uint64_t, bool>;
+
+std::uint64_t as_number(const Value& value) {
+    const auto* number = std::get_if<std::uint64_t>(&value);
+    return number ? *number : std::uint64_t{std::get<bool>(value)};
+}
 
 std::u16string as_text(const Value& value) {
-    if (const auto* number = std::get_if<std::uint64_t>(&value))
-        return wide(std::to_string(*number));
-    return std::get<std::u16string>(value);
+    if (const auto* text = std::get_if<std::u16string>(&value))
+        return *text;
+    return wide(std::to_string(as_number(value)));
 }
 
 struct Facts {
@@ -127,7 +134,7 @@ constexpr InfoRow info_rows[] = {
      }},
     {"ReadOnly", Source::Volume,
      [](const Facts& facts) {
-         return Value(std::uint64_t{facts.volume.is_read_only});
+         return Value(facts.volume.is_read_only);
      }},
     {"TotalSpace", Source::Space,
      [](const Facts& facts) {
@@ -158,6 +165,22 @@ Result<Facts> collect(System& system, const Disk& disk, const SwitchSet& switche
     if (needs(Source::Space))
         facts.space = VELL_TRY(system.disks().space(root));
     return facts;
+}
+
+std::u16string as_json(const Facts& facts, const std::vector<const InfoRow*>& rows) {
+    JsonWriter json;
+    json.begin_object();
+    for (const InfoRow* row : rows) {
+        const Value value = row->value(facts);
+        if (const auto* text = std::get_if<std::u16string>(&value))
+            json.member(row->name, *text);
+        else if (const auto* is_true = std::get_if<bool>(&value))
+            json.member_boolean(row->name, *is_true);
+        else
+            json.member_number(row->name, as_number(value));
+    }
+    json.end_object();
+    return utf16_from_utf8(json.take());
 }
 
 } // namespace
@@ -205,12 +228,16 @@ Result<void> disk_info(Call& call, System& system) {
         for (const InfoRow& row : info_rows)
             rows.push_back(&row);
     const Facts facts = VELL_TRY(collect(system, disk, switches, rows));
+    if (switches.has("-Format=JSON")) {
+        call.set_text(as_json(facts, rows));
+        return {};
+    }
     if (alone) {
         const Value value = rows.front()->value(facts);
-        if (const auto* number = std::get_if<std::uint64_t>(&value))
-            call.set_number(static_cast<std::int64_t>(*number));
+        if (const auto* text = std::get_if<std::u16string>(&value))
+            call.set_text(*text);
         else
-            call.set_text(std::get<std::u16string>(value));
+            call.set_number(static_cast<std::int64_t>(as_number(value)));
         return {};
     }
     std::u16string text;

@@ -12,8 +12,11 @@ constexpr std::size_t buffer_size = 65'545;
 constexpr std::size_t read_size = 65'535;
 
 DigestAlgorithm algorithm_of(const SwitchSet& switches) {
-    const bool sha1 = switches.has("-SHA1") || switches.has("-Hash_SHA1");
-    return sha1 ? DigestAlgorithm::Sha1 : DigestAlgorithm::Md5;
+    if (switches.has("-SHA1") || switches.has("-Hash_SHA1"))
+        return DigestAlgorithm::Sha1;
+    if (switches.has("-SHA256"))
+        return DigestAlgorithm::Sha256;
+    return switches.has("-SHA512") ? DigestAlgorithm::Sha512 : DigestAlgorithm::Md5;
 }
 
 Result<void> add_file(File& file, Digest& digest, std::span<char> buffer) {

@@ -42,7 +42,11 @@ bool FolderLister::keeps(const FolderEntry& entry) const {
     return options_.point_folders || !entry.name.starts_with(u'.');
 }
 
-void FolderLister::write_line(const FolderEntry& entry, std::u16string& text) const {
+void FolderLister::give(const FolderEntry& entry, std::u16string& text) {
+    if (options_.take) {
+        line_.assign(prefix_).append(listed_name(entry, options_));
+        return options_.take(entry, line_);
+    }
     text += prefix_;
     text += listed_name(entry, options_);
     if (entry.is_folder)
@@ -118,7 +122,7 @@ Result<void> FolderLister::append(const std::u16string& folder, std::u16string& 
             continue;
         if ((!options_.recursive || !entry->is_folder || options_.folders) &&
             (!options_.wants || options_.wants(entry->name))) {
-            write_line(*entry, text);
+            give(*entry, text);
             ++lines;
         }
         if (options_.recursive && entry->is_folder && !entry->is_link &&

@@ -28,6 +28,8 @@ struct ListingOptions {
     // names and no end of time; the time is looked at once for each batch of entries.
     std::function<bool(std::u16string_view name)> wants = {};
     std::function<bool()> time_is_up = {};
+    // Takes each kept entry instead of the text, with its path as a line would show it.
+    std::function<void(const FolderEntry& entry, std::u16string_view path)> take = {};
     std::uint64_t most_lines = std::numeric_limits<std::uint64_t>::max();
     bool any_depth = false;       // paths have no limit but that of the system
     bool skip_unreadable = false; // folders below the first one
@@ -64,7 +66,7 @@ class FolderLister {
     };
 
     bool keeps(const FolderEntry& entry) const;
-    void write_line(const FolderEntry& entry, std::u16string& text) const;
+    void give(const FolderEntry& entry, std::u16string& text);
     Result<void> enter();
     void leave();
     Result<const FolderEntry*> next_entry(Level& level);
@@ -78,6 +80,7 @@ class FolderLister {
     // Of the folder that is being read.
     std::u16string path_;
     std::u16string prefix_;
+    std::u16string line_; // room that is used again
 };
 
 } // namespace vell::files

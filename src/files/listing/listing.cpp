@@ -2,6 +2,7 @@
 
 #include "src/files/listing/folder_lister.h"
 #include "src/files/listing/folder_size.h"
+#include "src/files/listing/listing_as_json.h"
 #include "src/files/listing/listing_words.h"
 #include "src/system/system.h"
 
@@ -29,6 +30,10 @@ Result<void> list_folder(Call& call, System& system) {
     ListingOptions options = listing_words(switches);
     if (!options.files && !options.folders)
         return Failure{ErrorCode::BadParameter};
+    if (switches.has("-Format=JSON")) {
+        call.set_text(VELL_TRY(listing_as_json(system, switches, folder, std::move(options))));
+        return {};
+    }
     std::u16string text;
     VELL_TRY(FolderLister(system.folders(), std::move(options)).append(folder, text));
     if (!text.empty() && !switches.has("-ReturnAtEnd"))

@@ -9,6 +9,7 @@ namespace vell::files {
 // words "files" and "folders" say which, at least one of them (BadParameter). Further switches:
 // "showpointdirs", "showinvisibles", "showaliases" or "showshortcuts", "shortnames", "-recursive",
 // "-AddFolderSuffix" ("/" behind folders) and "-ReturnAtEnd" (a line end behind the last line too).
+// With "-Format=JSON" the result is an array of objects (listing_as_json.h).
 // "-showpackagecontents" and "-dontencodeslash" are accepted: there are no packages here, and names
 // hold no slash that would be encoded.
 //

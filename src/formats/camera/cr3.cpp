@@ -37,17 +37,6 @@ struct LargePicture {
     static constexpr auto fields() { return std::tuple{Field{12, &LargePicture::picture_size}}; }
 };
 
-Read<std::optional<Window>> find_user_box(const Window& around, const UserType& type) {
-    BoxWalk walk(around);
-    for (;;) {
-        const auto box = VELL_TRY(walk.next());
-        if (!box)
-            return std::optional<Window>();
-        if (box->type == "uuid"_4cc && box->user_type == type)
-            return std::optional(box->content);
-    }
-}
-
 Read<Window> find_box_in_movie(const Window& file) {
     const auto movie = VELL_TRY(find_box(file, "moov"_4cc));
     if (!movie)
@@ -82,12 +71,26 @@ Read<void> add_samples(const Window& file, std::vector<Window>& pictures) {
 
 } // namespace
 
-Read<Window> find_tags(const Window& file) {
+Read<Tags> read_tags(const Window& file) {
     const Window around = VELL_TRY(find_box_in_movie(file));
-    const auto tags = VELL_TRY(find_box(around, "CMT1"_4cc));
-    if (!tags)
+    Tags tags;
+    VELL_TRY(each_box(around, [&](Box& box) -> Read<void> {
+        if (box.type == "CMT1"_4cc)
+            tags.image = box.content;
+        else if (box.type == "CMT2"_4cc)
+            tags.exif = box.content;
+        else if (box.type == "CMT4"_4cc)
+            tags.gps = box.content;
+        return {};
+    }));
+    return tags;
+}
+
+Read<Window> find_tags(const Window& file) {
+    const Tags tags = VELL_TRY(read_tags(file));
+    if (!tags.image)
         return fault(Damage::Absent);
-    return tags->content;
+    return *tags.image;
 }
 
 Read<std::vector<Window>> read_pictures(const Window& file) {

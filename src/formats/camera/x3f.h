@@ -15,9 +15,14 @@ struct Header {
     static constexpr ByteOrder order = ByteOrder::Little;
     static constexpr std::uint32_t signature = 0x62564F46; // "FOVb"
 
+    std::uint32_t columns = 0;
+    std::uint32_t rows = 0;
     std::uint32_t rotation = 0; // degrees, clockwise
 
-    static constexpr auto fields() { return std::tuple{Field{36, &Header::rotation}}; }
+    static constexpr auto fields() {
+        return std::tuple{Field{28, &Header::columns}, Field{32, &Header::rows},
+                          Field{36, &Header::rotation}};
+    }
 };
 
 // What sections of images begin with.

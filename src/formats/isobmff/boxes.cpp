@@ -68,6 +68,17 @@ Read<std::optional<Box>> find_box(const Window& around, FourCc type) {
     }
 }
 
+Read<std::optional<Window>> find_user_box(const Window& around, const UserType& type) {
+    BoxWalk walk(around);
+    for (;;) {
+        const auto box = VELL_TRY(if_sound(walk.next()));
+        if (!box || !*box)
+            return std::optional<Window>();
+        if ((*box)->type == "uuid"_4cc && (*box)->user_type == type)
+            return std::optional((*box)->content);
+    }
+}
+
 Read<FullBoxHeader> read_full_box(Window& content) {
     const auto header = VELL_TRY(content.read_record<FullBoxHeader>());
     if (header.is_too_high())

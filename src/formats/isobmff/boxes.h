@@ -65,6 +65,10 @@ struct FullBoxHeader {
 };
 
 using UserType = std::array<char, 16>;
+// Of the box with an XMP packet (XMP part 3, 1.2.7.1).
+inline constexpr UserType xmp_user_type{'\xBE', '\x7A', '\xCF', '\xCB', '\x97', '\xA9',
+                                        '\x42', '\xE8', '\x9C', '\x71', '\x99', '\x94',
+                                        '\x91', '\xE3', '\xAF', '\xAC'};
 
 struct Box {
     FourCc type{};
@@ -103,6 +107,8 @@ Read<void> each_box(const Window& around, const BoxVisitor& visitor);
 
 // The first box of that type, under the same rules.
 Read<std::optional<Box>> find_box(const Window& around, FourCc type);
+// The content of the first "uuid" box of that type.
+Read<std::optional<Window>> find_user_box(const Window& around, const UserType& type);
 
 // Reads a full box's header at the content's position. Absent when the version is too high.
 Read<FullBoxHeader> read_full_box(Window& content);

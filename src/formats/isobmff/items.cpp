@@ -383,4 +383,34 @@ Read<ImageProperties> Items::image(ItemId id) const {
     return image;
 }
 
+// "colr" (ISO/IEC 14496-12, section 12.1.5); an image may have one with numbers alone, too.
+Read<std::optional<Window>> Items::own_profile(const Item& item) const {
+    for (const std::uint16_t number : item.properties) {
+        if (number == 0 || number > properties_.size() ||
+            properties_[number - 1U].type != "colr"_4cc)
+            continue;
+        Window content = properties_[number - 1U].content;
+        const auto type = VELL_TRY(if_sound(content.read_integer<std::uint32_t>(ByteOrder::Big)));
+        if (type && (FourCc{*type} == "prof"_4cc || FourCc{*type} == "rICC"_4cc))
+            return std::optional(
+                content.part(content.position(), content.announced() - content.position()));
+    }
+    return std::optional<Window>();
+}
+
+Read<std::optional<Window>> Items::profile(ItemId id) const {
+    for (int depth = 0; depth < deepest_construction; ++depth) {
+        const auto found = items_.find(id);
+        if (found == items_.end())
+            break;
+        if (auto own = VELL_TRY(own_profile(found->second)))
+            return own;
+        const ItemReference* const made_of = reference("dimg"_4cc, id);
+        if (made_of == nullptr || made_of->to.empty())
+            break;
+        id = made_of->to.front();
+    }
+    return std::optional<Window>();
+}
+
 } // namespace vell::formats::isobmff

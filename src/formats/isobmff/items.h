@@ -72,6 +72,8 @@ class Items {
     Read<Window> place_of(ItemId id) const;
     // Absent for an item without a size.
     Read<ImageProperties> image(ItemId id) const;
+    // The colour profile of an image, or of the first one that it is made of; nullopt for none.
+    Read<std::optional<Window>> profile(ItemId id) const;
 
   private:
     explicit Items(const Window& file) : file_(file), item_data_(file.part(0, 0)) {}
@@ -89,6 +91,7 @@ class Items {
     Read<std::string> part_of_item(const ItemReference* sources, const Extent& extent,
                                    std::uint64_t offset, Assembly& assembly, int depth) const;
     FourCc codec_of(ItemId id) const;
+    Read<std::optional<Window>> own_profile(const Item& item) const;
     const ItemReference* reference(FourCc type, ItemId from) const;
     Item* item_to_fill(ItemId id);
 

@@ -9,9 +9,6 @@
 namespace vell::formats::isobmff {
 namespace {
 
-constexpr UserType xmp_user_type{'\xBE', '\x7A', '\xCF', '\xCB', '\x97', '\xA9', '\x42', '\xE8',
-                                 '\x9C', '\x71', '\x99', '\x94', '\x91', '\xE3', '\xAF', '\xAC'};
-
 constexpr FourCc asset_types[] = {
     "titl"_4cc, "dscp"_4cc, "cprt"_4cc, "perf"_4cc, "auth"_4cc, "gnre"_4cc, "rtng"_4cc,
     "clsf"_4cc, "kywd"_4cc, "albm"_4cc, "yrrc"_4cc, "coll"_4cc, "thmb"_4cc,

@@ -31,10 +31,13 @@ Read<void> add_chunk(Window content, std::uint64_t most, Chunks& chunks) {
 Read<std::string> read_profile(const Window& stream, std::uint64_t most) {
     Chunks chunks;
     SegmentWalk walk(stream);
-    for (auto marker = walk.next(); marker && !ends_segments(marker->code); marker = walk.next()) {
+    for (;;) {
+        const auto marker = VELL_TRY(if_sound(walk.next()));
+        if (!marker || ends_segments(marker->code))
+            break;
         if (stands_alone(marker->code))
             continue;
-        const auto segment = walk.segment_of(*marker);
+        const auto segment = VELL_TRY(if_sound(walk.segment_of(*marker)));
         if (!segment)
             break;
         if (segment->marker == SegmentMarker::App2 &&

@@ -31,6 +31,14 @@ enum class FieldType : std::uint16_t {
     Utf8 = 129, // ends with a zero byte
 };
 
+// Types of BigTIFF, of eight bytes each, which are known in such files only.
+inline constexpr FieldType long8{16};
+inline constexpr FieldType signed_long8{17};
+inline constexpr FieldType ifd8_offset{18};
+constexpr bool has_eight_bytes(FieldType type) {
+    return type == long8 || type == signed_long8 || type == ifd8_offset;
+}
+
 // The offset of a directory, otherwise a Long (TIFF Technical Note 1). Not known to the tag
 // readers.
 inline constexpr FieldType ifd_offset{13};
@@ -55,7 +63,8 @@ namespace tag {
 inline constexpr std::uint16_t sub_directories = 330; // TIFF Technical Note 1
 inline constexpr std::uint16_t xmp_packet = 700;
 inline constexpr std::uint16_t iptc_block = 33723;
-inline constexpr std::uint16_t icc_profile = 34675; // ICC.1:2010, B.4
+inline constexpr std::uint16_t photoshop_resources = 34377; // Adobe Photoshop TIFF Technical Notes
+inline constexpr std::uint16_t icc_profile = 34675;         // ICC.1:2010, B.4
 inline constexpr std::uint16_t exif_directory = 34665;
 inline constexpr std::uint16_t gps_directory = 34853;
 inline constexpr std::uint16_t maker_note = 37500;
@@ -92,13 +101,19 @@ struct Entry {
     FieldType type = FieldType::Undefined;
     std::uint32_t count = 0;
     std::array<char, inline_size> value{}; // the value itself when it fits, its offset otherwise
+    // Of an entry of a BigTIFF file, where that takes more than four bytes: the offset of a value,
+    // or the number of eight bytes that is one.
+    std::uint64_t far = 0;
 
     static constexpr auto fields() {
         return std::tuple{Field{0, &Entry::tag}, Field{2, &Entry::type}, Field{4, &Entry::count},
                           Field{8, &Entry::value}};
     }
 
-    constexpr std::uint64_t value_size() const { return std::uint64_t{size_of(type)} * count; }
+    constexpr std::uint64_t value_size() const {
+        const std::size_t one = far != 0 && has_eight_bytes(type) ? 8 : size_of(type);
+        return std::uint64_t{one} * count;
+    }
     constexpr bool is_inline() const { return value_size() <= inline_size; }
     // The value's bytes when they stand in the entry; they refer to it.
     constexpr std::string_view inline_value() const {
@@ -108,6 +123,8 @@ struct Entry {
     constexpr std::uint32_t offset(ByteOrder order) const {
         return *load<std::uint32_t>({value.data(), value.size()}, 0, order);
     }
+    // The same of a file of either kind.
+    constexpr std::uint64_t place(ByteOrder order) const { return far != 0 ? far : offset(order); }
     void set_offset(std::size_t offset, ByteOrder order);
 };
 

@@ -45,7 +45,10 @@ void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
 HostCallObject::HostCallObject(plugin::Plugin& plugin, const fm::ExprEnv* environment,
                                const fm::DataVect* parameters, fm::Data* result, bool is_step)
     : plugin_(plugin), environment_(environment), parameters_(parameters), result_(result),
-      is_step_(is_step) {}
+      is_step_(is_step) {
+    if (plugin.state.logs_calls() && !is_step)
+        asked_.emplace();
+}
 
 bool HostCallObject::can_ask_user() const {
     return plugin_.state.can_ask_user;
@@ -68,7 +71,7 @@ params::SwitchSet HostCallObject::switches() {
     const fm::Text* text = host_text(0);
     if (!text)
         return {};
-    return params::SwitchSet::filled_by([&](std::span<char> buffer) {
+    auto switches = params::SwitchSet::filled_by([&](std::span<char> buffer) {
         const std::uint32_t size = std::min(host_call(FM_Text_GetSize, text),
                                             std::uint32_t{params::SwitchSet::max_length});
         host_call(FM_Text_GetBytes, text, buffer.data(), static_cast<std::uint32_t>(buffer.size()),
@@ -76,6 +79,9 @@ params::SwitchSet HostCallObject::switches() {
         buffer.back() = '\0';
         return static_cast<std::size_t>(std::ranges::find(buffer, '\0') - buffer.begin());
     });
+    if (asked_)
+        switches.note_in(*asked_);
+    return switches;
 }
 
 std::u16string HostCallObject::text(std::size_t index) {

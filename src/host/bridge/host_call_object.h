@@ -19,6 +19,7 @@ class HostCallObject : public params::Call {
     void debug_note(std::string_view line) override;
     std::size_t parameter_count() const override { return parameters_.size(); }
     params::SwitchSet switches() override;
+    params::AskedNames* asked_names() override { return asked_ ? &*asked_ : nullptr; }
     std::u16string text(std::size_t index) override;
     Result<std::string> encode(std::u16string_view text, params::TextEncoding encoding,
                                params::Unencodable unencodable) override;
@@ -51,6 +52,7 @@ class HostCallObject : public params::Call {
     ParameterVector parameters_;
     fm::Data* result_;
     bool is_step_;
+    std::optional<params::AskedNames> asked_; // while calls are logged
 };
 
 } // namespace vell::host

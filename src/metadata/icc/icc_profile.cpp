@@ -4,6 +4,7 @@
 #include "src/base/number_text.h"
 #include "src/base/xml_text.h"
 #include "src/metadata/faults.h"
+#include "src/metadata/icc/icc_fields.h"
 #include "src/metadata/icc/icc_texts.h"
 
 #include <algorithm>
@@ -15,67 +16,6 @@ namespace {
 
 using formats::read_record;
 using icc::signature;
-
-// Signatures in a description stand with their meaning, where it is known.
-using Meaning = std::pair<std::uint32_t, std::string_view>;
-
-constexpr std::array profile_classes{
-    Meaning{signature("scnr"), "input device"},  Meaning{signature("mntr"), "display device"},
-    Meaning{signature("prtr"), "output device"}, Meaning{signature("link"), "device link"},
-    Meaning{signature("spac"), "colour space"},  Meaning{signature("abst"), "abstract"},
-    Meaning{signature("nmcl"), "named colours"}};
-constexpr std::array platforms{
-    Meaning{signature("APPL"), "Apple"}, Meaning{signature("MSFT"), "Microsoft"},
-    Meaning{signature("SGI "), "Silicon Graphics"}, Meaning{signature("SUNW"), "Sun Microsystems"}};
-constexpr std::array intents{Meaning{0, "perceptual"}, Meaning{1, "media-relative colorimetric"},
-                             Meaning{2, "saturation"}, Meaning{3, "ICC-absolute colorimetric"}};
-
-template <std::size_t Size>
-std::string_view meaning_in(const std::array<Meaning, Size>& table, std::uint32_t value) {
-    const auto* const found = std::ranges::find(table, value, &Meaning::first);
-    return found == table.end() ? std::string_view() : found->second;
-}
-
-std::string version_text(std::uint32_t version) {
-    return to_text(std::uint64_t{version >> 24}) + '.' +
-           to_text(std::uint64_t{version >> 20 & 15}) + '.' +
-           to_text(std::uint64_t{version >> 16 & 15});
-}
-
-std::string fixed_numbers_text(const std::array<std::uint32_t, 3>& numbers) {
-    std::string text;
-    for (const std::uint32_t number : numbers)
-        text += (text.empty() ? "" : " ") + to_text(icc::fixed_number(number), 6);
-    return text;
-}
-
-std::string hexadecimal(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
-std::string profile_id_text(std::string_view id) {
-    return std::ranges::all_of(id, [](char c) { return c == '\0'; }) ? "(none)" : hexadecimal(id);
-}
-
-std::string flags_text(std::uint32_t flags) {
-    return std::string((flags & 1) != 0 ? "embedded" : "not embedded") +
-           ((flags & 2) != 0 ? ", only with the image's data" : ", usable on its own");
-}
-
-std::string attributes_text(std::uint64_t attributes) {
-    const auto choose = [&](unsigned bit, std::string_view set, std::string_view clear) {
-        return std::string((attributes >> bit & 1) != 0 ? set : clear);
-    };
-    return choose(0, "transparency", "reflective") + choose(1, ", matte", ", glossy") +
-           choose(2, ", negative", ", positive") + choose(3, ", black and white", ", colour");
-}
 
 // Whatever stands before is ended, by one carriage return.
 void start_line(MetadataText& text) {
@@ -168,32 +108,8 @@ class Report {
 };
 
 void report_header(const icc::Header& header, Report& report) {
-    using icc::signature_text;
-    const auto number = [](std::uint64_t value) {
-        return to_text(value);
-    };
-    report.field("Profile size", number(header.profile_size));
-    report.field("CMM", signature_text(header.preferred_cmm_type));
-    report.field("Version", version_text(header.profile_version));
-    report.field("Class", signature_text(header.profile_class),
-                 meaning_in(profile_classes, header.profile_class));
-    report.field("Colour space", signature_text(header.data_colour_space));
-    report.field("Connection space", signature_text(header.connection_space));
-    report.field("Date", icc::date_text(header.creation));
-    report.field("Signature", signature_text(header.file_signature));
-    report.field("Platform", signature_text(header.primary_platform),
-                 meaning_in(platforms, header.primary_platform));
-    report.field("Flags", number(header.profile_flags), flags_text(header.profile_flags));
-    report.field("Manufacturer", signature_text(header.device_manufacturer));
-    report.field("Model", signature_text(header.device_model));
-    report.field("Attributes", number(header.device_attributes),
-                 attributes_text(header.device_attributes));
-    report.field("Intent", number(header.rendering_intent),
-                 meaning_in(intents, header.rendering_intent & 0xFFFF));
-    report.field("Illuminant", fixed_numbers_text(header.illuminant));
-    report.field("Creator", signature_text(header.profile_creator));
-    report.field("Profile ID",
-                 profile_id_text({header.profile_id.data(), header.profile_id.size()}));
+    for (const icc::HeaderField& field : icc::header_fields(header))
+        report.field(field.name, field.value, field.meaning);
 }
 
 std::string xyz_text(std::string_view data) {
@@ -201,7 +117,7 @@ std::string xyz_text(std::string_view data) {
     for (std::string_view rest = icc::value_of(data);
          const auto number = read_record<icc::XyzNumber>(rest);
          rest.remove_prefix(icc::XyzNumber::size))
-        text += (text.empty() ? "" : ", ") + fixed_numbers_text(number->values);
+        text += (text.empty() ? "" : ", ") + icc::fixed_numbers_text(number->values);
     return text;
 }
 

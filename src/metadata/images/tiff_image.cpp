@@ -61,7 +61,7 @@ struct ImageDirectory {
     std::uint32_t bits_per_sample = 1;
     std::uint32_t samples_per_pixel = 1;
     ResolutionFields resolution;
-    std::vector<std::uint32_t> leads_to; // the directories below it, then the one behind it
+    std::vector<std::uint64_t> leads_to; // the directories below it, then the one behind it
 
     bool has_size() const { return width && length; }
     bool is_whole_image() const { return has_size() && subfile_type == 0; }
@@ -71,10 +71,11 @@ struct ImageDirectory {
 
 class DirectoryReader {
   public:
-    DirectoryReader(const formats::Window& file, ByteOrder order) : file_(file), order_(order) {}
+    DirectoryReader(const formats::Window& file, tiff::Layout layout)
+        : file_(file), layout_(layout), order_(layout.order) {}
 
     Result<ImageDirectory> read(std::uint64_t offset) {
-        const auto found = VELL_TRY(coded(tiff::Directory::at(file_, offset, order_)));
+        const auto found = VELL_TRY(coded(tiff::Directory::at(file_, offset, layout_)));
         std::map<std::uint16_t, tiff::Entry> entries; // of those with one tag the last counts
         if (const auto all = found.entries())         // a directory that is cut off has what it has
             for (const tiff::Entry& entry : *all)
@@ -92,11 +93,11 @@ class DirectoryReader {
     // photographs, which begin with a thumbnail. Then the first image of full resolution below it
     // or behind it counts, if there is one; its resolution is that of the first directory unless it
     // has its own.
-    Result<ImageDirectory> find_image(std::uint32_t first) {
+    Result<ImageDirectory> find_image(std::uint64_t first) {
         const ImageDirectory front = VELL_TRY(read(first));
         if (front.has_size() && !front.is_reduced())
             return front;
-        std::vector<std::uint32_t> offsets{first}; // each once, so that loops end
+        std::vector<std::uint64_t> offsets{first}; // each once, so that loops end
         for (std::size_t i = 0; i < offsets.size(); ++i) {
             const Result<ImageDirectory> found = read(offsets[i]);
             if (!found && found.error() == ErrorCode::EndOfFile)
@@ -107,7 +108,7 @@ class DirectoryReader {
                     image.resolution = front.resolution;
                 return image;
             }
-            for (const std::uint32_t offset : image.leads_to)
+            for (const std::uint64_t offset : image.leads_to)
                 if (offset != 0 && offsets.size() < most_directories &&
                     std::ranges::find(offsets, offset) == offsets.end())
                     offsets.push_back(offset);
@@ -116,11 +117,11 @@ class DirectoryReader {
     }
 
     // Directories of the chain, up to its end, to damage, or to one that was there before.
-    std::uint64_t count_directories(std::uint32_t first) {
+    std::uint64_t count_directories(std::uint64_t first) {
         constexpr std::size_t most = 65'535;
-        std::unordered_set<std::uint32_t> seen;
-        for (std::uint32_t offset = first; offset != 0 && seen.size() < most;) {
-            const auto directory = tiff::Directory::at(file_, offset, order_);
+        std::unordered_set<std::uint64_t> seen;
+        for (std::uint64_t offset = first; offset != 0 && seen.size() < most;) {
+            const auto directory = tiff::Directory::at(file_, offset, layout_);
             if (!directory || !seen.insert(offset).second)
                 break;
             const auto next = directory->next();
@@ -194,12 +195,20 @@ class DirectoryReader {
                                                 : 0;
     }
 
-    std::vector<std::uint32_t> offsets(tiff::Entry entry) {
+    std::vector<std::uint64_t> offsets(tiff::Entry entry) {
+        std::vector<std::uint64_t> numbers;
+        if (entry.far != 0 && tiff::has_eight_bytes(entry.type)) {
+            const std::string bytes = value(entry, most_directories * sizeof(std::uint64_t));
+            while (const auto number = load<std::uint64_t>(bytes, numbers.size() * 8, order_))
+                numbers.push_back(*number);
+            return numbers;
+        }
         if (entry.type == tiff::ifd_offset)
             entry.type = FieldType::Long;
-        std::vector<std::uint32_t> numbers;
         if (entry.type != FieldType::Long)
             return numbers;
+        if (entry.far != 0 && entry.is_inline())
+            return {entry.far};
         const std::string bytes = value(entry, most_directories * sizeof(std::uint32_t));
         while (const auto number = load<std::uint32_t>(bytes, numbers.size() * 4, order_))
             numbers.push_back(*number);
@@ -207,18 +216,21 @@ class DirectoryReader {
     }
 
     formats::Window file_;
+    tiff::Layout layout_;
     ByteOrder order_;
 };
 
 } // namespace
 
 Result<ImageHeader> read_tiff_header(formats::Window file) {
-    std::array<char, tiff::Header::size> bytes{};
-    VELL_TRY(coded(file.read_exactly(bytes)));
-    const auto tags = tiff::Header::read({bytes.data(), bytes.size()});
+    if (file.size() < tiff::Header::size)
+        return Failure{ErrorCode::EndOfFile};
+    const auto tags = tiff::Start::read(file);
+    if (!tags && tags.error().damage == formats::Damage::Unreadable)
+        return Failure{tags.error().of_source};
     if (!tags || tags->first_directory < tiff::Header::size || tags->first_directory >= file.size())
         return Failure{ErrorCode::CorruptStructure};
-    DirectoryReader reader(file, tags->order);
+    DirectoryReader reader(file, tags->layout);
     const ImageDirectory image = VELL_TRY(reader.find_image(tags->first_directory));
     if (!image.has_size())
         return Failure{ErrorCode::CorruptStructure};
@@ -232,12 +244,12 @@ Result<ImageHeader> read_tiff_header(formats::Window file) {
 }
 
 Resolution resolution_of(std::string_view tags) {
-    const auto header = tiff::Header::read(tags);
-    if (!header)
-        return ResolutionFields().per_inch();
     BytesInMemory bytes(tags);
+    const auto start = tiff::Start::read(formats::Window(bytes));
+    if (!start)
+        return ResolutionFields().per_inch();
     const auto front =
-        DirectoryReader(formats::Window(bytes), header->order).read(header->first_directory);
+        DirectoryReader(formats::Window(bytes), start->layout).read(start->first_directory);
     return front ? front->resolution.per_inch() : ResolutionFields().per_inch();
 }
 

@@ -3,6 +3,7 @@
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/formats/iptc.h"
+#include "src/metadata/values/iptc_values.h"
 
 #include <optional>
 #include <string>
@@ -13,12 +14,17 @@ namespace {
 namespace iptc = formats::iptc;
 using iptc::Dataset;
 
-void append_dataset(const Dataset& dataset, TextEncoding encoding, MetadataText& text) {
+void append_dataset(const Dataset& dataset, TextEncoding encoding, bool readable,
+                    MetadataText& text) {
     const std::string number = to_text(std::uint64_t{dataset.header.number});
     text.append("\r##IPTC ");
     text.append(number);
     text.append("\r");
-    if (dataset.header.number == iptc::record_version) {
+    const auto date =
+        readable ? readable_dataset(dataset.header.number, dataset.value) : std::nullopt;
+    if (date) {
+        text.append(*date);
+    } else if (dataset.header.number == iptc::record_version) {
         std::string version(dataset.value);
         if (version.size() >= 2)
             std::swap(version[0], version[1]); // as the host's processor holds the number
@@ -35,7 +41,7 @@ void append_dataset(const Dataset& dataset, TextEncoding encoding, MetadataText&
 } // namespace
 
 Result<std::size_t> decode_iptc(std::string_view block, bool detect_utf8, TextEncoding source,
-                                MetadataText& text) {
+                                MetadataText& text, bool readable) {
     std::size_t at = iptc::find_dataset(block, iptc::application_record);
     TextEncoding encoding = source;
     while (at < MetadataText::max_size) {
@@ -44,7 +50,7 @@ Result<std::size_t> decode_iptc(std::string_view block, bool detect_utf8, TextEn
             dataset->header.record > iptc::application_record)
             break;
         if (dataset->header.record == iptc::application_record)
-            append_dataset(*dataset, encoding, text);
+            append_dataset(*dataset, encoding, readable, text);
         else if (detect_utf8 && dataset->header.number == iptc::coded_character_set &&
                  dataset->value.starts_with(iptc::utf8_escape))
             encoding = TextEncoding::Utf8;

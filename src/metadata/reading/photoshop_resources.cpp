@@ -124,8 +124,8 @@ class IptcSearch {
     Result<std::size_t> decode(std::string_view block) {
         if (blocks_++ > 0)
             text_.append_styled("\r\r--- NEXT_IPTC_APP_RECORD ---", "bold blue");
-        const std::size_t end =
-            VELL_TRY(decode_iptc(block, request_.detect_utf8, request_.source, text_));
+        const std::size_t end = VELL_TRY(decode_iptc(block, request_.detect_utf8, request_.source,
+                                                     text_, request_.exif.readable));
         // The search must move on.
         return std::max(end, photoshop::start_of_resource(ResourceId::Iptc).size());
     }

@@ -8,6 +8,8 @@
 
 #include "src/base/result.h"
 #include "src/files/contents/buffered_reader.h"
+#include "src/formats/window.h"
+#include "src/metadata/containers/metadata_blocks.h"
 #include "src/metadata/metadata_request.h"
 #include "src/metadata/metadata_text.h"
 
@@ -26,6 +28,11 @@ Result<void> read_tags(files::BufferedReader& file, const ExifReadOptions& optio
 
 Result<void> read_tags(std::string_view block, const ExifReadOptions& options, TextEncoding source,
                        MetadataText& text);
+
+// The same of a block somewhere in a file, read as one in memory. Its first directory is of that
+// kind; of one that is not wanted nothing is read.
+Result<void> read_tags(const formats::Window& block, TagRoot root, const ExifReadOptions& options,
+                       TextEncoding source, MetadataText& text);
 
 // The raw bytes of the first entry of that number in IFD0; the file's position is that of the TIFF
 // header. NothingFound when there is none, CorruptStructure for an unknown type or an offset before

@@ -90,13 +90,16 @@ Result<void> ValueReader::append_known(const tiff::Entry& entry, TagFamily famil
     case Double: // of its eight bytes the first four
         return append_word_as_float(entry, false);
     }
+    if (entry.far != 0 && tiff::has_eight_bytes(entry.type))
+        return entry.type == tiff::signed_long8 ? append_first<std::int64_t>(entry)
+                                                : append_first<std::uint64_t>(entry);
     return Failure{ErrorCode::CorruptStructure};
 }
 
 Result<ValueReader::Value> ValueReader::value(const tiff::Entry& entry, std::uint64_t most) {
     const std::uint64_t wanted = std::min(entry.value_size(), most);
     if (!entry.is_inline()) {
-        const std::uint64_t offset = entry.offset(order_);
+        const std::uint64_t offset = entry.place(order_);
         const std::uint64_t size = block_.size();
         if (rules_.values_are_cut && offset > size)
             return Failure{ErrorCode::CorruptStructure};

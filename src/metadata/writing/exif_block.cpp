@@ -81,7 +81,7 @@ std::optional<DirectoryTable> read_table(std::string_view block, std::size_t off
     DirectoryTable table;
     table.entries = directory->entries().value(); // of bytes in memory
     const auto next = directory->next();
-    table.next = next ? *next : 0;
+    table.next = next ? static_cast<std::uint32_t>(*next) : 0;
     const std::uint64_t end = directory->end_of(table.entries.size()) + tiff::Directory::next_size;
     table.place = {offset,
                    static_cast<std::size_t>(std::min<std::uint64_t>(end, block.size())) - offset};
@@ -158,7 +158,7 @@ Result<void> ExifBlock::read_file_directory(const formats::Window& file, Directo
     const auto next = VELL_TRY(coded(if_sound(table.next())));
     if (!next && kind == DirectoryKind::Main)
         return Failure{ErrorCode::EndOfFile};
-    directory.next = static_cast<std::uint32_t>(next.value_or(0));
+    directory.next = static_cast<std::uint32_t>(next.value_or(0)); // BigTIFF is not written
     directory.entries.reserve(entries.size());
     for (const tiff::Entry& entry : entries)
         directory.entries.push_back({.entry = entry, .old = entry});

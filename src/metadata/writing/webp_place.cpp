@@ -2,7 +2,7 @@
 
 #include "src/formats/jpeg/segments.h"
 #include "src/formats/riff.h"
-#include "src/formats/webp_header.h"
+#include "src/formats/webp.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/writing/edited_place.h"
 #include "src/metadata/writing/xmp_writer.h"
@@ -37,10 +37,6 @@ std::string new_chunk(std::string_view id, std::string_view data) {
     return bytes;
 }
 
-std::uint8_t bit(Feature feature) {
-    return static_cast<std::uint8_t>(feature);
-}
-
 class WebpPlace final : public EditedPlace {
   public:
     WebpPlace(const Window& file, BlockKind kind)
@@ -73,7 +69,7 @@ class WebpPlace final : public EditedPlace {
     std::vector<Range> found_;
     std::optional<std::uint64_t> extended_; // where the data of VP8X stand
     std::uint8_t features_ = 0;             // that VP8X says, or that other chunks show
-    std::optional<webp::FrameSize> canvas_;
+    std::optional<webp::Canvas> canvas_;
 };
 
 Result<void> WebpPlace::find(const Window& file, std::uint32_t riff_size) {
@@ -142,10 +138,8 @@ Result<void> WebpPlace::note_image(const riff::Chunk& chunk) {
             features_ |= bit(Feature::Profile);
         else if (type == "ALPH")
             features_ |= bit(Feature::Alpha);
-        if (type == "VP8 " && !canvas_)
-            canvas_ = webp::FrameSize::of_lossy(start);
-        else if (type == "VP8L" && !canvas_)
-            canvas_ = webp::FrameSize::of_lossless(start);
+        if (auto canvas = webp::frame_canvas(chunk); canvas && !canvas_)
+            canvas_ = *canvas;
     }
     return {};
 }

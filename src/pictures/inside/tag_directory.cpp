@@ -8,7 +8,7 @@ Read<TagDirectory> TagDirectory::at(const Window& block, std::uint64_t offset, B
     const auto there = VELL_TRY(tiff::Directory::at(block, offset, order));
     TagDirectory directory(block, order);
     directory.entries_ = VELL_TRY(there.entries());
-    directory.next_ = VELL_TRY(if_sound(there.next())).value_or(0);
+    directory.next_ = static_cast<std::uint32_t>(VELL_TRY(if_sound(there.next())).value_or(0));
     return directory;
 }
 

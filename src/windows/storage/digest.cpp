@@ -4,6 +4,8 @@
 
 #include <bcrypt.h>
 
+#include <algorithm>
+
 namespace vell::windows {
 
 using namespace files;
@@ -58,13 +60,24 @@ class SystemDigest : public Digest {
     std::size_t size_;
 };
 
+struct AlgorithmRow {
+    DigestAlgorithm algorithm;
+    const wchar_t* id;
+    std::size_t size; // of the checksum, in bytes
+};
+constexpr AlgorithmRow algorithms[] = {
+    {DigestAlgorithm::Md5, BCRYPT_MD5_ALGORITHM, 16},
+    {DigestAlgorithm::Sha1, BCRYPT_SHA1_ALGORITHM, 20},
+    {DigestAlgorithm::Sha256, BCRYPT_SHA256_ALGORITHM, 32},
+    {DigestAlgorithm::Sha512, BCRYPT_SHA512_ALGORITHM, 64},
+};
+
 } // namespace
 
 Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) {
-    const bool sha1 = algorithm == DigestAlgorithm::Sha1;
+    const AlgorithmRow& row = *std::ranges::find(algorithms, algorithm, &AlgorithmRow::algorithm);
     BCRYPT_ALG_HANDLE provider = nullptr;
-    NTSTATUS status = BCryptOpenAlgorithmProvider(
-        &provider, sha1 ? BCRYPT_SHA1_ALGORITHM : BCRYPT_MD5_ALGORITHM, nullptr, 0);
+    NTSTATUS status = BCryptOpenAlgorithmProvider(&provider, row.id, nullptr, 0);
     if (!BCRYPT_SUCCESS(status))
         return Failure{error_of(status)};
     UniqueAlgorithm owned_provider(provider);
@@ -74,8 +87,8 @@ Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) {
     if (!BCRYPT_SUCCESS(status))
         return Failure{error_of(status)};
     UniqueHash owned_hash(hash);
-    const std::size_t size = sha1 ? 20 : 16;
-    return std::make_unique<SystemDigest>(std::move(owned_provider), std::move(owned_hash), size);
+    return std::make_unique<SystemDigest>(std::move(owned_provider), std::move(owned_hash),
+                                          row.size);
 }
 
 } // namespace vell::windows

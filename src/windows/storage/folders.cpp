@@ -24,6 +24,10 @@ void assign(std::u16string& text, const wchar_t* wide) {
     text.assign(reinterpret_cast<const char16_t*>(wide), std::wcslen(wide));
 }
 
+FileTime file_time_of(const FILETIME& time) {
+    return FileTime{std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime};
+}
+
 void copy_entry(const WIN32_FIND_DATAW& found, FolderEntry& entry) {
     assign(entry.name, found.cFileName);
     assign(entry.short_name, found.cAlternateFileName);
@@ -31,6 +35,10 @@ void copy_entry(const WIN32_FIND_DATAW& found, FolderEntry& entry) {
     entry.is_folder = found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
     entry.is_hidden = found.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN;
     entry.is_link = leads_elsewhere(found);
+    entry.is_read_only = found.dwFileAttributes & FILE_ATTRIBUTE_READONLY;
+    entry.created = file_time_of(found.ftCreationTime);
+    entry.modified = file_time_of(found.ftLastWriteTime);
+    entry.accessed = file_time_of(found.ftLastAccessTime);
 }
 
 class Win32FolderReader : public FolderReader {

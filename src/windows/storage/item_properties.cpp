@@ -104,6 +104,11 @@ class Win32ItemProperties : public ItemProperties {
                                                         : modified);
     }
 
+    Result<params::CalendarTime> local_time_of(FileTime time) override {
+        const auto units = static_cast<std::uint64_t>(time);
+        return local_time({static_cast<DWORD>(units), static_cast<DWORD>(units >> 32)});
+    }
+
     Result<void> set_times(const NativePath& path, const NewTimes& times) override {
         NewTime created;
         NewTime accessed;
