@@ -195,10 +195,6 @@ Result<void> TagSet::walk(std::size_t block, std::uint64_t offset, TagDirectory 
     return {};
 }
 
-bool TagSet::has(TagDirectory directory) const {
-    return std::ranges::find(tags_, directory, &FoundTag::directory) != tags_.end();
-}
-
 const FoundTag* TagSet::find(TagDirectory directory, std::uint16_t tag) const {
     const auto found = std::ranges::find_if(tags_, [&](const FoundTag& each) {
         return each.directory == directory && each.entry.tag == tag;

@@ -39,7 +39,6 @@ class TagSet {
     Result<void> add(const formats::Window& block, TagRoot root = TagRoot::Image);
 
     const std::vector<FoundTag>& tags() const { return tags_; }
-    bool has(TagDirectory directory) const;
     const FoundTag* find(TagDirectory directory, std::uint16_t tag) const;
 
     // The text that "-Readable" puts in the place of what tagged text has otherwise; nullopt where
