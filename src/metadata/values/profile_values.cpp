@@ -1,6 +1,6 @@
 #include "src/metadata/values/profile_values.h"
 
-#include "src/base/ascii.h"
+#include "src/base/json_writer.h"
 #include "src/metadata/icc/icc_fields.h"
 #include "src/metadata/icc/icc_texts.h"
 
@@ -9,22 +9,6 @@
 
 namespace vell::metadata {
 namespace {
-
-// "Colour space" becomes "ColourSpace".
-std::string member_name(std::string_view field) {
-    std::string name;
-    bool begins_word = true;
-    for (const char c : field) {
-        if (c == ' ') {
-            begins_word = true;
-            continue;
-        }
-        const bool is_small = c >= 'a' && c <= 'z';
-        name += begins_word && is_small ? static_cast<char>(c - 'a' + 'A') : c;
-        begins_word = false;
-    }
-    return name;
-}
 
 void add_header(const icc::Header& header, Members& members) {
     for (icc::HeaderField& field : icc::header_fields(header)) {
