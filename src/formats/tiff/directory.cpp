@@ -53,10 +53,10 @@ Entry entry_of(const BigEntry& big, std::uint64_t position, ByteOrder order) {
         const bool is_negative = big.type == signed_long8 && number >> 63U != 0;
         entry.set_offset(
             static_cast<std::size_t>(is_negative ? number & most : std::min(number, most)), order);
-        entry.far = number;
+        entry.big_place = number;
     } else if (has_eight || !entry.is_inline()) {
         const std::uint64_t size = (has_eight ? 8 : size_of(big.type)) * std::uint64_t{entry.count};
-        entry.far = size <= big.value.size() ? position + BigEntry::value_start : number;
+        entry.big_place = size <= big.value.size() ? position + BigEntry::value_start : number;
     }
     return entry;
 }

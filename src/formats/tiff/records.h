@@ -103,7 +103,7 @@ struct Entry {
     std::array<char, inline_size> value{}; // the value itself when it fits, its offset otherwise
     // Of an entry of a BigTIFF file, where that takes more than four bytes: the offset of a value,
     // or the number of eight bytes that is one.
-    std::uint64_t far = 0;
+    std::uint64_t big_place = 0;
 
     static constexpr auto fields() {
         return std::tuple{Field{0, &Entry::tag}, Field{2, &Entry::type}, Field{4, &Entry::count},
@@ -111,7 +111,7 @@ struct Entry {
     }
 
     constexpr std::uint64_t value_size() const {
-        const std::size_t one = far != 0 && has_eight_bytes(type) ? 8 : size_of(type);
+        const std::size_t one = big_place != 0 && has_eight_bytes(type) ? 8 : size_of(type);
         return std::uint64_t{one} * count;
     }
     constexpr bool is_inline() const { return value_size() <= inline_size; }
@@ -124,7 +124,9 @@ struct Entry {
         return *load<std::uint32_t>({value.data(), value.size()}, 0, order);
     }
     // The same of a file of either kind.
-    constexpr std::uint64_t place(ByteOrder order) const { return far != 0 ? far : offset(order); }
+    constexpr std::uint64_t place(ByteOrder order) const {
+        return big_place != 0 ? big_place : offset(order);
+    }
     void set_offset(std::size_t offset, ByteOrder order);
 };
 

@@ -197,7 +197,7 @@ class DirectoryReader {
 
     std::vector<std::uint64_t> offsets(tiff::Entry entry) {
         std::vector<std::uint64_t> numbers;
-        if (entry.far != 0 && tiff::has_eight_bytes(entry.type)) {
+        if (entry.big_place != 0 && tiff::has_eight_bytes(entry.type)) {
             const std::string bytes = value(entry, most_directories * sizeof(std::uint64_t));
             while (const auto number = load<std::uint64_t>(bytes, numbers.size() * 8, order_))
                 numbers.push_back(*number);
@@ -207,8 +207,8 @@ class DirectoryReader {
             entry.type = FieldType::Long;
         if (entry.type != FieldType::Long)
             return numbers;
-        if (entry.far != 0 && entry.is_inline())
-            return {entry.far};
+        if (entry.big_place != 0 && entry.is_inline())
+            return {entry.big_place};
         const std::string bytes = value(entry, most_directories * sizeof(std::uint32_t));
         while (const auto number = load<std::uint32_t>(bytes, numbers.size() * 4, order_))
             numbers.push_back(*number);

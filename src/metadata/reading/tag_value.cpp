@@ -90,7 +90,7 @@ Result<void> ValueReader::append_known(const tiff::Entry& entry, TagFamily famil
     case Double: // of its eight bytes the first four
         return append_word_as_float(entry, false);
     }
-    if (entry.far != 0 && tiff::has_eight_bytes(entry.type))
+    if (entry.big_place != 0 && tiff::has_eight_bytes(entry.type))
         return entry.type == tiff::signed_long8 ? append_first<std::int64_t>(entry)
                                                 : append_first<std::uint64_t>(entry);
     return Failure{ErrorCode::CorruptStructure};
