@@ -187,7 +187,7 @@ def compare_iptc(comparison, path, answers, exiftool, exiv2):
 
 def compare_texts(comparison, path, answers, exiftool, exiv2):
     packet = answers["xmp"].replace('begin="0xEFBBBF"', 'begin="\ufeff"')
-    packet = re.sub(r"^http://ns\.adobe\.com/[^\r]*\r", "", packet)
+    packet = re.sub(r"^http://ns\.adobe\.com/[^\r]*\r", "", packet).rstrip("\0")
     for peer, theirs in (("exiftool", exiftool.xmp(path)), ("exiv2", exiv2.xmp(path))):
         theirs = theirs.decode("utf-8", "replace").rstrip("\0")
         if theirs.strip():
