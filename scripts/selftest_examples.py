@@ -5,7 +5,7 @@
 
 In examples.txt a line begins with its kind: "page NAME", "example TITLE", "> " a statement, "= " a
 line of the result. "needs plain path" stands where a command has the path of the folder of examples
-without quotes.
+without quotes, or prints it.
 """
 import shutil
 import sys
@@ -27,7 +27,8 @@ ON_ANY_MACHINE = {
     ("VlFile_ListDisks", "Local disks that can be read, in FileMaker's form"): "filewin:/C:/…",
     ("VlFile_ListDisks", "Is there a network disk with the letter S?"): "…",
 }
-UNQUOTED = ("A text in another encoding", "Start something and go on")
+UNQUOTED = ("A text in another encoding", "Start something and go on",
+            "The lines of a program, without the last line end")
 
 
 def any_result(page, example):

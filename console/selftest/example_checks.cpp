@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <string_view>
 
 namespace vell::selftest {
 namespace {
@@ -12,9 +13,11 @@ namespace {
 namespace fs = std::filesystem;
 using console::narrow;
 
-// Whether commands take the path without quotes.
+// Whether commands take the path without quotes, and print it in every code page alike.
 bool is_plain(const fs::path& path) {
-    return path.wstring().find_first_of(L" &()[]{}^=;!'+,`~%") == std::wstring::npos;
+    return std::ranges::all_of(path.wstring(), [](wchar_t c) {
+        return c < 0x80 && std::wstring_view(L" &()[]{}^=;!'+,`~%").find(c) == std::wstring::npos;
+    });
 }
 
 // A fresh copy of the examples' files, none of them read-only.
@@ -71,7 +74,7 @@ std::vector<ExamplePage> chosen_examples(const Places& places, const NameFilter&
 Outcomes run_page(const Places& places, const ExamplePage& page, const Limits& limits) {
     const fs::path above = places.work / L"Examples";
     const fs::path folder = above / console::widen(page.name);
-    const fs::path file = above / console::widen(page.name + ".vell");
+    const fs::path file = places.work / console::widen(page.name + ".vell");
     fs::create_directories(above);
     copy_files(places, folder);
     const Script script = script_of(places, page, folder);
@@ -92,10 +95,11 @@ Outcomes run_page(const Places& places, const ExamplePage& page, const Limits& l
     for (const Example& example : page.examples) {
         const std::string actual = shown.in(result_of(example, next));
         next += example.statements.size();
-        outcomes.push_back(example.needs_plain_path && !is_plain(folder)
-                               ? Outcome{page.name + ": " + example.title, Verdict::Skipped,
-                                         "the temporary folder's path needs quotes in commands"}
-                               : outcome_of(page, example, actual));
+        outcomes.push_back(
+            example.needs_plain_path && !is_plain(folder)
+                ? Outcome{page.name + ": " + example.title, Verdict::Skipped,
+                          "the temporary folder's path is not plain enough for this command"}
+                : outcome_of(page, example, actual));
     }
     if (!outcomes.empty())
         outcomes.front().seconds = end.seconds; // of the page as a whole

@@ -279,9 +279,13 @@ TEST_F(Programs, ARunningOneStays) {
     EXPECT_EQ(call(u"VlFile_DeleteFile", {u"", program}), u"0");
 }
 
-// Shares: the machine's own, which administrators have without making one.
+// The machine's own shares, which administrators have without making one.
+class Shares : public RealWindows {
+  protected:
+    const char* missing_in_wine() const override { return "shares of the machine"; }
+};
 
-TEST_F(Programs, FilesOnSharesAreFound) {
+TEST_F(Shares, FilesOnThemAreFound) {
     wchar_t windows[MAX_PATH] = L"";
     GetWindowsDirectoryW(windows, MAX_PATH);
     const std::u16string share =
