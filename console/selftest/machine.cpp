@@ -1,9 +1,12 @@
 #include "console/selftest/machine.h"
 
 #include "console/host/wide_text.h"
+#include "src/windows/desktop/com.h"
 #include "src/windows/handle.h"
 
 #include <windows.h>
+
+#include <wincodec.h>
 
 #include <cstdio>
 
@@ -129,6 +132,32 @@ std::string rights() {
            (is_developer ? ", developer mode" : ", no developer mode");
 }
 
+std::string name_of(IUnknown& component) {
+    ComPtr<IWICComponentInfo> info;
+    wchar_t name[100] = L"";
+    UINT length = 0;
+    if (SUCCEEDED(component.QueryInterface(IID_PPV_ARGS(&info))))
+        info->GetFriendlyName(100, name, &length);
+    return narrow(name);
+}
+
+// The decoders of Windows' imaging component, those that a user has installed among them.
+std::string picture_codecs() {
+    const ComApartment apartment;
+    ComPtr<IWICImagingFactory> factory;
+    ComPtr<IEnumUnknown> decoders;
+    if (FAILED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                                IID_PPV_ARGS(&factory))) ||
+        FAILED(factory->CreateComponentEnumerator(WICDecoder, WICComponentEnumerateDefault,
+                                                  &decoders)))
+        return "unknown";
+    std::string names;
+    ULONG count = 0;
+    for (ComPtr<IUnknown> next; decoders->Next(1, &next, &count) == S_OK; next.Reset())
+        names += (names.empty() ? "" : ", ") + name_of(*next.Get());
+    return names;
+}
+
 } // namespace
 
 std::string file_version(const std::filesystem::path& file) {
@@ -153,7 +182,8 @@ Facts machine_facts(const std::filesystem::path& temporary_folder) {
             {"time zone", time_zone()},
             {"temporary folder", narrow(temporary_folder.wstring())},
             {"its disk", disk_of(temporary_folder)},
-            {"rights", rights()}};
+            {"rights", rights()},
+            {"picture codecs", picture_codecs()}};
 }
 
 std::filesystem::path executable_folder() {

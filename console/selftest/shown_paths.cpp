@@ -9,6 +9,7 @@ namespace vell::selftest {
 namespace {
 
 constexpr std::u16string_view separators = u"\\/";
+constexpr std::string_view invalid = "<INVALID UTF8>";
 
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -70,9 +71,11 @@ class PathReader {
         ++at_;
         return true;
     }
-    // A character above ASCII, as it is or unit by unit as a number.
+    // A character above ASCII, as it is, unit by unit as a number, or as the plug-in shows some
+    // such characters in a row that a command has printed.
     bool other(std::u16string_view character) {
-        if (take(utf8_from_utf16(character)))
+        const bool in_a_row = text_.substr(0, at_).ends_with(invalid);
+        if (take(utf8_from_utf16(character)) || take(invalid) || in_a_row)
             return true;
         for (const char16_t unit : character) {
             std::array<char, 4> digits{};

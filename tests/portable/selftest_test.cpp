@@ -38,6 +38,7 @@ TEST(SelfTest, PathsAreHiddenInEveryForm) {
         {"C:\\Users\\J\u00F6rg Bauer", "C:\\Users\\J\u00F6rg Bauer"}, // somebody else's
         {"C:\\Users\\J\u00F6rg B\u00E4r", "C:\\Users\\J\u00F6rg B\u00E4r"},
         {"C:\\Users\\J", "C:\\Users\\J"},
+        {"C:\\Users\\J<INVALID UTF8>rg B\\a", "%USERPROFILE%\\a"},
         {"", ""},
     };
     for (const auto& [text, shown] : cases)
@@ -48,6 +49,11 @@ TEST(SelfTest, PathsAreHiddenInEveryForm) {
     others.add(u"D:\\\u00E4b\U0001F600", "%X%");
     EXPECT_EQ(others.in("u\"D:\\\\\\xE4\" u\"b\\xD83D\\xDE00\""), "u\"%X%\"");
     EXPECT_EQ(others.in("D:\\\u00E4B\U0001F600\\"), "%X%\\");
+
+    ShownPaths row;
+    row.add(u"C:\\\u65E5\u672C\\a", "%X%");
+    EXPECT_EQ(row.in("C:\\<INVALID UTF8>\\a\\b"), "%X%\\b");
+    EXPECT_EQ(row.in("C:\\\u65E5\\a"), "C:\\\u65E5\\a");
 
     ShownPaths work;
     work.add(u"C:\\T\\p", "C:\\Work");

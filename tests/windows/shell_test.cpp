@@ -58,7 +58,11 @@ TEST_F(Shell, InheritsEnvironmentAndFolder) {
     SetEnvironmentVariableW(L"VELL_TEST_VARIABLE", nullptr);
     wchar_t current[MAX_PATH];
     GetCurrentDirectoryW(MAX_PATH, current);
-    EXPECT_EQ(run(u"", u"cd"), to_utf16(current) + u"\r");
+    folder.file(L"here.txt", "");
+    ASSERT_TRUE(SetCurrentDirectoryW(folder.path().c_str()));
+    EXPECT_EQ(run(u"", u"if exist here.txt echo here"), u"here\r");
+    SetCurrentDirectoryW(current);
+    EXPECT_EQ(run(u"", u"if exist here.txt echo here"), u"");
 }
 
 TEST_F(Shell, GoesOnWithoutACommandThatTakesTooLong) {
