@@ -3,6 +3,9 @@
 #include "src/windows/desktop/com.h"
 #include "tests/windows/plugin_fixture.h"
 
+#include <algorithm>
+#include <cwchar>
+
 namespace vell::test {
 namespace {
 
@@ -20,7 +23,25 @@ TEST(ErrorFromHresult, UnwrapsOnlyErrorsOfWin32) {
             << std::hex << result;
 }
 
-constexpr int file_name_control = 1152; // the dialog's field for the name
+// The dialog's field for the name: its number depends on the system and on what is selected, and on
+// Windows it stands below other windows.
+HWND name_field(HWND dialog) {
+    static constexpr int numbers[] = {1152, 1148, 1001};
+    HWND found = nullptr;
+    struct Search {
+        static BOOL CALLBACK look_at(HWND window, LPARAM argument) {
+            wchar_t name[20] = L"";
+            GetClassNameW(window, name, 20);
+            const bool is_field = std::wcscmp(name, L"Edit") == 0 && IsWindowVisible(window) &&
+                                  std::ranges::count(numbers, GetDlgCtrlID(window)) > 0;
+            if (is_field)
+                *reinterpret_cast<HWND*>(argument) = window;
+            return !is_field;
+        }
+    };
+    EnumChildWindows(dialog, Search::look_at, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
 
 constexpr const char16_t* accepted = u"\1"; // the name that the dialog proposes
 
@@ -34,7 +55,7 @@ class User {
   private:
     static void answer(const std::u16string& title, const std::u16string& file_name) {
         const HWND dialog = own_window(L"", to_wide(title));
-        const HWND name = dialog ? GetDlgItem(dialog, file_name_control) : nullptr;
+        const HWND name = dialog ? name_field(dialog) : nullptr;
         if (!name || !IsWindowVisible(dialog))
             return;
         if (file_name != accepted)

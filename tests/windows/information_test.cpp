@@ -1,5 +1,6 @@
 // What is told about real files and folders, and their attributes, through the host.
 #include "tests/windows/plugin_fixture.h"
+#include "tests/windows/wine.h"
 
 #include <shellapi.h>
 
@@ -128,16 +129,32 @@ class RegisteredType {
     RegisteredType(const RegisteredType&) = delete;
     RegisteredType& operator=(const RegisteredType&) = delete;
     ~RegisteredType() {
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, L".vellkind");
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, L"vell.test.kind");
+        RegDeleteTreeW(classes_.get(), L".vellkind");
+        RegDeleteTreeW(classes_.get(), L"vell.test.kind");
     }
 
   private:
-    static void set(const wchar_t* key, const std::wstring& value) {
-        EXPECT_EQ(RegSetKeyValueW(HKEY_CLASSES_ROOT, key, nullptr, REG_SZ, value.c_str(),
+    struct KeyKind {
+        using Type = HKEY;
+        static HKEY empty() { return nullptr; }
+        static void close(HKEY key) { RegCloseKey(key); }
+    };
+
+    // Those of the user, who may write there; Wine looks at those of the machine alone.
+    static HKEY open_classes() {
+        HKEY key = nullptr;
+        RegCreateKeyExW(runs_in_wine() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
+                        L"Software\\Classes", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                        nullptr);
+        return key;
+    }
+    void set(const wchar_t* key, const std::wstring& value) const {
+        EXPECT_EQ(RegSetKeyValueW(classes_.get(), key, nullptr, REG_SZ, value.c_str(),
                                   static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))),
                   0);
     }
+
+    UniqueResource<KeyKind> classes_{open_classes()};
 };
 
 TEST_F(Information, KindsAreTheShells) {

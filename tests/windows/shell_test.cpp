@@ -28,7 +28,11 @@ TEST_F(Shell, GivesWhatTheCommandPrints) {
     EXPECT_EQ(run(u"", u"exit 3"), u""); // the number is no part of the result
     EXPECT_EQ(run(u"-ShowCommandWindow", u"echo shown"), u"shown\r");
     EXPECT_EQ(run(u"", u"echo lost 1>&2&echo kept"), u"kept\r");
-    EXPECT_EQ(run(u"", u"cmd /c \"echo both 1>&2\" 2>&1"), u"both  \r");
+    // How many blanks follow differs between command interpreters.
+    const std::u16string both = run(u"", u"cmd /c \"echo both 1>&2\" 2>&1");
+    EXPECT_TRUE(both.starts_with(u"both") && both.find_first_not_of(u' ', 4) == both.size() - 1 &&
+                both.ends_with(u'\r'))
+        << to_wide(both);
 }
 
 TEST_F(Shell, GivesAllOfALongOutput) {
@@ -54,7 +58,11 @@ TEST_F(Shell, InheritsEnvironmentAndFolder) {
     SetEnvironmentVariableW(L"VELL_TEST_VARIABLE", nullptr);
     wchar_t current[MAX_PATH];
     GetCurrentDirectoryW(MAX_PATH, current);
-    EXPECT_EQ(run(u"", u"cd"), to_utf16(current) + u"\r");
+    folder.file(L"here.txt", "");
+    ASSERT_TRUE(SetCurrentDirectoryW(folder.path().c_str()));
+    EXPECT_EQ(run(u"", u"if exist here.txt echo here"), u"here\r");
+    SetCurrentDirectoryW(current);
+    EXPECT_EQ(run(u"", u"if exist here.txt echo here"), u"");
 }
 
 TEST_F(Shell, GoesOnWithoutACommandThatTakesTooLong) {

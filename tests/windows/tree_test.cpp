@@ -2,6 +2,7 @@
 #include "src/files/contents/temporary_copy.h"
 #include "src/windows/system.h"
 #include "tests/windows/plugin_fixture.h"
+#include "tests/windows/wine.h"
 
 #include <algorithm>
 #include <cstring>
@@ -178,10 +179,6 @@ TEST_F(Tree, DeletesFolders) {
     start({.application_type = server});
     EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"used")), u"$$-47");
     EXPECT_TRUE(exists(path(L"used\\held.txt")));
-}
-
-bool runs_in_wine() {
-    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
 std::wstring unix_path(const std::wstring& path) {
