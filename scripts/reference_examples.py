@@ -77,7 +77,7 @@ def answers_to(binaries, statements, folder):
     except subprocess.TimeoutExpired as error:
         raise RunFailure(f"the examples took more than {LONGEST_RUN} seconds") from error
     answers = {}
-    for line in done.stdout.decode("utf-8").splitlines():
+    for line in filter(None, done.stdout.decode("utf-8").split("\n")):
         answer = json.loads(line)
         answers[answer["line"]] = answer
     if len(answers) != len(statements):

@@ -26,7 +26,7 @@ def results(folder, statements):
         done = subprocess.run([WINE, f"{folder}/vellhost.exe", "--json", "--raw", "--file",
                                "Z:" + file.name.replace("/", "\\")], stdin=subprocess.DEVNULL,
                               capture_output=True, check=False)
-    answers = [json.loads(line) for line in done.stdout.decode("utf-8").splitlines()]
+    answers = [json.loads(line) for line in done.stdout.decode("utf-8").split("\n") if line]
     if len(answers) != len(statements):
         sys.exit(f"vellhost gave {len(answers)} answers to {len(statements)} statements:\n" +
                  done.stderr.decode("utf-8", "replace"))
