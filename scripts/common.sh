@@ -38,6 +38,8 @@ test_packages=("${build_packages[@]}" clang libclang-rt-14-dev zlib1g-dev libjpe
     libpng-dev liblcms2-dev xvfb xauth python3
     libimage-exiftool-perl exiv2 libjpeg-turbo-progs zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils ffmpeg mediainfo libvips-tools imagemagick python3-pil python3-numpy)
+package_packages=(git python3 python3-markdown-it osslsigncode openssl)
+test_packages+=("${package_packages[@]}")
 
 # Calls Wine's server for this build's prefix, never the user's own.
 wine_server() {
