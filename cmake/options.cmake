@@ -13,5 +13,14 @@ endif()
 if(WIN32)
   target_compile_definitions(vell_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
     _WIN32_WINNT=0x0A00 WINVER=0x0A00)
-  target_link_options(vell_options INTERFACE -static $<$<CONFIG:Release>:-s>)
+  target_link_options(vell_options INTERFACE -static)
+  # What is shipped is the same wherever it is built: no path of the machine, no mark of the compiler in
+  # each object. Its debug information is split off where the plug-in is linked.
+  set(library_cache $ENV{XDG_CACHE_HOME})
+  if(NOT library_cache)
+    set(library_cache $ENV{HOME}/.cache)
+  endif()
+  target_compile_options(vell_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-ident
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}=/vell-file -ffile-prefix-map=${library_cache}/vell-file=/libraries>
+    $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-g>)
 endif()

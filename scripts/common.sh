@@ -42,6 +42,8 @@ test_packages=("${build_packages[@]}" "${site_packages[@]}" "${browser_packages[
     libimage-exiftool-perl exiv2 pngcheck webp libtiff-tools libjpeg-turbo-progs
     zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils ffmpeg mediainfo libvips-tools imagemagick python3-pil python3-numpy)
+package_packages=(git python3 python3-markdown-it osslsigncode openssl)
+test_packages+=("${package_packages[@]}")
 
 # Calls Wine's server for this build's prefix, never the user's own.
 wine_server() {

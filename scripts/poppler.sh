@@ -44,7 +44,8 @@ freetype=$!
 
 # Text and drawn pages are wanted, so everything that signatures and other interfaces need is left out,
 # and so are the sources that nothing of what is left refers to: those that print or write pictures.
-# Pictures of JPEG 2000 are not drawn: Poppler's own decoder for them is no longer looked after.
+# Pictures of JPEG 2000 are not drawn: Poppler's own decoder for them is no longer looked after. The
+# folder of the encoding data is always told; that of this build would stand in the library.
 cp -r "$poppler_source" "$work/source"
 patch -s -d "$work/source" -p1 <"$patch"
 unneeded='goo/(NetPBMWriter|PNGWriter|TiffWriter|gbase64|gbasename)'
@@ -56,7 +57,8 @@ read -r pictures <"$work/pictures"
 configure Poppler "$work/source" -DFREETYPE_LIBRARY="$work/installed/lib/libfreetype.a" \
     -DFREETYPE_INCLUDE_DIR_ft2build="$freetype_headers" \
     -DFREETYPE_INCLUDE_DIR_freetype2="$freetype_headers" -DENABLE_UNSTABLE_API_ABI_HEADERS=ON \
-    -DFONT_CONFIGURATION=win32 -DENABLE_BOOST=OFF -DCMAKE_DISABLE_FIND_PACKAGE_Boost=ON \
+    -DPOPPLER_DATADIR=share/poppler -DFONT_CONFIGURATION=win32 \
+    -DENABLE_BOOST=OFF -DCMAKE_DISABLE_FIND_PACKAGE_Boost=ON \
     -DENABLE_DCTDECODER=libjpeg -DJPEG_LIBRARY="$pictures/lib/libjpeg.a" \
     -DJPEG_INCLUDE_DIR="$pictures/include" -DENABLE_LIBOPENJPEG=none -DENABLE_LIBCURL=OFF \
     -DENABLE_NSS3=OFF -DENABLE_GPGME=OFF -DENABLE_CMS=none -DENABLE_ZLIB=OFF \
