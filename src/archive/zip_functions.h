@@ -28,8 +28,9 @@ Result<void> unzip(params::Call& call, System& system);
 
 // VlFile_GetZipInfo( switches ; zipFilePath ): the names in an archive, a line end behind each.
 // "-SkipHiddenMacOSXItems" and "-SkipDS_Store" leave out what macOS adds. With "-Format=JSON" an
-// array of objects: "Name", "Type" ("file" or "folder"), "Size" and "CompressedSize" in bytes,
-// "Modified" (local time, as the archive has it), "Method", "CRC32" and "Encrypted".
+// array of objects: "Name", "Type" ("file" or "folder"), "Size" and "CompressedSize" in bytes (not
+// of Zip64 entries), "Modified" (local time, as the archive has it), "Method", "CRC32" and
+// "Encrypted".
 Result<void> get_zip_info(params::Call& call, System& system);
 
 } // namespace vell::archive

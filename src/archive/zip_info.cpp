@@ -6,6 +6,7 @@
 #include "src/system/system.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vell::archive {
@@ -56,12 +57,19 @@ std::string hexadecimal_number(std::uint32_t number) {
     return hexadecimal(bytes);
 }
 
+// Nothing for the number that says: it stands in a Zip64 field (APPNOTE, section 4.5.3), as that of
+// an entry which is not expanded.
+void append_size(std::string_view name, std::uint32_t size, JsonWriter& json) {
+    if (size != std::numeric_limits<std::uint32_t>::max())
+        json.member_number(name, size);
+}
+
 void append_entry(const EntryInfo& entry, std::u16string_view name, JsonWriter& json) {
     json.begin_object();
     json.member("Name", name);
     json.member("Type", entry.is_folder ? "folder" : "file");
-    json.member_number("Size", entry.uncompressed_size);
-    json.member_number("CompressedSize", entry.compressed_size);
+    append_size("Size", entry.uncompressed_size, json);
+    append_size("CompressedSize", entry.compressed_size, json);
     if (entry.modified.date != 0)
         json.member("Modified", params::iso_text(calendar_time(entry.modified)));
     json.member("Method", method_name(entry.method));
