@@ -37,7 +37,7 @@ TEST(MovieAnswers, TurnPicturesAsTheMatrixSays) {
 
 TEST(MovieAnswers, AreObjectsInJson) {
     const std::string file = with_track({.matrix = {0, 1, -1, 0}});
-    const std::string json = answer(file, "-GetMovieDescription -Format=JSON");
+    const std::string json = json_answer(file, "-GetMovieDescription");
     EXPECT_TRUE(json.starts_with(R"({"Movie":{"Format":)")) << json;
     EXPECT_NE(json.find(R"("Width":640,"Height":480,"ShownWidth":480,"ShownHeight":640,)"
                         R"("Rotation":90,)"),
@@ -45,7 +45,7 @@ TEST(MovieAnswers, AreObjectsInJson) {
         << json;
     EXPECT_NE(json.find(R"("Tracks":[{"Kind":)"), std::string::npos) << json;
     EXPECT_NE(json.find(R"("Enabled":true)"), std::string::npos) << json;
-    EXPECT_EQ(answer("no movie", "-GetMovieDescription -Format=JSON"), "-2010");
+    EXPECT_EQ(json_answer("no movie", "-GetMovieDescription"), "-2010");
 }
 
 TEST(MovieAnswers, AreOfTheFirstEnabledTrackWithPictures) {
@@ -403,6 +403,10 @@ TEST(MovieItems, ComeAsXmlWithNothingLeftThatMeansSomethingThere) {
         itunes(box("----", full_box("mean", "a\"b") + full_box("name", "<&>") +
                                box("data", big32(1) + big32(0) + "1 < 2 & 3\1"))) +
         track({.more = box("udta", user_text("cmt", "caf\x8E", 0))});
+    EXPECT_EQ(json_answer(movie_with(boxes), "-GetMovieMetadata"),
+              R"({"MovieMetadata":[{"Name":"a\"b:<&>","Key":"a\"b:<&>","Source":"iTunes",)"
+              R"("Value":"1 < 2 & 3\u0001"},{"Name":"Comment","Key":"©cmt","Source":"user data",)"
+              R"("Track":2,"Language":"eng","Value":"{4}????"}]})");
     EXPECT_EQ(answer(movie_with(boxes), "-GetMovieMetadata -Format=XML"),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r<movie_metadata>\r"
               "<item name=\"a&quot;b:&lt;&amp;&gt;\" key=\"a&quot;b:&lt;&amp;&gt;\" "

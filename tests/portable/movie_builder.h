@@ -127,6 +127,25 @@ inline std::string answer(std::string_view file, std::string_view switches) {
     return answer(source, switches);
 }
 
+// The object that JSON gives; texts in other encodings than UTF-8 with the number of theirs in
+// front.
+inline std::string json_answer(std::string_view file, std::string_view switches) {
+    BytesInMemory source(file);
+    JsonWriter json;
+    json.begin_object();
+    const auto decode = [](std::string_view bytes, params::TextEncoding encoding) {
+        if (encoding == params::TextEncoding::Utf8)
+            return utf16_from_utf8(bytes);
+        return utf16_from_utf8("{" + to_text(static_cast<std::int64_t>(encoding)) + "}") +
+               std::u16string(bytes.size(), u'?');
+    };
+    const auto request = movies::movie_request_of(params::SwitchSet(switches));
+    if (const auto done = movies::read_movie(source, request, decode, json); !done)
+        return to_text(std::int64_t{number(done.error())});
+    json.end_object();
+    return json.take();
+}
+
 // Counts the reads; fails at one of them, or within a part of the file.
 class WatchedSource final : public ByteSource {
   public:

@@ -86,33 +86,5 @@ TEST(Registry, ReadmeListsWhatIsNotBuilt) {
             << row.name();
 }
 
-// The table of functions has a line for each prototype, and the documents that it names describe
-// them.
-TEST(Registry, DocumentsListTheFunctions) {
-    const auto folder = std::filesystem::path(VELL_README).parent_path() / "docs" / "functions";
-    const std::string index = text_of(folder / "README.md");
-    std::size_t lines = 0;
-    for (std::size_t at = 0; (at = index.find("\n| `VlFile_", at)) != std::string::npos; ++at)
-        ++lines;
-    EXPECT_EQ(lines, function_rows().size());
-    for (const FunctionRow& row : function_rows()) {
-        const std::string cell = "\n| `" + std::string(row.prototype) + "` | ";
-        const std::size_t at = index.find(cell);
-        ASSERT_NE(at, std::string::npos) << row.prototype;
-        const std::size_t link = at + cell.size();
-        if (index[link] != '[') {
-            EXPECT_TRUE(row.body == params::not_available) << row.prototype;
-            continue;
-        }
-        const std::size_t name = index.find('(', link) + 1;
-        const std::string document = index.substr(name, index.find(')', name) - name);
-        const std::string text = text_of(folder / document);
-        // A header may describe functions of a kind together.
-        EXPECT_TRUE(document.ends_with(".md") ? text.find(row.name()) != std::string::npos
-                                              : !text.empty())
-            << row.name() << " in " << document;
-    }
-}
-
 } // namespace
 } // namespace vell::plugin
