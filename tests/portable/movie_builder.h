@@ -3,6 +3,7 @@
 
 #include "integers.h"
 #include "src/base/number_text.h"
+#include "src/base/utf8.h"
 #include "src/movies/movies.h"
 
 #include <array>
