@@ -363,10 +363,11 @@ TEST(WrittenTiff, NewDirectoriesStandBehindTheFile) {
             const auto chain = chain_of(after);
             ASSERT_EQ(chain.size(), old_chain.size());
             for (const tiff::Entry& entry : old_chain[0])
-                if (entry.tag != 270 && entry.tag != tiff::tag::exif_directory)
+                if (entry.tag != 270 && entry.tag != tiff::tag::exif_directory) {
                     EXPECT_TRUE(std::ranges::any_of(chain[0], [&](const tiff::Entry& other) {
                         return other.tag == entry.tag && other.value == entry.value;
                     })) << entry.tag;
+                }
             EXPECT_TRUE(std::ranges::is_sorted(chain[0], {}, &tiff::Entry::tag) ||
                         !std::ranges::is_sorted(old_chain[0], {}, &tiff::Entry::tag));
             EXPECT_EQ(written(after, switches, text), after) << switches;
