@@ -12,3 +12,8 @@ set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine)
 # Mutexes are made and destroyed by functions: what winpthreads allocates for one that has only an
 # initialiser stays for ever, and Poppler has one in each object of a document.
 add_compile_definitions(_GTHREAD_USE_MUTEX_INIT_FUNC=1 _GTHREAD_USE_RECURSIVE_MUTEX_INIT_FUNC=1)
+# A buffer that is overrun, or an index beyond a container's end, ends in a report of the crash instead
+# of going on with wrong bytes. Libraries are compiled in the same way.
+add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
+add_compile_definitions($<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<NOT:$<CONFIG:Debug>>>:_FORTIFY_SOURCE=2>
+  $<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
