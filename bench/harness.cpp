@@ -1,5 +1,7 @@
 #include "bench/harness.h"
 
+#include "src/base/json_writer.h"
+
 #include <windows.h>
 
 #include <psapi.h>
@@ -79,6 +81,25 @@ bool print_table(const std::vector<Row>& rows) {
                     row.ours_ns / 1e3, row.peer_ns / 1e3, ratio, goal, row.note.c_str());
     }
     return within;
+}
+
+std::string rows_as_json(const std::vector<Row>& rows) {
+    JsonWriter json;
+    json.begin_array();
+    for (const Row& row : rows) {
+        json.begin_object();
+        json.member("group", std::string_view(row.group));
+        json.member("work", std::string_view(row.work));
+        json.member_number("ours", row.ours_ns);
+        json.member_number("peer", row.peer_ns);
+        json.member_number("ratio", row.ours_ns / row.peer_ns);
+        if (row.goal > 0)
+            json.member_number("goal", row.goal);
+        json.member("note", std::string_view(row.note));
+        json.end_object();
+    }
+    json.end_array();
+    return json.take() + "\n";
 }
 
 } // namespace vell::bench

@@ -14,6 +14,7 @@ struct Row {
     double peer_ns;
     double goal; // highest ratio that we want; 0 where the row is for information
     std::string note;
+    std::string group = {}; // of the benchmarks, as they are chosen
 };
 
 // Nanoseconds per call: the best of several rounds, ours and the peer's taken in turns so that both
@@ -31,6 +32,8 @@ std::size_t peak_memory();
 
 // Prints the rows as a Markdown table; true when every row is within its goal.
 bool print_table(const std::vector<Row>& rows);
+// The rows as a JSON array, for what compares and draws them; times in nanoseconds for a call.
+std::string rows_as_json(const std::vector<Row>& rows);
 
 std::vector<Row> dispatch_rows();
 std::vector<Row> contents_rows();

@@ -157,8 +157,7 @@ std::vector<ContainerStream> streams_of(const fm::BinaryData* container) {
     return streams;
 }
 
-Result<std::string, std::string> save_main_stream(const fm::BinaryData* container,
-                                                  const std::wstring& path) {
+Result<MainStream, std::string> main_stream_of(const fm::BinaryData* container) {
     const std::vector<ContainerStream> streams = streams_of(container);
     const ContainerStream* stream = main_stream(container, streams);
     if (!stream)
@@ -166,13 +165,19 @@ Result<std::string, std::string> save_main_stream(const fm::BinaryData* containe
     ByteVector bytes = stream_bytes(container, *stream);
     if (stream->type == "ZLIB")
         bytes = VELL_TRY(expanded(std::move(bytes)));
+    return MainStream{stream->type, std::move(bytes)};
+}
+
+Result<std::string, std::string> save_main_stream(const fm::BinaryData* container,
+                                                  const std::wstring& path) {
+    MainStream stream = VELL_TRY(main_stream_of(container));
     std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
+    file.write(reinterpret_cast<const char*>(stream.bytes.data()),
+               static_cast<std::streamsize>(stream.bytes.size()));
     file.close();
     if (!file)
         return Failure{narrow(path) + " cannot be written"};
-    return stream->type;
+    return std::move(stream.type);
 }
 
 } // namespace vell::console

@@ -22,8 +22,15 @@ struct ContainerStream {
 
 std::vector<ContainerStream> streams_of(const fm::BinaryData* container);
 
-// Writes the main stream, which is the one that "MAIN" names, otherwise chosen by type; compressed
-// bytes are expanded. Returns the type of the stream.
+struct MainStream {
+    std::string type; // four characters
+    std::vector<std::byte> bytes;
+};
+
+// The stream that "MAIN" names, otherwise chosen by type; compressed bytes are expanded.
+Result<MainStream, std::string> main_stream_of(const fm::BinaryData* container);
+
+// Writes that stream to a file and returns its type.
 Result<std::string, std::string> save_main_stream(const fm::BinaryData* container,
                                                   const std::wstring& path);
 

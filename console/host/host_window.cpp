@@ -26,21 +26,19 @@ constexpr Field fields[] = {
     {L"Photos: 340 60 600 180", {340, 60, 600, 180}},
 };
 
+constexpr RECT container_bounds{40, 196, 600, 392};
+
 RECT scaled(RECT rect, LONG percent) {
     return {rect.left * percent / 100, rect.top * percent / 100, rect.right * percent / 100,
             rect.bottom * percent / 100};
 }
 
 void paint(HWND window) {
-    const auto percent = static_cast<LONG>(GetWindowLongPtrW(window, GWLP_USERDATA));
     PAINTSTRUCT paint;
     const HDC context = BeginPaint(window, &paint);
-    SetBkMode(context, TRANSPARENT);
-    for (const Field& field : fields) {
-        RECT rect = scaled(field.bounds, percent);
-        FillRect(context, &rect, static_cast<HBRUSH>(GetStockObject(LTGRAY_BRUSH)));
-        DrawTextW(context, field.label, -1, &rect, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
-    }
+    if (const auto* shown =
+            reinterpret_cast<const HostWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA)))
+        shown->paint_layout(context);
     EndPaint(window, &paint);
 }
 
@@ -118,7 +116,7 @@ HostWindow::HostWindow(const PluginHostOptions& host, std::int32_t scale_percent
         add_framed_document();
     else
         add_document();
-    SetWindowLongPtrW(document_, GWLP_USERDATA, scale_percent_);
+    SetWindowLongPtrW(document_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     ShowWindow(frame_, SW_SHOW);
     SetForegroundWindow(frame_);
     UpdateWindow(document_);
@@ -130,6 +128,24 @@ HostWindow::~HostWindow() {
         DestroyWindow(frame_);
     UnregisterClassW(frame_class_.c_str(), GetModuleHandleW(nullptr));
     current_window = nullptr;
+}
+
+void HostWindow::paint_layout(HDC context) const {
+    SetBkMode(context, TRANSPARENT);
+    for (const Field& field : fields) {
+        RECT rect = scaled(field.bounds, scale_percent_);
+        FillRect(context, &rect, static_cast<HBRUSH>(GetStockObject(LTGRAY_BRUSH)));
+        DrawTextW(context, field.label, -1, &rect, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+    }
+    container_field_.paint(context, scaled(container_bounds, scale_percent_));
+}
+
+bool HostWindow::show_picture(std::span<const std::byte> bytes, std::u16string_view name) {
+    if (!container_field_.set(bytes, name))
+        return false;
+    InvalidateRect(document_, nullptr, TRUE);
+    pump_window_messages();
+    return true;
 }
 
 const HostWindow* HostWindow::current() {

@@ -2,12 +2,16 @@
 // window in it. Its answers to Get( … ) and its inner windows follow the host's version.
 #pragma once
 
+#include "console/host/container_field.h"
 #include "console/host/plugin_host.h"
 
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace vell::console {
 
@@ -30,6 +34,12 @@ class HostWindow {
     HWND frame() const { return frame_; }
     HWND document() const { return document_; } // the window that takes drops
 
+    // Shows a picture in a container field, as large as it is or as the field, with its name below.
+    // False where the bytes are no picture that can be shown.
+    bool show_picture(std::span<const std::byte> bytes, std::u16string_view name);
+
+    void paint_layout(HDC context) const;
+
     static std::u16string name() { return u"Solution"; }
     static std::u16string host_name(); // of this computer
 
@@ -41,6 +51,7 @@ class HostWindow {
     HWND frame_ = nullptr;
     HWND document_ = nullptr;
     std::int32_t scale_percent_;
+    ContainerField container_field_;
 };
 
 // Handles all messages that wait.

@@ -34,12 +34,12 @@ std::wstring beside_this_program(const wchar_t* name) {
 // One run of the program on a plug-in that has been started.
 class Run {
   public:
-    Run(const CommandLine& command_line, PluginHost& host)
-        : command_line_(command_line), host_(host), session_(host),
+    Run(const CommandLine& command_line, PluginHost& host, HostWindow* window)
+        : command_line_(command_line), host_(host), window_(window), session_(host),
           pages_(host, command_line.reference.value_or(beside_this_program(L"reference"))) {}
 
     ExitCode perform();
-    void hold_open(const HostWindow& window);
+    void hold_open();
 
   private:
     void statements(std::istream& stream, const std::string& name);
@@ -51,6 +51,7 @@ class Run {
     void show(const CalcResult<Value>& result, std::u16string_view source);
     void show_error(const CalcError& error, std::u16string_view source);
     void save(const Value& value);
+    void show_in_window(const Value& value);
     void after_statement();
     void tell_time(std::chrono::steady_clock::duration taken) const;
     void tell_progress();
@@ -61,6 +62,7 @@ class Run {
 
     const CommandLine& command_line_;
     PluginHost& host_;
+    HostWindow* window_; // null without one
     Session session_;
     ReferencePages pages_;
     std::string source_name_; // of statements, for errors
@@ -233,6 +235,8 @@ void Run::show(const CalcResult<Value>& result, std::u16string_view source) {
     write_error(hint_on(source, value));
     if (command_line_.save)
         save(value);
+    if (window_)
+        show_in_window(value);
 }
 
 void Run::show_error(const CalcError& error, std::u16string_view source) {
@@ -257,6 +261,15 @@ void Run::save(const Value& value) {
     }
 }
 
+// As a layout shows a container; what is no picture is left out.
+void Run::show_in_window(const Value& value) {
+    const auto container = std::dynamic_pointer_cast<const HostContainer>(value.container());
+    if (!container)
+        return;
+    if (const auto stream = main_stream_of(container->get()))
+        window_->show_picture(stream->bytes, container->file_name());
+}
+
 void Run::after_statement() {
     send_idle_messages(command_line_, host_);
     if (host_.failure_delivered()) {
@@ -271,9 +284,9 @@ void Run::show_started_scripts() {
         write_error(script_request_text(request));
 }
 
-void Run::hold_open(const HostWindow& window) {
+void Run::hold_open() {
     constexpr DWORD idle_interval = 250; // milliseconds
-    while (window.is_open()) {
+    while (window_->is_open()) {
         MsgWaitForMultipleObjectsEx(0, nullptr, idle_interval, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
         pump_window_messages();
         if (host_.identity().wants_idle())
@@ -299,10 +312,10 @@ ExitCode run_started(const CommandLine& command_line, PluginHost& host) {
         if (!window->is_open())
             return failed("there is no display to show a window on");
     }
-    Run run(command_line, host);
+    Run run(command_line, host, window ? &*window : nullptr);
     const ExitCode code = run.perform();
     if (window)
-        run.hold_open(*window);
+        run.hold_open();
     return code;
 }
 

@@ -257,6 +257,8 @@ class Site:
         self.write_functions()
         self.write_lists()
         self.write_help_addresses()
+        for name in sorted(self.renderer.pictures):
+            shutil.copyfile(next(iter(self.guides.values())).path.parent / name, self.target / name)
         (self.target / "search-index.js").write_text(self.index.script(), encoding="utf-8")
         for name in ("site.css", "site.js", "search.js", "icon.svg"):
             shutil.copyfile(THEME / name, self.target / name)

@@ -93,6 +93,7 @@ class Renderer:
         self.functions = functions
         self.link = link
         self.codes = {}  # addresses of the rows that explain result codes
+        self.pictures = set()  # names of files beside the pages that show them
         self.here = ""   # the function whose page this is: it has no links to itself
         self.markdown = MarkdownIt("commonmark", {"html": False}).enable("table")
         self.markdown.renderer.rules.update({
@@ -202,3 +203,5 @@ class Renderer:
             for child in token.children or []:
                 if child.type == "link_open":
                     child.attrSet("href", self.link(child.attrGet("href")))
+                elif child.type == "image":
+                    self.pictures.add(child.attrGet("src"))

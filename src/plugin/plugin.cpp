@@ -62,6 +62,17 @@ void Plugin::log_start_banner() {
     log("Internal FM App version: " + to_text(std::int64_t{state.api_version}));
     if (build_number != 0)
         log("Plug-in build number: " + to_text(std::int64_t{build_number}));
+    log("Libraries: " + library_versions(", "));
+}
+
+std::string Plugin::library_versions(std::string_view separator) {
+    std::string text;
+    for (const LinkedLibrary& library : system.linked_libraries()) {
+        if (!text.empty())
+            text += separator;
+        text += library.name + ' ' + library.version;
+    }
+    return text;
 }
 
 std::int64_t Plugin::start_up(std::int16_t api_version, std::uint8_t application_type,

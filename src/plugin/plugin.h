@@ -40,6 +40,9 @@ class Plugin {
     // The host's main window, by its class or else the one in front; null when there is neither.
     void* main_window();
 
+    // The libraries inside with their versions, "Name 1.2.3" each.
+    std::string library_versions(std::string_view separator);
+
     // A line of the permanent log: web hosts have one of their own.
     void log(std::string_view line);
 

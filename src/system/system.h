@@ -20,6 +20,12 @@
 
 namespace vell {
 
+// A library that stands inside the plug-in.
+struct LinkedLibrary {
+    std::string name;
+    std::string version;
+};
+
 class System {
   public:
     virtual ~System() = default;
@@ -41,6 +47,8 @@ class System {
     // adds what is worth a line in the debug log to `notes`.
     virtual Result<void> read_pdf_text(ByteSource& file, const params::ByteSink& sink,
                                        std::vector<std::string>& notes) = 0;
+    // Those that were built from sources of others, in the order of their names.
+    virtual std::vector<LinkedLibrary> linked_libraries() = 0;
 };
 
 } // namespace vell

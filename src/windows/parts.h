@@ -17,5 +17,6 @@ files::Commands& commands();
 files::Logs& logs();
 pictures::PictureSystem& pictures();
 Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm algorithm);
+std::vector<LinkedLibrary> linked_libraries();
 
 } // namespace vell::windows

@@ -43,6 +43,7 @@ class Win32System : public System {
         run_on_large_stack([&] { outcome = read_by_poppler(file, sink, notes); });
         return outcome;
     }
+    std::vector<LinkedLibrary> linked_libraries() override { return windows::linked_libraries(); }
 
   private:
     Win32Clock clock_;

@@ -43,6 +43,9 @@ class FakeSystem : public System,
                                std::vector<std::string>&) override {
         return nothing;
     }
+    std::vector<LinkedLibrary> linked_libraries() override {
+        return {{"Counter", "1.2.3"}, {"Drawer", "4.5"}};
+    }
 
     // TreeSystem
     Result<std::u16string> absolute_path(const std::u16string& path) override {

@@ -205,6 +205,7 @@ TEST_F(PluginInHost, ChecksInTheirOrder) {
     EXPECT_EQ(call(0, {}), "Vell File Plug-In 14.0");
     EXPECT_EQ(call(1, {u"-GetVersionNumber"}), "14");
     EXPECT_EQ(call(1, {u"-getversionstring"}), "14.0");
+    EXPECT_EQ(call(1, {u"-getlibraries"}), "Counter 1.2.3\rDrawer 4.5");
     EXPECT_EQ(call(auto_update, {}), "14000000");
     EXPECT_EQ(call(control_step, {u"", u"", u""}, control_current_status), "0");
     EXPECT_EQ(call(control, {u"-EnableAllFunctions", u"secret"}), "0");
@@ -351,7 +352,9 @@ TEST_F(PluginInHost, ServerHostsGetTheirLines) {
     EXPECT_EQ(new_lines(), (Lines{std::string(41, '*'),
                                   "Vell File Plug-In 14.0 started running under FileMaker Server.",
                                   "Running as a 64 bit Plug-in.", "Internal FM App version: 67",
-                                  "Plug-in build number: 508", "Plug-in startup completed."}));
+                                  "Plug-in build number: 508",
+                                  "Libraries: Counter 1.2.3, Drawer 4.5",
+                                  "Plug-in startup completed."}));
     const auto lines_of = [&](std::int16_t id, const char16_t* switches) {
         call(id, {switches});
         return new_lines();

@@ -74,12 +74,14 @@ Result<void> control_logs(Call& call, Plugin& plugin, const SwitchSet& switches)
 
 } // namespace
 
-Result<void> version(Call& call, Plugin&) {
+Result<void> version(Call& call, Plugin& plugin) {
     const SwitchSet switches = call.switches();
     if (switches.has("-getversionnumber"))
         call.set_number(plugin_version_number);
     else if (switches.has("-getversionstring"))
         call.set_literal(plugin_version);
+    else if (switches.has("-GetLibraries"))
+        call.set_text(utf16_from_utf8(plugin.library_versions("\r")));
     else
         call.set_literal(plugin_name_and_version);
     return {};

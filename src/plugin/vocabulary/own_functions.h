@@ -15,7 +15,8 @@ inline constexpr std::int32_t control_enable_all = 2;
 inline constexpr std::int32_t control_current_status = 3;
 
 // VlFile_Version, VlFile_Version( switches ): "Vell File Plug-In 14.0"; with "-getversionnumber"
-// the number 14, with "-getversionstring" the text "14.0".
+// the number 14, with "-getversionstring" the text "14.0", with "-GetLibraries" the libraries inside,
+// one a line as "Name 1.2.3".
 Result<void> version(params::Call& call, Plugin& plugin);
 
 // VlFile_VersionAutoUpdate: "14000000".
