@@ -62,7 +62,7 @@ build() {
     done
     [ $# -gt 0 ] && shift
     mkdir -p "$root/build"
-    "$root/scripts/deflate64_source.sh" >"$log" 2>&1 || {
+    { "$root/scripts/deflate64_source.sh" && "$root/scripts/deflate_source.sh"; } >"$log" 2>&1 || {
         tail -30 "$log" >&2
         die "A part of the source could not be fetched; the whole output is in build/$preset.log"
     }

@@ -108,6 +108,10 @@ COMPONENTS = (
     Component("Expat", BuiltSource("expat"), "MIT", "XML", ("libexpat.a",)),
     Component("zlib", InstalledPackage("libz-mingw-w64-dev"), "Zlib", "compressed data",
               ("libz.a",)),
+    Component("libdeflate", BuiltSource("libdeflate"), "MIT", "archives", ("libvell_deflate.a",),
+              files=("COPYING",),
+              changed="The changes are scripts/deflate.patch in the source of Vell File, which "
+                      "describes them."),
     Component("zlib Deflate64 decoder", Deflate64Source("binutils"), "Zlib",
               "archives compressed by Deflate64", ("libdeflate64.a",)),
     Component("poppler-data", InstalledPackage("poppler-data"),

@@ -1,5 +1,6 @@
 #include "src/archive/decoders.h"
 
+#include "src/archive/deflate_decoder.h"
 #include "src/base/error_code.h"
 
 #include <zlib.h>
@@ -27,41 +28,21 @@ class StoredDecoder : public Decoder {
     }
 };
 
-// RFC 1951
-struct Deflate {
-    static constexpr std::size_t window_size = 32 * 1024;
-    static int init(z_stream* stream, unsigned char* window) {
-        return inflateBackInit(stream, MAX_WBITS, window);
-    }
-    static constexpr auto run = inflateBack;
-    static constexpr auto end = inflateBackEnd;
-};
-
-// The same with a larger window and longer matches.
-struct Deflate64 {
-    static constexpr std::size_t window_size = 64 * 1024;
-    static int init(z_stream* stream, unsigned char* window) {
-        return inflateBack9Init(stream, window);
-    }
-    static constexpr auto run = inflateBack9;
-    static constexpr auto end = inflateBack9End;
-};
-
-// What comes out stands in the window, which is filled over and over and given on when it is full.
-template <typename Format>
-class WindowDecoder : public Decoder {
+// Deflate with a larger window and longer matches. What comes out stands in the window, which is
+// filled over and over and given on when it is full.
+class Deflate64Decoder : public Decoder {
   public:
-    WindowDecoder() : window_(Format::window_size) {
-        if (Format::init(&stream_, window_.data()) != Z_OK)
+    Deflate64Decoder() : window_(window_size) {
+        if (inflateBack9Init(&stream_, window_.data()) != Z_OK)
             throw std::bad_alloc();
     }
-    ~WindowDecoder() override { Format::end(&stream_); }
+    ~Deflate64Decoder() override { inflateBack9End(&stream_); }
 
     Result<void> decode(const PieceSource& source, const PieceSink& sink) override {
         Ends ends{source, sink, std::nullopt};
         stream_.next_in = nullptr; // the first piece is asked for, too
         stream_.avail_in = 0;
-        const int code = Format::run(&stream_, next_piece, &ends, take_piece, &ends);
+        const int code = inflateBack9(&stream_, next_piece, &ends, take_piece, &ends);
         if (ends.failure)
             return Failure{*ends.failure};
         if (code != Z_STREAM_END)
@@ -70,6 +51,8 @@ class WindowDecoder : public Decoder {
     }
 
   private:
+    static constexpr std::size_t window_size = 64 * 1024;
+
     struct Ends {
         const PieceSource& source;
         const PieceSink& sink;
@@ -106,9 +89,9 @@ std::unique_ptr<Decoder> make_decoder(Method method) {
     case Method::Stored:
         return std::make_unique<StoredDecoder>();
     case Method::Deflated:
-        return std::make_unique<WindowDecoder<Deflate>>();
+        return std::make_unique<DeflateDecoder>();
     case Method::Deflate64:
-        return std::make_unique<WindowDecoder<Deflate64>>();
+        return std::make_unique<Deflate64Decoder>();
     }
     return nullptr;
 }

@@ -1,9 +1,8 @@
 // The part of the reader that gives out the data of entries.
 #include "src/archive/zip_reader.h"
 
+#include "src/base/crc32.h"
 #include "src/system/system.h"
-
-#include <zlib.h>
 
 #include <algorithm>
 #include <span>
@@ -30,8 +29,7 @@ class CheckedSink {
         if (data.size() > entry_.uncompressed_size - taken_)
             return failed;
         VELL_TRY(sink_(taken_, data));
-        crc_ = static_cast<std::uint32_t>(
-            crc32_z(crc_, reinterpret_cast<const Bytef*>(data.data()), data.size()));
+        crc_ = crc32_of(data, crc_);
         taken_ += data.size();
         return {};
     }

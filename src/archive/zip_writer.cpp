@@ -1,11 +1,10 @@
 #include "src/archive/zip_writer.h"
 
+#include "src/archive/deflate_encoder.h"
+#include "src/base/crc32.h"
 #include "src/system/system.h"
 
-#include <zlib.h>
-
 #include <algorithm>
-#include <new>
 #include <span>
 
 namespace vell::archive {
@@ -27,11 +26,6 @@ bool is_entry_name(std::string_view name) {
            name.find_first_of("\\:") == std::string_view::npos;
 }
 
-std::uint32_t crc_of(std::uint32_t crc, std::string_view bytes) {
-    return static_cast<std::uint32_t>(crc32_z(crc, reinterpret_cast<const Bytef*>(bytes.data()),
-                                              static_cast<z_size_t>(bytes.size())));
-}
-
 LocalFileHeader header_of(std::string_view name, DosTime time, const EntryOptions& options) {
     LocalFileHeader header;
     header.flags = options.utf8_name ? static_cast<std::uint16_t>(EntryFlag::Utf8) : 0;
@@ -39,6 +33,17 @@ LocalFileHeader header_of(std::string_view name, DosTime time, const EntryOption
     header.last_mod_date = time.date;
     header.file_name_length = static_cast<std::uint16_t>(name.size());
     return header;
+}
+
+// Fills the buffer from the source; AddFailed when that ends before.
+Result<void> fill(std::span<char> buffer, files::File& source) {
+    while (!buffer.empty()) {
+        const std::size_t count = VELL_TRY(source.read(buffer));
+        if (count == 0)
+            return add_failed;
+        buffer = buffer.subspan(count);
+    }
+    return {};
 }
 
 } // namespace
@@ -50,49 +55,7 @@ struct ZipWriter::Packed {
     std::uint64_t size = 0;
 };
 
-// A raw deflate stream after the other, with the memory of the first.
-class ZipWriter::Deflater {
-  public:
-    explicit Deflater(int level)
-        : level_(std::min(level, Z_BEST_COMPRESSION)), output_(piece_size) {
-        constexpr int most_memory = 9;
-        if (deflateInit2(&stream_, level_, Z_DEFLATED, -MAX_WBITS, most_memory,
-                         Z_DEFAULT_STRATEGY) != Z_OK)
-            throw std::bad_alloc();
-    }
-    Deflater(const Deflater&) = delete;
-    Deflater& operator=(const Deflater&) = delete;
-    ~Deflater() { deflateEnd(&stream_); }
-
-    bool has_level(int level) const { return level_ == std::min(level, Z_BEST_COMPRESSION); }
-    void begin() { deflateReset(&stream_); }
-
-    // Compresses a piece and writes what comes out; gives back its size.
-    Result<std::uint64_t> feed(std::string_view piece, bool is_last, files::File& target) {
-        std::uint64_t written = 0;
-        stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(piece.data()));
-        stream_.avail_in = static_cast<uInt>(piece.size());
-        do {
-            stream_.next_out = reinterpret_cast<Bytef*>(output_.data());
-            stream_.avail_out = static_cast<uInt>(output_.size());
-            if (deflate(&stream_, is_last ? Z_FINISH : Z_NO_FLUSH) == Z_STREAM_ERROR)
-                return add_failed;
-            const std::size_t count = output_.size() - stream_.avail_out;
-            if (count > 0)
-                VELL_TRY(target.write({output_.data(), count}));
-            written += count;
-        } while (stream_.avail_out == 0);
-        return written;
-    }
-
-  private:
-    int level_;
-    std::vector<char> output_;
-    z_stream stream_{};
-};
-
-ZipWriter::ZipWriter(std::unique_ptr<files::File> file)
-    : file_(std::move(file)), piece_(piece_size) {}
+ZipWriter::ZipWriter(std::unique_ptr<files::File> file) : file_(std::move(file)) {}
 ZipWriter::ZipWriter(ZipWriter&&) noexcept = default;
 ZipWriter::~ZipWriter() = default;
 
@@ -157,44 +120,37 @@ Result<void> ZipWriter::begin_entry(std::string_view name) {
     return {};
 }
 
-// At most a buffer full of the source; AddFailed when it ends before its size.
-Result<std::string_view> ZipWriter::read_piece(files::File& source, std::uint64_t left) {
-    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece_.size()));
-    std::size_t done = 0;
-    while (done < wanted) {
-        const std::size_t count =
-            VELL_TRY(source.read(std::span(piece_).subspan(done, wanted - done)));
-        if (count == 0)
-            return add_failed;
-        done += count;
-    }
-    return std::string_view(piece_.data(), done);
-}
-
 Result<ZipWriter::Packed> ZipWriter::write_stored(files::File& source, std::uint64_t size) {
     Packed packed{Method::Stored, 0, size};
+    piece_.resize(piece_size);
     for (std::uint64_t left = size; left > 0;) {
-        const std::string_view piece = VELL_TRY(read_piece(source, left));
-        packed.crc32 = crc_of(packed.crc32, piece);
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece_size));
+        VELL_TRY(fill(std::span(piece_).first(count), source));
+        const std::string_view piece(piece_.data(), count);
+        packed.crc32 = crc32_of(piece, packed.crc32);
         VELL_TRY(file_->write(piece));
-        left -= piece.size();
+        left -= count;
     }
     return packed;
 }
 
 Result<ZipWriter::Packed> ZipWriter::write_deflated(files::File& source, std::uint64_t size,
                                                     int level) {
-    if (!deflater_ || !deflater_->has_level(level))
-        deflater_ = std::make_unique<Deflater>(level);
-    deflater_->begin();
+    if (!encoder_ || encoder_->level() != level)
+        encoder_ = std::make_unique<DeflateEncoder>(level);
     Packed packed{Method::Deflated, 0, 0};
     for (std::uint64_t left = size; left > 0;) {
-        const std::string_view piece = VELL_TRY(read_piece(source, left));
-        packed.crc32 = crc_of(packed.crc32, piece);
-        left -= piece.size();
-        packed.size += VELL_TRY(deflater_->feed(piece, left == 0, *file_));
-        if (archive_size_ + packed.size > largest_size)
+        const auto count =
+            static_cast<std::size_t>(std::min<std::uint64_t>(left, DeflateEncoder::part_size));
+        const std::span<char> part = encoder_->room_for(count);
+        VELL_TRY(fill(part, source));
+        packed.crc32 = crc32_of({part.data(), count}, packed.crc32);
+        left -= count;
+        const std::string_view bytes = encoder_->encode(count, left == 0);
+        packed.size += bytes.size();
+        if (bytes.empty() || archive_size_ + packed.size > largest_size)
             return add_failed;
+        VELL_TRY(file_->write(bytes));
     }
     return packed;
 }

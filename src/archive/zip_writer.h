@@ -16,6 +16,8 @@ namespace vell::archive {
 using files::NativePath;
 using formats::zip::LocalFileHeader;
 
+class DeflateEncoder;
+
 struct EntryOptions {
     static constexpr int highest_level = 10;
 
@@ -48,14 +50,12 @@ class ZipWriter {
     std::uint32_t entry_count() const { return entry_count_; }
 
   private:
-    class Deflater;
     struct Packed;
 
     Result<void> check_entry(std::string_view name, int level) const;
     Result<void> begin_entry(std::string_view name);
     Result<Packed> write_stored(files::File& source, std::uint64_t size);
     Result<Packed> write_deflated(files::File& source, std::uint64_t size, int level);
-    Result<std::string_view> read_piece(files::File& source, std::uint64_t left);
     Result<void> append_entry(LocalFileHeader header, std::string_view name,
                               std::uint32_t external_attributes, std::uint64_t data_size);
 
@@ -64,7 +64,7 @@ class ZipWriter {
     std::uint32_t entry_count_ = 0;
     std::string central_directory_;
     std::vector<char> piece_;
-    std::unique_ptr<Deflater> deflater_;
+    std::unique_ptr<DeflateEncoder> encoder_;
 };
 
 // The code of a source that cannot be opened: WriteDenied, FileExists, or the number that the C

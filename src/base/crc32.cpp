@@ -1,12 +1,11 @@
 #include "src/base/crc32.h"
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 namespace vell {
 
 std::uint32_t crc32_of(std::string_view bytes, std::uint32_t before) {
-    return static_cast<std::uint32_t>(
-        crc32_z(before, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+    return libdeflate_crc32(before, bytes.data(), bytes.size());
 }
 
 } // namespace vell

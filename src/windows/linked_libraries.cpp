@@ -8,6 +8,7 @@
 #include <cstdio> // which the JPEG library's header needs
 #include <jpeglib.h>
 #include <lcms2.h>
+#include <libdeflate.h>
 #include <png.h>
 #include <zlib.h>
 
@@ -39,6 +40,7 @@ std::string lcms_version() {
 std::vector<LinkedLibrary> linked_libraries() {
     return {{"Expat", expat_version()},
             {"FreeType", dotted(FREETYPE_MAJOR, FREETYPE_MINOR, FREETYPE_PATCH)},
+            {"libdeflate", LIBDEFLATE_VERSION_STRING},
             {"libjpeg-turbo", VELL_WORD_OF(LIBJPEG_TURBO_VERSION)},
             {"libpng", png_get_libpng_ver(nullptr)},
             {"libstdc++", VELL_WORD_OF(__GNUC__) "." VELL_WORD_OF(__GNUC_MINOR__) "." //
