@@ -3,7 +3,8 @@
 
   chart.py ROWS.json CHART.svg
 
-A bar for each row: the time of the plug-in as a part of its peer's. The same rows give the same file.
+A bar for each row: the time of the plug-in as a part of its peer's, with a thin line from the smallest to
+the largest of its rounds. The same rows give the same file.
 """
 import json
 import re
@@ -35,8 +36,9 @@ def draw(rows, target):
     places = range(len(rows))
     axes.barh(places, [row["ratio"] for row in rows], height=0.62, color=[colour(row) for row in rows])
     for place, row in zip(places, rows):
-        axes.annotate(f"{row['ratio']:.2f}", (row["ratio"], place), (4, 0), va="center",
+        axes.annotate(f"{row['ratio']:.2f}", (row["high"], place), (4, 0), va="center",
                       textcoords="offset points", color="#333333", size=8)
+        axes.plot([row["low"], row["high"]], [place] * 2, color="#333333", linewidth=0.7)
         if "goal" in row:
             axes.plot([row["goal"]] * 2, [place - 0.42, place + 0.42], color="black", linewidth=1.2)
     axes.axvline(1, color="#999999", linewidth=0.8, zorder=0)
@@ -53,4 +55,4 @@ if __name__ == "__main__":
     if len(sys.argv) != 3:
         sys.exit(__doc__)
     with open(sys.argv[1], encoding="utf-8") as file:
-        draw(json.load(file), sys.argv[2])
+        draw(json.load(file)["rows"], sys.argv[2])

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <limits>
 
 namespace vell::bench {
 namespace {
@@ -46,17 +45,16 @@ PROCESS_MEMORY_COUNTERS memory_counters() {
 
 } // namespace
 
-Timing compare(const std::function<void()>& ours, const std::function<void()>& peer, int rounds) {
-    const long our_calls = calls_in_a_round(ours);
-    const long peer_calls = calls_in_a_round(peer);
-    Timing best{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
-    for (int round = 0; round < rounds; ++round) {
-        best.ours_ns = std::min(best.ours_ns,
-                                seconds_of(ours, our_calls) / static_cast<double>(our_calls) * 1e9);
-        best.peer_ns = std::min(best.peer_ns, seconds_of(peer, peer_calls) /
-                                                  static_cast<double>(peer_calls) * 1e9);
-    }
-    return best;
+Timing compare(const std::function<void()>& ours, const std::function<void()>& peer) {
+    const auto time = [](const std::function<void()>& work) {
+        const long calls = calls_in_a_round(work); // which warms up, too
+        return [&work, calls] {
+            return seconds_of(work, calls) / static_cast<double>(calls) * 1e9;
+        };
+    };
+    const auto our_time = time(ours);
+    const auto peer_time = time(peer);
+    return {our_time(), peer_time()};
 }
 
 std::size_t used_memory() {
@@ -65,22 +63,6 @@ std::size_t used_memory() {
 
 std::size_t peak_memory() {
     return memory_counters().PeakWorkingSetSize;
-}
-
-bool print_table(const std::vector<Row>& rows) {
-    bool within = true;
-    std::printf("| work | ours | peer | ratio | goal | note |\n|---|---|---|---|---|---|\n");
-    for (const Row& row : rows) {
-        const double ratio = row.ours_ns / row.peer_ns;
-        const bool missed = row.goal > 0 && ratio > row.goal;
-        within = within && !missed;
-        char goal[16] = "-";
-        if (row.goal > 0)
-            std::snprintf(goal, sizeof goal, "%.2f%s", row.goal, missed ? " MISSED" : "");
-        std::printf("| %s | %.3f us | %.3f us | %.2f | %s | %s |\n", row.work.c_str(),
-                    row.ours_ns / 1e3, row.peer_ns / 1e3, ratio, goal, row.note.c_str());
-    }
-    return within;
 }
 
 std::string rows_as_json(const std::vector<Row>& rows) {

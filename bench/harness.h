@@ -17,21 +17,19 @@ struct Row {
     std::string group = {}; // of the benchmarks, as they are chosen
 };
 
-// Nanoseconds per call: the best of several rounds, ours and the peer's taken in turns so that both
-// meet the same conditions. Rounds are long enough for the clock; calls are made at least once.
+// Nanoseconds per call, ours and the peer's in turns so that both meet the same conditions. A
+// program makes one round, which is long enough for the clock; bench/run starts it for each of its
+// rounds.
 struct Timing {
     double ours_ns;
     double peer_ns;
 };
-Timing compare(const std::function<void()>& ours, const std::function<void()>& peer,
-               int rounds = 15);
+Timing compare(const std::function<void()>& ours, const std::function<void()>& peer);
 
 // Bytes of memory that the process uses, and has used at most so far.
 std::size_t used_memory();
 std::size_t peak_memory();
 
-// Prints the rows as a Markdown table; true when every row is within its goal.
-bool print_table(const std::vector<Row>& rows);
 // The rows as a JSON array, for what compares and draws them; times in nanoseconds for a call.
 std::string rows_as_json(const std::vector<Row>& rows);
 

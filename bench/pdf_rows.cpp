@@ -18,7 +18,7 @@ constexpr std::int16_t get_as_plain_text = 4327;
 
 Row text_row() {
     FunctionCall call(get_as_plain_text, {u"", to_utf16(sample_path(L"pages.pdf"))});
-    const double ours = best_of(15, [&] { call.run(); });
+    const double ours = time_of([&] { call.run(); });
     return {"VlFile_GetAsPlainText, 100 pages", ours, native_ns(L"VELL_PDFTOTEXT"), 1.1,
             "peer: pdftotext, native, without its start"};
 }
@@ -39,7 +39,7 @@ std::vector<Row> pdf_rows() {
     };
     describe_all();
     const std::size_t before = peak_memory();
-    const double ours = best_of(15, describe_all);
+    const double ours = time_of(describe_all);
     char note[120];
     std::snprintf(note, sizeof note,
                   "peer: pdfinfo, native, without its start; %zu KB of memory beyond a first round",

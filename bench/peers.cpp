@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <limits>
 
 namespace vell::bench {
 namespace {
@@ -44,18 +43,18 @@ double native_ns(const wchar_t* name) {
     return value.empty() ? 0 : std::stod(value);
 }
 
-double best_of(int rounds, const std::function<void()>& work, const std::function<void()>& reset) {
+double time_of(const std::function<void()>& work, const std::function<void()>& reset) {
     using Clock = std::chrono::steady_clock;
-    double best = std::numeric_limits<double>::max();
-    for (int round = 0; round < rounds; ++round) {
+    constexpr double short_ns = 0.3e9;
+    const auto once = [&] {
         if (reset)
             reset();
         const auto start = Clock::now();
         work();
-        best =
-            std::min(best, std::chrono::duration<double, std::nano>(Clock::now() - start).count());
-    }
-    return best;
+        return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
+    };
+    const double first = once();
+    return first < short_ns ? std::min(first, once()) : first;
 }
 
 } // namespace vell::bench

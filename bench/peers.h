@@ -19,8 +19,8 @@ std::vector<std::wstring> sample_files(const wchar_t* folder, const wchar_t* pat
 // it.
 double native_ns(const wchar_t* name);
 
-// Best of some rounds, in nanoseconds; `reset` runs untimed before each.
-double best_of(int rounds, const std::function<void()>& work,
-               const std::function<void()>& reset = {});
+// Nanoseconds of one run of the work, and of the better one of two where it is short; `reset` runs
+// untimed before each.
+double time_of(const std::function<void()>& work, const std::function<void()>& reset = {});
 
 } // namespace vell::bench

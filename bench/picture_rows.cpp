@@ -29,7 +29,7 @@ Row picture_row(const wchar_t* name, const std::string& what, int size, double g
     const std::u16string switches = switches_of(size);
     FunctionCall call(create_thumbnail, {switches, to_utf16(sample_path(name))});
     const std::size_t before = used_memory();
-    const double ours = best_of(7, [&] { call.run(); });
+    const double ours = time_of([&] { call.run(); });
     const std::wstring variable =
         L"VELL_VIPS_" + std::wstring(name, name + 3) + L"_" + std::to_wstring(size);
     return {"VlFile_CreateThumbnail, " + what + " to " + std::to_string(size), ours,
@@ -43,7 +43,7 @@ Row photographs_row() {
         calls.push_back(std::make_unique<FunctionCall>(
             create_thumbnail,
             std::initializer_list<std::u16string_view>{u"-MaxSize=256", to_utf16(path)}));
-    const double ours = best_of(3, [&] {
+    const double ours = time_of([&] {
         for (const auto& call : calls)
             call->dispatch();
     });

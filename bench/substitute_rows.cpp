@@ -35,8 +35,7 @@ std::vector<Row> substitute_rows() {
     const auto reset = [&] {
         DeleteFileW(target.c_str());
     };
-    const double copied = best_of(
-        5, [&] { copy_bare(source, target); }, reset);
+    const double copied = time_of([&] { copy_bare(source, target); }, reset);
     const struct {
         const char* work;
         const char16_t* switches;
@@ -58,8 +57,7 @@ std::vector<Row> substitute_rows() {
         const std::size_t before = used_memory();
         call.run();
         const std::size_t working = peak_memory() - before;
-        const double ours = best_of(
-            5, [&] { call.run(); }, reset);
+        const double ours = time_of([&] { call.run(); }, reset);
         char note[120];
         std::snprintf(note, sizeof note,
                       "peer: sed; %.2f of a bare copy in this process; working memory %.2f MiB",
