@@ -41,8 +41,7 @@ std::vector<LinkedLibrary> linked_libraries() {
             {"FreeType", dotted(FREETYPE_MAJOR, FREETYPE_MINOR, FREETYPE_PATCH)},
             {"libjpeg-turbo", VELL_WORD_OF(LIBJPEG_TURBO_VERSION)},
             {"libpng", png_get_libpng_ver(nullptr)},
-            {"libstdc++", VELL_WORD_OF(__GNUC__) "." VELL_WORD_OF(__GNUC_MINOR__) "." //
-                          VELL_WORD_OF(__GNUC_PATCHLEVEL__)},
+            {"libstdc++", VELL_WORD_OF(_GLIBCXX_RELEASE)},
             {"Little CMS", lcms_version()},
             {"Poppler", POPPLER_VERSION},
             {"zlib", zlibVersion()}};
