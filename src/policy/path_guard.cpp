@@ -19,8 +19,8 @@ bool is_drive_path(std::u16string_view path) {
 
 // A short name may stand for any, so its path says nothing until the system resolves it.
 bool may_have_short_names(std::u16string_view path) {
-    for (std::size_t at = path.find(u'~'); at + 1 < path.size(); at = path.find(u'~', at + 1))
-        if (path[at + 1] >= u'0' && path[at + 1] <= u'9')
+    for (std::size_t at = path.find(u'~'); at != path.npos; at = path.find(u'~', at + 1))
+        if (at + 1 < path.size() && path[at + 1] >= u'0' && path[at + 1] <= u'9')
             return true;
     return false;
 }
@@ -30,7 +30,8 @@ bool has_special_name(std::u16string_view path) {
     path.remove_prefix(files::root_length(path));
     while (!path.empty()) {
         const std::u16string_view name = path.substr(0, path.find(u'\\'));
-        if (files::is_device_name(name) || name.find(u':') != name.npos)
+        const bool leads_up = name == u"." || name == u".."; // the system has left it there
+        if (leads_up || files::is_device_name(name) || name.find(u':') != name.npos)
             return true;
         path.remove_prefix(std::min(name.size() + 1, path.size()));
     }

@@ -161,6 +161,27 @@ class WatchedSystem : public FakeSystem {
         return {};
     }
 
+    bool has_shell_operations() override { return true; }
+    files::ShellOutcome shell_copy(const NativePath& folder, const NativePath& target,
+                                   files::ShellMessages) override {
+        watch(folder);
+        watch(target);
+        return {};
+    }
+    files::ShellOutcome shell_delete(const NativePath& folder, void*,
+                                     files::ShellMessages) override {
+        watch_name(folder);
+        return {};
+    }
+    Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm) override {
+        class Sum : public files::Digest {
+            Result<void> add(std::span<const char>) override { return {}; }
+            Result<std::vector<std::uint8_t>> finish() override {
+                return std::vector<std::uint8_t>(16);
+            }
+        };
+        return std::unique_ptr<files::Digest>(std::make_unique<Sum>());
+    }
     Result<std::string> make(const files::ShellLink& link) override {
         watch(native(link.target));
         return std::string("link");
