@@ -106,6 +106,8 @@ COMPONENTS = (
     Component("libpng", BuiltSource("libpng1.6"), "libpng-2.0", "PNG pictures", ("libpng.a",)),
     Component("Little CMS", BuiltSource("lcms2"), "MIT", "colour profiles", ("liblcms2.a",)),
     Component("Expat", BuiltSource("expat"), "MIT", "XML", ("libexpat.a",)),
+    Component("JSON for Modern C++", InstalledPackage("nlohmann-json3-dev"), "MIT",
+              "the policy's JSON, as headers"),
     Component("zlib", InstalledPackage("libz-mingw-w64-dev"), "Zlib", "compressed data",
               ("libz.a",)),
     Component("zlib Deflate64 decoder", Deflate64Source("binutils"), "Zlib",

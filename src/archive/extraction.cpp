@@ -111,6 +111,15 @@ Result<void> ZipReader::check_overlaps() {
     return {};
 }
 
+Result<void> ZipReader::check_limits(const Limits& limits) const {
+    std::uint64_t bytes = 0;
+    for (std::uint32_t i = 0; i < entry_count(); ++i)
+        bytes += entry(i)->uncompressed_size;
+    if (entry_count() > limits.archive_entries || bytes > limits.archive_bytes)
+        return Failure{ErrorCode::RefusedByPolicy};
+    return {};
+}
+
 Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
     const auto entry = this->entry(index);
     if (!entry)

@@ -238,6 +238,7 @@ Result<void> unzip(Call& call, System& system) {
     const NativePath destination = VELL_TRY(destination_folder(call, system, archive));
     ZipReader reader = VELL_TRY(open_archive(system, archive));
     VELL_TRY(reader.check_overlaps());
+    VELL_TRY(reader.check_limits(system.limits()));
     Expansion expansion(system, archive, reader, options, decode);
     VELL_TRY(expansion.choose_target(destination));
     VELL_TRY(expansion.run());

@@ -67,6 +67,10 @@ class ZipReader {
     // place. Not part of opening: the names can be told all the same.
     Result<void> check_overlaps();
 
+    // RefusedByPolicy for more entries, or more bytes in them, than a call may expand. What an
+    // entry yields is never more than it says.
+    Result<void> check_limits(const Limits& limits) const;
+
     // Folders and empty entries succeed without data. ExtractionFailed for damaged, encrypted and
     // unsupported entries, and when the sink fails.
     Result<void> extract(std::uint32_t index, const EntrySink& sink);

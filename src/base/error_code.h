@@ -65,6 +65,7 @@ enum class ErrorCode : std::int32_t {
     LicenceExpired = -4222,
     TooManyHandlers = -4223, // of dropped files
     WrongSignature = -4224,  // or an ICC chunk that runs over its profile
+    RefusedByPolicy = -4225, // the administrator's: a path, a function or a limit
     TimeLimitPassed = -4230,
     TimeLimitOutOfRange = -4239,
     NumberOutOfRange = -4241,

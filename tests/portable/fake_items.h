@@ -197,6 +197,9 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         }
         return open_free(path, files::Permission::Write);
     }
+    Result<std::unique_ptr<files::File>> open_to_write(const NativePath& path) override {
+        return open(path, files::Permission::Write);
+    }
     Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
         if (!find(path.wide))
             VELL_TRY(create_new(path));
@@ -292,6 +295,18 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     static std::u16string parent_of(const std::u16string& key) {
         const std::size_t end = key.rfind(u'\\');
         return end == key.npos ? std::u16string() : key.substr(0, end);
+    }
+    // The path behind every link on the way, in the letters of what is there.
+    std::u16string followed(std::u16string key) const {
+        for (std::size_t end = key.find(u'\\'); end != key.npos;) {
+            end = std::min(key.find(u'\\', end + 1), key.size());
+            const auto found = items_.find(key.substr(0, end));
+            if (found != items_.end() && found->second.link)
+                return followed(*found->second.link + key.substr(end));
+            if (end == key.size())
+                break;
+        }
+        return key;
     }
     bool is_folder(const std::u16string& key) const {
         const auto found = items_.find(key);
@@ -394,6 +409,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
             items_.open_.erase(key_);
             return items_.count_operation();
         }
+        Result<std::u16string> final_path() override { return items_.followed(key_); }
 
       private:
         FakeItem& item() { return items_.items_.at(key_); }

@@ -11,6 +11,7 @@ class FakeSystem : public System,
                    public FakeItems,
                    public files::TreeSystem,
                    public files::ItemProperties,
+                   public files::FinalPaths,
                    public files::Places,
                    public files::DiskSystem,
                    public files::ShellLinks,
@@ -28,6 +29,7 @@ class FakeSystem : public System,
     files::FolderSource& folders() override { return *this; }
     files::TreeSystem& tree() override { return *this; }
     files::ItemProperties& properties() override { return *this; }
+    files::FinalPaths& final_paths() override { return *this; }
     files::Places& places() override { return *this; }
     files::DiskSystem& disks() override { return *this; }
     files::ShellLinks& links() override { return *this; }
@@ -158,6 +160,18 @@ class FakeSystem : public System,
         return nothing;
     }
     Result<files::CodeSignature> code_signature(const NativePath&) override { return not_found; }
+
+    // FinalPaths
+    Result<std::u16string> of(const NativePath& path) override {
+        const std::u16string key = followed(key_of(path.wide));
+        if (kind_of(native(key)) == files::ItemKind::None)
+            return not_found;
+        return key.ends_with(u':') ? key + u'\\' : key;
+    }
+    Result<files::HeldFolder> hold(const NativePath& folder) override {
+        std::u16string path = VELL_TRY(of(folder));
+        return files::HeldFolder{std::move(path), nullptr};
+    }
 
     // Places
     Result<std::u16string> program_path() override { return nothing; }

@@ -1,5 +1,6 @@
 #include "src/host/entry/dispatcher.h"
 
+#include "src/host/bridge/call_origin.h"
 #include "src/host/bridge/host_call_object.h"
 #include "src/host/entry/the_plugin.h"
 #include "src/windows/error_windows.h"
@@ -16,6 +17,7 @@ class DispatchedCall : public plugin::HostCall {
                    fm::Data* result)
         : id_(id), environment_(environment), parameters_(parameters), result_(result) {}
 
+    policy::CallOrigin origin() override { return origin_of(environment_); }
     params::Call& open(bool is_step) override {
         return call_.emplace(the_plugin(), environment_, parameters_, result_, is_step);
     }

@@ -1,6 +1,7 @@
 // The plug-in's one exported function.
 #include "src/host/bridge/call_record.h"
 #include "src/host/entry/the_plugin.h"
+#include "src/windows/process/library.h"
 
 namespace vell::host {
 namespace {
@@ -22,7 +23,8 @@ void handle(CallRecord& record) {
         plugin.idle(record.parameter1);
         break;
     case plugin::Message::ShutDown:
-        plugin.shut_down();
+        if (!plugin.shut_down())
+            windows::keep_library(reinterpret_cast<const void*>(&handle));
         break;
     case plugin::Message::Preferences:
         plugin.show_about_box();

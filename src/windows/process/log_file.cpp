@@ -3,6 +3,7 @@
 #include "src/params/line_endings.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
+#include "src/windows/text.h"
 
 #include <array>
 #include <cstdio>
@@ -231,6 +232,10 @@ std::wstring log_folder(std::wstring_view executable, LogFolder folder) {
         return {};
     return std::wstring(executable.substr(0, end + 1))
         .append(folder == LogFolder::OfServer ? L"Logs\\" : L"Vell Logs\\");
+}
+
+std::u16string own_log_folder() {
+    return to_utf16(make_log_folder(LogFolder::Own));
 }
 
 std::string log_line_text(std::string_view local_time, std::string_view source, std::string text) {

@@ -3,6 +3,7 @@
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
 #include "src/windows/storage/file.h"
+#include "src/windows/storage/final_path.h"
 #include "src/windows/storage/path.h"
 #include "src/windows/text.h"
 
@@ -83,6 +84,8 @@ class Win32File : public File {
             return Failure{last_error()};
         return {};
     }
+
+    Result<std::u16string> final_path() override { return final_path_of(handle_.get()); }
 
   private:
     static constexpr std::size_t largest_transfer = 0x7FFFFFFF;
@@ -220,6 +223,13 @@ class Win32FileSystem : public FileSystem {
     Result<std::unique_ptr<File>> open_new(const NativePath& path) override {
         return open_for_all(win32_path(path), GENERIC_WRITE, CREATE_NEW,
                             FILE_FLAG_OPEN_REPARSE_POINT);
+    }
+
+    Result<std::unique_ptr<File>> open_to_write(const NativePath& path) override {
+        const std::wstring name = win32_path(path);
+        if (is_read_only(name))
+            return Failure{ErrorCode::Busy};
+        return open_for_all(name, GENERIC_WRITE, OPEN_EXISTING);
     }
 
     Result<std::unique_ptr<File>> open_emptied(const NativePath& path) override {
