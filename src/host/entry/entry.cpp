@@ -1,5 +1,6 @@
 // The plug-in's one exported function.
 #include "src/host/bridge/call_record.h"
+#include "src/host/entry/running_calls.h"
 #include "src/host/entry/the_plugin.h"
 
 namespace vell::host {
@@ -12,7 +13,7 @@ std::u16string_view text_at(fm::PtrType address) {
 
 void handle(CallRecord& record) {
     plugin::Plugin& plugin = the_plugin();
-    script_starter().learn(record);
+    const ScriptStarter::ServedMessage served(record);
     switch (static_cast<plugin::Message>(record.message)) {
     case plugin::Message::StartUp:
         record.result = static_cast<fm::PtrType>(
@@ -23,6 +24,7 @@ void handle(CallRecord& record) {
         break;
     case plugin::Message::ShutDown:
         plugin.shut_down();
+        outlive_running_calls();
         break;
     case plugin::Message::Preferences:
         plugin.show_about_box();
