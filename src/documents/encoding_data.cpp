@@ -37,9 +37,17 @@ Result<void> make_folders_below(System& system, const NativePath& top, const Nat
     return {};
 }
 
+Result<void> extract(System& system, ZipReader& reader, std::uint32_t index,
+                     const NativePath& target) {
+    const auto file = VELL_TRY(system.files().open_new(target));
+    VELL_TRY(reader.extract(
+        index, [&](std::uint64_t, std::string_view data) { return file->write(data); }));
+    return file->close();
+}
+
 Result<void> unpack(System& system, ZipReader& reader, std::uint32_t index,
                     const NativePath& temporary, const NativePath& target) {
-    Result<void> outcome = reader.extract_to_file(index, system, temporary);
+    Result<void> outcome = extract(system, reader, index, temporary);
     if (outcome)
         outcome = system.files().rename(temporary, target, files::Replace::Yes);
     if (!outcome)

@@ -1,5 +1,6 @@
 #include "src/policy/guarded_items.h"
 
+#include "src/policy/guarded_held.h"
 #include "src/policy/limited.h"
 
 namespace vell::policy {
@@ -42,6 +43,14 @@ Result<void> GuardedTree::move(const NativePath& source, const NativePath& targe
 bool GuardedTree::is_link(const NativePath& path) {
     const auto place = guard_.place(path, Access::Read, LastLink::Itself);
     return place && inner().is_link(place->path);
+}
+
+Result<std::unique_ptr<files::HeldItem>> GuardedTree::hold(const NativePath& path,
+                                                           files::FollowLink follow) {
+    VELL_TRY(check_time());
+    const LastLink last = follow == files::FollowLink::Yes ? LastLink::Followed : LastLink::Itself;
+    const Place place = VELL_TRY(guard_.place(path, Access::Read, last));
+    return guarded(VELL_TRY(inner().hold(place.path, follow)), place.path.wide, guard_);
 }
 
 // The items are told by the path that the caller knows, which is the beginning of theirs. No link

@@ -19,6 +19,8 @@ class GuardedTree : public files::TreeSystem, public files::FinalPaths {
     Result<void> remove_folder(const NativePath& path) override;
     Result<void> move(const NativePath& source, const NativePath& target) override;
     bool is_link(const NativePath& path) override;
+    Result<std::unique_ptr<files::HeldItem>> hold(const NativePath& path,
+                                                  files::FollowLink follow) override;
     Result<void> for_each_below(const NativePath& folder, const files::VisitItem& visit) override;
 
     Result<std::u16string> of(const NativePath& path) override;

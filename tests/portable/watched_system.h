@@ -85,6 +85,12 @@ class WatchedSystem : public FakeSystem {
         watch_name(path);
         return FakeSystem::is_link(path);
     }
+    using FakeSystem::hold;
+    Result<std::unique_ptr<files::HeldItem>> hold(const NativePath& path,
+                                                  files::FollowLink follow) override {
+        follow == files::FollowLink::Yes ? watch(path) : watch_name(path);
+        return FakeSystem::hold(path, follow);
+    }
     Result<void> for_each_below(const NativePath& path, const files::VisitItem& visit) override {
         watch(path);
         return FakeSystem::for_each_below(path, visit);

@@ -2,6 +2,7 @@
 
 #include "src/host/bridge/call_origin.h"
 #include "src/host/bridge/host_call_object.h"
+#include "src/host/entry/running_calls.h"
 #include "src/host/entry/the_plugin.h"
 #include "src/windows/error_windows.h"
 #include "src/windows/process/guarded_call.h"
@@ -44,6 +45,7 @@ class DispatchedCall : public plugin::HostCall {
 
 fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
                      const fm::DataVect* parameters, fm::Data* result) {
+    const RunningCall running;
     DispatchedCall call(id, environment, parameters, result);
     guarded_call([](void* argument) { static_cast<DispatchedCall*>(argument)->serve(); }, &call);
     return call.errcode();

@@ -1,5 +1,6 @@
 // The plug-in's one exported function.
 #include "src/host/bridge/call_record.h"
+#include "src/host/entry/running_calls.h"
 #include "src/host/entry/the_plugin.h"
 #include "src/windows/process/library.h"
 
@@ -13,7 +14,7 @@ std::u16string_view text_at(fm::PtrType address) {
 
 void handle(CallRecord& record) {
     plugin::Plugin& plugin = the_plugin();
-    script_starter().learn(record);
+    const ScriptStarter::ServedMessage served(record);
     switch (static_cast<plugin::Message>(record.message)) {
     case plugin::Message::StartUp:
         record.result = static_cast<fm::PtrType>(
@@ -25,6 +26,7 @@ void handle(CallRecord& record) {
     case plugin::Message::ShutDown:
         if (!plugin.shut_down())
             windows::keep_library(reinterpret_cast<const void*>(&handle));
+        outlive_running_calls();
         break;
     case plugin::Message::Preferences:
         plugin.show_about_box();
