@@ -64,7 +64,10 @@ class GuardedHeldItem : public HeldItem {
 
   private:
     std::u16string path_of(std::u16string_view name) const {
-        return (path_.ends_with(u'\\') ? path_ : path_ + u'\\').append(name);
+        std::u16string path = path_;
+        if (!path.ends_with(u'\\'))
+            path += u'\\';
+        return path.append(name);
     }
     Result<void> check(std::u16string_view name, Access access) {
         VELL_TRY(check_time());
