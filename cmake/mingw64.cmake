@@ -17,3 +17,4 @@ add_compile_definitions(_GTHREAD_USE_MUTEX_INIT_FUNC=1 _GTHREAD_USE_RECURSIVE_MU
 add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
 add_compile_definitions($<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<NOT:$<CONFIG:Debug>>>:_FORTIFY_SOURCE=2>
   $<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
+add_link_options(-fstack-protector-strong) # its library
