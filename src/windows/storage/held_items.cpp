@@ -9,14 +9,6 @@
 
 #include <atomic>
 
-// Declared for drivers only: what FILE_BASIC_INFORMATION is, and the call that fills it by a name.
-struct BasicInformation {
-    LARGE_INTEGER times[4];
-    ULONG attributes;
-};
-extern "C" NTSTATUS NTAPI NtQueryAttributesFile(OBJECT_ATTRIBUTES* object,
-                                                BasicInformation* information);
-
 namespace vell::windows {
 
 using namespace files;
@@ -106,26 +98,20 @@ Result<UniqueFile> open_in(const UniqueFile& folder, std::u16string_view name,
     return UniqueFile(handle);
 }
 
-// Wine opens what a link of the system below leads to, and tells of the link by its name only.
-bool is_link_by_name(DWORD attributes) {
+// Wine opens what a link of the system below leads to, and tells of the link by its path only.
+bool is_link_by_path(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES &&
            (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-bool is_link_by_name(const UniqueFile& folder, std::u16string_view name) {
-    NameIn object(folder.get(), name, OBJ_CASE_INSENSITIVE);
-    BasicInformation information{};
-    return NtQueryAttributesFile(object.get(), &information) >= 0 &&
-           is_link_by_name(information.attributes);
 }
 
 class Win32HeldItem : public HeldItem {
   public:
-    Win32HeldItem(UniqueFile handle, const FILE_ATTRIBUTE_TAG_INFO& information,
-                  std::size_t path_length)
-        : handle_(std::move(handle)), information_(information), path_length_(path_length) {}
+    Win32HeldItem(UniqueFile handle, const FILE_ATTRIBUTE_TAG_INFO& information, std::wstring path)
+        : handle_(std::move(handle)), information_(information), path_(std::move(path)) {}
 
-    // `seems_link` by its name: that of a reparse point which stands for itself does, too.
-    static Result<std::unique_ptr<HeldItem>> over(UniqueFile handle, std::size_t path_length,
+    // `seems_link` by its path: that of a reparse point which stands for itself does, too.
+    static Result<std::unique_ptr<HeldItem>> over(UniqueFile handle, std::wstring path,
                                                   bool seems_link) {
         FILE_ATTRIBUTE_TAG_INFO information;
         if (!GetFileInformationByHandleEx(handle.get(), FileAttributeTagInfo, &information,
@@ -135,7 +121,7 @@ class Win32HeldItem : public HeldItem {
             information = {information.FileAttributes | FILE_ATTRIBUTE_REPARSE_POINT,
                            IO_REPARSE_TAG_SYMLINK};
         return std::unique_ptr<HeldItem>(
-            std::make_unique<Win32HeldItem>(std::move(handle), information, path_length));
+            std::make_unique<Win32HeldItem>(std::move(handle), information, std::move(path)));
     }
 
     ItemKind kind() const override {
@@ -152,14 +138,16 @@ class Win32HeldItem : public HeldItem {
             opening.access = looking;
             handle = open_in(handle_, name, opening);
         }
-        return over(VELL_TRY(std::move(handle)), length_with(name), is_link_by_name(handle_, name));
+        std::wstring path = path_of(name);
+        const bool seems_link = is_link_by_path(path);
+        return over(VELL_TRY(std::move(handle)), std::move(path), seems_link);
     }
 
     Result<std::unique_ptr<HeldItem>> make_folder(std::u16string_view name) override {
         VELL_TRY(check(name));
         return over(
             VELL_TRY(open_in(handle_, name, {holding, share, FILE_CREATE, FILE_DIRECTORY_FILE})),
-            length_with(name), false);
+            path_of(name), false);
     }
 
     Result<std::unique_ptr<HeldFile>> open_new(std::u16string_view name) override {
@@ -177,8 +165,11 @@ class Win32HeldItem : public HeldItem {
     }
 
   private:
-    std::size_t length_with(std::u16string_view name) const {
-        return path_length_ + 1 + name.size();
+    std::wstring path_of(std::u16string_view name) const {
+        std::wstring path = path_;
+        if (!path.ends_with(L'\\'))
+            path += L'\\';
+        return path += to_wide(name);
     }
 
     // By its folder's handle an item could be made that no path leads to, and nobody could remove.
@@ -186,7 +177,7 @@ class Win32HeldItem : public HeldItem {
         constexpr std::size_t longest_path = 32'767;
         if (kind() != ItemKind::Folder || is_link() || !is_name(name))
             return Failure{ErrorCode::BadName};
-        if (length_with(name) > longest_path)
+        if (path_.size() + 1 + name.size() > longest_path)
             return Failure{ErrorCode::PathTooLong};
         return {};
     }
@@ -204,7 +195,7 @@ class Win32HeldItem : public HeldItem {
 
     UniqueFile handle_;
     FILE_ATTRIBUTE_TAG_INFO information_;
-    std::size_t path_length_; // from its root on, in the form that has no limit
+    std::wstring path_; // as it was, from its root on, in the form that has no limit
 };
 
 } // namespace
@@ -222,10 +213,9 @@ Result<std::unique_ptr<HeldItem>> hold_item(const NativePath& path, FollowLink f
         handle = open(looking);
     if (!handle)
         return Failure{last_error()};
-    const std::wstring full = VELL_TRY(full_wide_path(name));
-    return Win32HeldItem::over(std::move(handle), without_length_limit(full).size(),
-                               follow == FollowLink::No &&
-                                   is_link_by_name(GetFileAttributesW(name.c_str())));
+    std::wstring full = without_length_limit(VELL_TRY(full_wide_path(name)));
+    const bool seems_link = follow == FollowLink::No && is_link_by_path(full);
+    return Win32HeldItem::over(std::move(handle), std::move(full), seems_link);
 }
 
 } // namespace vell::windows
