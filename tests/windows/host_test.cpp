@@ -44,7 +44,7 @@ TEST_F(Host, GetsTheVocabularyThatItsVersionHasRoomFor) {
 TEST_F(Host, IsLoggedForThroughItsMessages) {
     StandIn_FailRegistration(4, 777);
     EXPECT_EQ(start({.application_type = server}), 59);
-    EXPECT_EQ(new_log_lines().size(), 7u);
+    EXPECT_EQ(new_log_lines().size(), 8u);
     call_id(1, {u""});
     host().session_shutdown(5);
     host().file_shutdown(5, 9);

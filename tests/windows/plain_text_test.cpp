@@ -277,7 +277,7 @@ TEST_F(PlainText, BringsItsEncodingDataAlong) {
         std::vector<std::string> notes;
         const windows::EncodingData data =
             windows::provide_encoding_data({local, temporary}, notes);
-        EXPECT_TRUE(notes.empty());
+        EXPECT_EQ(notes, std::vector<std::string>());
         return data.folder;
     };
     std::array<std::string, 2> folders; // of two that unpack at once

@@ -39,13 +39,26 @@ std::wstring full_path(const std::wstring& path) {
     return without_length_limit(full ? *full : path);
 }
 
-Result<EncodingData> unpack_below(const std::wstring& base) {
+// Another process may be unpacking there: a file that it has just put in its place is its own for a
+// moment.
+Result<void> unpack_into(const files::NativePath& folder) {
+    constexpr int most_attempts = 6;
+    constexpr DWORD first_delay_ms = 10;
     const std::string_view archive(
         vell_encoding_data, static_cast<std::size_t>(vell_encoding_data_end - vell_encoding_data));
+    for (int attempt = 1;; ++attempt) {
+        Result<void> outcome = documents::unpack_missing(system(), archive, folder);
+        if (outcome || outcome.error() != ErrorCode::Busy || attempt == most_attempts)
+            return outcome;
+        Sleep(first_delay_ms << attempt);
+    }
+}
+
+Result<EncodingData> unpack_below(const std::wstring& base) {
     const std::wstring path =
         full_path(base + L"\\Vell File\\poppler-data-" VELL_ENCODING_DATA_KEY);
     const files::NativePath folder{to_utf16(path), std::nullopt};
-    VELL_TRY(documents::unpack_missing(system(), archive, folder));
+    VELL_TRY(unpack_into(folder));
     EncodingData data;
     data.folder = utf8_from_utf16(folder.wide);
     return data;

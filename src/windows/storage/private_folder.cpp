@@ -81,7 +81,7 @@ Result<UniqueFile> open_private_folder(const std::wstring& path) {
     const std::wstring name = VELL_TRY(user_identifier());
     VELL_TRY(make_folder(path, name));
     constexpr DWORD as_it_is = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
-    UniqueFile folder(CreateFileW(path.c_str(), READ_CONTROL | FILE_READ_ATTRIBUTES,
+    UniqueFile folder(CreateFileW(path.c_str(), READ_CONTROL | FILE_LIST_DIRECTORY,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                                   as_it_is, nullptr));
     if (!folder)
