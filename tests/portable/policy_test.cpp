@@ -235,11 +235,15 @@ TEST_F(GuardedPaths, OfOwnTemporaryFilesAreFree) {
 TEST_F(GuardedPaths, OfLaunchedThingsAreChecked) {
     auto& desktop = guarded().desktop();
     system.add(u"C:\\in\\a.lnk", "");
-    for (const std::u16string target : {u"cmd", u"C:\\out\\b.txt", u"C:\\in\\a.lnk", u"file:x"})
-        EXPECT_EQ(code_of(desktop.launch({.target = target})), ErrorCode::RefusedByPolicy)
+    files::LaunchRequest request;
+    for (const std::u16string target : {u"cmd", u"C:\\out\\b.txt", u"C:\\in\\a.lnk", u"file:x"}) {
+        request.target = target;
+        EXPECT_EQ(code_of(desktop.launch(request)), ErrorCode::RefusedByPolicy)
             << utf8_from_utf16(target);
+    }
     EXPECT_EQ(system.trespasses.size(), 0u);
-    EXPECT_TRUE(desktop.launch({.target = u"C:\\in\\a.txt"}));
+    request.target = u"C:\\in\\a.txt";
+    EXPECT_TRUE(desktop.launch(request));
 }
 
 // The clock of the call goes on by a second with each look.
