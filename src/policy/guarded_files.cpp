@@ -11,31 +11,6 @@ using files::Replace;
 
 namespace {
 
-// A file whose bytes can be had as long as the call has time. Closing it is always possible.
-class LimitedFile : public File {
-  public:
-    explicit LimitedFile(std::unique_ptr<File> file) : file_(std::move(file)) {}
-
-    Result<std::uint64_t> size() override { return file_->size(); }
-    Result<void> seek(files::SeekFrom from, std::int64_t offset) override {
-        return file_->seek(from, offset);
-    }
-    Result<std::size_t> read(std::span<char> buffer) override {
-        VELL_TRY(check_time());
-        return file_->read(buffer);
-    }
-    Result<void> write(std::string_view bytes) override {
-        VELL_TRY(check_time());
-        return file_->write(bytes);
-    }
-    Result<void> set_end_of_file() override { return file_->set_end_of_file(); }
-    Result<void> close() override { return file_->close(); }
-    Result<std::u16string> final_path() override { return file_->final_path(); }
-
-  private:
-    std::unique_ptr<File> file_;
-};
-
 // The folder that holds the listed one stays where it is meanwhile.
 class LimitedReader : public files::FolderReader {
   public:
@@ -60,7 +35,7 @@ Result<GuardedFiles::FilePointer> GuardedFiles::checked(Result<FilePointer> open
                                                         const Place& place, Access access) {
     FilePointer file = VELL_TRY(std::move(opened));
     VELL_TRY(guard_.check_open(*file, place, access));
-    return FilePointer(std::make_unique<LimitedFile>(std::move(file)));
+    return FilePointer(std::make_unique<LimitedFile<File>>(std::move(file)));
 }
 
 Result<GuardedFiles::FilePointer> GuardedFiles::open(const NativePath& path,
@@ -152,7 +127,7 @@ Result<files::NativePath> GuardedFiles::temporary_name(std::u16string_view exten
 
 Result<GuardedFiles::FilePointer> GuardedFiles::open_temporary() {
     FilePointer file = VELL_TRY(inner().open_temporary());
-    return FilePointer(std::make_unique<LimitedFile>(std::move(file)));
+    return FilePointer(std::make_unique<LimitedFile<File>>(std::move(file)));
 }
 
 Result<std::unique_ptr<files::FolderReader>, files::SystemError>

@@ -9,32 +9,13 @@ using files::HeldFile;
 using files::HeldItem;
 using files::ItemKind;
 
-// Its bytes can be had as long as the call has time.
-class LimitedHeldFile : public HeldFile {
+class LimitedHeldFile : public LimitedFile<HeldFile> {
   public:
-    explicit LimitedHeldFile(std::unique_ptr<HeldFile> file) : file_(std::move(file)) {}
+    using LimitedFile<HeldFile>::LimitedFile;
 
-    Result<std::uint64_t> size() override { return file_->size(); }
-    Result<void> seek(files::SeekFrom from, std::int64_t offset) override {
-        return file_->seek(from, offset);
-    }
-    Result<std::size_t> read(std::span<char> buffer) override {
-        VELL_TRY(check_time());
-        return file_->read(buffer);
-    }
-    Result<void> write(std::string_view bytes) override {
-        VELL_TRY(check_time());
-        return file_->write(bytes);
-    }
-    Result<void> set_end_of_file() override { return file_->set_end_of_file(); }
-    Result<void> close() override { return file_->close(); }
-    Result<std::u16string> final_path() override { return file_->final_path(); }
     Result<void> set_times(const files::NewTimes& times) override {
-        return file_->set_times(times);
+        return file().set_times(times);
     }
-
-  private:
-    std::unique_ptr<HeldFile> file_;
 };
 
 class GuardedHeldItem : public HeldItem {

@@ -1,6 +1,7 @@
 #include "src/windows/storage/private_items.h"
 
 #include "src/windows/storage/path.h"
+#include "src/windows/storage/private_folder.h"
 
 #include <bcrypt.h>
 #include <sddl.h>
@@ -10,26 +11,6 @@
 #include <string_view>
 
 namespace vell::windows {
-namespace {
-
-// The security identifier of the user as text; empty when the system does not tell.
-std::wstring process_user() {
-    HANDLE opened = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
-        return {};
-    const UniqueHandle token(opened);
-    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> room;
-    DWORD size = 0;
-    wchar_t* text = nullptr;
-    if (!GetTokenInformation(token.get(), TokenUser, room.data(), room.size(), &size) ||
-        !ConvertSidToStringSidW(reinterpret_cast<const TOKEN_USER*>(room.data())->User.Sid, &text))
-        return {};
-    std::wstring user(text);
-    LocalFree(text);
-    return user;
-}
-
-} // namespace
 
 Result<std::wstring> random_uuid() {
     std::array<unsigned char, 16> bytes;
@@ -49,11 +30,11 @@ Result<std::wstring> random_uuid() {
 }
 
 PrivateAccess::PrivateAccess() {
-    const std::wstring user = process_user();
-    if (user.empty())
+    const Result<std::wstring> user = user_identifier();
+    if (!user)
         return;
     // Protected from what the folder hands down; all rights, also for what a folder will hold.
-    const std::wstring text = L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";
+    const std::wstring text = L"D:P(A;OICI;FA;;;" + *user + L")(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";
     PSECURITY_DESCRIPTOR made = nullptr;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1, &made,
                                                               nullptr))
