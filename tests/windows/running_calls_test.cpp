@@ -2,7 +2,8 @@
 #include "src/host/entry/script_starter.h"
 #include "tests/windows/plugin_fixture.h"
 
-#include <barrier>
+#include <condition_variable>
+#include <mutex>
 
 namespace vell::test {
 namespace {
@@ -24,11 +25,36 @@ host::CallRecord record_of(int number, bool is_unsafe) {
     return record;
 }
 
+// Where threads wait for each other. That of the standard library sometimes wakes nobody here.
+class Meeting {
+  public:
+    explicit Meeting(int threads) : threads_(threads), missing_(threads) {}
+
+    void arrive_and_wait() {
+        std::unique_lock lock(mutex_);
+        if (--missing_ == 0) {
+            missing_ = threads_;
+            ++round_;
+            everybody_.notify_all();
+            return;
+        }
+        const int round = round_;
+        everybody_.wait(lock, [&] { return round_ != round; });
+    }
+
+  private:
+    const int threads_;
+    std::mutex mutex_;
+    std::condition_variable everybody_;
+    int missing_;
+    int round_ = 0;
+};
+
 TEST_F(Plugin, EachThreadGoesByTheRecordOfItsOwnMessage) {
     start();
     ScriptStarter& scripts = host::script_starter();
     std::atomic<int> wrong = 0;
-    std::barrier together(4);
+    Meeting together(4);
     for (std::atomic<int>& count : started)
         count = 0;
     in_threads(4, [&](std::size_t i) {
