@@ -14,7 +14,7 @@ import matplotlib
 
 matplotlib.use("svg")
 matplotlib.rcParams.update({"svg.fonttype": "none", "svg.hashsalt": "vell-file",
-                            "font.family": ["DejaVu Sans", "Verdana", "sans-serif"], "font.size": 9})
+                            "font.family": ["DejaVu Sans"], "font.size": 9})
 from matplotlib import pyplot
 
 WITHIN, BEYOND, UNBOUND = "#2f7d4f", "#b5482f", "#7a8694"  # the goal; without one
@@ -31,12 +31,18 @@ def peer(row):
     return found[1].strip() if found else "the system alone"
 
 
+def end_of(row):
+    """Where the number stands: behind the bar, and not upon the line of the goal."""
+    goal = row.get("goal", 0)
+    return goal if row["ratio"] < goal < 1.7 * row["ratio"] else row["ratio"]
+
+
 def draw(rows, target):
     figure, axes = pyplot.subplots(figsize=(9.6, 0.9 + 0.235 * len(rows)), layout="constrained")
     places = range(len(rows))
     axes.barh(places, [row["ratio"] for row in rows], height=0.62, color=[colour(row) for row in rows])
     for place, row in zip(places, rows):
-        axes.annotate(f"{row['ratio']:.2f}", (row["high"], place), (4, 0), va="center",
+        axes.annotate(f"{row['ratio']:.2f}", (max(row["high"], end_of(row)), place), (4, 0), va="center",
                       textcoords="offset points", color="#333333", size=8)
         axes.plot([row["low"], row["high"]], [place] * 2, color="#333333", linewidth=0.7)
         if "goal" in row:
@@ -45,7 +51,8 @@ def draw(rows, target):
     axes.set_yticks(places, [f"{row['work']}, against {peer(row)}" for row in rows])
     axes.set_xscale("log")
     axes.xaxis.set_major_formatter(lambda value, _: f"{value:g}")
-    axes.set_xlabel("time, as a multiple of the peer's; less is faster; a black line is the goal")
+    axes.set_xlim(right=3.2 * max(1, *(row["ratio"] for row in rows)) ** 0.5)
+    axes.set_xlabel("time as a multiple of the peer's, logarithmic; a black line is the goal", loc="right")
     axes.set_ylim(len(rows) - 0.4, -0.6)
     axes.spines[["top", "right"]].set_visible(False)
     figure.savefig(target, metadata={"Date": None, "Creator": None})

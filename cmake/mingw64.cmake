@@ -18,3 +18,5 @@ add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-fstack-protector-strong>)
 add_compile_definitions($<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<NOT:$<CONFIG:Debug>>>:_FORTIFY_SOURCE=2>
   $<$<COMPILE_LANGUAGE:CXX>:_GLIBCXX_ASSERTIONS>)
 add_link_options(-fstack-protector-strong) # its library
+# What they tell names headers: not where those stand on the machine.
+add_compile_options($<$<AND:$<COMPILE_LANGUAGE:C,CXX>,$<CONFIG:Release>>:-fmacro-prefix-map=/usr/=>)

@@ -33,7 +33,8 @@ need_packages() {
 }
 
 build_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools libz-mingw-w64-dev
-    googletest wine64 wine dpkg-dev poppler-data libboost-dev ccache nasm)
+    googletest wine64 wine dpkg-dev poppler-data libboost-dev nlohmann-json3-dev ccache
+    nasm)
 site_packages=(python3 python3-markdown-it python3-pygments)
 browser_packages=(chromium) # the tests of the site; npm may come with a Node.js of another source
 command -v npm >/dev/null || browser_packages+=(nodejs npm)

@@ -20,8 +20,10 @@ begin_library() {
     } | sha256sum | cut -c 1-16)
     target=$cache/$name-$recipe
     mkdir -p "$cache"
-    exec 9>"$cache/$name.lock"
-    flock 9 # somebody else may be building it
+    [ -d "$target" ] || {
+        exec 9>"$cache/$name.lock"
+        flock 9 # somebody else may be building it
+    }
     [ ! -d "$target" ] || {
         echo "$target"
         exit

@@ -63,20 +63,22 @@ bool ContainerField::set(std::span<const std::byte> bytes, std::u16string_view n
 void ContainerField::paint(HDC context, const RECT& bounds) const {
     if (!picture_)
         return;
-    constexpr LONG caption_height = 24;
+    constexpr int caption_height = 24;
     const RECT field{bounds.left, bounds.top, bounds.right, bounds.bottom - caption_height};
     FrameRect(context, &field, static_cast<HBRUSH>(GetStockObject(LTGRAY_BRUSH)));
-    const LONG width = field.right - field.left - 2;
-    const LONG height = field.bottom - field.top - 2;
+    const int left = field.left + 1;
+    const int top = field.top + 1;
+    const int room_across = field.right - 1 - left;
+    const int room_down = field.bottom - 1 - top;
     const double picture_width = picture_->image->GetWidth();
     const double picture_height = picture_->image->GetHeight();
-    const double scale = std::min({1.0, width / picture_width, height / picture_height});
-    const LONG shown_width = std::lround(picture_width * scale);
-    const LONG shown_height = std::lround(picture_height * scale);
+    const double scale = std::min({1.0, room_across / picture_width, room_down / picture_height});
+    const int width = static_cast<int>(std::lround(picture_width * scale));
+    const int height = static_cast<int>(std::lround(picture_height * scale));
     Gdiplus::Graphics graphics(context);
     graphics.SetInterpolationMode(Gdiplus::InterpolationModeHighQualityBicubic);
-    graphics.DrawImage(picture_->image.get(), field.left + 1 + (width - shown_width) / 2,
-                       field.top + 1 + (height - shown_height) / 2, shown_width, shown_height);
+    graphics.DrawImage(picture_->image.get(), left + (room_across - width) / 2,
+                       top + (room_down - height) / 2, width, height);
     RECT caption{bounds.left, field.bottom, bounds.right, bounds.bottom};
     DrawTextW(context, picture_->caption.c_str(), -1, &caption,
               DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_END_ELLIPSIS);

@@ -76,12 +76,15 @@ def contents(version, options):
     plugin = built(options.release / "bin" / PLUGIN)
     if signing.wanted(os.environ):
         plugin = signing.signed(plugin, os.environ)
-    install = read_text(ROOT / "docs/install.md")
+    install = read_text(ROOT / "docs/install.md").replace("](policy.md)", "](POLICY.html)")
+    policy = read_text(ROOT / "docs/policy.md")
     files = {
         PLUGIN: plugin,
         f"symbols/{SYMBOLS}": built(options.release / "bin" / SYMBOLS),
         "INSTALL.html": pages.as_html(install).encode("utf-8"),
         "INSTALL.txt": for_windows(pages.as_text(install)),
+        "POLICY.html": pages.as_html(policy).encode("utf-8"),
+        "policy.schema.json": (ROOT / "docs/policy.schema.json").read_bytes(),
         "LICENCE": for_windows(read_text(ROOT / "LICENSE") + "\n"),
         "NOTICES.txt": for_windows(notices(version, rows, facts)),
         "sbom.spdx.json": sbom(version, plugin, options.epoch, rows, facts).encode("utf-8"),

@@ -11,6 +11,8 @@ body { font: 1rem/1.55 "Segoe UI", system-ui, sans-serif; max-width: 44rem; marg
   padding: 0 1rem; }
 h1, h2 { line-height: 1.25; }
 h2 { margin-top: 2.2rem; }
+table { border-collapse: collapse; }
+th, td { text-align: left; vertical-align: top; padding: .2em .8em .2em 0; }
 code, pre { font-family: Consolas, monospace; font-size: .94em; }
 code { background: #8882; padding: .1em .25em; border-radius: 3px; overflow-wrap: anywhere; }
 pre { background: #8882; padding: .7rem 1rem; overflow-x: auto; border-radius: 4px; }
@@ -21,7 +23,7 @@ UNBROKEN = "\u2007"  # a blank that lines are not broken at
 
 
 def parsed(text):
-    markdown = MarkdownIt("commonmark", {"html": False})
+    markdown = MarkdownIt("commonmark", {"html": False}).enable("table")
     return markdown, markdown.parse(text)
 
 

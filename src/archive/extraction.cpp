@@ -20,6 +20,25 @@ bool has_data(const EntryInfo& entry) {
     return !entry.is_folder && entry.uncompressed_size != 0;
 }
 
+bool is_readable(const EntryInfo& entry) {
+    return !has(entry.flags, EntryFlag::Encrypted) && !has(entry.flags, EntryFlag::PatchedData);
+}
+
+// The most that a byte of compressed data can become: by the longest match of each method and the
+// fewest bits that code one.
+std::uint64_t largest_ratio(std::uint16_t method) {
+    switch (static_cast<Method>(method)) {
+    case Method::Stored:
+        return 1;
+    case Method::Deflated:
+        return 258 * 8 / 2;
+    case Method::Deflate64:
+        return 65'538 * 8 / 18 + 1;
+    default:
+        return 0;
+    }
+}
+
 // Counts and checks what a decoder gives, and hands it on.
 class CheckedSink {
   public:
@@ -80,6 +99,13 @@ Result<std::uint64_t> ZipReader::find_data(const EntryInfo& entry) {
     return start;
 }
 
+// As it was found when overlaps were looked for; the header is not read again then.
+Result<std::uint64_t> ZipReader::data_of(std::uint32_t index, const EntryInfo& entry) {
+    if (index < data_starts_.size() && data_starts_[index] != 0)
+        return data_starts_[index];
+    return find_data(entry);
+}
+
 Result<void> ZipReader::check_overlaps() {
     constexpr std::uint32_t see_zip64 = 0xFFFF'FFFF;
     struct Place {
@@ -96,6 +122,7 @@ Result<void> ZipReader::check_overlaps() {
             places.push_back({entry.local_header_offset, i});
     }
     std::ranges::sort(places, {}, &Place::offset);
+    data_starts_.assign(entry_count(), 0);
     std::uint64_t free_from = 0;
     for (const Place& place : places) {
         const EntryInfo entry = *this->entry(place.index);
@@ -105,7 +132,17 @@ Result<void> ZipReader::check_overlaps() {
         if (place.offset < free_from)
             return Failure{ErrorCode::CorruptStructure};
         free_from = *start + entry.compressed_size;
+        data_starts_[place.index] = *start;
     }
+    return {};
+}
+
+Result<void> ZipReader::check_limits(const Limits& limits) const {
+    std::uint64_t bytes = 0;
+    for (std::uint32_t i = 0; i < entry_count(); ++i)
+        bytes += entry(i)->uncompressed_size;
+    if (entry_count() > limits.archive_entries || bytes > limits.archive_bytes)
+        return Failure{ErrorCode::RefusedByPolicy};
     return {};
 }
 
@@ -115,12 +152,12 @@ Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
         return failed;
     if (!has_data(*entry))
         return {};
-    if (has(entry->flags, EntryFlag::Encrypted) || has(entry->flags, EntryFlag::PatchedData))
+    if (!is_readable(*entry))
         return failed;
     Decoder* const decoder = decoder_for(entry->method);
     if (!decoder)
         return failed;
-    const auto start = find_data(*entry);
+    const auto start = data_of(index, *entry);
     if (!start)
         return failed;
 
@@ -144,30 +181,25 @@ Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
     return {};
 }
 
-Result<void> ZipReader::extract_to_file(std::uint32_t index, System& system,
-                                        const NativePath& target, const NativePath* archive) {
+bool ZipReader::may_be_whole(std::uint32_t index) {
+    const auto entry = this->entry(index);
+    if (!entry || !has_data(*entry))
+        return entry.has_value();
+    return is_readable(*entry) && data_of(index, *entry) &&
+           entry->uncompressed_size <= largest_ratio(entry->method) * entry->compressed_size;
+}
+
+Result<void> ZipReader::extract_to_file(std::uint32_t index, files::HeldFile& file) {
     const auto entry = this->entry(index);
     if (!entry)
         return Failure{ErrorCode::CannotOpen};
-    // Mostly there is no file yet, and nothing else to ask for.
-    auto opened = system.files().open_new(target);
-    if (!opened && opened.error() == ErrorCode::AlreadyExists) {
-        if (system.tree().is_link(target))
-            return Failure{ErrorCode::BadName};
-        if (archive && system.files().is_same_file(target, *archive))
-            return Failure{ErrorCode::TargetDenied};
-        opened = system.files().open_emptied(target);
-    }
-    if (!opened)
-        return Failure{target_error(opened.error())};
-    files::File& file = **opened;
     VELL_TRY(
         extract(index, [&](std::uint64_t, std::string_view data) { return file.write(data); }));
-    if (!file.close())
-        return Failure{ErrorCode::CannotClose};
     // A time that cannot be set is no reason to call the extraction failed.
     const params::CalendarTime time = calendar_time(entry->modified);
-    static_cast<void>(system.properties().set_times(target, {.accessed = time, .modified = time}));
+    static_cast<void>(file.set_times({.accessed = time, .modified = time}));
+    if (!file.close())
+        return Failure{ErrorCode::CannotClose};
     return {};
 }
 

@@ -1,3 +1,5 @@
+#include "src/archive/disk_room.h"
+#include "src/archive/held_folders.h"
 #include "src/archive/zip_functions.h"
 #include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
@@ -7,6 +9,8 @@
 namespace vell::archive {
 namespace {
 
+using files::FollowLink;
+using files::HeldItem;
 using files::ItemKind;
 using params::Call;
 using params::SwitchSet;
@@ -76,7 +80,7 @@ class Expansion {
               const NameDecoder& decode)
         : system_(system), archive_(archive), reader_(reader), options_(options), decode_(decode) {}
 
-    // Decides on the folder, makes it where that is due, and checks what is known to come.
+    // Decides on the folder, checks what is known to come, and makes the folder where that is due.
     Result<void> choose_target(const NativePath& destination);
     Result<void> run();
 
@@ -90,12 +94,15 @@ class Expansion {
     };
 
     TopItems top_items() const;
+    Result<void> expand_into(const NativePath& folder, FollowLink follow);
     Result<void> make_archive_folder(const NativePath& folder);
     Result<void> check_top_item(const std::u16string& path, bool is_file);
     Result<std::u16string> path_of(const EntryInfo& entry) const;
     Result<void> expand(std::uint32_t index, const EntryInfo& entry);
-    Result<void> prepare_parent(std::u16string_view parent);
-    Result<void> make_folder(const NativePath& path);
+    Result<void> check_room(const NativePath& destination, const NativePath& target);
+    Result<void> make_folder(HeldItem& parent, std::u16string_view name, std::u16string_view path);
+    Result<std::unique_ptr<files::HeldFile>> open_file(HeldItem& parent, std::u16string_view name,
+                                                       std::u16string_view path);
 
     ItemKind kind_of(const NativePath& path) { return system_.files().kind_of(path); }
 
@@ -105,8 +112,7 @@ class Expansion {
     const Options options_;
     const NameDecoder& decode_;
     std::u16string target_;
-    // A folder below the target that is there, and no link on the way to it; empty for none.
-    std::u16string ready_;
+    std::optional<HeldFolders> folders_; // of the target
 };
 
 Expansion::TopItems Expansion::top_items() const {
@@ -152,23 +158,46 @@ Result<void> Expansion::check_top_item(const std::u16string& path, bool is_file)
     return {};
 }
 
+// From here on the target is that very folder.
+Result<void> Expansion::expand_into(const NativePath& folder, FollowLink follow) {
+    auto held = system_.tree().hold(folder, follow);
+    if (held && (*held)->is_link())
+        return Failure{ErrorCode::BadName};
+    target_ = folder.wide;
+    // One that could not be held fails with the first item in it, whose own faults come first.
+    Result<HeldFolders::Held> top = Failure{ErrorCode::TargetNotFound};
+    if (held && (*held)->kind() == ItemKind::Folder)
+        top = HeldFolders::Held(*std::move(held));
+    else if (!held)
+        top = Failure{target_error(held.error())};
+    folders_.emplace(std::move(top), target_);
+    return {};
+}
+
 Result<void> Expansion::choose_target(const NativePath& destination) {
     target_ = destination.wide;
     const TopItems items = top_items();
     if (items.count < 2 || !options_.create_archive_folder) {
         VELL_TRY(check_top_item(items.first_file, true));
-        return check_top_item(items.first_folder, false);
+        VELL_TRY(check_top_item(items.first_folder, false));
+        VELL_TRY(check_room(destination, destination));
+        return expand_into(destination, FollowLink::Yes);
     }
     std::u16string_view name = files::last_name(archive_.wide);
     name = name.substr(0, name.rfind(u'.'));
     name = files::without_cut_ending(name);
     const NativePath folder =
         VELL_TRY(files::path_to_make(joined(target_, without_device_name(name))));
+    VELL_TRY(check_room(destination, folder));
     VELL_TRY(make_archive_folder(folder));
-    if (!name.empty() && system_.tree().is_link(folder))
-        return Failure{ErrorCode::BadName};
-    target_ = folder.wide;
-    return {};
+    return expand_into(folder, name.empty() ? FollowLink::Yes : FollowLink::No);
+}
+
+Result<void> Expansion::check_room(const NativePath& destination, const NativePath& target) {
+    const auto path_of_entry = [&](const EntryInfo& entry) -> Result<NativePath> {
+        return joined(target.wide, VELL_TRY(path_of(entry)));
+    };
+    return archive::check_room(system_, reader_, destination, path_of_entry);
 }
 
 Result<std::u16string> Expansion::path_of(const EntryInfo& entry) const {
@@ -186,44 +215,49 @@ Result<void> Expansion::expand(std::uint32_t index, const EntryInfo& entry) {
     if (path.empty())
         return {}; // the target folder itself
     const std::size_t separator = path.rfind(u'\\');
-    if (separator != path.npos)
-        VELL_TRY(prepare_parent(std::u16string_view(path).substr(0, separator)));
-    const NativePath item = joined(target_, path);
-    return entry.is_folder ? make_folder(item)
-                           : reader_.extract_to_file(index, system_, item, &archive_);
+    const std::size_t end = separator == path.npos ? 0 : separator;
+    const HeldFolders::Held parent =
+        VELL_TRY(folders_->folder(std::u16string_view(path).substr(0, end)));
+    const std::u16string_view name = name_as_made(target_, files::last_name(path));
+    if (entry.is_folder)
+        return make_folder(*parent, name, path);
+    const auto file = VELL_TRY(open_file(*parent, name, path));
+    return reader_.extract_to_file(index, *file);
 }
 
-// Makes the folder that an item stands in; the one above it has to be there. One that cannot be
-// made shows when the item is.
-Result<void> Expansion::prepare_parent(std::u16string_view parent) {
-    if (parent == ready_)
-        return {};
-    for (std::size_t end = 0; end < parent.size();) {
-        end = std::min(parent.find(u'\\', end + 1), parent.size());
-        const std::u16string_view above = parent.substr(0, end);
-        const bool is_known =
-            ready_.starts_with(above) && (ready_.size() == end || ready_[end] == u'\\');
-        if (!is_known && system_.tree().is_link(joined(target_, above)))
+Result<std::unique_ptr<files::HeldFile>>
+Expansion::open_file(HeldItem& parent, std::u16string_view name, std::u16string_view path) {
+    // Mostly there is no file yet, and nothing else to ask for.
+    auto opened = parent.open_new(name);
+    if (!opened && opened.error() == ErrorCode::AlreadyExists) {
+        // Held, it is still the same when it is emptied.
+        const auto there = parent.hold(name);
+        if (there && (*there)->is_link())
             return Failure{ErrorCode::BadName};
+        if (system_.files().is_same_file(joined(target_, path), archive_))
+            return Failure{ErrorCode::TargetDenied};
+        opened = parent.open_emptied(name);
     }
-    const NativePath folder = joined(target_, parent);
-    if (kind_of(folder) == ItemKind::Folder || system_.tree().create_folder(folder))
-        ready_ = parent;
-    return {};
+    if (!opened)
+        return Failure{target_error(opened.error())};
+    return opened;
 }
 
-Result<void> Expansion::make_folder(const NativePath& path) {
-    const Result<void> made = system_.tree().create_folder(path);
-    if (made)
-        return {};
-    if (made.error() != ErrorCode::AlreadyExists)
-        return Failure{target_error(made.error())};
-    if (system_.tree().is_link(path))
+Result<void> Expansion::make_folder(HeldItem& parent, std::u16string_view name,
+                                    std::u16string_view path) {
+    auto folder = parent.make_folder(name);
+    const bool is_there = !folder && folder.error() == ErrorCode::AlreadyExists;
+    if (is_there)
+        folder = parent.hold(name);
+    if (!folder)
+        return Failure{target_error(folder.error())};
+    if ((*folder)->is_link())
         return Failure{ErrorCode::BadName};
-    if (kind_of(path) == ItemKind::File)
+    if ((*folder)->kind() == ItemKind::File)
         return Failure{ErrorCode::TargetNotFound};
-    if (!options_.overwrite)
+    if (is_there && !options_.overwrite)
         return Failure{ErrorCode::FolderExists};
+    folders_->add(path, *std::move(folder));
     return {};
 }
 
@@ -238,6 +272,7 @@ Result<void> unzip(Call& call, System& system) {
     const NativePath destination = VELL_TRY(destination_folder(call, system, archive));
     ZipReader reader = VELL_TRY(open_archive(system, archive));
     VELL_TRY(reader.check_overlaps());
+    VELL_TRY(reader.check_limits(system.limits()));
     Expansion expansion(system, archive, reader, options, decode);
     VELL_TRY(expansion.choose_target(destination));
     VELL_TRY(expansion.run());

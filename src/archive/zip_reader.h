@@ -67,16 +67,22 @@ class ZipReader {
     // place. Not part of opening: the names can be told all the same.
     Result<void> check_overlaps();
 
+    // RefusedByPolicy for more entries, or more bytes in them, than a call may expand. What an
+    // entry yields is never more than it says.
+    Result<void> check_limits(const Limits& limits) const;
+
     // Folders and empty entries succeed without data. ExtractionFailed for damaged, encrypted and
     // unsupported entries, and when the sink fails.
     Result<void> extract(std::uint32_t index, const EntrySink& sink);
 
-    // Extracts to a file, which is new or emptied first and gets the entry's time. BadName when it
-    // is a link; CannotOpen, TargetNotFound, TargetDenied or BadArgument when it cannot be opened;
-    // TargetDenied when it is `archive`, the file that is being read; ExtractionFailed, or
+    // Extracts to a file, which gets the entry's time and is closed. ExtractionFailed, or
     // CannotClose. What a failed extraction has written stays.
-    Result<void> extract_to_file(std::uint32_t index, System& system, const NativePath& target,
-                                 const NativePath* archive = nullptr);
+    Result<void> extract_to_file(std::uint32_t index, files::HeldFile& file);
+
+    // False for an entry of which is known without its data that it cannot be extracted: it is
+    // encrypted or compressed in another way, its data do not lie within the archive, or are too
+    // few for what they are said to become.
+    bool may_be_whole(std::uint32_t index);
 
   private:
     struct Directory;
@@ -91,13 +97,15 @@ class ZipReader {
     bool is_sound(const CentralDirectoryHeader& header, std::string_view record, std::uint32_t disk,
                   bool with_zip64) const;
     Result<std::uint64_t> find_data(const EntryInfo& entry);
+    Result<std::uint64_t> data_of(std::uint32_t index, const EntryInfo& entry);
     Decoder* decoder_for(std::uint16_t method);
 
     std::unique_ptr<files::File> file_;
     std::uint64_t archive_size_;
     ArchiveLayout layout_;
     std::string central_directory_;
-    std::vector<std::uint32_t> records_; // offsets of the entries' records in the directory
+    std::vector<std::uint32_t> records_;     // offsets of the entries' records in the directory
+    std::vector<std::uint64_t> data_starts_; // by entry; 0 where it is not known, or none at all
     std::vector<char> piece_;
     std::unique_ptr<Decoder> stored_, deflated_, deflate64_; // made when first needed
 };

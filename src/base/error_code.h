@@ -12,6 +12,7 @@ enum class ErrorCode : std::int32_t {
     PathTooLong = 206,      // for Windows, or for the shell, which takes short ones only
     FolderIntoItself = 125, // the shell's numbers for two copies that it refuses
     SameFolder = 113,
+    DiskFull = 112,
     PdfFailed = 99,    // text of a PDF file: for a reason without a number of its own
     FolderExists = 17, // a folder to be expanded stands there already
     // What the PDF library refuses, by its own numbers.
@@ -65,6 +66,7 @@ enum class ErrorCode : std::int32_t {
     LicenceExpired = -4222,
     TooManyHandlers = -4223, // of dropped files
     WrongSignature = -4224,  // or an ICC chunk that runs over its profile
+    RefusedByPolicy = -4225, // the administrator's: a path, a function or a limit
     TimeLimitPassed = -4230,
     TimeLimitOutOfRange = -4239,
     NumberOutOfRange = -4241,

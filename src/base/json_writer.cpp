@@ -95,6 +95,7 @@ void JsonWriter::quote(std::string_view text) {
     constexpr std::string_view replacement = "\xEF\xBF\xBD";
     const auto* at = reinterpret_cast<const unsigned char*>(text.data());
     const auto* const end = at + text.size();
+    text_.reserve(text_.size() + text.size() + 2); // quotes included: long texts are held once
     text_ += '"';
     while (at != end) {
         const auto* const plain_end =

@@ -1,11 +1,13 @@
 #include "src/documents/encoding_data.h"
 
 #include "src/archive/zip_reader.h"
+#include "src/base/crc32.h"
 #include "src/base/utf8.h"
 #include "src/files/contents/temporary_copy.h"
 #include "src/files/paths/path_parts.h"
 
 #include <algorithm>
+#include <array>
 
 namespace vell::documents {
 namespace {
@@ -14,12 +16,24 @@ using archive::EntryInfo;
 using archive::ZipReader;
 using files::NativePath;
 
-bool is_complete(System& system, const NativePath& path, const EntryInfo& entry) {
+Result<std::uint32_t> checksum_of(files::File& file) {
+    std::array<char, 16'384> piece;
+    std::uint32_t checksum = 0;
+    while (const std::size_t count = VELL_TRY(file.read(piece)))
+        checksum = crc32_of({piece.data(), count}, checksum);
+    return checksum;
+}
+
+// Whether the file is that of the archive, which somebody may have changed meanwhile.
+bool is_as_archived(System& system, const NativePath& path, const EntryInfo& entry) {
     const auto file = system.files().open_shared(path);
     if (!file)
         return false;
     const auto size = (*file)->size();
-    return size && *size == entry.uncompressed_size;
+    if (!size || *size != entry.uncompressed_size)
+        return false;
+    const auto checksum = checksum_of(**file);
+    return checksum && *checksum == entry.crc32;
 }
 
 Result<void> make_folder(System& system, std::u16string_view path) {
@@ -37,9 +51,17 @@ Result<void> make_folders_below(System& system, const NativePath& top, const Nat
     return {};
 }
 
+Result<void> extract(System& system, ZipReader& reader, std::uint32_t index,
+                     const NativePath& target) {
+    const auto file = VELL_TRY(system.files().open_new(target));
+    VELL_TRY(reader.extract(
+        index, [&](std::uint64_t, std::string_view data) { return file->write(data); }));
+    return file->close();
+}
+
 Result<void> unpack(System& system, ZipReader& reader, std::uint32_t index,
                     const NativePath& temporary, const NativePath& target) {
-    Result<void> outcome = reader.extract_to_file(index, system, temporary);
+    Result<void> outcome = extract(system, reader, index, temporary);
     if (outcome)
         outcome = system.files().rename(temporary, target, files::Replace::Yes);
     if (!outcome)
@@ -57,7 +79,7 @@ Result<void> unpack_missing(System& system, std::string_view archive, const Nati
         std::u16string name = utf16_from_utf8(entry.name);
         std::ranges::replace(name, u'/', u'\\');
         const NativePath target{folder.wide + u'\\' + name, std::nullopt};
-        if (entry.is_folder || is_complete(system, target, entry))
+        if (entry.is_folder || is_as_archived(system, target, entry))
             continue;
         if (!has_folder) {
             VELL_TRY(make_folder(system, files::parent_path(folder.wide)));
@@ -70,7 +92,7 @@ Result<void> unpack_missing(System& system, std::string_view archive, const Nati
             files::name_beside(system.files(), {folder.wide + u'\\' + u'x', std::nullopt}));
         const Result<void> outcome = unpack(system, reader, i, temporary, target);
         // Another process may have been faster, and have the file open.
-        if (!outcome && !is_complete(system, target, entry))
+        if (!outcome && !is_as_archived(system, target, entry))
             return outcome;
     }
     return {};

@@ -8,8 +8,8 @@
 
 namespace vell::documents {
 
-// Unpacks what is not in the folder yet, or not with its whole length; the folder and the one above
-// it are made where they are missing. Each file gets its name when it is complete, so that another
+// Unpacks what is not in the folder yet, or not with the length and checksum that the archive tells;
+// the folder and the one above it are made where they are missing. Each file gets its name when it is complete, so that another
 // process may do the same at the same time, or read already.
 Result<void> unpack_missing(System& system, std::string_view archive,
                             const files::NativePath& folder);

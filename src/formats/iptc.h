@@ -16,6 +16,9 @@ inline constexpr std::uint8_t envelope_record = 1;
 inline constexpr std::uint8_t application_record = 2;
 inline constexpr std::uint8_t last_record = 9;
 
+// More than these, which no writer gives one photograph, are not told.
+inline constexpr std::size_t most_datasets = 20'000;
+
 inline constexpr std::uint8_t coded_character_set = 90;   // in the envelope record
 inline constexpr std::string_view utf8_escape = "\x1B%G"; // its value for UTF-8 (ISO 2022)
 inline constexpr std::uint8_t record_version = 0;         // in the application record

@@ -38,13 +38,18 @@ Read<void> Window::read_exactly(std::span<char> bytes) {
 }
 
 Read<std::string> Window::read_bytes(std::uint64_t count) {
-    std::string bytes(static_cast<std::size_t>(std::min(count, remaining())), '\0');
+    const std::uint64_t there = std::min(count, remaining());
+    if (there > longest_block)
+        return fault(Damage::TooLarge);
+    std::string bytes(static_cast<std::size_t>(there), '\0');
     bytes.resize(VELL_TRY(read(bytes)));
     return bytes;
 }
 
 Read<std::string> Window::read_rest() {
     const std::uint64_t wanted = announced_ - std::min(position_, announced_);
+    if (wanted > remaining())
+        return fault(Damage::CutOff);
     std::string bytes = VELL_TRY(read_bytes(wanted));
     if (bytes.size() < wanted)
         return fault(Damage::CutOff);

@@ -18,6 +18,10 @@
 
 namespace vell::formats {
 
+// The most bytes of a file that are held as one block, such as tags, a packet, a profile or a text.
+// A longer one is none that anybody wrote on purpose, and nothing of it is read.
+inline constexpr std::uint64_t longest_block = 64U << 20U;
+
 class Window {
   public:
     // All of the source, which outlives the window.
@@ -46,9 +50,11 @@ class Window {
     Read<std::size_t> read(std::span<char> bytes);
     // CutOff when there are fewer.
     Read<void> read_exactly(std::span<char> bytes);
-    // At most `count` bytes: no more is allocated than there are.
+    // At most `count` bytes: no more is allocated than there are. TooLarge for more than
+    // `longest_block`.
     Read<std::string> read_bytes(std::uint64_t count);
-    // What is left of the announced bytes; CutOff when not all of them are there.
+    // What is left of the announced bytes; CutOff when not all of them are there, and TooLarge as
+    // above: nothing is read then.
     Read<std::string> read_rest();
 
     // CutOff when the window ends before.

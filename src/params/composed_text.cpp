@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/base/bytes.h"
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
 
 namespace vell::params {
@@ -51,11 +52,16 @@ void ComposedText::append(std::string_view bytes, TextEncoding encoding) {
 }
 
 void ComposedText::append_utf16(std::string_view bytes, ByteOrder order) {
+    constexpr std::size_t units_at_once = 16 * 1024;
     std::u16string units;
     for (std::size_t at = 0; const auto unit = load<std::uint16_t>(bytes, at, order); at += 2) {
         if (*unit == 0)
             break;
         units += static_cast<char16_t>(*unit);
+        if (units.size() >= units_at_once && !is_high_surrogate(units.back())) {
+            append(utf8_from_utf16(units));
+            units.clear();
+        }
     }
     append(utf8_from_utf16(units));
 }

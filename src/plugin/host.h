@@ -3,6 +3,7 @@
 
 #include "src/params/call.h"
 #include "src/plugin/vocabulary/registry.h"
+#include "src/policy/call_origin.h"
 
 #include <cstdint>
 #include <string_view>
@@ -31,6 +32,8 @@ class HostCall {
   public:
     virtual ~HostCall() = default;
 
+    // Where it comes from.
+    virtual policy::CallOrigin origin() { return {}; }
     // The call as its body sees it; asked for once at most.
     virtual params::Call& open(bool is_step) = 0;
     // Puts a text, ASCII, in the place of a result.

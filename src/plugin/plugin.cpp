@@ -18,7 +18,8 @@ constexpr std::int16_t highest_api_version = 255;
 constexpr std::uint8_t highest_idle_level = 3;
 
 constexpr std::string_view web_address = "https://vellfile.example/";
-// The host puts the number of a function or step behind it, and the reference's page there leads on.
+// The host puts the number of a function or step behind it, and the reference's page there leads
+// on.
 constexpr std::string_view help_address = "https://vellfile.example/reference/id/?";
 
 std::string description() {
@@ -87,9 +88,13 @@ std::int64_t Plugin::start_up(std::int16_t api_version, std::uint8_t application
     const bool on_server_host = is_server_host(state.application_type);
     if (on_server_host)
         log_start_banner();
+    if (guard && guard->policy().allows_nothing)
+        log("The policy allows nothing, for it cannot be read: " + guard->policy().problem);
     if (api_version < lowest_api_version || api_version > highest_api_version)
         return startup_bad_version;
 
+    if (guard)
+        guard->start(); // until shut_down, which a host sends to a plug-in that it has accepted
     host_.meet(api_version);
     const LicenceStart started = licence->at_startup(on_server_host);
     state.server_log = started.log_calls;
@@ -114,14 +119,7 @@ void Plugin::idle(std::uint8_t level) {
     drops.idle();
 }
 
-void Plugin::shut_down() {
-    state.idle_enabled = false;
-    if (state.logs_events())
-        log("Plug-in shutdown started.");
-    drops.shut_down();
-    const Unregistration outcome = unregister_all(host_, state);
-    if (!state.logs_events())
-        return;
+void Plugin::log_shutdown(const Unregistration& outcome) {
     if (outcome.error != ErrorCode::Ok)
         log("Plug-in shutdown error. Errorcode = " + to_text(std::int64_t{number(outcome.error)}));
     if (outcome.remaining != 0)
@@ -129,6 +127,18 @@ void Plugin::shut_down() {
             to_text(std::int64_t{outcome.functions}));
     else
         log("Plug-in shutdown completed.");
+}
+
+bool Plugin::shut_down() {
+    state.idle_enabled = false;
+    if (state.logs_events())
+        log("Plug-in shutdown started.");
+    drops.shut_down();
+    const Unregistration outcome = unregister_all(host_, state);
+    const bool is_log_written = !guard || guard->stop();
+    if (state.logs_events())
+        log_shutdown(outcome);
+    return is_log_written;
 }
 
 void Plugin::show_about_box() {

@@ -8,18 +8,25 @@
 #include "src/plugin/licence.h"
 #include "src/plugin/messages.h"
 #include "src/plugin/plugin_state.h"
+#include "src/policy/guard.h"
 #include "src/system/system.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
 namespace vell::plugin {
 
+struct Unregistration; // src/plugin/vocabulary/registration.h
+
 class Plugin {
   public:
-    Plugin(Host& host, System& of_process, dragdrop::DragAndDrop& drag_and_drop)
-        : system(of_process), drops(drag_and_drop), debug_log(of_process.logs()), host_(host) {}
+    // Under a guard the system is the guarded one.
+    Plugin(Host& host, System& of_process, dragdrop::DragAndDrop& drag_and_drop,
+           policy::Guard* of_administrator = nullptr)
+        : system(of_process), drops(drag_and_drop), guard(of_administrator),
+          debug_log(of_process.logs()), host_(host) {}
 
     // Message 0. Registers the vocabulary; the answer is startup_accepted, or startup_bad_version
     // for a host outside API 50 to 255. `version_text` is empty when the host gives none.
@@ -27,7 +34,8 @@ class Plugin {
                           std::u16string_view version_text);
 
     void idle(std::uint8_t level);
-    void shut_down();
+    // False where the library must stay in memory: the policy's log is still being written.
+    bool shut_down();
     void show_about_box();
     void session_shut_down(std::uint64_t session_id);
     void file_shut_down(std::uint64_t session_id, std::uint64_t file_id);
@@ -48,6 +56,7 @@ class Plugin {
 
     System& system;
     dragdrop::DragAndDrop& drops;
+    policy::Guard* const guard; // the administrator's policy; null without one
     PluginState state;
     DisabledState disabled;
     DebugLog debug_log;
@@ -56,8 +65,14 @@ class Plugin {
   private:
     void forget_earlier_calls();
     void log_start_banner();
+    void log_shutdown(const Unregistration& outcome);
     ErrorCode refusal() const;
     void log_call(std::string_view event, std::int16_t id);
+    struct Entry;
+    static std::optional<Entry> find_entry(std::int16_t id);
+    ErrorCode outcome_of(const Entry& entry, HostCall& call);
+    ErrorCode guarded_outcome_of(const Entry& entry, HostCall& call, policy::CallScope& scope);
+    std::int16_t answer(const Entry& entry, HostCall& call);
     std::int16_t serve_logged(std::int16_t id, HostCall& call);
 
     Host& host_;

@@ -7,24 +7,25 @@
 #include <string>
 
 namespace vell::plugin {
-namespace {
-
-constexpr std::string_view unreadable_parameter = "VellParamErr: XP7_GetBytesImproved failed";
 
 // A function's or step's row, as far as a call needs it.
-struct Entry {
+struct Plugin::Entry {
     Body body;
     Served served;
     bool is_step;
     std::int16_t needed_parameters;
+    std::string_view function; // the one that a step mirrors
 };
 
-std::optional<Entry> find_entry(std::int16_t id) {
-    if (const FunctionRow* function = find_function(id))
-        return Entry{function->body, function->served, false, function->least_parameters.needed};
-    if (const StepRow* step = find_step(id))
-        return Entry{step->body, step->served, true, step->needed_parameters};
-    return std::nullopt;
+namespace {
+
+constexpr std::string_view unreadable_parameter = "VellParamErr: XP7_GetBytesImproved failed";
+
+std::string_view function_of(const StepRow& step) {
+    constexpr std::int16_t steps_from = 3000;
+    const FunctionRow* const function =
+        find_function(static_cast<std::int16_t>(step.id - steps_from));
+    return function ? function->name() : step.name;
 }
 
 // A body that failed may not have come to ask for all of its switches.
@@ -35,26 +36,6 @@ void note_unknown_switches(params::Call& call) {
     const params::SwitchSet switches = call.switches();
     for (const std::string_view word : asked->unknown_in(switches.text()))
         call.debug_note("No such switch: " + std::string(word));
-}
-
-// Runs the body; what it throws becomes its code. A failure always has one: the system may refuse
-// something without saying why.
-ErrorCode outcome_of(const Entry& entry, HostCall& given, Plugin& plugin) {
-    try {
-        params::Call& call = given.open(entry.is_step);
-        if (call.parameter_count() < static_cast<std::size_t>(entry.needed_parameters))
-            return ErrorCode::BadParameter;
-        const Result<void> outcome = entry.body.run(call, plugin);
-        if (outcome) {
-            note_unknown_switches(call);
-            return ErrorCode::Ok;
-        }
-        return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();
-    } catch (const std::bad_alloc&) {
-        return ErrorCode::OutOfMemory;
-    } catch (...) {
-        return ErrorCode::HostFailure;
-    }
 }
 
 // What a failure leaves as the result of its call.
@@ -73,6 +54,59 @@ std::int16_t report(HostCall& call, ErrorCode code) {
 }
 
 } // namespace
+
+std::optional<Plugin::Entry> Plugin::find_entry(std::int16_t id) {
+    if (const FunctionRow* function = find_function(id))
+        return Entry{function->body, function->served, false, function->least_parameters.needed,
+                     function->name()};
+    if (const StepRow* step = find_step(id))
+        return Entry{step->body, step->served, true, step->needed_parameters, function_of(*step)};
+    return std::nullopt;
+}
+
+// Runs the body; what it throws becomes its code. A failure always has one: the system may refuse
+// something without saying why.
+ErrorCode Plugin::outcome_of(const Entry& entry, HostCall& given) {
+    try {
+        params::Call& call = given.open(entry.is_step);
+        if (call.parameter_count() < static_cast<std::size_t>(entry.needed_parameters))
+            return ErrorCode::BadParameter;
+        const Result<void> outcome = entry.body.run(call, *this);
+        if (outcome) {
+            note_unknown_switches(call);
+            return ErrorCode::Ok;
+        }
+        return outcome.error() == ErrorCode::Ok ? ErrorCode::HostFailure : outcome.error();
+    } catch (const std::bad_alloc&) {
+        return ErrorCode::OutOfMemory;
+    } catch (...) {
+        return ErrorCode::HostFailure;
+    }
+}
+
+// Whatever a body makes of a refusal, the call ends with it.
+ErrorCode Plugin::guarded_outcome_of(const Entry& entry, HostCall& call, policy::CallScope& scope) {
+    const bool is_denied = entry.served == Served::Always ? guard->denies_always(entry.function)
+                                                          : guard->denies(entry.function);
+    if (is_denied)
+        scope.refuse(guard->policy().allows_nothing ? "policy" : "function");
+    const ErrorCode code = is_denied ? ErrorCode::RefusedByPolicy : outcome_of(entry, call);
+    if (code == ErrorCode::RefusedByPolicy)
+        scope.refuse("limit"); // a body's own finding
+    return scope.is_refused() ? ErrorCode::RefusedByPolicy : code;
+}
+
+// Leaves the outcome in the call, and its line in the policy's log.
+std::int16_t Plugin::answer(const Entry& entry, HostCall& call) {
+    if (!guard)
+        return report(call, outcome_of(entry, call));
+    const policy::CallOrigin origin = guard->is_audited() ? call.origin() : policy::CallOrigin();
+    policy::CallScope scope(system.clock(), guard->policy().limits);
+    const ErrorCode code = guarded_outcome_of(entry, call, scope);
+    const std::int16_t answer = report(call, code);
+    guard->write(origin, entry.function, code, scope);
+    return answer;
+}
 
 // What keeps a call from its body; Ok when nothing does.
 ErrorCode Plugin::refusal() const {
@@ -99,10 +133,10 @@ std::int16_t Plugin::serve_logged(std::int16_t id, HostCall& call) {
     }
     if (!entry)
         return 0;
-    const std::int16_t answer = report(call, outcome_of(*entry, call, *this));
+    const std::int16_t errcode = answer(*entry, call);
     if (is_logged)
         log_call("External function end. functionID: ", id);
-    return answer;
+    return errcode;
 }
 
 std::int16_t Plugin::serve(std::int16_t id, HostCall& call) {

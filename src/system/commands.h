@@ -26,6 +26,9 @@ struct CommandSettings {
     Ticks wait_after_exit = 240; // for others that write to the ended command's output
     bool show_window = false;
     bool wait_on_result = true;
+    // With the command end those that it has started, and all of them with their owner's interest
+    // in the result.
+    bool ends_with_children = false;
     params::TextEncoding encoding = params::TextEncoding::Utf8;
 };
 

@@ -42,6 +42,7 @@ class DiskSystem {
     virtual std::uint32_t letters() = 0;
     virtual DiskType type_of(const std::u16string& root) = 0;
     virtual Result<VolumeInformation> information(const std::u16string& root) = 0;
+    // Takes any folder, too: that of the disk on which it lies.
     virtual Result<DiskSpace> space(const std::u16string& root) = 0;
     // The share that a letter leads to; empty when it leads to none.
     virtual std::u16string share_of(char16_t letter) = 0;

@@ -39,6 +39,8 @@ class File {
     // Cuts or extends the file at the current position.
     virtual Result<void> set_end_of_file() = 0;
     virtual Result<void> close() = 0;
+    // Where the file really stands; see FinalPaths. NotSupported for what has no path.
+    virtual Result<std::u16string> final_path() { return Failure{ErrorCode::NotSupported}; }
 };
 
 // What stands at a path.
@@ -53,13 +55,15 @@ class FileSystem {
     // Opens an existing file without sharing: Busy while anything else has it open, and for writing
     // one that is read-only. Never creates.
     virtual Result<std::unique_ptr<File>> open(const NativePath& path, Permission permission) = 0;
-    // The next three let others have the file open at the same time, for reading and for writing.
+    // The next four let others have the file open at the same time, for reading and for writing.
     //
     // Opens for reading.
     virtual Result<std::unique_ptr<File>> open_shared(const NativePath& path) = 0;
     // Makes a file and opens it for writing, in one step. AlreadyExists when there is anything of
     // its name, a link without a target included.
     virtual Result<std::unique_ptr<File>> open_new(const NativePath& path) = 0;
+    // Opens an existing file for writing and leaves its bytes. Busy as for the next one.
+    virtual Result<std::unique_ptr<File>> open_to_write(const NativePath& path) = 0;
     // Opens for writing a file that is new or emptied. Busy for a folder and a read-only file.
     virtual Result<std::unique_ptr<File>> open_emptied(const NativePath& path) = 0;
     // Makes an empty file; AlreadyExists when there is anything of that name.

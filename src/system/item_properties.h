@@ -18,6 +18,7 @@ enum class Attribute : std::uint32_t {
     Folder = 0x10,
     Archive = 0x20,
     Device = 0x40,
+    Compressed = 0x800, // of a folder: what is made in it is
 };
 
 constexpr std::uint32_t bit(Attribute attribute) {

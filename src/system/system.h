@@ -10,8 +10,10 @@
 #include "src/system/digest.h"
 #include "src/system/disk_system.h"
 #include "src/system/file_access.h"
+#include "src/system/final_paths.h"
 #include "src/system/folder_reader.h"
 #include "src/system/item_properties.h"
+#include "src/system/limits.h"
 #include "src/system/logs.h"
 #include "src/system/pictures.h"
 #include "src/system/places.h"
@@ -34,6 +36,7 @@ class System {
     virtual files::TreeSystem& tree() = 0;  // folders, and the names and places of items
     virtual files::FolderSource& folders() = 0;
     virtual files::ItemProperties& properties() = 0;
+    virtual files::FinalPaths& final_paths() = 0;
     virtual files::Places& places() = 0;
     virtual files::DiskSystem& disks() = 0;
     virtual files::ShellLinks& links() = 0;
@@ -49,6 +52,11 @@ class System {
                                        std::vector<std::string>& notes) = 0;
     // Those that were built from sources of others, in the order of their names.
     virtual std::vector<LinkedLibrary> linked_libraries() = 0;
+    // What a call may use; there are no limits unless somebody has set them.
+    virtual const Limits& limits() {
+        static constexpr Limits none;
+        return none;
+    }
 };
 
 } // namespace vell

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "src/system/file_access.h"
+#include "src/system/held_item.h"
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -42,6 +44,8 @@ class TreeSystem {
 
     // Whether the item itself is a symbolic link, a junction or a mounted volume.
     virtual bool is_link(const NativePath& path) = 0;
+    // Holds an item, or what a link leads to. NotFound.
+    virtual Result<std::unique_ptr<HeldItem>> hold(const NativePath& path, FollowLink follow) = 0;
     // Calls `visit` with everything below a folder, a folder before what it holds, until it fails.
     // No link is followed.
     virtual Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) = 0;

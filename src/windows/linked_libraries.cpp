@@ -43,8 +43,7 @@ std::vector<LinkedLibrary> linked_libraries() {
             {"libdeflate", LIBDEFLATE_VERSION_STRING},
             {"libjpeg-turbo", VELL_WORD_OF(LIBJPEG_TURBO_VERSION)},
             {"libpng", png_get_libpng_ver(nullptr)},
-            {"libstdc++", VELL_WORD_OF(__GNUC__) "." VELL_WORD_OF(__GNUC_MINOR__) "." //
-                          VELL_WORD_OF(__GNUC_PATCHLEVEL__)},
+            {"libstdc++", VELL_WORD_OF(_GLIBCXX_RELEASE)},
             {"Little CMS", lcms_version()},
             {"Poppler", POPPLER_VERSION},
             {"zlib", zlibVersion()}};

@@ -9,6 +9,7 @@ files::FileSystem& file_system();
 files::TreeSystem& tree();
 files::FolderSource& folders();
 files::ItemProperties& properties();
+files::FinalPaths& final_paths();
 files::Places& places();
 files::DiskSystem& disks();
 files::ShellLinks& links();

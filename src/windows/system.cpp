@@ -25,6 +25,7 @@ class Win32System : public System {
     files::TreeSystem& tree() override { return windows::tree(); }
     files::FolderSource& folders() override { return windows::folders(); }
     files::ItemProperties& properties() override { return windows::properties(); }
+    files::FinalPaths& final_paths() override { return windows::final_paths(); }
     files::Places& places() override { return windows::places(); }
     files::DiskSystem& disks() override { return windows::disks(); }
     files::ShellLinks& links() override { return windows::links(); }

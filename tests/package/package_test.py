@@ -91,7 +91,8 @@ class Package(WithFolder):
         reference = {name for name in self.files if name.startswith("reference/")}
         self.assertEqual(set(self.files) - reference, {
             "VellFile.fmx64", "symbols/VellFile.fmx64.debug", "INSTALL.html", "INSTALL.txt",
-            "LICENCE", "NOTICES.txt", "SHA256SUMS", "sbom.spdx.json", "selftest/read me.txt"})
+            "LICENCE", "NOTICES.txt", "POLICY.html", "SHA256SUMS", "policy.schema.json",
+            "sbom.spdx.json", "selftest/read me.txt"})
         if reference:
             self.assertLessEqual({"reference/index.html", "reference/server.html",
                                   "reference/site.css"}, reference)

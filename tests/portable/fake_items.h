@@ -158,6 +158,24 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     // Takes what is written, instead of the file.
     std::function<void(std::uint64_t position, std::string_view bytes)> on_write;
 
+    // Comes before whatever is asked or done: others may change the items meanwhile.
+    std::function<void()> on_step;
+    // Others can put a link where an item is, or none, unless that would move what is held. One
+    // that leads to an item is followed on the way to others, and by what opens it.
+    bool swap_in(std::u16string_view path, std::u16string_view target) {
+        const std::u16string key = key_of(path);
+        const auto holds = [&](const std::u16string& held) {
+            return held == key || held.starts_with(key + u'\\');
+        };
+        if (!is_folder(parent_of(key)) || std::ranges::any_of(held_, holds) ||
+            std::ranges::any_of(open_, holds))
+            return false;
+        std::erase_if(items_,
+                      [&](const auto& item) { return item.first.starts_with(key + u'\\'); });
+        add(path, FakeItem{.attributes = find(target)->attributes, .link = std::u16string(target)});
+        return true;
+    }
+
     // Windows' own numbers, for a folder that is not opened and for one reading of any.
     void refuse(std::u16string_view path, std::int32_t error) { refused_[key_of(path)] = error; }
     void fail_read(int read, std::int32_t error) {
@@ -178,24 +196,22 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     Result<std::unique_ptr<files::File>> open(const NativePath& path,
                                               files::Permission permission) override {
         VELL_TRY(count_operation());
-        const FakeItem* item = find(path.wide);
+        const std::u16string key = followed(key_of(path.wide), files::FollowLink::Yes);
+        const FakeItem* item = find(key);
         if (!item)
             return Failure{ErrorCode::NotFound};
         if (item->is_watched)
             return Failure{ErrorCode::Busy};
-        return open_free(path, permission);
+        return VELL_TRY(open_free(key, permission));
     }
     Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) override {
         return open(path, files::Permission::Read);
     }
     Result<std::unique_ptr<files::File>> open_new(const NativePath& path) override {
-        VELL_TRY(create_new(path));
-        const Result<void> counted = count_operation();
-        if (!counted) { // all in one step: nothing is there then
-            erase(path.wide);
-            return Failure{counted.error()};
-        }
-        return open_free(path, files::Permission::Write);
+        return VELL_TRY(open_new_at(followed(key_of(path.wide), files::FollowLink::No)));
+    }
+    Result<std::unique_ptr<files::File>> open_to_write(const NativePath& path) override {
+        return open(path, files::Permission::Write);
     }
     Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
         if (!find(path.wide))
@@ -205,16 +221,15 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         return file;
     }
     Result<void> create_new(const NativePath& path) override {
-        VELL_TRY(count_operation());
-        VELL_TRY(check_free(path));
-        add(path.wide).is_watched = watch_new_files;
-        return {};
+        return create_at(followed(key_of(path.wide), files::FollowLink::No));
     }
     files::ItemKind kind_of(const NativePath& path) override {
+        step();
         ++looks;
-        if (is_folder(key_of(path.wide)))
+        const std::u16string key = followed(key_of(path.wide), files::FollowLink::Yes);
+        if (is_folder(key))
             return files::ItemKind::Folder;
-        return find(path.wide) ? files::ItemKind::File : files::ItemKind::None;
+        return find(key) ? files::ItemKind::File : files::ItemKind::None;
     }
     bool is_same_file(const NativePath& a, const NativePath& b) override {
         return kind_of(a) != files::ItemKind::None && behind(a) == behind(b);
@@ -278,6 +293,50 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     }
 
   protected:
+    // Where a path leads.
+    std::u16string followed(const std::u16string& key, files::FollowLink last) {
+        for (std::size_t end = 0; end < key.size();) {
+            end = std::min(key.find(u'\\', end + 1), key.size());
+            const FakeItem* item = find(std::u16string_view(key).substr(0, end));
+            const bool is_on_the_way = end < key.size() || last == files::FollowLink::Yes;
+            if (item && item->link && find(*item->link) && is_on_the_way)
+                return followed(key_of(*item->link) + key.substr(end), last);
+        }
+        return key;
+    }
+    void step() {
+        if (on_step)
+            on_step();
+    }
+    void set_item_times(FakeItem& item, const files::NewTimes& times) {
+        item.created = times.created.value_or(item.created);
+        item.accessed = times.accessed.value_or(item.accessed);
+        item.modified = times.modified.value_or(item.modified);
+    }
+    Result<void> create_at(const std::u16string& key) {
+        VELL_TRY(count_operation());
+        VELL_TRY(check_free(native(key)));
+        add(key).is_watched = watch_new_files;
+        return {};
+    }
+    Result<std::unique_ptr<files::HeldFile>> open_new_at(const std::u16string& key) {
+        VELL_TRY(create_at(key));
+        const Result<void> counted = count_operation();
+        if (!counted) { // all in one step: nothing is there then
+            erase(key);
+            return Failure{counted.error()};
+        }
+        return open_free(key, files::Permission::Write);
+    }
+    // In the place of a link, be it there.
+    Result<std::unique_ptr<files::HeldFile>> open_emptied_at(const std::u16string& key) {
+        if (!find(key))
+            VELL_TRY(create_at(key));
+        VELL_TRY(count_operation());
+        auto file = VELL_TRY(open_free(key, files::Permission::Write));
+        VELL_TRY(file->set_end_of_file());
+        return file;
+    }
     static std::u16string key_of(std::u16string_view path) {
         std::u16string key(path);
         std::ranges::replace(key, u'/', u'\\');
@@ -292,6 +351,18 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     static std::u16string parent_of(const std::u16string& key) {
         const std::size_t end = key.rfind(u'\\');
         return end == key.npos ? std::u16string() : key.substr(0, end);
+    }
+    // The path behind every link on the way, in the letters of what is there.
+    std::u16string followed(std::u16string key) const {
+        for (std::size_t end = key.find(u'\\'); end != key.npos;) {
+            end = std::min(key.find(u'\\', end + 1), key.size());
+            const auto found = items_.find(key.substr(0, end));
+            if (found != items_.end() && found->second.link)
+                return followed(*found->second.link + key.substr(end));
+            if (end == key.size())
+                break;
+        }
+        return key;
     }
     bool is_folder(const std::u16string& key) const {
         const auto found = items_.find(key);
@@ -315,6 +386,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         return replace == files::Replace::Yes ? Result<void>() : check_free(target);
     }
     Result<void> count_operation() {
+        step();
         ++operations_;
         if (operations_ >= first_failing_ && operations_ <= last_failing_)
             return Failure{failure_};
@@ -323,9 +395,10 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
 
     std::map<std::u16string, FakeItem> items_; // by paths without a separator at their end
     std::set<std::u16string> open_;
+    std::multiset<std::u16string> held_;
 
   private:
-    class OpenFile : public files::File {
+    class OpenFile : public files::HeldFile {
       public:
         OpenFile(FakeItems& items, std::u16string key, bool writing)
             : items_(items), key_(std::move(key)), writing_(writing) {
@@ -390,10 +463,15 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
             item().bytes.resize(static_cast<std::size_t>(position_));
             return {};
         }
+        Result<void> set_times(const files::NewTimes& times) override {
+            items_.set_item_times(item(), times);
+            return {};
+        }
         Result<void> close() override {
             items_.open_.erase(key_);
             return items_.count_operation();
         }
+        Result<std::u16string> final_path() override { return items_.followed(key_); }
 
       private:
         FakeItem& item() { return items_.items_.at(key_); }
@@ -433,14 +511,13 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
                                     : static_cast<ErrorCode>(error)};
     }
     // Nobody else has a file open here.
-    Result<std::unique_ptr<files::File>> open_free(const NativePath& path,
-                                                   files::Permission permission) {
-        const std::u16string key = key_of(path.wide);
+    Result<std::unique_ptr<files::HeldFile>> open_free(const std::u16string& key,
+                                                       files::Permission permission) {
         const bool writing = permission == files::Permission::Write;
         if (is_folder(key) || open_.contains(key) ||
             (writing && items_.at(key).has(files::Attribute::ReadOnly)))
             return Failure{ErrorCode::Busy};
-        return std::unique_ptr<files::File>(std::make_unique<OpenFile>(*this, key, writing));
+        return std::unique_ptr<files::HeldFile>(std::make_unique<OpenFile>(*this, key, writing));
     }
     std::u16string behind(const NativePath& path) {
         const FakeItem* item = find(path.wide);

@@ -11,6 +11,7 @@ class FakeSystem : public System,
                    public FakeItems,
                    public files::TreeSystem,
                    public files::ItemProperties,
+                   public files::FinalPaths,
                    public files::Places,
                    public files::DiskSystem,
                    public files::ShellLinks,
@@ -28,6 +29,7 @@ class FakeSystem : public System,
     files::FolderSource& folders() override { return *this; }
     files::TreeSystem& tree() override { return *this; }
     files::ItemProperties& properties() override { return *this; }
+    files::FinalPaths& final_paths() override { return *this; }
     files::Places& places() override { return *this; }
     files::DiskSystem& disks() override { return *this; }
     files::ShellLinks& links() override { return *this; }
@@ -66,10 +68,7 @@ class FakeSystem : public System,
     }
     Result<void> create_folder(const NativePath& path) override {
         ++looks;
-        VELL_TRY(count_operation());
-        VELL_TRY(check_free(path));
-        add_folder(path.wide);
-        return {};
+        return make_folder_at(followed(key_of(path.wide), files::FollowLink::No));
     }
     Result<void> remove_folder(const NativePath& path) override {
         VELL_TRY(count_operation());
@@ -93,9 +92,15 @@ class FakeSystem : public System,
         return {};
     }
     bool is_link(const NativePath& path) override {
+        step();
         const FakeItem* item = find(path.wide);
         return item && item->link;
     }
+    Result<std::unique_ptr<files::HeldItem>> hold(const NativePath& path,
+                                                  files::FollowLink follow) override {
+        return hold_at(followed(key_of(path.wide), follow), follow);
+    }
+    std::size_t most_held = 0; // at a time
     Result<void> for_each_below(const NativePath& path, const files::VisitItem& visit) override {
         ++walks;
         for (const auto& [key, item] : std::map(items_))
@@ -149,15 +154,25 @@ class FakeSystem : public System,
         FakeItem* item = find(path.wide);
         if (!item)
             return not_found;
-        item->created = times.created.value_or(item->created);
-        item->accessed = times.accessed.value_or(item->accessed);
-        item->modified = times.modified.value_or(item->modified);
+        set_item_times(*item, times);
         return {};
     }
     Result<std::u16string> type_name(const std::u16string&, std::uint32_t, files::TypeBy) override {
         return nothing;
     }
     Result<files::CodeSignature> code_signature(const NativePath&) override { return not_found; }
+
+    // FinalPaths
+    Result<std::u16string> of(const NativePath& path) override {
+        const std::u16string key = followed(key_of(path.wide));
+        if (kind_of(native(key)) == files::ItemKind::None)
+            return not_found;
+        return key.ends_with(u':') ? key + u'\\' : key;
+    }
+    Result<files::HeldFolder> hold(const NativePath& folder) override {
+        std::u16string path = VELL_TRY(of(folder));
+        return files::HeldFolder{std::move(path), nullptr};
+    }
 
     // Places
     Result<std::u16string> program_path() override { return nothing; }
@@ -232,6 +247,64 @@ class FakeSystem : public System,
     params::CalendarTime local_time() override { return noon; }
 
   private:
+    class Held : public files::HeldItem {
+      public:
+        Held(FakeSystem& system, std::u16string key, files::FollowLink follow)
+            : system_(system), key_(std::move(key)), is_folder_(system.is_folder(key_)) {
+            const FakeItem* item = system.find(key_);
+            is_link_ = item && item->link && follow == files::FollowLink::No;
+            system_.held_.insert(key_);
+            system_.most_held = std::max(system_.most_held, system_.held_.size());
+        }
+        ~Held() override { system_.held_.erase(system_.held_.find(key_)); }
+
+        files::ItemKind kind() const override {
+            return is_folder_ ? files::ItemKind::Folder : files::ItemKind::File;
+        }
+        bool is_link() const override { return is_link_; }
+        Result<std::unique_ptr<files::HeldItem>> hold(std::u16string_view name) override {
+            return system_.hold_at(at(name), files::FollowLink::No);
+        }
+        Result<std::unique_ptr<files::HeldItem>> make_folder(std::u16string_view name) override {
+            VELL_TRY(system_.make_folder_at(at(name)));
+            return system_.held(at(name), files::FollowLink::No);
+        }
+        Result<std::unique_ptr<files::HeldFile>> open_new(std::u16string_view name) override {
+            return system_.open_new_at(at(name));
+        }
+        Result<std::unique_ptr<files::HeldFile>> open_emptied(std::u16string_view name) override {
+            return system_.open_emptied_at(at(name));
+        }
+
+      private:
+        std::u16string at(std::u16string_view name) const {
+            return std::u16string(key_).append(u"\\").append(name);
+        }
+
+        FakeSystem& system_;
+        std::u16string key_;
+        bool is_folder_;
+        bool is_link_;
+    };
+
+    std::unique_ptr<files::HeldItem> held(const std::u16string& key, files::FollowLink follow) {
+        return std::make_unique<Held>(*this, key, follow);
+    }
+    Result<std::unique_ptr<files::HeldItem>> hold_at(const std::u16string& key,
+                                                     files::FollowLink follow) {
+        step();
+        ++looks;
+        if (!find(key) && !is_folder(key))
+            return not_found;
+        return held(key, follow);
+    }
+    Result<void> make_folder_at(const std::u16string& key) {
+        VELL_TRY(count_operation());
+        VELL_TRY(check_free(native(key)));
+        add_folder(key);
+        return {};
+    }
+
     static constexpr Failure<ErrorCode> nothing{ErrorCode::NotAvailable};
     static constexpr Failure<ErrorCode> not_found{ErrorCode::NotFound};
 };

@@ -108,6 +108,11 @@ TEST(EncodingData, IsWholeWhateverFailedOrWentMissingBefore) {
     first.add(u"C:\\top\\data\\f\\g\\long", "cut off"); // what a full disk left
     ASSERT_TRUE(unpack(first));
     EXPECT_TRUE(is_whole(first));
+    std::string changed(100'000, 'a');
+    changed[50'000] = 'b';
+    first.add(u"C:\\top\\data\\f\\g\\long", changed);
+    ASSERT_TRUE(unpack(first));
+    EXPECT_TRUE(is_whole(first));
 
     for (int operation = 1;; ++operation) {
         FakeSystem system;

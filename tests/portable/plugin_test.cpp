@@ -6,6 +6,7 @@
 #include "src/plugin/vocabulary/own_functions.h"
 #include "tests/portable/answer_of.h"
 #include "tests/portable/fake_items.h"
+#include "tests/portable/no_drops.h"
 
 #include <map>
 #include <stdexcept>
@@ -54,27 +55,6 @@ class FakeHost : public Host {
     }
 
     bool has_steps_ = false;
-};
-
-// Nothing can be dropped on it.
-class NoDrops : public dragdrop::DropHost, public dragdrop::DropWindows {
-  public:
-    using Window = dragdrop::Window;
-    std::int32_t version() const override { return 0; }
-    bool is_callable() const override { return false; }
-    Result<void> start(const dragdrop::Script&, const std::u16string&) override { return {}; }
-    void note(std::string_view) override {}
-    Window titled_document(Window, const std::u16string&) override { return nullptr; }
-    Window document(Window) override { return nullptr; }
-    std::int32_t outer_width(Window) override { return 0; }
-    std::int32_t scroll_position(Window) override { return 0; }
-    void bring_to_front(Window) override {}
-    Result<void> serve(Window, dragdrop::DropReceiver&, dragdrop::EarlierTarget) override {
-        return {};
-    }
-    bool is_served(Window) override { return false; }
-    void leave(Window) override {}
-    void shut_down() override {}
 };
 
 // Keeps what is written down and shown. The overflow file is in memory.
@@ -167,7 +147,7 @@ class PluginInHost : public ::testing::Test {
 
     FakeHost host;
     NotingSystem system;
-    NoDrops none;
+    testing::NoDrops none;
     dragdrop::DragAndDrop drops{none, none, system};
     Plugin plugin{host, system, drops};
 };

@@ -469,6 +469,12 @@ TEST(Sidecar, IsAllThatIsWrittenBesideAPhotograph) {
     FakeCall missing({u"-SetXMP", u"C:\\none.nef", sidecar, u"<x/>"});
     EXPECT_EQ(set_metadata(missing, files).error(), ErrorCode::NotFound);
     EXPECT_EQ(files.open_files(), 0);
+
+    // What is too long for a packet is not replaced.
+    const std::string other((64 << 20) + 1, ' ');
+    files.add(sidecar, other);
+    EXPECT_EQ(set(files, sidecar, "-SetXMP", packet_text), -207);
+    EXPECT_TRUE(files.at(sidecar) == other);
 }
 
 // Whatever fails: the old contents, the new ones or the temporary copy are there.

@@ -1,4 +1,5 @@
 // The functions on archives over a system in memory.
+#include "src/archive/held_folders.h"
 #include "src/archive/zip_functions.h"
 #include "src/archive/zip_reader.h"
 #include "tests/portable/answer_of.h"
@@ -247,6 +248,139 @@ TEST_F(Zip, WritesThroughNoLink) {
     system.find(u"C:\\out\\l")->link.reset();
     system.find(u"C:\\out")->link = u"elsewhere"; // the target itself is the user's choice
     EXPECT_EQ(expand_entries({"l/x"}, overwrite), u"0");
+}
+
+// Somebody puts a link to other files where the expansion works, before any of its steps.
+TEST(ZipExpansion, WritesThroughNoLinkThatIsSwappedInMeanwhile) {
+    const std::vector<std::string> entries = {"d/", "d/e/", "d/e/f", "d/g", "h/", "h/i", "d/e/j"};
+    int held_off = 0;
+    int refused = 0;
+    int done = 0;
+    for (const char16_t* swapped :
+         {u"C:\\out\\x", u"C:\\out\\x\\d", u"C:\\out\\x\\d\\e", u"C:\\out\\x\\d\\e\\f",
+          u"C:\\out\\x\\d\\g", u"C:\\out\\x\\h", u"C:\\out\\x\\h\\i", u"C:\\out\\x\\d\\e\\j"}) {
+        const bool is_file = std::u16string_view(u"fgij").find(
+                                 std::u16string_view(swapped).back()) != std::u16string_view::npos;
+        for (int at = 1;; ++at) {
+            SCOPED_TRACE(utf8_from_utf16(swapped) + " before step " + std::to_string(at));
+            FakeSystem system;
+            system.add(u"C:\\x.zip", testing::zip_of(entries));
+            system.add(u"C:\\secret\\e\\f", "kept");
+            system.add(u"C:\\secret\\file", "kept");
+            for (const char16_t* replaced : {u"d\\g", u"h\\i"})
+                system.add(std::u16string(u"C:\\out\\x\\") + replaced, "old");
+            int step = 0;
+            system.on_step = [&] {
+                if (++step == at)
+                    held_off +=
+                        !system.swap_in(swapped, is_file ? u"C:\\secret\\file" : u"C:\\secret");
+            };
+            FakeCall call({u"-OverwriteExisting", u"C:\\x.zip", u"C:\\out"});
+            const std::string answer = testing::answer_of(call, unzip(call, system));
+            refused += answer == "$$-37";
+            done += answer == "0";
+            for (const auto& [path, bytes] : system.contents())
+                EXPECT_TRUE(!path.starts_with(u"C:\\secret") || bytes == "kept")
+                    << utf8_from_utf16(path);
+            EXPECT_EQ(std::ranges::count_if(
+                          system.all(),
+                          [](const auto& item) { return item.first.starts_with(u"C:\\secret"); }),
+                      4);
+            if (step < at)
+                break;
+        }
+    }
+    // Each of the ways out has been taken.
+    EXPECT_GT(held_off, 50);
+    EXPECT_GT(refused, 20);
+    EXPECT_GT(done, 50);
+}
+
+TEST_F(Zip, LooksAtEachFolderOnceHoweverFilesAreOrdered) {
+    constexpr int depth = 400;
+    constexpr int files = 1'000;
+    std::vector<std::string> entries;
+    std::string branches[] = {"a", "b"};
+    for (std::string& branch : branches) {
+        entries.push_back(branch + "/");
+        for (int i = 1; i < depth; ++i)
+            entries.push_back((branch += "/d") + "/");
+    }
+    for (int i = 0; i < files; ++i)
+        entries.push_back(branches[i % 2] + "/" + std::to_string(i));
+    system.looks = 0;
+    EXPECT_EQ(expand_entries(entries), u"0");
+    EXPECT_LT(system.looks, 20);
+    EXPECT_EQ(system.most_held, 2u * depth + 1);
+
+    // Without entries of their own, in more branches than are held at a time.
+    std::vector<std::string> many;
+    for (int i = 0; i < 3'000; ++i)
+        many.push_back(std::to_string(i % 1'500) + "/" + std::to_string(i));
+    system.looks = 0;
+    EXPECT_EQ(expand_entries(many, u"-DontCreateArchiveFolder"), u"0");
+    EXPECT_LT(system.looks, 4 * 3'000);
+    EXPECT_LE(system.most_held, HeldFolders::most + 2);
+}
+
+class ZipOnSmallDisk : public Zip {
+  protected:
+    struct SmallDisk : FakeSystem {
+        std::uint64_t free = 0;
+        Result<files::DiskSpace> space(const std::u16string& folder) override {
+            EXPECT_EQ(folder, u"C:\\out");
+            return files::DiskSpace{1'000'000, free};
+        }
+    };
+    std::u16string expand_with(std::uint64_t free, const std::string& zip) {
+        disk.free = free;
+        disk.add(u"C:\\x.zip", zip);
+        FakeCall call({u"-OverwriteExisting -DontCreateArchiveFolder", u"C:\\x.zip", u"C:\\out"});
+        return utf16_from_utf8(testing::answer_of(call, unzip(call, disk)));
+    }
+    SmallDisk disk;
+};
+
+TEST_F(ZipOnSmallDisk, RefusesWhatWouldFillIt) {
+    disk.add_folder(u"C:\\out");
+    const std::string zip = testing::zip_of({"1234", "d/", "d/34567890"}); // names are the contents
+    const auto before = disk.contents();
+    EXPECT_EQ(expand_with(13, zip), u"$$112");
+    EXPECT_FALSE(disk.find(u"C:\\out\\d"));
+    EXPECT_EQ(disk.at(u"C:\\out\\1234"), "<none>");
+    EXPECT_EQ(expand_with(14, zip), u"0");
+    // What is replaced gives its room back, be it on the disk or from the archive.
+    EXPECT_EQ(expand_with(0, zip), u"0");
+    disk.add(u"C:\\out\\1234", "12");
+    EXPECT_EQ(expand_with(1, zip), u"$$112");
+    EXPECT_EQ(expand_with(2, zip), u"0");
+    EXPECT_EQ(expand_with(5, testing::zip_of({"twice", "TWICE"})), u"0");
+    // It counts how much is in use at the most, not in the end.
+    disk.add(u"C:\\out\\last", std::string(100, 'x'));
+    EXPECT_EQ(expand_with(4, testing::zip_of({"first", "last"})), u"$$112");
+    EXPECT_EQ(expand_with(4, testing::zip_of({"last", "first"})), u"0");
+    // A folder in which everything is compressed.
+    disk.find(u"C:\\out")->attributes |= bit(files::Attribute::Compressed);
+    EXPECT_EQ(expand_with(0, testing::zip_of({"compressed"})), u"0");
+}
+
+TEST_F(ZipOnSmallDisk, LeavesWhatCannotBeExpandedToItsOwnCode) {
+    disk.add_folder(u"C:\\out");
+    const std::string zip = testing::zip_of({"a", "b"});
+    const std::size_t record = zip.rfind("PK\1\2");
+    const auto changed = [&](std::size_t field, std::string_view bytes) {
+        return std::string(zip).replace(record + field, bytes.size(), bytes);
+    };
+    constexpr std::size_t flags = 8, method = 10, size = 24;
+    EXPECT_EQ(expand_with(1, zip), u"$$112");
+    EXPECT_EQ(expand_with(1, changed(flags, std::string_view("\1\0", 2))), u"$$-3104");
+    EXPECT_EQ(expand_with(1, changed(method, std::string_view("\14\0", 2))), u"$$-3104");
+    std::string larger = changed(size, "\xFE\xFF\xFF\x7F"); // than its data can become
+    larger[record + method] = 8;
+    EXPECT_EQ(expand_with(1, larger), u"$$-3104");
+    // What stands behind it is not come to.
+    EXPECT_EQ(expand_with(1, testing::zip_of({"c", "..", "defghi"})), u"$$-37");
+    EXPECT_EQ(disk.at(u"C:\\out\\c"), "c");
 }
 
 TEST_F(Zip, ReportsWhatKeepsAnArchiveFromBeingRead) {

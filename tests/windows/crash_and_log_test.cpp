@@ -4,6 +4,7 @@
 #include "tests/windows/plugin_fixture.h"
 
 #include <filesystem>
+#include <set>
 
 namespace vell::test {
 namespace {
@@ -69,6 +70,9 @@ UniqueHandle start_host(const TemporaryFolder& folder, std::wstring_view options
 
 DWORD run_crashing_host(const TemporaryFolder& folder, std::wstring_view application_type) {
     copy_host(folder);
+    // Beside the program, where Windows looks first for a library without a folder; it has no
+    // function that writes dumps.
+    std::filesystem::copy_file(executable_folder() + L"FMWrapper.dll", folder.path(L"dbghelp.dll"));
     return exit_code(
         start_host(folder, L"--app-type " + std::wstring(application_type) + L" --fail-call 2:3"));
 }
@@ -102,18 +106,26 @@ TEST(LogFile, AFullLogIsSetAsideOnce) {
     }
 }
 
-std::string dump_in(const TemporaryFolder& folder) {
+std::filesystem::path dump_in(const TemporaryFolder& folder) {
     for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
         if (entry.path().extension() == L".dmp")
-            return read_file(entry.path().wstring());
+            return entry.path();
     return {};
 }
 
 TEST(CrashReport, ACrashLeavesADumpAndLogLinesAndEndsTheProcess) {
+    std::set<std::wstring> names;                       // what nobody can know beforehand of them
     for (const auto* application_type : {L"1", L"3"}) { // desktop and server
         const TemporaryFolder folder;
         EXPECT_EQ(run_crashing_host(folder, application_type), 1u);
-        const std::string dump = dump_in(folder);
+        const std::filesystem::path dump_file = dump_in(folder);
+        EXPECT_TRUE(is_private(dump_file.wstring()));
+        constexpr std::size_t random_length =
+            std::string_view("xxxxxxxx-xxxx-4xxx-xxxx-xxxxxxxxxxxx").size();
+        const std::wstring name = dump_file.stem().wstring();
+        ASSERT_GT(name.size(), random_length);
+        names.insert(name.substr(name.size() - random_length));
+        const std::string dump = read_file(dump_file.wstring());
         EXPECT_TRUE(dump.starts_with("MDMP"));
         EXPECT_GT(dump.size(), 1000u);
         const std::string log = read_file(folder.path(L"Logs\\Vell Plugin FMServer.log"));
@@ -126,6 +138,7 @@ TEST(CrashReport, ACrashLeavesADumpAndLogLinesAndEndsTheProcess) {
         }
         EXPECT_FALSE(std::filesystem::exists(folder.path(L"Vell Logs")));
     }
+    EXPECT_EQ(names.size(), 2u);
 }
 
 } // namespace

@@ -4,6 +4,9 @@
 #include "src/windows/system.h"
 #include "tests/windows/plugin_fixture.h"
 
+#include <filesystem>
+#include <set>
+
 namespace vell::test {
 namespace {
 
@@ -41,7 +44,7 @@ TEST_F(Host, GetsTheVocabularyThatItsVersionHasRoomFor) {
 TEST_F(Host, IsLoggedForThroughItsMessages) {
     StandIn_FailRegistration(4, 777);
     EXPECT_EQ(start({.application_type = server}), 59);
-    EXPECT_EQ(new_log_lines().size(), 7u);
+    EXPECT_EQ(new_log_lines().size(), 8u);
     call_id(1, {u""});
     host().session_shutdown(5);
     host().file_shutdown(5, 9);
@@ -164,6 +167,37 @@ TEST(OverflowFile, TakesWhatIsWrittenOverEarlierBytesAndIsOne) {
     EXPECT_EQ(file->read(14), "first and last");
     file.reset();
     EXPECT_TRUE(logs.new_overflow_file());
+}
+
+// The process of another user's, or of the same, may have put anything in the place of a known
+// name.
+TEST(OverflowFile, IsOfThisProcessAlone) {
+    const std::filesystem::path temporary = std::filesystem::temp_directory_path();
+    const auto names = [&] {
+        std::set<std::wstring> found;
+        for (const auto& entry : std::filesystem::directory_iterator(temporary))
+            if (entry.path().filename().wstring().starts_with(L"VELLDEBUGLOG"))
+                found.insert(entry.path().wstring());
+        return found;
+    };
+    const UniqueFile others(CreateFileW((temporary / L"VELLDEBUGLOG.tmp").c_str(), GENERIC_WRITE, 0,
+                                        nullptr, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE,
+                                        nullptr));
+    ASSERT_TRUE(others);
+    const std::set<std::wstring> before = names();
+    std::set<std::wstring> made;
+    for (int i = 0; i < 2; ++i) {
+        const auto file = windows::system().logs().new_overflow_file();
+        ASSERT_TRUE(file);
+        for (const std::wstring& name : names()) {
+            if (before.contains(name))
+                continue;
+            EXPECT_TRUE(is_private(name));
+            made.insert(name);
+        }
+    }
+    EXPECT_EQ(made.size(), 2u);
+    EXPECT_EQ(names(), before);
 }
 
 } // namespace

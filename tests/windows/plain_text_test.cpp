@@ -1,14 +1,18 @@
 // Texts of PDF files through Poppler: sound, strange and hostile ones.
 #include "src/base/utf8.h"
 #include "src/files/contents/buffered_reader.h"
+#include "src/windows/documents/encoding_data.h"
 #include "src/windows/documents/poppler_text.h"
 #include "src/windows/parts.h"
 #include "src/windows/process/large_stack.h"
+#include "src/windows/storage/private_folder.h"
 #include "tests/windows/pdf_documents.h"
 #include "tests/windows/plugin_fixture.h"
 
 #include <array>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace vell::test {
 namespace {
@@ -252,58 +256,77 @@ TEST_F(PlainText, IsTheSameInEightThreads) {
         EXPECT_EQ(texts, alone);
 }
 
-// The console host in a process of its own, with its own places for the encoding data.
-UniqueHandle start_reading(const std::wstring& document, const std::wstring& local_data,
-                           const std::wstring& temporary, const std::wstring& output) {
-    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-    const UniqueFile file(CreateFileW(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable,
-                                      CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    std::wstring path = document;
-    std::ranges::replace(path, L'\\', L'/');
-    return start_program(
-        L"vellhost.exe --raw \"VlFile_GetAsPlainText( \\\"\\\" ; \\\"" + path + L"\\\" )\"",
-        {{L"LOCALAPPDATA", local_data}, {L"TEMP", temporary}, {L"TMP", temporary}}, file.get());
+std::vector<std::filesystem::path> files_in(const std::wstring& place) {
+    std::vector<std::filesystem::path> found;
+    for (const auto& item : std::filesystem::recursive_directory_iterator(place))
+        if (item.is_regular_file())
+            found.push_back(item.path());
+    std::ranges::sort(found);
+    return found;
+}
+
+std::string bytes_of(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 TEST_F(PlainText, BringsItsEncodingDataAlong) {
-    const std::wstring document =
-        to_wide(folder.file(L"a.pdf", japanese("90ms-RKSJ-H", "93FA967B8CEA")));
     const std::wstring local = to_wide(folder.subfolder(L"\u5BB6 Local"));
-    // Programs that unpack at once may be in each other's way, and use the temporary folder then.
     const std::wstring temporary = to_wide(folder.subfolder(L"Temp"));
-    const std::wstring fresh = to_wide(folder.subfolder(L"Fresh"));
-    const std::string expected = utf8_from_utf16(nihongo);
-    const auto expect_text = [&](const std::wstring& place, const std::wstring& temp,
-                                 std::size_t processes) {
-        std::vector<UniqueHandle> running;
-        for (std::size_t i = 0; i < processes; ++i)
-            running.push_back(
-                start_reading(document, place, temp, folder.path(L"out" + std::to_wstring(i))));
-        for (std::size_t i = 0; i < processes; ++i) {
-            EXPECT_EQ(exit_code(running[i]), 0u);
-            const std::string text = contents(L"out" + std::to_wstring(i)); // errors included
-            EXPECT_EQ(text, expected + text.substr(std::min(text.size(), expected.size())));
-        }
+    const auto provide = [&] {
+        std::vector<std::string> notes;
+        const windows::EncodingData data =
+            windows::provide_encoding_data({local, temporary}, notes);
+        EXPECT_EQ(notes, std::vector<std::string>());
+        return data.folder;
     };
-    const auto data_in = [](const std::wstring& place) {
-        std::vector<std::filesystem::path> found;
-        for (const auto& item : std::filesystem::recursive_directory_iterator(place))
-            if (item.is_regular_file())
-                found.push_back(item.path());
-        return found;
-    };
-    expect_text(local, temporary, 2);
-    EXPECT_GT(data_in(local).size(), 200u);
-    // What was lost since is renewed.
-    for (const auto& item : data_in(local))
-        if (item.filename() == L"90ms-RKSJ-H" || item.filename() == L"Adobe-Japan1")
-            std::filesystem::resize_file(item, 10);
-    expect_text(local, fresh, 1);
-    EXPECT_EQ(data_in(fresh).size(), 0u);
-    // A file where the folder should be: the temporary folder, which is empty so far, takes its
-    // place.
-    expect_text(document, fresh, 1);
-    EXPECT_EQ(data_in(fresh).size(), data_in(local).size());
+    std::array<std::string, 2> folders; // of two that unpack at once
+    in_threads(folders.size(), [&](std::size_t i) { folders[i] = provide(); });
+    EXPECT_EQ(folders[0], folders[1]);
+    EXPECT_NE(folders[0].find("\\Vell File\\poppler-data-"), std::string::npos);
+    const auto files = files_in(local);
+    EXPECT_GT(files.size(), 200u);
+
+    // What was lost or changed since is renewed.
+    const std::string before = bytes_of(files[20]);
+    std::string changed = before;
+    changed[changed.size() / 2] ^= 1;
+    std::ofstream(files[20], std::ios::binary) << changed;
+    std::filesystem::resize_file(files[30], 10);
+    std::filesystem::remove(files[40]);
+    EXPECT_EQ(provide(), folders[0]);
+    EXPECT_EQ(bytes_of(files[20]), before);
+    EXPECT_GT(bytes_of(files[30]).size(), 10u);
+    EXPECT_EQ(files_in(local), files);
+    EXPECT_TRUE(files_in(temporary).empty());
+}
+
+// Where others may make folders, too, only a folder of one's own is taken.
+TEST_F(PlainText, KeepsItsEncodingDataToItself) {
+    const std::wstring no_folder = to_wide(folder.file(L"local", ""));
+    const std::wstring temporary = to_wide(folder.subfolder(L"Temp"));
+    const std::wstring own = temporary + L"\\Vell File " + *windows::user_identifier();
+    std::vector<std::string> notes;
+    std::string place;
+    for (int i = 0; i < 2; ++i) {
+        const auto data = windows::provide_encoding_data({no_folder, temporary}, notes);
+        EXPECT_TRUE(data.guard);
+        EXPECT_EQ(notes.size(), i + 1u); // of the first place
+        EXPECT_FALSE(MoveFileW(own.c_str(), (own + L" gone").c_str()));
+        EXPECT_TRUE(place.empty() || place == data.folder);
+        place = data.folder;
+    }
+    EXPECT_NE(place.find("S-1-"), std::string::npos);
+    EXPECT_GT(files_in(own).size(), 200u);
+
+    // Somebody else's, as far as it can be told.
+    const std::wstring taken = to_wide(folder.subfolder(L"Taken"));
+    folder.file(L"Taken\\Vell File " + *windows::user_identifier(), "");
+    notes.clear();
+    const auto none = windows::provide_encoding_data({L"", taken}, notes);
+    EXPECT_EQ(notes.size(), 1u);
+    EXPECT_FALSE(none.guard);
+    EXPECT_FALSE(std::filesystem::exists(to_wide(utf16_from_utf8(none.folder)) + L"\\cMap"));
 }
 
 } // namespace

@@ -200,6 +200,32 @@ DWORD exit_code(const UniqueHandle& process) {
     return code;
 }
 
+bool is_private(const std::wstring& path) {
+    DWORD size = 0;
+    GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION | OWNER_SECURITY_INFORMATION, nullptr,
+                     0, &size);
+    std::vector<char> descriptor(size);
+    ACL* rights = nullptr;
+    PSID owner = nullptr;
+    BOOL is_there = FALSE;
+    BOOL unused = FALSE;
+    if (!GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION | OWNER_SECURITY_INFORMATION,
+                          descriptor.data(), size, &size) ||
+        !GetSecurityDescriptorOwner(descriptor.data(), &owner, &unused) ||
+        !GetSecurityDescriptorDacl(descriptor.data(), &is_there, &rights, &unused) || !rights)
+        return false;
+    for (DWORD i = 0; i < rights->AceCount; ++i) {
+        void* found = nullptr;
+        if (!GetAce(rights, i, &found))
+            return false;
+        PSID who = &static_cast<ACCESS_ALLOWED_ACE*>(found)->SidStart;
+        if (!EqualSid(who, owner) && !IsWellKnownSid(who, WinLocalSystemSid) &&
+            !IsWellKnownSid(who, WinBuiltinAdministratorsSid))
+            return false;
+    }
+    return true;
+}
+
 void in_threads(std::size_t count, const std::function<void(std::size_t)>& work) {
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < count; ++i)

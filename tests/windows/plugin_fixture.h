@@ -61,6 +61,8 @@ inline const std::wstring deep_name = [] {
 std::string read_file(const std::wstring& path);
 bool exists(const std::u16string& path);
 UniqueFile open_file(const std::u16string& path, DWORD access, DWORD share = 0); // is there already
+// Whether nobody but this user, the system and administrators has rights.
+bool is_private(const std::wstring& path);
 void set_length(const UniqueFile& file, std::int64_t length); // without taking room on the disk
 
 // A result's lines.

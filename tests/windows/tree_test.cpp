@@ -231,6 +231,71 @@ TEST_F(Tree, LinksAreNotFollowed) {
     EXPECT_EQ(exists(beside), stays);
 }
 
+TEST_F(Tree, HeldFoldersStayAndAreWorkedInByNames) {
+    using files::FollowLink;
+    make_folder(L"top");
+    make_folder(L"kept");
+    files::TreeSystem& tree = windows::system().tree();
+    const auto top = tree.hold({path(L"top"), {}}, FollowLink::No).value();
+    auto inner = top->make_folder(u"inner").value();
+    EXPECT_EQ(top->make_folder(u"INNER").error(), ErrorCode::AlreadyExists);
+    EXPECT_EQ(top->hold(u"none").error(), ErrorCode::NotFound);
+    {
+        const auto made = inner->open_new(u"f").value();
+        EXPECT_TRUE(made->write("12345"));
+        EXPECT_TRUE(made->set_times(
+            {.accessed = {}, .modified = params::CalendarTime{2001, 2, 3, 4, 5, 6}}));
+        EXPECT_TRUE(made->close());
+    }
+    EXPECT_EQ(inner->open_new(u"f").error(), ErrorCode::AlreadyExists);
+    EXPECT_EQ(contents(path(L"top\\inner\\f")), "12345");
+    const auto modified = windows::system().properties().time({path(L"top\\inner\\f"), {}},
+                                                              files::ItemTime::Modified);
+    EXPECT_EQ(*modified, (params::CalendarTime{2001, 2, 3, 4, 5, 6}));
+
+    // Neither a folder nor a file that is held goes away, but others can work in them.
+    const auto is_moved = [&](const wchar_t* name) {
+        return MoveFileW(folder.path(name).c_str(), folder.path(L"elsewhere").c_str()) != FALSE;
+    };
+    EXPECT_FALSE(is_moved(L"top\\inner"));
+    EXPECT_FALSE(RemoveDirectoryW(folder.path(L"top\\inner").c_str()));
+    EXPECT_FALSE(is_moved(L"top"));
+    file(L"top\\inner\\other");
+    {
+        const auto there = inner->hold(u"f").value();
+        EXPECT_EQ(there->kind(), files::ItemKind::File);
+        EXPECT_FALSE(there->is_link());
+        EXPECT_FALSE(is_moved(L"top\\inner\\f"));
+        EXPECT_TRUE(inner->open_emptied(u"f").value()->write("new"));
+        EXPECT_EQ(there->open_new(u"x").error(), ErrorCode::BadName); // no folder
+    }
+    EXPECT_EQ(contents(path(L"top\\inner\\f")), "new");
+    set_attributes(path(L"top\\inner\\f"), FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(inner->open_emptied(u"f").error(), ErrorCode::Busy);
+    set_attributes(path(L"top\\inner\\f"), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_TRUE(is_moved(L"top\\inner\\f"));
+    inner.reset();
+    EXPECT_FALSE(is_moved(L"top\\inner")); // "elsewhere" is there
+    EXPECT_TRUE(MoveFileW(folder.path(L"top\\inner").c_str(), folder.path(L"top\\b").c_str()));
+
+    for (const char16_t* no_name : {u"", u".", u"..", u"b\\f", u"b/f", u"f:stream"}) {
+        EXPECT_EQ(top->hold(no_name).error(), ErrorCode::BadName);
+        EXPECT_EQ(top->open_new(no_name).error(), ErrorCode::BadName);
+    }
+    EXPECT_EQ(top->open_new(u"a\x05").error(), ErrorCode::BadName); // Windows' own refusal
+
+    ASSERT_TRUE(make_link(folder.path(L"top\\link"), folder.path(L"kept")));
+    const auto link = top->hold(u"link").value();
+    EXPECT_TRUE(link->is_link());
+    EXPECT_EQ(link->open_new(u"through").error(), ErrorCode::BadName);
+    EXPECT_TRUE(tree.hold({path(L"top\\link"), {}}, FollowLink::No).value()->is_link());
+    const auto target = tree.hold({path(L"top\\link"), {}}, FollowLink::Yes).value();
+    EXPECT_FALSE(target->is_link());
+    EXPECT_TRUE(target->open_new(u"in target"));
+    EXPECT_TRUE(exists(path(L"kept\\in target")));
+    EXPECT_FALSE(exists(path(L"kept\\through")));
+}
+
 TEST_F(Tree, ExchangesFiles) {
     const std::u16string first = file(L"first \xD83D\xDE00.txt", "1");
     const std::u16string second = file(L"second.txt", "2");

@@ -351,7 +351,10 @@ Read<std::string> Items::part_of_item(const ItemReference* sources, const Extent
     VELL_TRY(append_value(sources->to[number], assembly, depth + 1, other));
     if (offset > other.size())
         return fault(Damage::CutOff);
-    return other.substr(offset, extent.length == 0 ? other.size() : extent.length);
+    other.erase(0, offset);
+    if (extent.length != 0)
+        other.resize(std::min<std::uint64_t>(other.size(), extent.length));
+    return other;
 }
 
 // Grids, overlays and turned images are made of others ("dimg").

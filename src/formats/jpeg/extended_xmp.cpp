@@ -141,7 +141,9 @@ std::optional<std::string> joined_packet(std::string_view packet, std::string_vi
         return std::nullopt;
     const std::string_view head = packet.substr(0, inner->tag_end);
     const auto known = declarations_of(head);
-    std::string joined(head);
+    std::string joined;
+    joined.reserve(packet.size() + extension.size());
+    joined += head;
     for (const Declaration& declaration : declarations_of(extension.substr(0, added->tag_end))) {
         const auto same = std::ranges::find(known, declaration.prefix, &Declaration::prefix);
         if (same == known.end())

@@ -1,5 +1,7 @@
 #include "src/formats/png/chunks.h"
 
+#include <algorithm>
+
 namespace vell::formats::png {
 namespace {
 
@@ -38,6 +40,25 @@ std::optional<Text> Text::read(std::string_view data) {
     if (!keyword)
         return std::nullopt;
     return Text{*keyword, data};
+}
+
+std::string utf8_from_latin_1(std::string text) {
+    const auto above_ascii = static_cast<std::size_t>(std::ranges::count_if(
+        text, [](char c) { return (static_cast<unsigned char>(c) & 0x80) != 0; }));
+    if (above_ascii == 0)
+        return text;
+    std::string utf8;
+    utf8.reserve(text.size() + above_ascii);
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            utf8 += c;
+            continue;
+        }
+        utf8 += static_cast<char>(0xC0 | byte >> 6);
+        utf8 += static_cast<char>(0x80 | (byte & 0x3F));
+    }
+    return utf8;
 }
 
 Read<InternationalText> InternationalText::read(std::string_view data) {

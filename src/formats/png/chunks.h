@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <tuple>
 
@@ -94,6 +95,9 @@ struct Text {
 
     static std::optional<Text> read(std::string_view data);
 };
+
+// The text of tEXt and zTXt, whose characters have the numbers of their bytes.
+std::string utf8_from_latin_1(std::string text);
 
 // iTXt (11.3.3.4).
 struct InternationalText {

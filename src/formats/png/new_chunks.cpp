@@ -28,24 +28,33 @@ std::optional<unsigned> digit(char c) {
     return error == std::errc() && end == &c + 1 ? std::optional(value) : std::nullopt;
 }
 
-} // namespace
-
-std::string new_chunk(std::string_view type, std::string_view data) {
+// With data in two parts, which may be long: they are copied once.
+std::string chunk_of(std::string_view type, std::string_view start, std::string_view rest) {
+    const std::size_t size = start.size() + rest.size();
     std::string bytes;
-    append_integer<std::uint32_t>(bytes, static_cast<std::uint32_t>(data.size()), ByteOrder::Big);
+    bytes.reserve(type.size() + size + 2 * sizeof(std::uint32_t));
+    append_integer<std::uint32_t>(bytes, static_cast<std::uint32_t>(size), ByteOrder::Big);
     bytes += type;
-    bytes += data;
-    append_integer<std::uint32_t>(bytes, crc32_of(data, crc32_of(type)), ByteOrder::Big);
+    bytes += start;
+    bytes += rest;
+    const std::string_view checked = std::string_view(bytes).substr(sizeof(std::uint32_t));
+    append_integer<std::uint32_t>(bytes, crc32_of(checked), ByteOrder::Big);
     return bytes;
 }
 
+} // namespace
+
+std::string new_chunk(std::string_view type, std::string_view data) {
+    return chunk_of(type, {}, data);
+}
+
 std::string new_text_chunk(std::string_view keyword, std::string_view text) {
-    return new_chunk("tEXt", std::string(keyword) + '\0' + std::string(text));
+    return chunk_of("tEXt", std::string(keyword) + '\0', text);
 }
 
 std::string new_international_text_chunk(std::string_view keyword, std::string_view text) {
     // No compression and its method, no language, no translated keyword.
-    return new_chunk("iTXt", std::string(keyword) + std::string(5, '\0') + std::string(text));
+    return chunk_of("iTXt", std::string(keyword) + std::string(5, '\0'), text);
 }
 
 std::string raw_profile_text(std::string_view name, std::string_view profile) {

@@ -44,7 +44,7 @@ class Tag {
     // expanded and is longer than `longest_expanded`.
     Read<void> each_frame(const FrameVisitor& visitor) const;
 
-    static constexpr std::uint64_t longest_expanded = 64ULL << 20U;
+    static constexpr std::uint64_t longest_expanded = longest_block;
 
   private:
     explicit Tag(const Window& frames) : frames_(frames) {}

@@ -22,8 +22,11 @@ void find_late_entry_points(std::int16_t api_version) {
         find("FM_BinaryData_GetSIZEData", found.get_size_data);
         find("FM_BinaryData_AddSIZEData", found.add_size_data);
     }
-    if (api_version >= 56)
+    if (api_version >= 56) {
         find("FM_ExprEnv_RegisterExternalFunctionEx", found.register_function_ex);
+        find("FM_ExprEnv_SessionID", found.session_id);
+        find("FM_ExprEnv_FileID", found.file_id);
+    }
     if (api_version >= 57) {
         find("FM_ExprEnv_RegisterScriptStep", found.register_step);
         find("FM_ExprEnv_UnRegisterScriptStep", found.unregister_step);

@@ -14,6 +14,8 @@ struct LateEntryPoints {
     decltype(&FM_BinaryData_AddSIZEData) add_size_data = nullptr;
     // API 56
     decltype(&FM_ExprEnv_RegisterExternalFunctionEx) register_function_ex = nullptr;
+    decltype(&FM_ExprEnv_SessionID) session_id = nullptr;
+    decltype(&FM_ExprEnv_FileID) file_id = nullptr;
     // API 57
     decltype(&FM_ExprEnv_RegisterScriptStep) register_step = nullptr;
     decltype(&FM_ExprEnv_UnRegisterScriptStep) unregister_step = nullptr;

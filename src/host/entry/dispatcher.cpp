@@ -1,6 +1,8 @@
 #include "src/host/entry/dispatcher.h"
 
+#include "src/host/bridge/call_origin.h"
 #include "src/host/bridge/host_call_object.h"
+#include "src/host/entry/running_calls.h"
 #include "src/host/entry/the_plugin.h"
 #include "src/windows/error_windows.h"
 #include "src/windows/process/guarded_call.h"
@@ -16,6 +18,7 @@ class DispatchedCall : public plugin::HostCall {
                    fm::Data* result)
         : id_(id), environment_(environment), parameters_(parameters), result_(result) {}
 
+    policy::CallOrigin origin() override { return origin_of(environment_); }
     params::Call& open(bool is_step) override {
         return call_.emplace(the_plugin(), environment_, parameters_, result_, is_step);
     }
@@ -42,6 +45,7 @@ class DispatchedCall : public plugin::HostCall {
 
 fm::Errcode dispatch(std::int16_t id, const fm::ExprEnv* environment,
                      const fm::DataVect* parameters, fm::Data* result) {
+    const RunningCall running;
     DispatchedCall call(id, environment, parameters, result);
     guarded_call([](void* argument) { static_cast<DispatchedCall*>(argument)->serve(); }, &call);
     return call.errcode();

@@ -1,6 +1,8 @@
 // The plug-in's one exported function.
 #include "src/host/bridge/call_record.h"
+#include "src/host/entry/running_calls.h"
 #include "src/host/entry/the_plugin.h"
+#include "src/windows/process/library.h"
 
 namespace vell::host {
 namespace {
@@ -12,7 +14,7 @@ std::u16string_view text_at(fm::PtrType address) {
 
 void handle(CallRecord& record) {
     plugin::Plugin& plugin = the_plugin();
-    script_starter().learn(record);
+    const ScriptStarter::ServedMessage served(record);
     switch (static_cast<plugin::Message>(record.message)) {
     case plugin::Message::StartUp:
         record.result = static_cast<fm::PtrType>(
@@ -22,7 +24,9 @@ void handle(CallRecord& record) {
         plugin.idle(record.parameter1);
         break;
     case plugin::Message::ShutDown:
-        plugin.shut_down();
+        if (!plugin.shut_down())
+            windows::keep_library(reinterpret_cast<const void*>(&handle));
+        outlive_running_calls();
         break;
     case plugin::Message::Preferences:
         plugin.show_about_box();

@@ -5,9 +5,17 @@
 
 namespace vell::host {
 
-void ScriptStarter::learn(const CallRecord& record) {
-    start_script_ = record.start_script;
-    unsafe_call_ = record.unsafe != 0;
+thread_local ScriptStarter::ServedMessage::Learned ScriptStarter::ServedMessage::learned_;
+
+ScriptStarter::ServedMessage::ServedMessage(const CallRecord& record) : outer_(learned_) {
+    learned_ = {record.start_script, record.unsafe != 0, outer_.depth + 1};
+}
+
+ScriptStarter::ServedMessage::~ServedMessage() {
+    if (outer_.depth > 0)
+        learned_ = outer_;
+    else
+        learned_.depth = 0;
 }
 
 std::int32_t ScriptStarter::version() const {
@@ -15,11 +23,11 @@ std::int32_t ScriptStarter::version() const {
 }
 
 bool ScriptStarter::is_callable() const {
-    return !unsafe_call_ && start_script_ != nullptr;
+    return !ServedMessage::learned_.unsafe_call && ServedMessage::learned_.start_script != nullptr;
 }
 
 Result<void> ScriptStarter::start(const dragdrop::Script& script, const std::u16string& parameter) {
-    const StartScript start_script = start_script_;
+    const StartScript start_script = ServedMessage::learned_.start_script;
     try {
         const Text file_name(script.file_name);
         const Text script_name(script.name);

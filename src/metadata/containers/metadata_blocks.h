@@ -58,7 +58,7 @@ struct MetadataBlocks {
 };
 
 // All that one file's blocks may have in memory together.
-inline constexpr std::uint64_t longest_blocks = 64U << 20U;
+inline constexpr std::uint64_t longest_blocks = formats::longest_block;
 
 // Of each kind the first that is sound, of comments and texts all. Damage of one kind loses that
 // kind only, and a file of no format that is known has nothing; a failure is one of the source.

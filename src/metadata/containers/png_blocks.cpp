@@ -18,21 +18,6 @@ using namespace formats;
 // Keywords of profiles in hexadecimal digits begin with this, behind which their kind stands.
 constexpr std::string_view raw_profile = "Raw profile type ";
 
-// Its characters have the numbers of their bytes.
-std::string from_latin_1(std::string_view bytes) {
-    std::string text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x80) {
-            text += byte;
-            continue;
-        }
-        text += static_cast<char>(0xC0 | code >> 6);
-        text += static_cast<char>(0x80 | (code & 0x3F));
-    }
-    return text;
-}
-
 std::optional<unsigned> digit_of(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';
@@ -72,7 +57,7 @@ std::optional<std::string> profile_of(std::string_view text) {
             bytes += static_cast<char>(*first << 4U | *digit);
         first = first ? std::nullopt : digit;
     }
-    return bytes.size() == length ? std::optional(bytes) : std::nullopt;
+    return bytes.size() == length ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 class PngFinder {
@@ -132,7 +117,7 @@ class PngFinder {
         if (is_packet)
             found_.set_xmp(std::move(text));
         else
-            found_.add_text({from_latin_1(entry.keyword), std::move(text)});
+            found_.add_text({png::utf8_from_latin_1(std::string(entry.keyword)), std::move(text)});
         return {};
     }
 
@@ -145,10 +130,11 @@ class PngFinder {
         const auto entry = png::Text::read(bytes);
         if (!entry || (is_compressed && entry->text.empty()))
             return fault(Damage::CutOff);
-        const std::string text = VELL_TRY(is_compressed ? found_.expand(entry->text.substr(1))
-                                                        : found_.take(std::string(entry->text)));
+        std::string text = VELL_TRY(is_compressed ? found_.expand(entry->text.substr(1))
+                                                  : found_.take(std::string(entry->text)));
         if (!is_profile) {
-            found_.add_text({from_latin_1(entry->keyword), from_latin_1(text)});
+            found_.add_text({png::utf8_from_latin_1(std::string(entry->keyword)),
+                             png::utf8_from_latin_1(std::move(text))});
             return {};
         }
         auto profile = profile_of(text);

@@ -44,7 +44,7 @@ Result<std::size_t> decode_iptc(std::string_view block, bool detect_utf8, TextEn
                                 MetadataText& text, bool readable) {
     std::size_t at = iptc::find_dataset(block, iptc::application_record);
     TextEncoding encoding = source;
-    while (at < MetadataText::max_size) {
+    for (std::size_t i = 0; i < iptc::most_datasets; ++i) {
         const std::optional<Dataset> dataset = Dataset::read(block.substr(at));
         if (!dataset || dataset->header.is_extended() ||
             dataset->header.record > iptc::application_record)

@@ -9,6 +9,7 @@
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/reading/xmp.h"
 
+#include <algorithm>
 #include <string>
 
 namespace vell::metadata {
@@ -144,12 +145,13 @@ Result<void> JpegWalk::begin_profile(std::uint8_t chunk_count, Window data) {
         return {};
     if (verbose)
         text_.append("ICC_MULTIPLE_chunks\r");
-    profile_size_ = VELL_TRY(coded(data.read_integer<std::uint32_t>(ByteOrder::Big)));
+    const auto announced = VELL_TRY(coded(data.read_integer<std::uint32_t>(ByteOrder::Big)));
+    profile_size_ = std::min<std::uint64_t>(announced, formats::longest_block);
     return {};
 }
 
 Result<void> JpegWalk::read_comment(Window content) {
-    if (text_.size() + content.announced() > MetadataText::max_size)
+    if (text_.size() + content.announced() > formats::longest_block)
         return Failure{ErrorCode::ResourceTooLarge};
     const std::string comment = VELL_TRY(coded(content.read_rest(), ErrorCode::ShortRead));
     text_.append("\r##JCOM\r");

@@ -51,14 +51,21 @@ Result<std::optional<png::Chunk>> next_chunk(png::ChunkWalk& walk, std::string_v
     }
 }
 
-Result<std::string> text_of(const png::InternationalText& chunk) {
+Result<std::string> expanded_text(const png::InternationalText& chunk) {
     constexpr std::size_t largest_packet = 16 << 20;
     constexpr std::uint8_t deflate = 0;
-    if (!chunk.is_compressed)
-        return std::string(chunk.text);
     if (chunk.method != deflate)
         return Failure{ErrorCode::CompressedDataDamaged};
     return inflate_within(chunk.text, largest_packet);
+}
+
+// What is to be there as a whole, although it is not read at once.
+Result<void> check_block(const Window& block) {
+    if (!block.is_whole())
+        return Failure{ErrorCode::ShortRead};
+    if (block.size() > formats::longest_block)
+        return Failure{ErrorCode::ResourceTooLarge};
+    return {};
 }
 
 } // namespace
@@ -69,8 +76,8 @@ Result<void> read_png_exif(BufferedReader& file, const MetadataRequest& request,
     png::ChunkWalk walk = VELL_TRY(chunks_of(Window(file)));
     // A file has one such chunk; more would multiply what it holds.
     if (auto chunk = VELL_TRY(next_chunk(walk, "eXIf"))) {
-        const std::string block = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
-        VELL_TRY(read_tags(block, request.exif, request.source, text));
+        VELL_TRY(check_block(chunk->data));
+        VELL_TRY(read_tags(chunk->data, TagRoot::Image, request.exif, request.source, text));
     }
     if (text.size() == before)
         return Failure{ErrorCode::NothingFound};
@@ -82,6 +89,8 @@ Result<void> read_png_text(BufferedReader& file, MetadataText& text) {
     while (auto chunk = VELL_TRY(next_chunk(walk, "tEXt"))) {
         if (chunk->header.length == 0)
             return Failure{ErrorCode::BadArgument};
+        if (text.size() + chunk->data.size() > formats::longest_block)
+            return Failure{ErrorCode::ResourceTooLarge};
         const std::string data = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
         const auto entry = png::Text::read(data);
         if (!entry || entry->text.empty())
@@ -104,7 +113,10 @@ Result<void> read_png_xmp(BufferedReader& file, TextEncoding source, MetadataTex
         const std::string data = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
         const auto packet =
             VELL_TRY(coded(png::InternationalText::read(data), ErrorCode::ShortRead));
-        append_xmp_packet(VELL_TRY(text_of(packet)), source, text);
+        if (packet.is_compressed)
+            append_xmp_packet(VELL_TRY(expanded_text(packet)), source, text);
+        else
+            append_xmp_packet(packet.text, source, text);
         return {};
     }
     return Failure{ErrorCode::NothingFound};

@@ -39,6 +39,6 @@ Result<void> read_tags(const formats::Window& block, TagRoot root, const ExifRea
 // the end of the entry, ResourceTooLarge for a value of more than `most` bytes, EndOfFile for one
 // that the file lacks; no more than the file holds is allocated.
 Result<std::string> find_tag(files::BufferedReader& file, std::uint16_t tag,
-                             std::uint64_t most = 0x10000000);
+                             std::uint64_t most = formats::longest_block);
 
 } // namespace vell::metadata

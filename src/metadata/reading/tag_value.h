@@ -32,14 +32,14 @@ inline constexpr ReaderRules memory_rules{true, true, true, false};
 // Appends values of one block to a text.
 //
 // Values may overlap, so that a small file can announce any amount of text. Those of real files do
-// not: all values together may be as long as the block and 64 KiB, and no longer than 256 MiB; the
-// one that goes beyond is a corrupt tag.
+// not: all values together may be as long as the block and 64 KiB, and no longer than one block may
+// be; the one that goes beyond is a corrupt tag.
 class ValueReader {
   public:
     ValueReader(const formats::Window& block, ByteOrder order, const ReaderRules& rules,
                 const ExifReadOptions& options, TextEncoding source, MetadataText& text)
         : block_(block), order_(order), rules_(rules), options_(options), source_(source),
-          text_(text), bytes_left_(std::min(block.size() + 0x10000, most_bytes)) {}
+          text_(text), bytes_left_(std::min(block.size() + 0x10000, formats::longest_block)) {}
 
     // CorruptStructure after "<CORRUPT EXIF TAG>"; EndOfFile or a failure of the file after what
     // could be read.
@@ -52,8 +52,6 @@ class ValueReader {
     Failure<ErrorCode> beyond_end() const;
 
   private:
-    static constexpr std::uint64_t most_bytes = 0x10000000;
-
     struct Value {
         std::string bytes; // cut where the block ends
         bool is_whole;     // or the first bytes as they were asked for

@@ -62,8 +62,6 @@ Result<void> scan_for_xmp(BufferedReader& file, TextEncoding source, MetadataTex
         else if (begin && what.starts_with(xmp::instruction_end) && end != std::string_view::npos) {
             const std::uint64_t packet_end =
                 *at + xmp::instruction.size() + end + xmp::instruction_close.size();
-            if (packet_end - *begin > MetadataText::max_size)
-                return Failure{ErrorCode::ResourceTooLarge};
             formats::Window packet = formats::Window(file).part(*begin, packet_end - *begin);
             append_xmp_packet(VELL_TRY(coded(packet.read_rest(), ErrorCode::ShortRead)), source,
                               text);
@@ -74,19 +72,30 @@ Result<void> scan_for_xmp(BufferedReader& file, TextEncoding source, MetadataTex
     return Failure{ErrorCode::NothingFound};
 }
 
+// A packet may be long: its header is put right on the way, so that the text need not grow again.
 void append_xmp_packet(std::string_view packet, TextEncoding source, MetadataText& text) {
-    text.append(packet, is_valid_utf8(packet) ? TextEncoding::Utf8 : source);
-    fix_packet_header(text);
+    const bool is_utf8 = is_valid_utf8(packet);
+    const std::size_t header = packet.find(marked_header);
+    if (!is_utf8 || header == std::string_view::npos || fix_packet_header(text)) {
+        text.append(packet, is_utf8 ? TextEncoding::Utf8 : source);
+        if (!is_utf8)
+            fix_packet_header(text);
+        return;
+    }
+    text.append(packet.substr(0, header));
+    text.append(readable_header);
+    text.append(packet.substr(header + marked_header.size()), TextEncoding::Utf8);
 }
 
-void fix_packet_header(MetadataText& text) {
+bool fix_packet_header(MetadataText& text) {
     for (MetadataText::Piece& piece : text.pieces()) {
         const std::size_t at = piece.bytes.find(marked_header);
         if (at == std::string::npos)
             continue;
         piece.bytes.replace(at, marked_header.size(), readable_header);
-        return;
+        return true;
     }
+    return false;
 }
 
 } // namespace vell::metadata

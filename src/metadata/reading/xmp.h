@@ -28,7 +28,7 @@ Result<void> scan_for_xmp(files::BufferedReader& file, TextEncoding source, Meta
 // A packet from a place where it is always UTF-8; one that is not is read in the source encoding.
 void append_xmp_packet(std::string_view packet, TextEncoding source, MetadataText& text);
 
-// Makes the first packet header in the text readable.
-void fix_packet_header(MetadataText& text);
+// Makes the first packet header in the text readable; false where there is none.
+bool fix_packet_header(MetadataText& text);
 
 } // namespace vell::metadata

@@ -21,12 +21,12 @@ class FileValues {
         : wanted_(wanted), otherwise_(otherwise), decoder_(decoder) {}
 
     Result<Members> read(files::BufferedReader& file) {
-        const MetadataBlocks blocks = VELL_TRY(find_blocks(formats::Window(file), kinds()));
+        MetadataBlocks blocks = VELL_TRY(find_blocks(formats::Window(file), kinds()));
         VELL_TRY(add_tags(blocks));
         if (blocks.iptc)
             add("IPTC", iptc_members(*blocks.iptc, otherwise_, decoder_));
         if (blocks.xmp)
-            add("XMP", xmp_members(XmpModel::read(in_utf8(*blocks.xmp))));
+            add("XMP", xmp_members(XmpModel::read(taken_in_utf8(*blocks.xmp))));
         if (blocks.icc)
             add("ICC", icc_members(*blocks.icc, otherwise_, decoder_));
         if (wanted_.image)
@@ -56,6 +56,12 @@ class FileValues {
         return decoder_(found.bytes, found.encoding);
     }
 
+    // The same of bytes that are not needed any more.
+    std::string taken_in_utf8(std::string& bytes) const {
+        std::string taken = std::move(bytes);
+        return is_valid_utf8(taken) ? std::move(taken) : in_utf8(taken);
+    }
+
     void add(const char* name, Members members) {
         if (!members.empty())
             members_.add(name, std::move(members));
@@ -81,11 +87,12 @@ class FileValues {
         return {};
     }
 
-    void add_comments(const MetadataBlocks& blocks) {
+    void add_comments(MetadataBlocks& blocks) {
         Values comments;
-        for (const std::string& comment : blocks.comments)
-            comments.emplace_back(
-                in_utf8(std::string_view(comment).substr(0, comment.find_last_not_of('\0') + 1)));
+        for (std::string& comment : blocks.comments) {
+            comment.resize(comment.find_last_not_of('\0') + 1);
+            comments.emplace_back(taken_in_utf8(comment));
+        }
         if (comments.size() == 1)
             members_.add("Comment", std::move(comments.front()));
         else if (!comments.empty())
@@ -93,12 +100,12 @@ class FileValues {
     }
 
     // A keyword that stands several times is an array.
-    void add_texts(const MetadataBlocks& blocks) {
+    void add_texts(MetadataBlocks& blocks) {
         Members texts;
-        for (const TextEntry& entry : blocks.texts) {
+        for (TextEntry& entry : blocks.texts) {
             Value* const there = texts.find_same(entry.keyword);
             if (there == nullptr) {
-                texts.add(entry.keyword, entry.text);
+                texts.add(std::move(entry.keyword), std::move(entry.text));
                 continue;
             }
             if (there->array() == nullptr) {
@@ -106,7 +113,7 @@ class FileValues {
                 values.push_back(std::move(*there));
                 *there = std::move(values);
             }
-            there->array()->emplace_back(entry.text);
+            there->array()->emplace_back(std::move(entry.text));
         }
         add("Text", std::move(texts));
     }

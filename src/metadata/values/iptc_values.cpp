@@ -14,13 +14,12 @@ namespace {
 
 namespace iptc = formats::iptc;
 
-constexpr std::size_t most_datasets = 20'000;
 constexpr std::size_t most_bytes = 1024; // of what is no text
 
 std::vector<iptc::Dataset> datasets_of(std::string_view block) {
     std::vector<iptc::Dataset> found;
     std::size_t at = iptc::find_dataset(block, iptc::application_record);
-    while (found.size() < most_datasets) {
+    while (found.size() < iptc::most_datasets) {
         const auto dataset = iptc::Dataset::read(block.substr(at));
         if (!dataset || dataset->header.record > iptc::application_record)
             break;

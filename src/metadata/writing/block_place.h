@@ -6,6 +6,7 @@
 
 #include "src/base/result.h"
 #include "src/files/contents/buffered_reader.h"
+#include "src/formats/window.h"
 #include "src/metadata/writing/exif_writer.h"
 #include "src/metadata/writing/tagged_text.h"
 #include "src/metadata/writing/text_store.h"
@@ -23,8 +24,7 @@ namespace vell::metadata {
 // In the order of the step's list of actions.
 enum class BlockKind : std::uint8_t { Iptc, Exif, Xmp, ImageUrl, Comment };
 
-// Blocks are held in memory, and no longer than this.
-inline constexpr std::size_t longest_block = 64 << 20;
+using formats::longest_block;
 
 // What a block has to be for its place.
 struct BlockRules {

@@ -18,9 +18,11 @@ class EditedPlace : public BlockPlace {
     Result<void> copy(files::File& from, files::File& to) const final {
         return edits_.copy(from, to);
     }
-    // A block that is there already leaves the file as it is.
+    // A block that is there already leaves the file as it is. The content is not needed any more.
     Result<void> put(std::string block) final {
-        return !block.empty() && block == content_ ? Result<void>() : edit(std::move(block));
+        const bool is_there_already = !block.empty() && block == content_;
+        std::string().swap(content_);
+        return is_there_already ? Result<void>() : edit(std::move(block));
     }
 
   protected:

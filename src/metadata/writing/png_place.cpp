@@ -34,13 +34,6 @@ std::string_view packet_keyword() {
     return formats::xmp::png_keyword.substr(0, formats::xmp::png_keyword.size() - 1);
 }
 
-std::string utf8_from_latin1(std::string_view text) {
-    std::u16string units;
-    for (const char c : text)
-        units += static_cast<char16_t>(static_cast<unsigned char>(c));
-    return utf8_from_utf16(units);
-}
-
 // nullopt for a text with other characters, and with controls but the line feed.
 std::optional<std::string> latin1_from_utf8(std::string_view text) {
     std::string bytes;
@@ -64,8 +57,9 @@ std::string with_line_feeds(std::string_view text) {
     return lines;
 }
 
-std::string_view without_prefix(std::string_view text, std::string_view prefix) {
-    return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
+void drop_prefix(std::string& text, std::string_view prefix) {
+    if (text.starts_with(prefix))
+        text.erase(0, prefix.size());
 }
 
 // A chunk that holds a block of the kind that is looked for.
@@ -81,31 +75,43 @@ struct TextEntry {
     std::string text; // UTF-8
 };
 
-// What a text chunk says; nullopt for one that cannot be read.
-std::optional<TextEntry> read_text(std::string_view type, std::string_view data) {
-    const auto expanded = [](std::string_view bytes) {
-        const auto text = inflate_within(bytes, longest_block);
-        return text ? std::optional(*text) : std::nullopt;
-    };
-    if (type == "iTXt") {
-        const auto chunk = png::InternationalText::read(data);
-        if (!chunk)
-            return std::nullopt;
-        const auto text =
-            chunk->is_compressed ? expanded(chunk->text) : std::optional(std::string(chunk->text));
-        return text ? std::optional(TextEntry{std::string(chunk->keyword), *text}) : std::nullopt;
+// The end of a chunk's data, which gives its own memory for it, or what that end expands to.
+std::optional<std::string> text_at_end(std::string& data, std::string_view text,
+                                       bool is_compressed) {
+    if (is_compressed) {
+        auto expanded = inflate_within(text, longest_block);
+        return expanded ? std::optional(*std::move(expanded)) : std::nullopt;
     }
+    data.erase(0, data.size() - text.size());
+    return std::move(data);
+}
+
+std::optional<TextEntry> read_international_text(std::string data) {
+    const auto chunk = png::InternationalText::read(data);
+    if (!chunk)
+        return std::nullopt;
+    std::string keyword(chunk->keyword);
+    auto text = text_at_end(data, chunk->text, chunk->is_compressed);
+    if (!text)
+        return std::nullopt;
+    return TextEntry{std::move(keyword), *std::move(text)};
+}
+
+// What a text chunk says; nullopt for one that cannot be read.
+std::optional<TextEntry> read_text(std::string_view type, std::string data) {
+    if (type == "iTXt")
+        return read_international_text(std::move(data));
     const auto chunk = png::Text::read(data);
     if (!chunk)
         return std::nullopt;
     const bool is_compressed = type == "zTXt";
     if (is_compressed && !chunk->text.starts_with('\0'))
         return std::nullopt;
-    const auto text =
-        is_compressed ? expanded(chunk->text.substr(1)) : std::optional(std::string(chunk->text));
+    std::string keyword(chunk->keyword);
+    auto text = text_at_end(data, chunk->text.substr(is_compressed ? 1 : 0), is_compressed);
     if (!text)
         return std::nullopt;
-    return TextEntry{std::string(chunk->keyword), utf8_from_latin1(*text)};
+    return TextEntry{std::move(keyword), png::utf8_from_latin_1(*std::move(text))};
 }
 
 // The block of that kind in a raw profile; nullopt for a profile of another one.
@@ -116,7 +122,7 @@ std::optional<std::string> block_of_profile(BlockKind kind, std::string_view nam
     const bool fits = kind == BlockKind::Exif  ? name == "exif" || is_segment
                       : kind == BlockKind::Xmp ? name == "xmp" || is_segment
                                                : is_resources;
-    const auto profile = fits ? png::read_raw_profile(text) : std::nullopt;
+    auto profile = fits ? png::read_raw_profile(text) : std::nullopt;
     if (!profile)
         return std::nullopt;
     constexpr std::string_view exif_start = formats::jpeg::exif_identifier;
@@ -125,7 +131,8 @@ std::optional<std::string> block_of_profile(BlockKind kind, std::string_view nam
         const std::string_view identifier = kind == BlockKind::Exif ? exif_start : packet_start;
         if (is_segment && !profile->starts_with(identifier))
             return std::nullopt;
-        return std::string(without_prefix(*profile, identifier));
+        drop_prefix(*profile, identifier);
+        return profile;
     }
     if (!profile->starts_with('\x1C'))
         return profile;
@@ -148,7 +155,7 @@ class PngPlace final : public EditedPlace {
   private:
     Result<void> note(const png::Chunk& chunk);
     Result<void> note_text(const png::Chunk& chunk);
-    std::optional<std::string> block_in(const TextEntry& entry) const;
+    std::optional<std::string> block_in(TextEntry entry) const;
     bool has_found(bool is_profile) const;
     void choose();
     std::string chunk_of(std::string_view block) const;
@@ -212,8 +219,8 @@ Result<void> PngPlace::note(const png::Chunk& chunk) {
         if (chunk.header.length > longest_block)
             return Failure{ErrorCode::ResourceTooLarge};
         Window data = chunk.data;
-        const std::string block = VELL_TRY(coded(data.read_rest()));
-        content = without_prefix(block, formats::jpeg::exif_identifier);
+        content = VELL_TRY(coded(data.read_rest()));
+        drop_prefix(content, formats::jpeg::exif_identifier);
     }
     found_.push_back({start_of(chunk), end_of(chunk), "", std::move(content)});
     return {};
@@ -239,8 +246,8 @@ Result<void> PngPlace::note_text(const png::Chunk& chunk) {
     if (chunk.header.length > longest_block)
         return Failure{ErrorCode::ResourceTooLarge};
     data.seek(0);
-    const auto entry = read_text(chunk.type(), VELL_TRY(coded(data.read_rest())));
-    auto block = entry ? block_in(*entry) : std::nullopt;
+    auto entry = read_text(chunk.type(), VELL_TRY(coded(data.read_rest())));
+    auto block = entry ? block_in(*std::move(entry)) : std::nullopt;
     if (!block && is_profile)
         return {};
     if (!is_another)
@@ -249,9 +256,9 @@ Result<void> PngPlace::note_text(const png::Chunk& chunk) {
     return {};
 }
 
-std::optional<std::string> PngPlace::block_in(const TextEntry& entry) const {
+std::optional<std::string> PngPlace::block_in(TextEntry entry) const {
     if (!entry.keyword.starts_with(png::raw_profile_keyword))
-        return entry.text;
+        return std::move(entry.text);
     return block_of_profile(kind_, entry.keyword.substr(png::raw_profile_keyword.size()),
                             entry.text);
 }
@@ -273,7 +280,7 @@ void PngPlace::choose() {
         found_.resize(std::min<std::size_t>(found_.size(), 1));
     is_there_ = !found_.empty();
     if (is_there_)
-        content_ = found_.front().content;
+        content_ = std::move(found_.front().content);
 }
 
 std::string PngPlace::chunk_of(std::string_view block) const {

@@ -16,11 +16,13 @@ using files::File;
 using files::FileSystem;
 using files::NativePath;
 
-// Empty for one that is longer than any packet.
+// ResourceTooLarge for one that is longer than any packet: it is not ours to replace.
 Result<std::string> bytes_of(FileSystem& files, const NativePath& path) {
     const std::unique_ptr<File> file = VELL_TRY(files.open(path, files::Permission::Read));
     auto reader = VELL_TRY(files::BufferedReader::over(*file));
-    return reader.size() > longest_block ? std::string() : reader.read_bytes(reader.size());
+    if (reader.size() > longest_block)
+        return Failure{ErrorCode::ResourceTooLarge};
+    return reader.read_bytes(reader.size());
 }
 
 } // namespace

@@ -185,9 +185,9 @@ Result<void> TiffPlace::find(const Window& file) {
             VELL_TRY(check_values(file, block_, kind));
         return {};
     }
-    const auto block = VELL_TRY(value(file, tag_of(kind_)));
+    auto block = VELL_TRY(value(file, tag_of(kind_)));
     is_there_ = block.has_value();
-    content_ = block.value_or(std::string());
+    content_ = std::move(block).value_or(std::string());
     if (kind_ != BlockKind::Iptc)
         return {};
     std::string resources = VELL_TRY(value(file, image_resources)).value_or(std::string());
@@ -202,12 +202,14 @@ Result<void> TiffPlace::find(const Window& file) {
 }
 
 Result<void> TiffPlace::keep_following(const Window& file) {
+    std::uint64_t room = longest_block;
     for (const std::uint16_t tag : following_tags) {
         const ChangeableEntry* found = directory().find(tag);
         const bool is_there = found != nullptr && !found->entry.is_inline();
-        if (!is_there || found->entry.value_size() > longest_block)
+        if (!is_there || found->entry.value_size() > room)
             continue;
         const std::uint64_t size = found->entry.value_size();
+        room -= size;
         std::string bytes =
             VELL_TRY(coded(tiff::read_value(file, found->entry, block_.order(), size)));
         if (bytes.size() == size)

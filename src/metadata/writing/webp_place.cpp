@@ -29,7 +29,9 @@ constexpr std::string_view image_chunks[] = {extended_chunk, "ICCP", "ANIM", "AN
 constexpr std::uint64_t chunks_start = riff::ChunkHeader::size + riff::form_size;
 
 std::string new_chunk(std::string_view id, std::string_view data) {
-    std::string bytes(id);
+    std::string bytes;
+    bytes.reserve(id.size() + sizeof(std::uint32_t) + data.size() + 1);
+    bytes += id;
     append_integer<std::uint32_t>(bytes, static_cast<std::uint32_t>(data.size()),
                                   ByteOrder::Little);
     bytes += data;
@@ -167,8 +169,9 @@ void WebpPlace::edit_chunks(std::string_view block) {
         return;
     const std::uint64_t place = is_exif_ ? images_end_ : std::max(images_end_, tags_end_);
     // The last chunk of a file may lack the byte that pads it.
-    const std::string padding(place % 2, '\0');
-    edits_.put(place, place, padding + new_chunk(is_exif_ ? exif_chunk : xmp_chunk, block));
+    if (place % 2 != 0)
+        edits_.put(place, place, std::string(1, '\0'));
+    edits_.put(place, place, new_chunk(is_exif_ ? exif_chunk : xmp_chunk, block));
 }
 
 Result<void> WebpPlace::edit(std::string block) {

@@ -30,7 +30,7 @@ struct EmbeddedPicture {
 // Beyond these a file has no more of them.
 inline constexpr std::size_t most_pictures = 256;
 // Of pictures that are not in one piece.
-inline constexpr std::uint64_t longest_copy = 64ULL << 20U;
+inline constexpr std::uint64_t longest_copy = formats::longest_block;
 
 // Those whose frame can be decoded (baseline or progressive JPEG with 8 bits, PNG), each once,
 // covers in the order of preference. None for a TIFF file that is no raw photograph: what it holds

@@ -73,7 +73,8 @@ Read<void> read_frame(const id3::Tag& tag, const id3::Frame& frame, Covers& cove
         VELL_TRY(covers.room().take(frame.value(static_cast<std::size_t>(covers.room().left()))));
     BytesInMemory source(value);
     const auto header = VELL_TRY(id3::PictureHeader::read(Window(source), tag.version()));
-    covers.add(header.type, value.substr(static_cast<std::size_t>(header.size)));
+    value.erase(0, static_cast<std::size_t>(header.size));
+    covers.add(header.type, std::move(value));
     return {};
 }
 
@@ -101,11 +102,15 @@ Read<void> read_tagged_file(const Window& file, Covers& covers) {
     return read_flac(file.from(tag.size()), covers);
 }
 
-// A picture's block that stands in comments or packets.
-Read<void> copy_block(std::string_view block, Covers& covers) {
+// A picture's block that stands in comments or packets. It gives its memory for the picture.
+Read<void> copy_block(std::string block, Covers& covers) {
     BytesInMemory source(block);
-    auto picture = VELL_TRY(flac::Picture::read(Window(source)));
-    covers.add(picture.type, VELL_TRY(covers.room().take(picture.data.read_rest())));
+    const auto picture = VELL_TRY(flac::Picture::read(Window(source)));
+    if (!picture.data.is_whole())
+        return fault(Damage::CutOff);
+    block.erase(0, static_cast<std::size_t>(picture.data.start()));
+    block.resize(static_cast<std::size_t>(picture.data.size()));
+    covers.add(picture.type, VELL_TRY(covers.room().take(std::move(block))));
     return {};
 }
 
@@ -114,10 +119,10 @@ Read<void> read_comment(std::string_view comment, Covers& covers) {
     const bool is_picture =
         std::ranges::equal(comment.substr(0, name.size()), name, {},
                            [](char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; });
-    const auto block = is_picture ? from_base64(comment.substr(name.size())) : std::nullopt;
+    auto block = is_picture ? from_base64(comment.substr(name.size())) : std::nullopt;
     if (!block)
         return {};
-    return copy_block(*block, covers);
+    return copy_block(*std::move(block), covers);
 }
 
 // Of a packet the comments, which begin behind its name; nothing for another packet.
@@ -129,18 +134,18 @@ std::string_view comments_in(std::string_view packet) {
 }
 
 // FLAC has a block in each packet, of which the first ones count.
-Read<void> read_flac_packet(std::string_view packet, Covers& covers) {
+Read<void> read_flac_packet(std::string packet, Covers& covers) {
     const auto header = read_record<flac::BlockHeader>(packet);
     if (!header)
         return {};
-    packet.remove_prefix(flac::BlockHeader::size);
+    packet.erase(0, flac::BlockHeader::size);
     if (header->type() == flac::BlockType::VorbisComment)
         return ogg::each_comment(packet, [&](std::string_view comment) {
             return if_sound(read_comment(comment, covers));
         });
     if (header->type() != flac::BlockType::Picture)
         return {};
-    return copy_block(packet, covers);
+    return copy_block(std::move(packet), covers);
 }
 
 Read<void> read_ogg(const Window& file, Covers& covers) {
@@ -150,11 +155,11 @@ Read<void> read_ogg(const Window& file, Covers& covers) {
     const auto first = VELL_TRY(walk.next(longest));
     const bool is_flac = first && first->starts_with("\x7F\x46LAC");
     for (int i = 0; i < (is_flac ? most_packets : 1); ++i) {
-        const auto packet = VELL_TRY(walk.next(longest));
+        auto packet = VELL_TRY(walk.next(longest));
         if (!packet || packet->empty() || packet->front() == '\xFF') // sound of FLAC
             return {};
         if (is_flac)
-            VELL_TRY(if_sound(read_flac_packet(*packet, covers)));
+            VELL_TRY(if_sound(read_flac_packet(*std::move(packet), covers)));
         else
             VELL_TRY(if_sound(ogg::each_comment(comments_in(*packet), [&](std::string_view each) {
                 return if_sound(read_comment(each, covers));

@@ -101,6 +101,8 @@ Result<void> control(Call& call, Plugin& plugin) {
     const std::u16string password = call.text(call.is_step() ? 2 : 1);
     switch (action) {
     case ControlAction::DisableAll:
+        if (plugin.guard && plugin.guard->denies(policy::disable_all_action))
+            return policy::PathGuard::refuse("function");
         if (plugin.disabled.is_set())
             return Failure{ErrorCode::AlreadyDisabled};
         if (password.empty())

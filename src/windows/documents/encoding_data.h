@@ -1,14 +1,30 @@
 // Where the encoding data lies on the user's disk. Windows only.
 #pragma once
 
+#include "src/windows/handle.h"
+
 #include <string>
 #include <vector>
 
 namespace vell::windows {
 
-// The folder of the data, in UTF-8 and without a limit of length: in the user's local application
-// data, or where nothing can be written there, in the temporary folder. When neither has all of it,
-// a note says so.
-std::string provide_encoding_data(std::vector<std::string>& notes);
+// Where the data may be put; empty for a place that the system does not name.
+struct DataPlaces {
+    std::wstring local;     // the user's own
+    std::wstring temporary; // others may use it, too
+};
+DataPlaces data_places();
+
+struct EncodingData {
+    // In UTF-8 and without a limit of length. One that nothing can be in where the data could not
+    // be put anywhere.
+    std::string folder;
+    // Of the folder in the temporary one, which is the user's alone and stays so meanwhile.
+    UniqueFile guard;
+};
+
+// Puts the data that are not there yet, or not as they were put there, into the first of the places
+// that takes them all. Where none does, notes say why.
+EncodingData provide_encoding_data(const DataPlaces& places, std::vector<std::string>& notes);
 
 } // namespace vell::windows

@@ -41,13 +41,13 @@ class NoteScope {
 class SharedPoppler {
   public:
     explicit SharedPoppler(std::vector<std::string>& notes)
-        : encoding_data_(provide_encoding_data(notes)) {
+        : encoding_data_(provide_encoding_data(data_places(), notes)) {
         setErrorCallback(note_error);
-        globalParams = std::make_unique<GlobalParams>(encoding_data_.c_str());
+        globalParams = std::make_unique<GlobalParams>(encoding_data_.folder.c_str());
     }
 
   private:
-    std::string encoding_data_; // Poppler keeps a pointer to it
+    EncodingData encoding_data_; // Poppler keeps a pointer to the folder's path
 };
 
 void make_shared_poppler(std::vector<std::string>& notes) {

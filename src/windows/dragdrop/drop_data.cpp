@@ -2,6 +2,7 @@
 
 #include "src/dragdrop/dropped_data.h"
 #include "src/windows/desktop/com.h"
+#include "src/windows/storage/private_items.h"
 #include "src/windows/system.h"
 #include "src/windows/text.h"
 
@@ -162,7 +163,8 @@ Result<void> write_contents(const Medium& medium, const ContentsItem& item, cons
 
 std::optional<std::u16string> new_folder() {
     const auto path = windows::system().files().temporary_name(u"drop");
-    if (!path || !CreateDirectoryW(as_wide(path->wide), nullptr))
+    windows::PrivateAccess access;
+    if (!path || !CreateDirectoryW(as_wide(path->wide), access.get()))
         return std::nullopt;
     return path->wide;
 }

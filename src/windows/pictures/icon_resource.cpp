@@ -79,7 +79,10 @@ std::string as_file(HMODULE module, std::string_view group) {
 } // namespace
 
 Result<std::string> icon_resource(const std::wstring& path, int index) {
-    const UniqueModule module(LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    // A bare name, as the registry has them, means a file of Windows.
+    const bool is_bare = path.find_first_of(L"\\/:") == path.npos;
+    const DWORD flags = LOAD_LIBRARY_AS_DATAFILE | (is_bare ? LOAD_LIBRARY_SEARCH_SYSTEM32 : 0u);
+    const UniqueModule module(LoadLibraryExW(path.c_str(), nullptr, flags));
     if (!module)
         return Failure{ErrorCode::NothingFound};
     const std::string_view found = group(module.get(), index);

@@ -80,8 +80,9 @@ class InheritedHandles {
 
 class Win32Command : public RunningCommand {
   public:
-    Win32Command(UniqueHandle process, UniqueHandle output)
-        : process_(std::move(process)), output_(std::move(output)) {}
+    // With the last handle to a job end the processes in it.
+    Win32Command(UniqueHandle process, UniqueHandle output, UniqueHandle job)
+        : process_(std::move(process)), output_(std::move(output)), job_(std::move(job)) {}
 
     Result<bool> has_ended() override {
         DWORD exit_code = 0;
@@ -121,6 +122,7 @@ class Win32Command : public RunningCommand {
   private:
     UniqueHandle process_;
     UniqueHandle output_;
+    UniqueHandle job_;
     bool signalled_ = false; // the process has ended
 };
 
@@ -151,15 +153,46 @@ STARTUPINFOEXW start_up(const CommandSettings& settings) {
     return info;
 }
 
+// A job whose processes end with its last handle.
+Result<UniqueHandle> new_job() {
+    UniqueHandle job(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    if (!job || !SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits,
+                                         sizeof limits))
+        return Failure{last_error()};
+    return job;
+}
+
+// The command holds its job itself, so that its children end with it whoever waits for it.
+Result<void> put_into_job(HANDLE process, const UniqueHandle& job) {
+    HANDLE of_command = nullptr;
+    if (!AssignProcessToJobObject(job.get(), process) ||
+        !DuplicateHandle(GetCurrentProcess(), job.get(), process, &of_command, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS))
+        return Failure{last_error()};
+    return {};
+}
+
+// In the job, where there is one, before it runs.
 Result<UniqueHandle> create_process(const std::wstring& interpreter, std::wstring command_line,
-                                    STARTUPINFOEXW& info) {
+                                    STARTUPINFOEXW& info, const UniqueHandle& job) {
     PROCESS_INFORMATION process{};
+    const DWORD suspended = job ? CREATE_SUSPENDED : 0;
     if (!CreateProcessW(interpreter.c_str(), command_line.data(), nullptr, nullptr, TRUE,
-                        CREATE_NEW_CONSOLE | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
-                        &info.StartupInfo, &process))
+                        CREATE_NEW_CONSOLE | EXTENDED_STARTUPINFO_PRESENT | suspended, nullptr,
+                        nullptr, &info.StartupInfo, &process))
         return Failure{last_error()};
     const UniqueHandle thread(process.hThread);
-    return UniqueHandle(process.hProcess);
+    UniqueHandle owner(process.hProcess);
+    if (!job)
+        return owner;
+    if (const Result<void> in_job = put_into_job(owner.get(), job); !in_job) {
+        TerminateProcess(owner.get(), 1);
+        return Failure{in_job.error()};
+    }
+    ResumeThread(thread.get());
+    return owner;
 }
 
 Result<std::unique_ptr<RunningCommand>> start_command(const std::u16string& command,
@@ -181,12 +214,17 @@ Result<std::unique_ptr<RunningCommand>> start_command(const std::u16string& comm
     VELL_TRY(inherited.set(std::move(handles)));
     info.lpAttributeList = inherited.list();
 
-    UniqueHandle process =
-        VELL_TRY(create_process(interpreter, to_wide(interpreter_call) + to_wide(command), info));
+    UniqueHandle job;
+    if (settings.ends_with_children)
+        job = VELL_TRY(new_job());
+    UniqueHandle process = VELL_TRY(
+        create_process(interpreter, to_wide(interpreter_call) + to_wide(command), info, job));
+    if (!settings.wait_on_result)
+        job.reset(); // the command's own handle is enough
     // This function's ends of the pipes go with it: the command finds its input at its end, and the
     // output ends when nobody else writes to it.
-    return std::unique_ptr<RunningCommand>(
-        std::make_unique<Win32Command>(std::move(process), std::move(output.read_end)));
+    return std::unique_ptr<RunningCommand>(std::make_unique<Win32Command>(
+        std::move(process), std::move(output.read_end), std::move(job)));
 }
 
 class Win32Commands : public Commands {

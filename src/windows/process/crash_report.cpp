@@ -3,6 +3,8 @@
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
 #include "src/windows/handle.h"
+#include "src/windows/storage/path.h"
+#include "src/windows/storage/private_items.h"
 #include "src/windows/text.h"
 
 #include <dbghelp.h>
@@ -22,22 +24,23 @@ struct Crash {
 
 // The name of the dump, empty when none was written.
 std::wstring write_dump(Crash& crash) {
-    const UniqueModule library(LoadLibraryW(L"dbghelp.dll"));
+    const UniqueModule library(
+        LoadLibraryExW(L"dbghelp.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
     if (!library)
         return {};
     const auto write = reinterpret_cast<decltype(&MiniDumpWriteDump)>(
         reinterpret_cast<void*>(GetProcAddress(library.get(), "MiniDumpWriteDump")));
-    std::array<wchar_t, MAX_PATH + 1> folder{};
-    if (!write || GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()) == 0)
+    const auto folder = temporary_folder();
+    const auto digits = random_uuid();
+    if (!write || !folder || !digits)
         return {};
 
     SYSTEMTIME now;
     GetLocalTime(&now);
-    std::wstring name = crash_dump_name(folder.data(), reports.dump_start, now,
-                                        GetCurrentProcessId(), crash.thread_id);
-    const UniqueFile file(CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_ALWAYS,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    std::wstring name = *folder + crash_dump_name(reports.dump_start, now, GetCurrentProcessId(),
+                                                  crash.thread_id, *digits);
+    const UniqueFile file =
+        create_private_file(name, FILE_SHARE_READ | FILE_SHARE_WRITE, FILE_ATTRIBUTE_NORMAL);
     if (!file)
         return {};
     MINIDUMP_EXCEPTION_INFORMATION information{crash.thread_id, &crash.exception, FALSE};
@@ -66,14 +69,14 @@ void report_crashes(const CrashReports& how) {
     reports = how;
 }
 
-std::wstring crash_dump_name(std::wstring_view folder, std::string_view start,
-                             const SYSTEMTIME& local_time, DWORD process_id, DWORD thread_id) {
+std::wstring crash_dump_name(std::string_view start, const SYSTEMTIME& local_time, DWORD process_id,
+                             DWORD thread_id, std::wstring_view digits) {
     std::array<wchar_t, 128> name;
-    std::swprintf(name.data(), name.size(), L"%hs-%04d%02d%02d-%02d%02d%02d-%ld-%ld.dmp",
-                  start.data(), local_time.wYear, local_time.wMonth, local_time.wDay,
-                  local_time.wHour, local_time.wMinute, local_time.wSecond,
-                  static_cast<long>(process_id), static_cast<long>(thread_id));
-    return std::wstring(folder).append(name.data());
+    std::swprintf(name.data(), name.size(), L"%hs-%04d%02d%02d-%02d%02d%02d-%ld-%ld-", start.data(),
+                  local_time.wYear, local_time.wMonth, local_time.wDay, local_time.wHour,
+                  local_time.wMinute, local_time.wSecond, static_cast<long>(process_id),
+                  static_cast<long>(thread_id));
+    return std::wstring(name.data()).append(digits).append(L".dmp");
 }
 
 } // namespace vell::windows

@@ -17,9 +17,9 @@ struct CrashReports {
 // Tells how crashes are reported, before the first guarded call.
 void report_crashes(const CrashReports& reports);
 
-// "<start>-<local time>-<process>-<thread>.dmp" in `folder`, which ends with "\".
-std::wstring crash_dump_name(std::wstring_view folder, std::string_view start,
-                             const SYSTEMTIME& local_time, DWORD process_id, DWORD thread_id);
+// "<start>-<local time>-<process>-<thread>-<digits>.dmp".
+std::wstring crash_dump_name(std::string_view start, const SYSTEMTIME& local_time, DWORD process_id,
+                             DWORD thread_id, std::wstring_view digits);
 
 } // namespace vell::windows
 

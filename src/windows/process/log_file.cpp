@@ -3,8 +3,12 @@
 #include "src/params/line_endings.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
+#include "src/windows/storage/path.h"
+#include "src/windows/storage/private_items.h"
+#include "src/windows/text.h"
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <map>
 #include <mutex>
@@ -73,21 +77,22 @@ bool rename_to(const UniqueFile& file, const std::wstring& path) {
                                       static_cast<DWORD>(room.size()));
 }
 
+// Each process has one of its own, under a name that nobody can put something in the place of.
 UniqueFile open_overflow_file() {
-    std::wstring path(MAX_PATH + 1, L'\0');
-    const DWORD length = GetTempPathW(static_cast<DWORD>(path.size()), path.data());
-    if (length == 0 || length > MAX_PATH)
+    const auto folder = temporary_folder();
+    const auto name = random_uuid();
+    if (!folder || !name)
         return {};
-    path.resize(length);
-    path += L"VELLDEBUGLOG.tmp";
-    return UniqueFile(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                  CREATE_ALWAYS,
-                                  FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    return create_private_file(*folder + L"VELLDEBUGLOG{" + *name + L"}.tmp", 0,
+                               FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
 }
+
+std::atomic<bool> overflow_is_taken = false;
 
 class Overflow : public files::OverflowFile {
   public:
     explicit Overflow(UniqueFile file) : file_(std::move(file)) {}
+    ~Overflow() override { overflow_is_taken = false; }
 
     bool write(std::uint64_t position, std::string_view bytes) override {
         DWORD done = 0;
@@ -143,7 +148,10 @@ class LogFiles : public files::Logs {
     }
 
     std::unique_ptr<files::OverflowFile> new_overflow_file() override {
+        if (overflow_is_taken.exchange(true))
+            return nullptr;
         UniqueFile file = open_overflow_file();
+        overflow_is_taken = static_cast<bool>(file);
         return file ? std::make_unique<Overflow>(std::move(file)) : nullptr;
     }
 
@@ -231,6 +239,10 @@ std::wstring log_folder(std::wstring_view executable, LogFolder folder) {
         return {};
     return std::wstring(executable.substr(0, end + 1))
         .append(folder == LogFolder::OfServer ? L"Logs\\" : L"Vell Logs\\");
+}
+
+std::u16string own_log_folder() {
+    return to_utf16(make_log_folder(LogFolder::Own));
 }
 
 std::string log_line_text(std::string_view local_time, std::string_view source, std::string text) {

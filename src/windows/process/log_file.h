@@ -25,6 +25,10 @@ std::wstring old_log_file_name(LogChannel channel); // "Vell Plugin FMServer (ol
 // has one, "Vell Logs" elsewhere. Ends with "\".
 std::wstring log_folder(std::wstring_view executable, LogFolder folder);
 
+// The one of this process with the host's own logs, made where it is missing; empty where it cannot
+// be.
+std::u16string own_log_folder();
+
 // The line as it stands in the file: time, source, text, CR LF; at most 1023 bytes, cut between
 // characters. `text` is UTF-8; its line ends become CR LF.
 std::string log_line_text(std::string_view local_time, std::string_view source, std::string text);

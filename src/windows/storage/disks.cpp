@@ -2,6 +2,7 @@
 #include "src/windows/error_windows.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
+#include "src/windows/storage/path.h"
 #include "src/windows/text.h"
 
 #include <winioctl.h>
@@ -106,7 +107,11 @@ class Win32Disks : public DiskSystem {
         const NoErrorWindows quiet;
         ULARGE_INTEGER available;
         ULARGE_INTEGER total;
-        if (!GetDiskFreeSpaceExW(as_wide(root), &available, &total, nullptr))
+        // The separator is due for shares only, and does no harm elsewhere.
+        std::wstring folder = win32_path({root, std::nullopt});
+        if (!folder.ends_with(L'\\') && !folder.ends_with(L'/'))
+            folder += L'\\';
+        if (!GetDiskFreeSpaceExW(folder.c_str(), &available, &total, nullptr))
             return Failure{last_disk_error()};
         return DiskSpace{total.QuadPart, available.QuadPart};
     }

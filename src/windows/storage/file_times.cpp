@@ -73,4 +73,26 @@ Result<FILETIME> file_time(const CalendarTime& local, const DYNAMIC_TIME_ZONE_IN
     return time;
 }
 
+Result<FileTimes> file_times(const files::NewTimes& times) {
+    FileTimes converted;
+    if (times.created)
+        converted.created = VELL_TRY(file_time(*times.created));
+    if (times.accessed)
+        converted.accessed = VELL_TRY(file_time(*times.accessed));
+    if (times.modified) // often the same, and the rules of its year are not asked for again
+        converted.modified = times.modified == times.accessed
+                                 ? converted.accessed
+                                 : VELL_TRY(file_time(*times.modified));
+    return converted;
+}
+
+Result<void> set_file_times(HANDLE item, const FileTimes& times) {
+    const auto given = [](const std::optional<FILETIME>& time) {
+        return time ? &*time : nullptr;
+    };
+    if (!SetFileTime(item, given(times.created), given(times.accessed), given(times.modified)))
+        return Failure{last_error()};
+    return {};
+}
+
 } // namespace vell::windows

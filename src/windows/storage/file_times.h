@@ -3,6 +3,7 @@
 
 #include "src/base/result.h"
 #include "src/params/calendar_time.h"
+#include "src/system/item_properties.h"
 
 #include <windows.h>
 
@@ -15,5 +16,14 @@ Result<params::CalendarTime> local_time(const FILETIME& time,
 // BadParameter for a time that does not exist in the calendar or that no file can have.
 Result<FILETIME> file_time(const params::CalendarTime& local,
                            const DYNAMIC_TIME_ZONE_INFORMATION* zone = nullptr);
+
+// Times as SetFileTime takes them, which leaves those alone that are not given.
+struct FileTimes {
+    std::optional<FILETIME> created;
+    std::optional<FILETIME> accessed;
+    std::optional<FILETIME> modified;
+};
+Result<FileTimes> file_times(const files::NewTimes& times);
+Result<void> set_file_times(HANDLE item, const FileTimes& times);
 
 } // namespace vell::windows

@@ -3,10 +3,11 @@
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
 #include "src/windows/storage/file.h"
+#include "src/windows/storage/final_path.h"
+#include "src/windows/storage/file_times.h"
 #include "src/windows/storage/path.h"
+#include "src/windows/storage/private_items.h"
 #include "src/windows/text.h"
-
-#include <rpc.h>
 
 #include <algorithm>
 #include <array>
@@ -19,7 +20,7 @@ using namespace files;
 
 namespace {
 
-class Win32File : public File {
+class Win32File : public HeldFile {
   public:
     explicit Win32File(UniqueFile handle) : handle_(std::move(handle)) {}
 
@@ -78,35 +79,22 @@ class Win32File : public File {
         return {};
     }
 
+    Result<void> set_times(const NewTimes& times) override {
+        return set_file_times(handle_.get(), VELL_TRY(file_times(times)));
+    }
+
     Result<void> close() override {
         if (!handle_.close())
             return Failure{last_error()};
         return {};
     }
 
+    Result<std::u16string> final_path() override { return final_path_of(handle_.get()); }
+
   private:
     static constexpr std::size_t largest_transfer = 0x7FFFFFFF;
     UniqueFile handle_;
 };
-
-struct RpcTextKind {
-    using Type = RPC_WSTR;
-    static Type empty() { return nullptr; }
-    static void close(Type text) { RpcStringFreeW(&text); }
-};
-using UniqueRpcText = UniqueResource<RpcTextKind>;
-
-// Empty when the system makes none.
-std::wstring new_uuid() {
-    UUID uuid;
-    RPC_WSTR text = nullptr;
-    const RPC_STATUS status = UuidCreate(&uuid);
-    if ((status != RPC_S_OK && status != RPC_S_UUID_LOCAL_ONLY) ||
-        UuidToStringW(&uuid, &text) != RPC_S_OK)
-        return {};
-    const UniqueRpcText owner(text);
-    return reinterpret_cast<const wchar_t*>(text);
-}
 
 // Where a file really is, with what the system tells of it.
 struct FileIdentity {
@@ -222,6 +210,13 @@ class Win32FileSystem : public FileSystem {
                             FILE_FLAG_OPEN_REPARSE_POINT);
     }
 
+    Result<std::unique_ptr<File>> open_to_write(const NativePath& path) override {
+        const std::wstring name = win32_path(path);
+        if (is_read_only(name))
+            return Failure{ErrorCode::Busy};
+        return open_for_all(name, GENERIC_WRITE, OPEN_EXISTING);
+    }
+
     Result<std::unique_ptr<File>> open_emptied(const NativePath& path) override {
         const std::wstring name = win32_path(path);
         if (is_read_only(name))
@@ -293,9 +288,8 @@ class Win32FileSystem : public FileSystem {
 
     Result<std::unique_ptr<File>> open_temporary() override {
         const NativePath path = VELL_TRY(temporary_name({}));
-        UniqueFile handle(
-            CreateFileW(win32_path(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                        CREATE_NEW, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        UniqueFile handle = create_private_file(
+            win32_path(path), 0, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE);
         if (!handle)
             return Failure{last_error()};
         return file_over(std::move(handle));
@@ -303,16 +297,7 @@ class Win32FileSystem : public FileSystem {
 
     Result<NativePath> temporary_name(std::u16string_view extension) override {
         const std::wstring folder = VELL_TRY(temporary_folder());
-        std::wstring name = folder;
-        if (const std::wstring uuid = new_uuid(); !uuid.empty()) {
-            name += L"VELLTEMP{" + uuid + L"}.tmp";
-        } else {
-            // With a number of our own the system neither creates nor checks the file.
-            std::array<wchar_t, MAX_PATH> made{};
-            if (GetTempFileNameW(folder.c_str(), L"VELLTMP", GetTickCount(), made.data()) == 0)
-                return Failure{last_error()};
-            name = made.data();
-        }
+        std::wstring name = folder + L"VELLTEMP{" + VELL_TRY(random_uuid()) + L"}.tmp";
         if (!extension.empty()) {
             constexpr std::size_t longest_extension = 100;
             name.resize(name.size() - 3); // "tmp"
@@ -324,7 +309,7 @@ class Win32FileSystem : public FileSystem {
 
 } // namespace
 
-std::unique_ptr<File> file_over(UniqueFile handle) {
+std::unique_ptr<HeldFile> file_over(UniqueFile handle) {
     return std::make_unique<Win32File>(std::move(handle));
 }
 

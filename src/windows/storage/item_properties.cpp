@@ -35,20 +35,6 @@ Result<UniqueFile> open_for_times(const std::wstring& path) {
     return item;
 }
 
-// A time as SetFileTime takes it, which leaves those alone that are null.
-class NewTime {
-  public:
-    Result<void> set(const std::optional<params::CalendarTime>& local) {
-        if (local)
-            time_ = VELL_TRY(file_time(*local));
-        return {};
-    }
-    const FILETIME* get() const { return time_ ? &*time_ : nullptr; }
-
-  private:
-    std::optional<FILETIME> time_;
-};
-
 class Win32ItemProperties : public ItemProperties {
   public:
     Result<std::uint32_t> attributes(const NativePath& path) override {
@@ -110,20 +96,15 @@ class Win32ItemProperties : public ItemProperties {
     }
 
     Result<void> set_times(const NativePath& path, const NewTimes& times) override {
-        NewTime created;
-        NewTime accessed;
-        NewTime modified;
-        VELL_TRY(created.set(times.created));
-        VELL_TRY(accessed.set(times.accessed));
-        VELL_TRY(modified.set(times.modified));
+        const FileTimes converted = VELL_TRY(file_times(times));
         // Folders need the backup flag; others may have the item open meanwhile.
         constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         const UniqueFile item(CreateFileW(win32_path(path).c_str(), FILE_WRITE_ATTRIBUTES,
                                           share_all, nullptr, OPEN_EXISTING,
                                           FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-        if (!item || !SetFileTime(item.get(), created.get(), accessed.get(), modified.get()))
+        if (!item)
             return Failure{last_error()};
-        return {};
+        return set_file_times(item.get(), converted);
     }
 
     Result<std::u16string> type_name(const std::u16string& path, std::uint32_t attributes,

@@ -1,6 +1,7 @@
 #include "src/windows/storage/path.h"
 
 #include "src/windows/handle.h"
+#include "src/windows/process/library.h"
 #include "src/windows/text.h"
 
 #include <array>
@@ -49,7 +50,12 @@ Result<std::wstring> full_wide_path(const std::wstring& path) {
 
 Result<std::wstring> temporary_folder() {
     std::array<wchar_t, MAX_PATH + 2> path{};
-    const DWORD length = GetTempPathW(path.size(), path.data());
+    // Where Windows has it, a service gets a folder that users have no access to.
+    using TempPath = DWORD(WINAPI*)(DWORD, LPWSTR);
+    static const auto newer =
+        reinterpret_cast<TempPath>(function_of_library(L"kernel32.dll", "GetTempPath2W"));
+    const TempPath temp_path = newer ? newer : &GetTempPathW;
+    const DWORD length = temp_path(path.size(), path.data());
     if (length == 0 || length >= path.size())
         return Failure{last_error()};
     return std::wstring(path.data(), length);

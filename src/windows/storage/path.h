@@ -16,7 +16,7 @@ std::wstring without_length_limit(const std::wstring& full_path);
 // The path from its root, without "." and "..".
 Result<std::wstring> full_wide_path(const std::wstring& path);
 
-// Ends with a separator.
+// The folder for temporary files of this process. Ends with a separator.
 Result<std::wstring> temporary_folder();
 
 } // namespace vell::windows

@@ -3,6 +3,7 @@
 #include "src/system/tree_system.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
+#include "src/windows/storage/held_items.h"
 #include "src/windows/storage/path.h"
 #include "src/windows/storage/reparse_point.h"
 #include "src/windows/text.h"
@@ -126,6 +127,10 @@ class Win32Tree : public TreeSystem {
         WIN32_FIND_DATAW found;
         const UniqueFind search(FindFirstFileW(name.c_str(), &found));
         return !search || leads_elsewhere(found);
+    }
+
+    Result<std::unique_ptr<HeldItem>> hold(const NativePath& path, FollowLink follow) override {
+        return hold_item(path, follow);
     }
 
     Result<void> for_each_below(const NativePath& folder, const VisitItem& visit) override {
