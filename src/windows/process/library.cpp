@@ -13,11 +13,10 @@ void* function_of_library(const wchar_t* library, const char* name) {
 
 namespace {
 
-template <typename Address>
-HMODULE library_with(Address address, DWORD flags) {
+HMODULE library_with(const void* address, DWORD flags) {
     HMODULE library = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | flags,
-                       reinterpret_cast<const wchar_t*>(address), &library);
+                       static_cast<const wchar_t*>(address), &library);
     return library;
 }
 
@@ -31,6 +30,10 @@ std::u16string folder_of_library(const void* address) {
     path.resize(length);
     path.resize(path.rfind(L'\\') + 1);
     return to_utf16(path);
+}
+
+UniqueModule reference_on_library(const void* address) {
+    return UniqueModule(library_with(address, 0));
 }
 
 void keep_library(const void* address) {
