@@ -72,8 +72,7 @@ std::vector<Row> contents_rows() {
         call.run();
         clear();
     };
-    const Timing timing = compare(
-        ours, [&] { read_and_convert(path); }, 5);
+    const Timing timing = compare(ours, [&] { read_and_convert(path); });
     DeleteFileW(path.c_str());
 
     const double mib = 1024.0 * 1024.0;
