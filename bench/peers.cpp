@@ -25,8 +25,12 @@ std::wstring sample_path(const wchar_t* name) {
 }
 
 std::vector<std::wstring> sample_files(const wchar_t* folder, const wchar_t* pattern) {
+    return files_of(sample_path(folder), pattern);
+}
+
+std::vector<std::wstring> files_of(const std::wstring& folder, const wchar_t* pattern) {
     std::vector<std::wstring> paths;
-    const std::wstring start = sample_path(folder) + L"\\";
+    const std::wstring start = folder + L"\\";
     WIN32_FIND_DATAW entry;
     const UniqueFind search(FindFirstFileW((start + pattern).c_str(), &entry));
     if (!search)

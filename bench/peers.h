@@ -14,6 +14,8 @@ bool has_sample_files();
 std::wstring sample_path(const wchar_t* name);
 // The paths of the files in a folder of samples, by a pattern such as L"*.pdf".
 std::vector<std::wstring> sample_files(const wchar_t* folder, const wchar_t* pattern);
+// The same for all files of any folder.
+std::vector<std::wstring> files_of(const std::wstring& folder, const wchar_t* pattern = L"*");
 
 // Nanoseconds that a native tool took, by the name of its variable; 0 when bench/run did not time
 // it.

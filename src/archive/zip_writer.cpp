@@ -46,6 +46,13 @@ Result<void> fill(std::span<char> buffer, files::File& source) {
     return {};
 }
 
+// When the file was last written: by its handle, which costs the least, or else by its path.
+Result<params::CalendarTime> time_of(files::File& file, const NativePath& path, System& system) {
+    if (const auto time = file.modified())
+        return system.properties().local_time_of(*time);
+    return system.properties().time(path, files::ItemTime::Modified);
+}
+
 } // namespace
 
 // What the data of an entry became.
@@ -74,15 +81,16 @@ Result<void> ZipWriter::add_file(System& system, std::string_view name, const Na
     constexpr int usual_level = 6;
     const int level = options.level < 0 ? usual_level : options.level;
     VELL_TRY(check_entry(name, level));
-    const auto modified = system.properties().time(source, files::ItemTime::Modified);
-    if (!modified)
-        return add_failed;
     const auto opened = system.files().open_shared(source);
-    if (!opened)
-        return Failure{source_error(opened.error())};
+    if (!opened) {
+        const bool is_there =
+            system.properties().time(source, files::ItemTime::Modified).has_value();
+        return is_there ? Failure{source_error(opened.error())} : add_failed;
+    }
     files::File& file = **opened;
+    const auto modified = time_of(file, source, system);
     const auto size = file.size();
-    if (!size || *size > largest_size || !file.seek(files::SeekFrom::Start, 0))
+    if (!modified || !size || *size > largest_size || !file.seek(files::SeekFrom::Start, 0))
         return add_failed;
 
     VELL_TRY(begin_entry(name));

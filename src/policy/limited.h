@@ -45,6 +45,7 @@ class LimitedFile : public Kind {
     }
     Result<void> set_end_of_file() override { return file_->set_end_of_file(); }
     Result<void> close() override { return file_->close(); }
+    Result<files::FileTime> modified() override { return file_->modified(); }
     Result<std::u16string> final_path() override { return file_->final_path(); }
 
   protected:

@@ -6,6 +6,7 @@
 
 #include "src/base/result.h"
 #include "src/params/paths.h"
+#include "src/system/file_time.h"
 
 #include <cstdint>
 #include <memory>
@@ -39,6 +40,8 @@ class File {
     // Cuts or extends the file at the current position.
     virtual Result<void> set_end_of_file() = 0;
     virtual Result<void> close() = 0;
+    // When it was last written. NotSupported for what has no times.
+    virtual Result<FileTime> modified() { return Failure{ErrorCode::NotSupported}; }
     // Where the file really stands; see FinalPaths. NotSupported for what has no path.
     virtual Result<std::u16string> final_path() { return Failure{ErrorCode::NotSupported}; }
 };

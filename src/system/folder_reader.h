@@ -2,6 +2,7 @@
 #pragma once
 
 #include "src/base/result.h"
+#include "src/system/file_time.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,9 +11,6 @@
 #include <string>
 
 namespace vell::files {
-
-// A moment in units of 100 ns from the start of 1601 on, in UTC; 0 where none is known.
-enum class FileTime : std::uint64_t {};
 
 struct FolderEntry {
     std::u16string name;

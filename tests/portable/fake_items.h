@@ -410,6 +410,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
             VELL_TRY(items_.count_operation());
             return item().told_length();
         }
+        Result<files::FileTime> modified() override { return file_time(item().modified); }
         Result<void> seek(files::SeekFrom from, std::int64_t offset) override {
             VELL_TRY(items_.count_operation());
             if (item().is_device)

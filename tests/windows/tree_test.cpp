@@ -1,6 +1,7 @@
 // The functions that change the tree of files and folders, through the host, on real ones.
 #include "src/files/contents/temporary_copy.h"
 #include "src/windows/system.h"
+#include "tests/windows/links.h"
 #include "tests/windows/plugin_fixture.h"
 #include "tests/windows/wine.h"
 
@@ -179,38 +180,6 @@ TEST_F(Tree, DeletesFolders) {
     start({.application_type = server});
     EXPECT_EQ(run(u"DeleteFolder", delete_all, path(L"used")), u"$$-47");
     EXPECT_TRUE(exists(path(L"used\\held.txt")));
-}
-
-std::wstring unix_path(const std::wstring& path) {
-    using Convert = char*(CDECL*)(const wchar_t*);
-    const auto convert = reinterpret_cast<Convert>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
-    char* const name = convert(path.c_str());
-    std::wstring result(name, name + std::strlen(name));
-    HeapFree(GetProcessHeap(), 0, name);
-    return result;
-}
-
-// A junction; in Wine, which makes none, a symbolic link of the system below.
-bool make_link(const std::wstring& link, const std::wstring& target) {
-    std::wstring command = L"cmd.exe /c mklink /J \"" + link + L"\" \"" + target + L"\"";
-    if (runs_in_wine())
-        command = L"Z:\\bin\\ln -s \"" + unix_path(target) + L"\" \"" +
-                  unix_path(link.substr(0, link.rfind(L'\\'))) + L"/" +
-                  link.substr(link.rfind(L'\\') + 1) + L"\"";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-                        nullptr, &startup, &process))
-        return false;
-    const UniqueHandle handle(process.hProcess);
-    CloseHandle(process.hThread);
-    WaitForSingleObject(handle.get(), INFINITE);
-    for (int i = 0; i < 200; ++i, Sleep(10)) // programs of the system below are not waited for
-        if (GetFileAttributesW(link.c_str()) != INVALID_FILE_ATTRIBUTES)
-            return true;
-    return false;
 }
 
 TEST_F(Tree, LinksAreNotFollowed) {

@@ -89,7 +89,10 @@ class Win32Command : public RunningCommand {
         if (!GetExitCodeProcess(process_.get(), &exit_code))
             return Failure{last_error()};
         // A command may end with the number that stands for a running one.
-        return exit_code != STILL_ACTIVE || signalled_;
+        const bool has_ended = exit_code != STILL_ACTIVE || signalled_;
+        if (has_ended)
+            job_.reset(); // others that it has started are not waited for
+        return has_ended;
     }
 
     void wait(std::uint32_t milliseconds) override {

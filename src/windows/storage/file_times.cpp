@@ -2,6 +2,7 @@
 #include "src/windows/handle.h"
 
 #include <chrono>
+#include <iterator>
 
 namespace vell::windows {
 
@@ -9,8 +10,7 @@ namespace {
 
 using params::CalendarTime;
 
-// The rules of the year in which a time lies; they differ from year to year in some zones.
-Result<TIME_ZONE_INFORMATION> rules_of(WORD year, const DYNAMIC_TIME_ZONE_INFORMATION* zone) {
+Result<TIME_ZONE_INFORMATION> read_rules(WORD year, const DYNAMIC_TIME_ZONE_INFORMATION* zone) {
     TIME_ZONE_INFORMATION rules;
     auto* const not_written_to = const_cast<DYNAMIC_TIME_ZONE_INFORMATION*>(zone);
     if (!GetTimeZoneInformationForYear(year, not_written_to, &rules))
@@ -18,7 +18,31 @@ Result<TIME_ZONE_INFORMATION> rules_of(WORD year, const DYNAMIC_TIME_ZONE_INFORM
     return rules;
 }
 
+// The rules of the year in which a time lies; they differ from year to year in some zones. Those of
+// the computer's own zone are kept for a second, in which they serve thousands of files: the system
+// reads the registry for them, and the user may choose another zone meanwhile.
+Result<TIME_ZONE_INFORMATION> rules_of(WORD year, const DYNAMIC_TIME_ZONE_INFORMATION* zone) {
+    constexpr ULONGLONG kept_ms = 1'000;
+    struct Kept {
+        TIME_ZONE_INFORMATION rules;
+        ULONGLONG read_at;
+        WORD year; // 0: none
+    };
+    thread_local Kept kept_years[8];
+    if (zone)
+        return read_rules(year, zone);
+    const ULONGLONG now = GetTickCount64();
+    Kept& kept = kept_years[year % std::size(kept_years)];
+    if (kept.year != year || now - kept.read_at >= kept_ms)
+        kept = {VELL_TRY(read_rules(year, nullptr)), now, year};
+    return kept.rules;
+}
+
 } // namespace
+
+files::FileTime file_time_of(const FILETIME& time) {
+    return files::FileTime{std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime};
+}
 
 Result<CalendarTime> local_time(const FILETIME& time, const DYNAMIC_TIME_ZONE_INFORMATION* zone) {
     SYSTEMTIME utc;

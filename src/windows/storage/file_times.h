@@ -9,6 +9,8 @@
 
 namespace vell::windows {
 
+files::FileTime file_time_of(const FILETIME& time);
+
 // Local calendar times of points in time, and the other way round, in the time zone `zone`, or in
 // the computer's own for null. Fractions of a second are cut off.
 Result<params::CalendarTime> local_time(const FILETIME& time,

@@ -3,8 +3,8 @@
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
 #include "src/windows/storage/file.h"
-#include "src/windows/storage/final_path.h"
 #include "src/windows/storage/file_times.h"
+#include "src/windows/storage/final_path.h"
 #include "src/windows/storage/path.h"
 #include "src/windows/storage/private_items.h"
 #include "src/windows/text.h"
@@ -87,6 +87,13 @@ class Win32File : public HeldFile {
         if (!handle_.close())
             return Failure{last_error()};
         return {};
+    }
+
+    Result<FileTime> modified() override {
+        FILETIME time;
+        if (!GetFileTime(handle_.get(), nullptr, nullptr, &time))
+            return Failure{last_error()};
+        return file_time_of(time);
     }
 
     Result<std::u16string> final_path() override { return final_path_of(handle_.get()); }

@@ -2,6 +2,7 @@
 #include "src/system/folder_reader.h"
 #include "src/windows/handle.h"
 #include "src/windows/parts.h"
+#include "src/windows/storage/file_times.h"
 #include "src/windows/storage/path.h"
 #include "src/windows/storage/reparse_point.h"
 #include "src/windows/text.h"
@@ -22,10 +23,6 @@ SystemError system_error(DWORD error) {
 
 void assign(std::u16string& text, const wchar_t* wide) {
     text.assign(reinterpret_cast<const char16_t*>(wide), std::wcslen(wide));
-}
-
-FileTime file_time_of(const FILETIME& time) {
-    return FileTime{std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime};
 }
 
 void copy_entry(const WIN32_FIND_DATAW& found, FolderEntry& entry) {

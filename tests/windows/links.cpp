@@ -1,0 +1,44 @@
+#include "tests/windows/links.h"
+
+#include "src/windows/handle.h"
+#include "tests/windows/wine.h"
+
+#include <cstring>
+
+namespace vell::test {
+namespace {
+
+std::wstring unix_path(const std::wstring& path) {
+    using Convert = char*(CDECL*)(const wchar_t*);
+    const auto convert = reinterpret_cast<Convert>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    char* const name = convert(path.c_str());
+    std::wstring result(name, name + std::strlen(name));
+    HeapFree(GetProcessHeap(), 0, name);
+    return result;
+}
+
+} // namespace
+
+bool make_link(const std::wstring& link, const std::wstring& target) {
+    std::wstring command = L"cmd.exe /c mklink /J \"" + link + L"\" \"" + target + L"\"";
+    if (runs_in_wine())
+        command = L"Z:\\bin\\ln -s \"" + unix_path(target) + L"\" \"" +
+                  unix_path(link.substr(0, link.rfind(L'\\'))) + L"/" +
+                  link.substr(link.rfind(L'\\') + 1) + L"\"";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
+                        nullptr, &startup, &process))
+        return false;
+    const UniqueHandle handle(process.hProcess);
+    CloseHandle(process.hThread);
+    WaitForSingleObject(handle.get(), INFINITE);
+    for (int i = 0; i < 200; ++i, Sleep(10)) // programs of the system below are not waited for
+        if (GetFileAttributesW(link.c_str()) != INVALID_FILE_ATTRIBUTES)
+            return true;
+    return false;
+}
+
+} // namespace vell::test
