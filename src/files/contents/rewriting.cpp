@@ -56,8 +56,12 @@ Result<void> rewrite_in_place(Call& call, FileSystem& files, const NativePath& p
         const std::uint64_t length = VELL_TRY(to->size());
         if (VELL_TRY(from->size()) != length)
             return Failure{ErrorCode::Busy}; // somebody else has changed it in between
-        VELL_TRY(to->set_end_of_file());
-        VELL_TRY(work(*from, *to));
+        // Written over, a file takes half of the time that one takes which was emptied before. What
+        // is left of the old bytes goes whether the work is done or not.
+        const Result<void> done = work(*from, *to);
+        const Result<void> cut = to->set_end_of_file();
+        VELL_TRY(done);
+        VELL_TRY(cut);
         VELL_TRY(to->close());
     }
     return copy.remove();
