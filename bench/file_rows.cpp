@@ -158,9 +158,9 @@ std::vector<Row> shell_rows() {
         return Times{time_of([&] { call.run(); }),
                      time_of([&] { bare_pipe(L"cmd /c " + command); })};
     };
-    const auto tenth = time(L"10000000");
-    const auto whole = time(L"100000000");
-    return {{"VlFile_ExecuteShell, 100 MB of output", whole.ours, whole.bare, 2.0,
+    const auto tenth = time(L"3000000");
+    const auto whole = time(L"30000000");
+    return {{"VlFile_ExecuteShell, 30 MB of output", whole.ours, whole.bare, 2.0,
              "peer: the same command into a pipe that is only read"},
             {"VlFile_ExecuteShell, ten times the output", whole.ours, tenth.ours, 11.0,
              "peer: itself on a tenth"}};
@@ -179,9 +179,9 @@ std::vector<Row> file_rows() {
     if (!has_sample_files())
         return {};
     std::vector<Row> rows{
-        hash_row("VlFile_GetFileHash, SHA-1, 256 MiB", u"-SHA1", L"VELL_SHA1SUM",
+        hash_row("VlFile_GetFileHash, SHA-1, 128 MiB", u"-SHA1", L"VELL_SHA1SUM",
                  files::DigestAlgorithm::Sha1),
-        hash_row("VlFile_GetFileHash, MD5, 256 MiB", u"-MD5", L"VELL_MD5SUM",
+        hash_row("VlFile_GetFileHash, MD5, 128 MiB", u"-MD5", L"VELL_MD5SUM",
                  files::DigestAlgorithm::Md5),
         copy_row(),
         append_row(),

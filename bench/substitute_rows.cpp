@@ -1,4 +1,4 @@
-// VlFile_Substitute on 256 MiB of text, against sed making the same change natively, and against a
+// VlFile_Substitute on 128 MiB of text, against sed making the same change natively, and against a
 // bare copy of the same file in this process, which is what Wine's file calls alone cost.
 #include "bench/function_call.h"
 #include "bench/harness.h"
@@ -45,10 +45,10 @@ std::vector<Row> substitute_rows() {
         const wchar_t* native;
         double goal;
     } cases[] = {
-        {"VlFile_Substitute, 256 MiB, a few hits a kilobyte", u"", u"Invoice", L"VELL_SED_HITS",
+        {"VlFile_Substitute, 128 MiB, a few hits a kilobyte", u"", u"Invoice", L"VELL_SED_HITS",
          0.7},
-        {"VlFile_Substitute, 256 MiB, no hit", u"", without_hit, L"VELL_SED_NONE", 0.7},
-        {"VlFile_Substitute, 256 MiB, ignoring case", u"IgnoreCase", u"iNVOICE", L"VELL_SED_CASE",
+        {"VlFile_Substitute, 128 MiB, no hit", u"", without_hit, L"VELL_SED_NONE", 0.7},
+        {"VlFile_Substitute, 128 MiB, ignoring case", u"IgnoreCase", u"iNVOICE", L"VELL_SED_CASE",
          0.3},
     };
     std::vector<Row> rows;
@@ -71,7 +71,7 @@ std::vector<Row> substitute_rows() {
     FunctionCall in_place(4283, {u"", to_utf16(target), u"", u"Invoice", u"Rechnung"});
     const double replaced =
         time_of([&] { in_place.run(); }, [&] { CopyFileW(source.c_str(), target.c_str(), FALSE); });
-    rows.push_back({"VlFile_Substitute, 256 MiB, in place", replaced, copied, 2.0,
+    rows.push_back({"VlFile_Substitute, 128 MiB, in place", replaced, copied, 2.0,
                     "peer: a bare copy in this process"});
     reset();
     return rows;

@@ -60,6 +60,7 @@ struct ZipWriter::Packed {
     Method method = Method::Stored;
     std::uint32_t crc32 = 0;
     std::uint64_t size = 0;
+    std::string_view unwritten = {}; // all of them, to be written with the header
 };
 
 ZipWriter::ZipWriter(std::unique_ptr<files::File> file) : file_(std::move(file)) {}
@@ -93,10 +94,9 @@ Result<void> ZipWriter::add_file(System& system, std::string_view name, const Na
     if (!modified || !size || *size > largest_size || !file.seek(files::SeekFrom::Start, 0))
         return add_failed;
 
-    VELL_TRY(begin_entry(name));
     const auto packed = level == 0 || *size < smallest_deflated
-                            ? write_stored(file, *size)
-                            : write_deflated(file, *size, level);
+                            ? write_stored(name, file, *size)
+                            : write_deflated(name, file, *size, level);
     if (!packed || packed->size > largest_size)
         return add_failed;
 
@@ -106,7 +106,7 @@ Result<void> ZipWriter::add_file(System& system, std::string_view name, const Na
     header.crc32 = packed->crc32;
     header.compressed_size = static_cast<std::uint32_t>(packed->size);
     header.uncompressed_size = static_cast<std::uint32_t>(*size);
-    return append_entry(header, name, 0, packed->size);
+    return append_entry(header, name, 0, *packed);
 }
 
 Result<void> ZipWriter::add_folder(std::string_view name, DosTime time,
@@ -114,12 +114,11 @@ Result<void> ZipWriter::add_folder(std::string_view name, DosTime time,
     VELL_TRY(check_entry(name, options.level));
     if (!name.ends_with('/'))
         return add_failed;
-    VELL_TRY(begin_entry(name));
-    return append_entry(header_of(name, time, options), name, folder_attribute, 0);
+    return append_entry(header_of(name, time, options), name, folder_attribute, {});
 }
 
 // Goes to the archive's end, whatever an add that failed has left there, and makes room for the
-// header, which is written when its sizes are known.
+// header of an entry whose sizes are known when its data are written.
 Result<void> ZipWriter::begin_entry(std::string_view name) {
     std::string room(LocalFileHeader::size, '\0');
     if (!file_->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
@@ -128,25 +127,35 @@ Result<void> ZipWriter::begin_entry(std::string_view name) {
     return {};
 }
 
-Result<ZipWriter::Packed> ZipWriter::write_stored(files::File& source, std::uint64_t size) {
+Result<ZipWriter::Packed> ZipWriter::write_stored(std::string_view name, files::File& source,
+                                                  std::uint64_t size) {
     Packed packed{Method::Stored, 0, size};
     piece_.resize(piece_size);
+    const bool is_one_piece = size <= piece_size;
+    if (!is_one_piece)
+        VELL_TRY(begin_entry(name));
     for (std::uint64_t left = size; left > 0;) {
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece_size));
         VELL_TRY(fill(std::span(piece_).first(count), source));
         const std::string_view piece(piece_.data(), count);
         packed.crc32 = crc32_of(piece, packed.crc32);
-        VELL_TRY(file_->write(piece));
+        if (is_one_piece)
+            packed.unwritten = piece;
+        else
+            VELL_TRY(file_->write(piece));
         left -= count;
     }
     return packed;
 }
 
-Result<ZipWriter::Packed> ZipWriter::write_deflated(files::File& source, std::uint64_t size,
-                                                    int level) {
+Result<ZipWriter::Packed> ZipWriter::write_deflated(std::string_view name, files::File& source,
+                                                    std::uint64_t size, int level) {
     if (!encoder_ || encoder_->level() != level)
         encoder_ = std::make_unique<DeflateEncoder>(level);
-    Packed packed{Method::Deflated, 0, 0};
+    Packed packed{Method::Deflated};
+    const bool is_one_part = size <= DeflateEncoder::part_size;
+    if (!is_one_part)
+        VELL_TRY(begin_entry(name));
     for (std::uint64_t left = size; left > 0;) {
         const auto count =
             static_cast<std::size_t>(std::min<std::uint64_t>(left, DeflateEncoder::part_size));
@@ -158,19 +167,25 @@ Result<ZipWriter::Packed> ZipWriter::write_deflated(files::File& source, std::ui
         packed.size += bytes.size();
         if (bytes.empty() || archive_size_ + packed.size > largest_size)
             return add_failed;
-        VELL_TRY(file_->write(bytes));
+        if (is_one_part)
+            packed.unwritten = bytes;
+        else
+            VELL_TRY(file_->write(bytes));
     }
     return packed;
 }
 
-// Writes the header before the data that stands behind the archive's end, and takes both in.
+// Writes the header before the data that stand behind the archive's end, or with them, and takes
+// both in.
 Result<void> ZipWriter::append_entry(LocalFileHeader header, std::string_view name,
-                                     std::uint32_t external_attributes, std::uint64_t data_size) {
-    const std::uint64_t new_size = archive_size_ + LocalFileHeader::size + name.size() + data_size;
+                                     std::uint32_t external_attributes, const Packed& packed) {
+    const std::uint64_t new_size =
+        archive_size_ + LocalFileHeader::size + name.size() + packed.size;
     if (new_size > largest_size)
         return add_failed;
     std::string bytes;
     formats::append_record(bytes, header);
+    bytes.append(name).append(packed.unwritten);
     if (!file_->seek(files::SeekFrom::Start, static_cast<std::int64_t>(archive_size_)) ||
         !file_->write(bytes))
         return add_failed;

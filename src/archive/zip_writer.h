@@ -54,10 +54,11 @@ class ZipWriter {
 
     Result<void> check_entry(std::string_view name, int level) const;
     Result<void> begin_entry(std::string_view name);
-    Result<Packed> write_stored(files::File& source, std::uint64_t size);
-    Result<Packed> write_deflated(files::File& source, std::uint64_t size, int level);
+    Result<Packed> write_stored(std::string_view name, files::File& source, std::uint64_t size);
+    Result<Packed> write_deflated(std::string_view name, files::File& source, std::uint64_t size,
+                                  int level);
     Result<void> append_entry(LocalFileHeader header, std::string_view name,
-                              std::uint32_t external_attributes, std::uint64_t data_size);
+                              std::uint32_t external_attributes, const Packed& packed);
 
     std::unique_ptr<files::File> file_; // null when finished
     std::uint64_t archive_size_ = 0;
