@@ -1,8 +1,8 @@
-// Texts of PDF files by Poppler, natively, with the patch of the plug-in: whatever the file holds, the
-// text comes or a code, within the time and the memory that docs/decisions/documents.md tells, and
-// the same one a second time.
+// Texts of PDF files by Poppler, natively, with the patch of the plug-in: whatever the file holds,
+// the text comes or a code, within the time and the memory that docs/decisions/documents.md tells,
+// and the same one a second time.
 #include "fuzz/input.h"
-#include "src/windows/documents/encoding_data.h"
+#include "src/windows/documents/encoding_folder.h"
 #include "src/windows/documents/poppler_text.h"
 
 #include <sanitizer/allocator_interface.h>
@@ -14,8 +14,9 @@
 #include <vector>
 
 // What stands for the archive that the plug-in unpacks on the user's disk.
-std::string vell::windows::provide_encoding_data(std::vector<std::string>&) {
-    return "/usr/share/poppler";
+const std::string& vell::windows::encoding_folder(std::vector<std::string>&) {
+    static const std::string folder = "/usr/share/poppler";
+    return folder;
 }
 
 namespace {
