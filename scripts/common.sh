@@ -40,6 +40,7 @@ browser_packages=(chromium) # the tests of the site; npm may come with a Node.js
 command -v npm >/dev/null || browser_packages+=(nodejs npm)
 test_packages=("${build_packages[@]}" "${site_packages[@]}" "${browser_packages[@]}" clang
     libclang-rt-14-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev liblcms2-dev libexpat1-dev xvfb xauth jq
+    clang-tidy cppcheck llvm
     libimage-exiftool-perl exiv2 pngcheck webp libtiff-tools libjpeg-turbo-progs
     zip unzip p7zip-full libarchive-tools
     qpdf poppler-utils ffmpeg mediainfo libvips-tools imagemagick python3-pil python3-numpy)

@@ -18,7 +18,6 @@ namespace {
 
 using files::ItemKind;
 using params::Call;
-using params::SwitchSet;
 
 constexpr int thorough = 9;
 constexpr char16_t line_end = u'\r';

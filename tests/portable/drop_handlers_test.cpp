@@ -70,7 +70,7 @@ class FakeWindows : public DropWindows {
 class Dropping : public ::testing::Test {
   protected:
     std::u16string add(std::u16string script, std::u16string bounds = u"",
-                       std::u16string switches = u"", std::u16string file = u"Solution") {
+                       const std::u16string& switches = u"", std::u16string file = u"Solution") {
         return call({u"-AddDragAndDropHandler " + switches, file, script, bounds});
     }
     std::u16string stop(std::u16string file, std::u16string script = u"") {

@@ -37,7 +37,7 @@ TEST(EntryPath, StaysInTheTargetFolder) {
 
 TEST(EntryPath, DecodesNamesWithoutLosingAny) {
     EntryInfo entry;
-    const auto decoded = [&](std::string name, bool utf8) {
+    const auto decoded = [&](const std::string& name, bool utf8) {
         entry.name = name;
         entry.utf8_name = utf8;
         return decoded_name(entry, params::TextEncoding::AsciiDos, latin);

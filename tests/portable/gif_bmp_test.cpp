@@ -46,10 +46,9 @@ std::string drawn(Open open, const std::string& file, std::uint32_t frame = 0) {
 // A GIF file of four colours: r, g, b and k.
 class GifBuilder {
   public:
-    GifBuilder(std::uint16_t width, std::uint16_t height) {
-        bytes_ = "GIF89a" + little16(width) + little16(height) + std::string("\x81\0\0", 3) +
-                 std::string("\xFF\0\0\0\xFF\0\0\0\xFF\0\0\0", 12);
-    }
+    GifBuilder(std::uint16_t width, std::uint16_t height)
+        : bytes_("GIF89a" + little16(width) + little16(height) + std::string("\x81\0\0", 3) +
+                 std::string("\xFF\0\0\0\xFF\0\0\0\xFF\0\0\0", 12)) {}
 
     // Letters are pixels; "." is one that is not drawn.
     GifBuilder& frame(int left, int top, int width, const std::string& pixels, int disposal,

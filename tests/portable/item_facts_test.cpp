@@ -66,7 +66,7 @@ class TimedCall : public FakeCall {
     void set_time_stamp(const CalendarTime& stamp) override { set("timestamp", stamp); }
 
   private:
-    void set(std::string kind, const CalendarTime& time) {
+    void set(const std::string& kind, const CalendarTime& time) {
         set_literal(kind + ' ' + std::to_string(time.year));
     }
 };

@@ -90,7 +90,7 @@ std::string psd(const std::string& resources, std::uint16_t version = 1) {
            big16(8) + big16(3) + big32(2) + "cc" +
            big32(static_cast<std::uint32_t>(resources.size())) + resources + "layers";
 }
-std::string even(std::string data) {
+std::string even(const std::string& data) {
     return data + std::string(data.size() % 2, '\0');
 }
 std::string whole_resource(std::uint16_t id, const std::string& data) {

@@ -4,6 +4,7 @@
 #include "src/base/utf8.h"
 #include "src/documents/encoding_data.h"
 #include "src/windows/desktop/com.h"
+#include "src/windows/documents/encoding_folder.h"
 #include "src/windows/storage/path.h"
 #include "src/windows/storage/private_folder.h"
 #include "src/windows/system.h"
@@ -101,6 +102,11 @@ EncodingData provide_encoding_data(const DataPlaces& places, std::vector<std::st
     EncodingData none;
     none.folder = nowhere;
     return none;
+}
+
+const std::string& encoding_folder(std::vector<std::string>& notes) {
+    static const EncodingData data = provide_encoding_data(data_places(), notes);
+    return data.folder;
 }
 
 } // namespace vell::windows

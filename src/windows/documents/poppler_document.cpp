@@ -1,6 +1,6 @@
 #include "src/windows/documents/poppler_document.h"
 
-#include "src/windows/documents/encoding_data.h"
+#include "src/windows/documents/encoding_folder.h"
 
 #include <Error.h>
 #include <ErrorCodes.h>
@@ -40,14 +40,11 @@ class NoteScope {
 // What all documents of the process share. Poppler locks its tables itself; they are made once.
 class SharedPoppler {
   public:
-    explicit SharedPoppler(std::vector<std::string>& notes)
-        : encoding_data_(provide_encoding_data(data_places(), notes)) {
+    explicit SharedPoppler(std::vector<std::string>& notes) {
+        const std::string& folder = encoding_folder(notes); // Poppler keeps a pointer to it
         setErrorCallback(note_error);
-        globalParams = std::make_unique<GlobalParams>(encoding_data_.folder.c_str());
+        globalParams = std::make_unique<GlobalParams>(folder.c_str());
     }
-
-  private:
-    EncodingData encoding_data_; // Poppler keeps a pointer to the folder's path
 };
 
 void make_shared_poppler(std::vector<std::string>& notes) {

@@ -1,4 +1,5 @@
-// PDF documents as Poppler opens them, for what is made of them. Windows only.
+// PDF documents as Poppler opens them, for what is made of them. Nothing of it is of Windows: the
+// fuzzer has it, too.
 #pragma once
 
 #include "src/base/byte_source.h"

@@ -1,4 +1,4 @@
-// Text of PDF files by Poppler. Windows only.
+// Text of PDF files by Poppler. Nothing of it is of Windows: the fuzzer has it, too.
 #pragma once
 
 #include "src/base/byte_source.h"
