@@ -143,8 +143,11 @@ def main():
     parser.add_argument("--rounds", type=int, default=7)
     parser.add_argument("--json", type=Path, metavar="FILE")
     parser.add_argument("--chart", type=Path, metavar="FILE.svg")
-    parser.add_argument("groups", nargs="*", metavar="GROUP", choices=list(PEERS))
+    parser.add_argument("groups", nargs="*", metavar="GROUP")
     options = parser.parse_args()
+    for group in options.groups:
+        if group not in PEERS:
+            parser.error(f"there is no group {group}, but {', '.join(PEERS)}")
     rows = []
     started = time.monotonic()
     for group in options.groups or PEERS:

@@ -74,7 +74,10 @@ class Win32FolderSource : public FolderSource {
         const bool separated = path.ends_with(u'\\');
         const params::NativePath pattern{path + (separated ? u"*.*" : u"\\*.*"), {}};
         WIN32_FIND_DATAW first;
-        UniqueFind find(FindFirstFileW(win32_path(pattern).c_str(), &first));
+        // In large pieces: over a network each is a conversation.
+        UniqueFind find(FindFirstFileExW(win32_path(pattern).c_str(), FindExInfoStandard, &first,
+                                         FindExSearchNameMatch, nullptr,
+                                         FIND_FIRST_EX_LARGE_FETCH));
         if (!find) {
             const DWORD error = GetLastError();
             if (error != ERROR_FILE_NOT_FOUND && error != ERROR_NO_MORE_FILES)
