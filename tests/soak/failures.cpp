@@ -20,6 +20,14 @@ struct Target {
     const CallLine& line() const { return (*scenario)[position]; }
 };
 
+// What became of a call in which a call of the host failed.
+struct Struck {
+    StandInFailure failure;
+    std::string host_call;
+    std::u16string result;
+};
+
+// `whole` is the result of a call without failures.
 class Failures {
   public:
     explicit Failures(const Work& work)
@@ -29,10 +37,12 @@ class Failures {
 
   private:
     bool strike(const Target& target);
-    bool strike(const Target& target, std::uint64_t n, StandInFailure failure, bool& was_struck);
+    bool strike(const Target& target, std::uint64_t n, StandInFailure failure,
+                const std::u16string& whole, bool& was_struck);
     Names start(const Target& target); // what stands before the call has been done
-    bool check(const Target& target, const std::u16string& result, const std::u16string& expected,
-               StandInFailure failure);
+    bool check(const Target& target, const Names& names, const Struck& struck,
+               const std::u16string& whole);
+    bool gives_the_rest(const Target& target, const Names& names);
 
     const Work& work_;
     const std::int64_t live_;
@@ -57,10 +67,13 @@ bool Failures::run(std::vector<Target> targets) {
 }
 
 bool Failures::strike(const Target& target) {
+    const Names names = start(target);
+    const std::u16string whole =
+        result_of(work_.session, filled_in(target.line().calculation, names));
     for (const StandInFailure failure : {StandInFailure::Allocation, StandInFailure::Unknown}) {
         bool was_struck = true;
         for (std::uint64_t n = 1; was_struck; ++n) {
-            if (n > most_host_calls || !strike(target, n, failure, was_struck))
+            if (n > most_host_calls || !strike(target, n, failure, whole, was_struck))
                 return false;
             if (Clock::now() >= end_)
                 return true;
@@ -71,28 +84,28 @@ bool Failures::strike(const Target& target) {
 
 // Folders are another one for each call: a call that fails late may have done its work.
 bool Failures::strike(const Target& target, std::uint64_t n, StandInFailure failure,
-                      bool& was_struck) {
+                      const std::u16string& whole, bool& was_struck) {
     const Names names = start(target);
     const std::u16string calculation = filled_in(target.line().calculation, names);
-    const std::u16string expected = filled_in(target.line().expected.value_or(u""), names);
     work_.host.fail_calls(n, failure);
-    const std::u16string result = result_of(work_.session, calculation);
+    Struck struck{failure, {}, result_of(work_.session, calculation)};
     was_struck = work_.host.failure_delivered();
-    const std::string struck = work_.host.failed_call();
+    struck.host_call = work_.host.failed_call();
     work_.host.fail_calls(0);
-    bool is_fine = StandIn_TotalLiveObjects() == live_;
+    const bool left_objects = StandIn_TotalLiveObjects() != live_;
+    bool is_fine = !left_objects;
     if (was_struck) {
         ++struck_;
-        is_fine &= check(target, result, expected, failure);
+        is_fine &= check(target, names, struck, whole);
     } else if (target.line().expected) {
-        is_fine &= is_expected(result, expected);
+        is_fine &= is_expected(struck.result, filled_in(*target.line().expected, names));
     }
     if (!is_fine)
         std::printf("line %zu, host call %llu (%s): %s\n  gave %s%s\n", target.line().line,
-                    static_cast<unsigned long long>(n), struck.c_str(),
+                    static_cast<unsigned long long>(n), struck.host_call.c_str(),
                     utf8_from_utf16(calculation).c_str(),
-                    utf8_from_utf16(result.substr(0, 200)).c_str(),
-                    StandIn_TotalLiveObjects() == live_ ? "" : ", and left host objects");
+                    utf8_from_utf16(struck.result.substr(0, 200)).c_str(),
+                    left_objects ? ", and left host objects" : "");
     return is_fine;
 }
 
@@ -106,19 +119,40 @@ Names Failures::start(const Target& target) {
     return names;
 }
 
-// A calculation that looks at a result, such as a comparison, has one of its own; and a failure
-// that is to be told may not be told either, which the host then tells.
-bool Failures::check(const Target& target, const std::u16string& result,
-                     const std::u16string& expected, StandInFailure failure) {
+// A code that cannot be set as the result either is told by the host.
+bool tells_code(const std::u16string& result, const std::u16string& whole) {
+    return whole.starts_with(u"$$") && result.starts_with(u"ERROR: ") &&
+           result.ends_with(u" host error " + whole.substr(2));
+}
+
+// Each failure has to be told, by its own code. Only when the host refuses to encode a text,
+// without a lack of memory, that encoding may lack a character: then the function says so, or takes
+// another one, which loses nothing when the calls behind it give what they give otherwise.
+bool Failures::check(const Target& target, const Names& names, const Struck& struck,
+                     const std::u16string& whole) {
     const std::u16string& calculation = target.line().calculation;
-    const bool is_plain =
-        calculation.starts_with(u"VlFile_") &&
-        (calculation.ends_with(u" )") || calculation.find(u' ') == calculation.npos) &&
-        calculation.find(u" = ") == calculation.npos &&
-        calculation.find(u"VlFile_", 1) == calculation.npos;
-    const std::u16string_view code = failure == StandInFailure::Allocation ? u"$$-108" : u"$$-4298";
-    return !is_plain || result == code ||
-           (expected.starts_with(u"$$") && result.starts_with(u"ERROR: "));
+    if (calculation.find(u"VlFile_", 1) != calculation.npos)
+        return true; // both functions are struck, and give the same code
+    if (calculation.find(u" = ") != calculation.npos)
+        return struck.result == u"0"; // a code is no date
+    const bool is_unencodable =
+        struck.failure == StandInFailure::Unknown && struck.host_call == "FM_Text_GetBytes";
+    if (is_unencodable && struck.result == whole)
+        return gives_the_rest(target, names);
+    return struck.result ==
+               (struck.failure == StandInFailure::Allocation ? u"$$-108" : u"$$-4298") ||
+           (is_unencodable && struck.result == u"VellParamErr: XP7_GetBytesImproved failed") ||
+           tells_code(struck.result, whole);
+}
+
+bool Failures::gives_the_rest(const Target& target, const Names& names) {
+    for (std::size_t i = target.position + 1; i < target.scenario->size(); ++i) {
+        const CallLine& line = (*target.scenario)[i];
+        const std::u16string result = result_of(work_.session, filled_in(line.calculation, names));
+        if (line.expected && !is_expected(result, filled_in(*line.expected, names)))
+            return false;
+    }
+    return true;
 }
 
 } // namespace

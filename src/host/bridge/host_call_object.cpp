@@ -107,7 +107,7 @@ Result<std::string> HostCallObject::encode(std::u16string_view text, TextEncodin
                 return Failure{ErrorCode::ParameterUnreadable};
         }
         return bytes;
-    } catch (const HostFailure&) {
+    } catch (const EncodingFailure&) {
         return Failure{ErrorCode::ParameterUnreadable};
     }
 }

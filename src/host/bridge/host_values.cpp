@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <vector>
 
 namespace vell::host {
@@ -61,6 +62,17 @@ std::size_t length_with_zeros(const char* bytes, std::size_t zeros) {
     return static_cast<std::size_t>(end - bytes) + std::strlen(end);
 }
 
+void encode(const fm::Text* text, std::span<char> encoded, std::uint32_t position,
+            std::uint32_t count, params::TextEncoding encoding) {
+    try {
+        host_call(FM_Text_GetBytes, text, encoded.data(),
+                  static_cast<std::uint32_t>(encoded.size()), position, count,
+                  static_cast<std::int32_t>(encoding));
+    } catch (const HostFailure&) {
+        throw EncodingFailure();
+    }
+}
+
 } // namespace
 
 std::string to_bytes(const fm::Text* text, params::TextEncoding encoding) {
@@ -76,9 +88,7 @@ std::string to_bytes(const fm::Text* text, params::TextEncoding encoding) {
         // A surrogate pair is encoded whole: its second half waits for the next round otherwise.
         if (count > 1 && position + count < size && is_high_surrogate(units[count - 1]))
             --count;
-        host_call(FM_Text_GetBytes, text, encoded.data(),
-                  static_cast<std::uint32_t>(encoded.size()), position, count,
-                  static_cast<std::int32_t>(encoding));
+        encode(text, encoded, position, count, encoding);
         encoded.back() = '\0';
         const auto zeros = std::count(units.begin(), units.begin() + count, u'\0');
         bytes.append(encoded.data(),

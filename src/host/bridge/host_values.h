@@ -26,6 +26,9 @@ class HostFailure : public std::exception {
     const char* what() const noexcept override { return "host failure"; }
 };
 
+// The host did not convert a text to an encoding, which may lack a character of it.
+class EncodingFailure : public HostFailure {};
+
 inline void throw_on_failure(const fm::Status& status) {
     switch (static_cast<fm::StatusCode>(status.code)) {
     case fm::StatusCode::Ok:
