@@ -4,6 +4,7 @@
 #include "src/metadata/values/xmp_model.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -28,11 +29,11 @@ std::size_t count(const std::vector<XmpNode>& nodes, std::size_t level) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<char> exact(data, data + size); // read beyond it: a finding
-    const XmpModel model = XmpModel::read({exact.data(), exact.size()});
+    XmpModel model = XmpModel::read({exact.data(), exact.size()});
     FUZZ_CHECK(count(model.properties(), 1) <= XmlDocument::most_nodes + XmlDocument::most_levels);
 
     JsonWriter json;
-    Value(xmp_members(model)).write(json);
+    Value(xmp_members(std::move(model))).write(json);
     FUZZ_CHECK(json.is_complete());
     const std::string text = json.take();
     FUZZ_CHECK(is_valid_utf8(text));

@@ -26,6 +26,17 @@ void append_escaped(char c, std::string& text) {
     }
 }
 
+// Room for a long text and what is to come behind it; a string that grows by itself doubles.
+void make_room(std::string& text, std::size_t more) {
+    constexpr std::size_t long_text = 1U << 16U;
+    if (more < long_text || text.capacity() - text.size() >= more)
+        return;
+    std::string grown;
+    grown.reserve(text.size() + more + long_text / 2);
+    grown += text;
+    text.swap(grown);
+}
+
 constexpr bool is_escaped(unsigned char c) {
     return c < 0x20 || c == '"' || c == '\\';
 }
@@ -95,7 +106,7 @@ void JsonWriter::quote(std::string_view text) {
     constexpr std::string_view replacement = "\xEF\xBF\xBD";
     const auto* at = reinterpret_cast<const unsigned char*>(text.data());
     const auto* const end = at + text.size();
-    text_.reserve(text_.size() + text.size() + 2); // quotes included: long texts are held once
+    make_room(text_, text.size());
     text_ += '"';
     while (at != end) {
         const auto* const plain_end =

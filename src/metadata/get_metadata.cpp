@@ -165,8 +165,8 @@ Result<void> append_if_there(BufferedReader& file, const MetadataRequest& reques
         return {};
     if (!text.empty() && !answer.pieces().front().bytes.starts_with('\r'))
         text.append("\r");
-    for (const MetadataText::Piece& piece : answer.pieces())
-        text.append(piece.bytes, piece.encoding);
+    for (MetadataText::Piece& piece : answer.pieces())
+        text.take(std::move(piece.bytes), piece.encoding);
     return {};
 }
 

@@ -5,6 +5,9 @@
 #include "src/base/utf16.h"
 #include "src/base/utf8.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace vell::params {
 namespace {
 
@@ -22,14 +25,59 @@ bool extends_ascii(TextEncoding encoding) {
     }
 }
 
+// What is ASCII anyway is kept with the UTF-8 around it.
+TextEncoding kept_encoding(std::string_view bytes, TextEncoding encoding) {
+    return extends_ascii(encoding) && is_ascii(bytes) ? TextEncoding::Utf8 : encoding;
+}
+
+// A run of UTF-8 does not grow beyond this.
+constexpr std::size_t longest_run = 64U << 10U;
+
+// Whether the host decodes both parts as it decodes them together: neither ends within a sequence,
+// nor is what would then stand at a start a byte order mark.
+bool can_be_parted(std::string_view before, std::string_view behind) {
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    return cut_sequence_at_end(before) == 0 && cut_sequence_at_start(behind) == 0 &&
+           !behind.starts_with(byte_order_mark);
+}
+
+// What nothing is appended to any more needs no room to spare.
+void close_run(std::vector<ComposedText::Piece>& pieces) {
+    if (pieces.empty())
+        return;
+    std::string& run = pieces.back().bytes;
+    if (run.capacity() - run.size() > run.size() / 16)
+        run.shrink_to_fit();
+}
+
 } // namespace
 
-ComposedText::Piece& ComposedText::piece(TextEncoding encoding, std::string_view style) {
-    const bool joins = encoding == TextEncoding::Utf8 && !pieces_.empty() &&
-                       pieces_.back().encoding == encoding && pieces_.back().style == style;
-    if (!joins)
-        pieces_.push_back({{}, encoding, style});
-    return pieces_.back();
+bool ComposedText::joins(std::string_view bytes, TextEncoding encoding,
+                         std::string_view style) const {
+    if (encoding != TextEncoding::Utf8 || pieces_.empty())
+        return false;
+    const Piece& last = pieces_.back();
+    return last.encoding == encoding && last.style == style &&
+           (last.bytes.size() + bytes.size() <= longest_run || !can_be_parted(last.bytes, bytes));
+}
+
+// Runs grow by doubling as long as they are short; what is longer has no room to spare.
+void ComposedText::add(std::string_view bytes, TextEncoding encoding, std::string_view style) {
+    size_ += bytes.size();
+    if (!joins(bytes, encoding, style)) {
+        close_run(pieces_);
+        pieces_.push_back({std::string(bytes), encoding, style});
+        return;
+    }
+    std::string& run = pieces_.back().bytes;
+    const std::size_t size = run.size() + bytes.size();
+    if (size > run.capacity()) {
+        std::string grown; // one that has room already doubles it at least
+        grown.reserve(std::max(size, std::min(longest_run, 2 * size)));
+        grown += run;
+        run.swap(grown);
+    }
+    run += bytes;
 }
 
 void ComposedText::append(std::string_view ascii) {
@@ -37,18 +85,23 @@ void ComposedText::append(std::string_view ascii) {
 }
 
 void ComposedText::append_styled(std::string_view ascii, std::string_view style) {
-    if (ascii.empty())
-        return;
-    piece(TextEncoding::Utf8, style).bytes += ascii;
-    size_ += ascii.size();
+    if (!ascii.empty())
+        add(ascii, TextEncoding::Utf8, style);
 }
 
 void ComposedText::append(std::string_view bytes, TextEncoding encoding) {
-    if (bytes.empty())
-        return;
-    const bool plain = extends_ascii(encoding) && is_ascii(bytes);
-    piece(plain ? TextEncoding::Utf8 : encoding, {}).bytes += bytes;
+    if (!bytes.empty())
+        add(bytes, kept_encoding(bytes, encoding), {});
+}
+
+void ComposedText::take(std::string bytes, TextEncoding encoding) {
+    encoding = kept_encoding(bytes, encoding);
+    const bool has_room_to_spare = bytes.capacity() / 2 > bytes.size();
+    if (bytes.empty() || has_room_to_spare || joins(bytes, encoding, {}))
+        return append(bytes, encoding);
     size_ += bytes.size();
+    close_run(pieces_);
+    pieces_.push_back({std::move(bytes), encoding, {}});
 }
 
 void ComposedText::append_utf16(std::string_view bytes, ByteOrder order) {

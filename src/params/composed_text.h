@@ -2,6 +2,8 @@
 //
 // Values keep the bytes of their file and the encoding to read them in; only the host decodes them.
 // What is UTF-8 or ASCII anyway is kept as one run, so that most texts reach the host in one piece.
+// Long texts are several runs: one that grew would be held twice, and once more for what is to
+// come.
 #pragma once
 
 #include "src/base/bytes.h"
@@ -37,6 +39,8 @@ class ComposedText {
     // A value's bytes, whatever they hold: those that are not UTF-8 come out as the host reads
     // them. Zero bytes stay.
     void append(std::string_view bytes, TextEncoding encoding);
+    // The same of bytes that are not needed any more; long ones are not copied.
+    void take(std::string bytes, TextEncoding encoding);
     // UTF-16 in the file's byte order, without its zero end; an odd last byte is left out.
     void append_utf16(std::string_view bytes, ByteOrder order);
 
@@ -53,7 +57,8 @@ class ComposedText {
     std::vector<EncodedText> encoded() const;
 
   private:
-    Piece& piece(TextEncoding encoding, std::string_view style);
+    bool joins(std::string_view bytes, TextEncoding encoding, std::string_view style) const;
+    void add(std::string_view bytes, TextEncoding encoding, std::string_view style);
 
     std::vector<Piece> pieces_;
     std::uint64_t size_ = 0;

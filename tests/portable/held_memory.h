@@ -61,14 +61,19 @@ inline void note_given_back(const volatile void* place) {
         }
 }
 
+// Once for all actions: hooks that are installed again count everything twice.
+inline void install_hooks() {
+    static const int hooks = __sanitizer_install_malloc_and_free_hooks(note_taken, note_given_back);
+    static_cast<void>(hooks);
+}
+
 #endif
 
 // The most bytes that are held at one time beyond those held before; nullopt where nobody counts.
 template <typename Action>
 std::optional<std::size_t> most_memory_held(Action action) {
 #ifdef VELL_COUNTS_MEMORY
-    static const int hooks = __sanitizer_install_malloc_and_free_hooks(note_taken, note_given_back);
-    static_cast<void>(hooks);
+    install_hooks();
     memory_count = {};
     memory_count.is_counting = true;
     action();

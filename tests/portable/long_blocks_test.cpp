@@ -1,6 +1,8 @@
 // Blocks that are longer than any that is held in memory, and the memory that the longest ones
 // take.
+#include "src/base/number_text.h"
 #include "src/metadata/containers/metadata_blocks.h"
+#include "src/metadata/values/file_values.h"
 #include "src/metadata/writing/block_place.h"
 #include "src/pictures/inside/orientation.h"
 #include "src/pictures/inside/previews.h"
@@ -11,7 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vell::metadata {
 namespace {
@@ -122,6 +127,142 @@ TEST(LongBlocks, AreNotWrittenAnew) {
             ASSERT_FALSE(place);
             EXPECT_EQ(place.error(), ErrorCode::ResourceTooLarge);
         });
+}
+
+// What a file of one long block holds: the block, and a copy of it or the text that it becomes.
+struct LongFile {
+    const char* switches;
+    std::string bytes;
+    std::size_t block = 0; // where it is not as long as the others
+};
+constexpr std::size_t block_size = 2U << 20U;
+constexpr std::size_t buffers = 1U << 17U; // of files, and of the library that reads XML
+
+// Bytes of ASCII that compress by little.
+std::string noise(std::size_t size) {
+    std::string bytes(size, '\0');
+    std::uint32_t state = 1;
+    for (char& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<char>('!' + (state >> 24U) % 90);
+    }
+    return bytes;
+}
+std::string chunk_of_webp(const std::string& type, const std::string& data) {
+    const std::string chunk = type + little32(static_cast<std::uint32_t>(data.size())) + data +
+                              std::string(data.size() % 2, '\0');
+    return "RIFF" + little32(static_cast<std::uint32_t>(chunk.size() + 4)) + "WEBP" + chunk;
+}
+std::string sub_blocks(const std::string& data) {
+    std::string bytes;
+    for (std::size_t at = 0; at < data.size(); at += 255) {
+        const std::string part = data.substr(at, 255);
+        bytes += static_cast<char>(part.size()) + part;
+    }
+    return bytes + '\0';
+}
+std::string gif(const std::string& extensions) {
+    return "GIF89a" + "\1\0\1\0\0\0\0"s + extensions + ';';
+}
+std::string raw_profile(const std::string& kind, const std::string& bytes) {
+    return "Raw profile type " + kind + '\0' + "\n" + kind + "\n " + std::to_string(bytes.size()) +
+           "\n" + hexadecimal(bytes) + "\n";
+}
+std::string packet_of(const std::string& title) {
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+           "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+           "xmlns:dc='http://purl.org/dc/elements/1.1/'><dc:title>" +
+           title + "</dc:title></rdf:Description></rdf:RDF></x:xmpmeta>";
+}
+
+std::vector<LongFile> long_files() {
+    const std::string text = noise(block_size);
+    const std::string latin(block_size, '\xE4');
+    std::string lines = text;
+    for (std::size_t at = 80; at < lines.size(); at += 80)
+        lines[at] = '\n';
+    std::ranges::replace_if(
+        lines, [](char c) { return c == '<' || c == '&'; }, 'x');
+    const std::string packet = packet_of(lines);
+    const std::string plain_packet = "XML:com.adobe.xmp\0\0\0\0\0"s;
+    const std::string deflated_packet = "XML:com.adobe.xmp\0\1\0\0\0"s;
+    std::string datasets;
+    while (datasets.size() < block_size)
+        datasets += dataset(2, 120, text.substr(datasets.size() / 2, 32'760));
+    const auto tiff = [](TiffField field) {
+        return build_tiff(ByteOrder::Little, {.first = {std::move(field)}});
+    };
+    const std::string tags = tiff(ascii(271, text));
+    const TiffField rationals{318, FieldType::Rational, {}, text, block_size / 8};
+    return {
+        {"-GetTextChunkFromPNG", png({png_chunk("tEXt", "Title\0"s + text)})},
+        {"GetExif", png({png_chunk("eXIf", tags)})},
+        {"GetXMP", png({png_chunk("iTXt", plain_packet + packet)})},
+        {"GetXMP", png({png_chunk("iTXt", deflated_packet + deflated(text))})},
+        {"GetXMP", png({png_chunk("zTXt", "Title\0\0"s + deflated(text))})},
+        // Its text in UTF-8 is the longer one.
+        {"GetXMP", png({png_chunk("tEXt", "Title\0"s + latin)}), 2 * block_size},
+        {"GetXMP", png({png_chunk("iCCP", "Title\0\0"s + deflated(text))})},
+        {"GetXMP", png({png_chunk("tEXt", raw_profile("icc", text))}), 2 * block_size},
+        {"GetXMP",
+         png({png_chunk("zTXt", "Raw profile type icc\0\0"s +
+                                    deflated(raw_profile("icc", text).substr(21)))}),
+         2 * block_size},
+        {"GetExif", tags},
+        {"GetExif", tiff(undefined(37510, text))},
+        {"GetExif", tiff(bytes(40091, text))},
+        {"GetExif", tiff(rationals)},
+        {"GetXMP", tiff(bytes(700, packet))},
+        {"GetIPTC", tiff(undefined(33723, datasets)), datasets.size()},
+        {"-GetIccProfileDescription", tiff(undefined(34675, text))},
+        {"GetXMP", chunk_of_webp("XMP ", packet)},
+        {"GetExif", chunk_of_webp("EXIF", tags)},
+        {"GetXMP", gif("\x21\xFE" + sub_blocks(text))},
+        {"GetXMP", gif("\x21\xFF\x0BICCRGBG1012" + sub_blocks(text))},
+    };
+}
+
+TEST(LongBlocks, AreHeldTwiceAtMost) {
+    const TextDecoder decoder = [](std::string_view bytes, TextEncoding) {
+        return std::string(bytes);
+    };
+    const std::vector<LongFile> files = long_files();
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const LongFile& each = files[i];
+        const auto file = files::memory_file(each.bytes);
+        auto reader = files::BufferedReader::over(*file);
+        const auto request = metadata_request_of(params::SwitchSet(each.switches));
+        ASSERT_TRUE(reader && request);
+        const std::size_t twice = 2 * std::max(each.block, block_size) + buffers;
+        const auto as_text = most_memory_held([&] {
+            MetadataText text;
+            static_cast<void>(read_image_metadata(*reader, *request, text));
+        });
+        EXPECT_LT(as_text.value_or(0), twice) << each.switches << " of file " << i;
+        const auto as_values = most_memory_held([&] {
+            EXPECT_TRUE(read_values(*reader, ValueKinds::all(), TextEncoding::Native, decoder));
+        });
+        EXPECT_LT(as_values.value_or(0), twice) << "values of file " << i;
+    }
+}
+
+// What does not expand costs time: behind some of it nothing is expanded any more.
+TEST(LongBlocks, ThatDoNotExpandAreTriedAFewTimes) {
+    const auto text = [](const std::string& compressed) {
+        return png_chunk("zTXt", "Title\0\0"s + compressed);
+    };
+    const std::string bomb = text(deflated(std::string(longest_blocks + 1, 'x')));
+    const auto has_text = [&](int bombs) {
+        std::string chunks;
+        for (int i = 0; i < bombs; ++i)
+            chunks += bomb;
+        const std::string file = png({chunks, text(deflated("found"))});
+        BytesInMemory source(file);
+        const auto blocks = find_blocks(formats::Window(source), everything);
+        return blocks && !blocks->texts.empty();
+    };
+    EXPECT_TRUE(has_text(3));
+    EXPECT_FALSE(has_text(5));
 }
 
 } // namespace

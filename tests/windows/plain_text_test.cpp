@@ -9,10 +9,14 @@
 #include "tests/windows/pdf_documents.h"
 #include "tests/windows/plugin_fixture.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
+
+#include <psapi.h>
 
 namespace vell::test {
 namespace {
@@ -228,6 +232,103 @@ std::string read(const std::u16string& path) {
             text = "$$" + std::to_string(number(outcome.error()));
     });
     return text;
+}
+
+// A document whose objects stand in an object stream, the catalog first: they are read once and
+// copied from then on. The page's content is the object behind them.
+std::string in_object_stream(const std::vector<std::string>& objects, const std::string& content) {
+    std::string places, bodies, rows(9, '\0');
+    const auto add_row = [&rows](char kind, std::size_t first, std::size_t second) {
+        rows += kind;
+        append_integer<std::uint32_t>(rows, static_cast<std::uint32_t>(first), ByteOrder::Big);
+        append_integer<std::uint32_t>(rows, static_cast<std::uint32_t>(second), ByteOrder::Big);
+    };
+    const std::size_t count = objects.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        places += std::to_string(i + 1) + " " + std::to_string(bodies.size()) + " ";
+        bodies += objects[i] + " ";
+        add_row('\2', count + 2, i);
+    }
+    std::string file = "%PDF-1.7\n";
+    const auto add = [&](std::size_t number, const std::string& object) {
+        add_row('\1', file.size(), 0);
+        file += std::to_string(number) + " 0 obj\n" + object + "\nendobj\n";
+    };
+    add(count + 1, small_stream(content));
+    add(count + 2, small_stream(places + bodies, " /Type /ObjStm /N " + std::to_string(count) +
+                                                     " /First " + std::to_string(places.size())));
+    const std::string start = std::to_string(file.size());
+    add_row('\1', file.size(), 0);
+    file += std::to_string(count + 3) + " 0 obj\n" +
+            small_stream(rows,
+                         " /Type /XRef /Root 1 0 R /W [1 4 4] /Size " + std::to_string(count + 4)) +
+            "\nendobj\nstartxref\n" + start + "\n%%EOF";
+    return file;
+}
+
+// By how many bytes this process grows meanwhile.
+template <typename Action>
+std::size_t growth_during(Action action) {
+    const auto used = [] {
+        PROCESS_MEMORY_COUNTERS counters{};
+        GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+        return counters.WorkingSetSize;
+    };
+    const std::size_t before = used();
+    std::size_t most = before;
+    std::jthread watcher([&](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+            most = std::max(most, used());
+            Sleep(5);
+        }
+    });
+    action();
+    watcher.request_stop();
+    watcher.join();
+    return most - before;
+}
+
+// One string or list of the file, which thousands of fonts or fields have.
+TEST_F(PlainText, TakesLittleMemoryForWhatManyShare) {
+    const std::string long_word(100'000, 'A');
+    const auto with_fonts = [&](const std::string& font, const std::string& shared) {
+        std::string fonts, shown;
+        for (int i = 0; i < 5000; ++i) {
+            fonts += "/F" + std::to_string(i) + " << /Type /Font " + font + " >> ";
+            shown += "BT /F" + std::to_string(i) + " 9 Tf (a) Tj ET ";
+        }
+        return in_object_stream({"<< /Type /Catalog /Pages 2 0 R >>",
+                                 "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+                                 "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 600 800] /Contents "
+                                 "6 0 R /Resources << /Font 4 0 R >> >>",
+                                 "<< " + fonts + " >>", shared},
+                                shown);
+    };
+    const auto with_fields = [&](const std::string& field, const std::string& shared) {
+        std::string references;
+        std::vector<std::string> objects{"", "<< /Type /Pages /Kids [3 0 R] /Count 1 >>",
+                                         "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 9 9] >>",
+                                         shared};
+        for (int i = 0; i < 2000; ++i) {
+            objects.push_back("<< /Type /Annot /Subtype /Widget /Rect [0 0 9 9] " + field + " >>");
+            references += std::to_string(objects.size()) + " 0 R ";
+        }
+        objects[0] =
+            "<< /Type /Catalog /Pages 2 0 R /AcroForm << /Fields [" + references + "] >> >>";
+        return in_object_stream(objects, "");
+    };
+    const std::string documents[] = {
+        with_fonts("/Subtype /TrueType /BaseFont 5 0 R", "/" + long_word),
+        with_fonts("/Subtype /TrueType /BaseFont /A /Encoding << /Differences 5 0 R >>",
+                   "[0 " + repeated("/" + std::string(120, 'g') + " ", 256) + "]"),
+        with_fields("/FT /Tx /T 4 0 R /V 4 0 R", "(" + long_word + ")"),
+        with_fields("/FT /Ch /T (a) /Opt 4 0 R", "[" + repeated("(a)", 50'000) + "]"),
+    };
+    for (const std::string& document : documents) {
+        ASSERT_LT(document.size(), 1'000'000u);
+        const std::size_t growth = growth_during([&] { text(document); });
+        EXPECT_LT(growth, 200'000'000u) << &document - documents;
+    }
 }
 
 TEST_F(PlainText, IsTheSameInEightThreads) {

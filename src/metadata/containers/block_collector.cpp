@@ -4,6 +4,7 @@
 #include "src/formats/jpeg/segments.h"
 #include "src/formats/tiff/records.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vell::metadata {
@@ -50,7 +51,12 @@ Read<std::string> BlockCollector::take(std::string bytes) {
 }
 
 Read<std::string> BlockCollector::expand(std::string_view compressed) {
-    auto bytes = inflate_within(compressed, static_cast<std::size_t>(room_));
+    // What compressed bytes may expand to at most (RFC 1951: 258 bytes for two bits).
+    constexpr std::uint64_t highest_ratio = 1032;
+    const std::uint64_t limit = std::min(room_, room_for_failures_);
+    auto bytes = inflate_within(compressed, static_cast<std::size_t>(limit));
+    if (!bytes)
+        room_for_failures_ -= std::min(limit, compressed.size() * highest_ratio);
     if (!bytes)
         return fault(bytes.error() == ErrorCode::ResourceTooLarge ? Damage::TooLarge
                                                                   : Damage::Corrupt);

@@ -34,7 +34,8 @@ class BlockCollector {
     formats::Read<std::string> read(formats::Window part);
     // Bytes that came from elsewhere, such as what was compressed. TooLarge without room for them.
     formats::Read<std::string> take(std::string bytes);
-    // Expands what was compressed, within the room that is left. Corrupt for what does not expand.
+    // Expands what was compressed, within the room that is left. Corrupt for what does not expand;
+    // a file may hold only so much of that, since each piece takes time.
     formats::Read<std::string> expand(std::string_view compressed);
 
     // A window at bytes that stay as long as what was found.
@@ -57,6 +58,7 @@ class BlockCollector {
     const BlockKinds& wanted_;
     MetadataBlocks& blocks_;
     std::uint64_t room_ = longest_blocks;
+    std::uint64_t room_for_failures_ = 4 * longest_blocks; // of expanded bytes
 };
 
 // One for each container. What they find damaged they leave out, or say so where nothing of what

@@ -61,6 +61,7 @@ class GifFinder {
         if (data.remaining() > found_.room())
             return fault(Damage::TooLarge);
         std::string bytes;
+        bytes.reserve(static_cast<std::size_t>(data.remaining()));
         while (const auto size = VELL_TRY(data.read_integer<std::uint8_t>(ByteOrder::Little)))
             bytes += VELL_TRY(data.read_bytes(size));
         return found_.take(std::move(bytes));

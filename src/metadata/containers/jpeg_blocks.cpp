@@ -4,8 +4,10 @@
 #include "src/formats/xmp.h"
 #include "src/metadata/containers/block_collector.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vell::metadata {
 namespace {
@@ -51,8 +53,7 @@ class JpegFinder {
         case SegmentMarker::App13:
             if (found_.wants_resources() &&
                 VELL_TRY(segment.begins_with(jpeg::photoshop_identifier)))
-                resources_ +=
-                    VELL_TRY(found_.read(segment.content.from(jpeg::photoshop_identifier.size())));
+                resources_.push_back(segment.content.from(jpeg::photoshop_identifier.size()));
             return {};
         case SegmentMarker::Com:
             if (found_.wants_comments())
@@ -89,9 +90,18 @@ class JpegFinder {
         return {};
     }
 
-    // Resources may go on from one segment to the next.
+    // Resources may go on from one segment to the next. Their parts are read when all are known, so
+    // that what they are joined in need not grow.
     Read<void> add_resources() {
-        BytesInMemory source(resources_);
+        std::uint64_t size = 0;
+        for (const Window& part : resources_)
+            size += part.size();
+        std::string bytes;
+        bytes.reserve(static_cast<std::size_t>(std::min(size, found_.room())));
+        for (const Window& part : resources_)
+            if (const auto data = VELL_TRY(if_sound(found_.read(part))))
+                bytes += *data;
+        BytesInMemory source(bytes);
         return find_in_resources(Window(source), found_);
     }
 
@@ -99,7 +109,7 @@ class JpegFinder {
     BlockCollector& found_;
     jpeg::ExtendedXmp extension_;
     std::string packet_;
-    std::string resources_;
+    std::vector<Window> resources_;
 };
 
 } // namespace

@@ -28,9 +28,10 @@ std::optional<unsigned> digit_of(char c) {
     return std::nullopt;
 }
 
-// A raw profile: a line with its kind, one with its length, lines of digits. nullopt for anything
-// else, or fewer digits than the length says.
-std::optional<std::string> profile_of(std::string_view text) {
+// A raw profile: a line with its kind, one with its length, lines of digits. Its bytes take the
+// place of the text; false for anything else, or fewer digits than the length says.
+bool decode_profile(std::string& bytes) {
+    std::string_view text = bytes;
     const auto take_line = [&] {
         text.remove_prefix(std::min(text.find_first_not_of("\n "), text.size()));
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -41,23 +42,24 @@ std::optional<std::string> profile_of(std::string_view text) {
     std::size_t length = 0;
     for (const char digit : take_line()) {
         if (digit < '0' || digit > '9' || length > longest_blocks)
-            return std::nullopt;
+            return false;
         length = 10 * length + static_cast<std::size_t>(digit - '0');
     }
     if (length > text.size() / 2)
-        return std::nullopt;
-    std::string bytes;
-    bytes.reserve(length);
+        return false;
+    std::size_t decoded = 0;
     std::optional<unsigned> first;
     for (const char c : text) {
         const auto digit = digit_of(c);
-        if (!digit || bytes.size() == length)
+        if (!digit || decoded == length)
             continue;
         if (first)
-            bytes += static_cast<char>(*first << 4U | *digit);
+            bytes[decoded++] = static_cast<char>(*first << 4U | *digit);
         first = first ? std::nullopt : digit;
     }
-    return bytes.size() == length ? std::optional(std::move(bytes)) : std::nullopt;
+    bytes.resize(decoded);
+    bytes.shrink_to_fit();
+    return decoded == length;
 }
 
 class PngFinder {
@@ -110,39 +112,43 @@ class PngFinder {
         const bool is_packet = VELL_TRY(begins_with(data, xmp::png_keyword));
         if (is_packet ? !found_.wants_xmp() : !found_.wants_texts())
             return {};
-        const std::string bytes = VELL_TRY(found_.read(data));
+        std::string bytes = VELL_TRY(found_.read(data));
         const auto entry = VELL_TRY(png::InternationalText::read(bytes));
-        std::string text = VELL_TRY(entry.is_compressed ? found_.expand(entry.text)
-                                                        : found_.take(std::string(entry.text)));
-        if (is_packet)
-            found_.set_xmp(std::move(text));
+        std::string keyword = png::utf8_from_latin_1(std::string(entry.keyword));
+        if (entry.is_compressed)
+            bytes = VELL_TRY(found_.expand(entry.text));
         else
-            found_.add_text({png::utf8_from_latin_1(std::string(entry.keyword)), std::move(text)});
+            bytes.erase(0, bytes.size() - entry.text.size());
+        if (is_packet)
+            found_.set_xmp(std::move(bytes));
+        else
+            found_.add_text({std::move(keyword), std::move(bytes)});
         return {};
     }
 
-    // tEXt, or zTXt (11.3.3.3), which has a method before its compressed text.
+    // tEXt, or zTXt (11.3.3.3), which has a method before its compressed text. The text takes the
+    // place of the chunk: a long one is there once.
     Read<void> note_text(const Window& data, bool is_compressed) {
         const bool is_profile = VELL_TRY(begins_with(data, raw_profile));
         if (is_profile ? !wants_profiles() : !found_.wants_texts())
             return {};
-        const std::string bytes = VELL_TRY(found_.read(data));
+        std::string bytes = VELL_TRY(found_.read(data));
         const auto entry = png::Text::read(bytes);
         if (!entry || (is_compressed && entry->text.empty()))
             return fault(Damage::CutOff);
-        std::string text = VELL_TRY(is_compressed ? found_.expand(entry->text.substr(1))
-                                                  : found_.take(std::string(entry->text)));
+        std::string keyword(entry->keyword);
+        if (is_compressed)
+            bytes = VELL_TRY(found_.expand(entry->text.substr(1)));
+        else
+            bytes.erase(0, bytes.size() - entry->text.size());
         if (!is_profile) {
-            found_.add_text({png::utf8_from_latin_1(std::string(entry->keyword)),
-                             png::utf8_from_latin_1(std::move(text))});
+            found_.add_text({png::utf8_from_latin_1(std::move(keyword)),
+                             png::utf8_from_latin_1(std::move(bytes))});
             return {};
         }
-        auto profile = profile_of(text);
-        if (!profile)
+        if (!decode_profile(bytes))
             return fault(Damage::Corrupt);
-        std::string taken = VELL_TRY(found_.take(*std::move(profile)));
-        const std::string_view kind = entry->keyword.substr(raw_profile.size());
-        profiles_.push_back({std::string(kind), std::move(taken)});
+        profiles_.push_back({keyword.substr(raw_profile.size()), std::move(bytes)});
         return {};
     }
 

@@ -91,13 +91,14 @@ Result<void> read_png_text(BufferedReader& file, MetadataText& text) {
             return Failure{ErrorCode::BadArgument};
         if (text.size() + chunk->data.size() > formats::longest_block)
             return Failure{ErrorCode::ResourceTooLarge};
-        const std::string data = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
+        std::string data = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
         const auto entry = png::Text::read(data);
         if (!entry || entry->text.empty())
             continue;
         text.append(entry->keyword, TextEncoding::Iso8859_1);
         text.append(": ");
-        text.append(entry->text, TextEncoding::Iso8859_1);
+        data.erase(0, entry->keyword.size() + 1);
+        text.take(std::move(data), TextEncoding::Iso8859_1);
         text.append("\r");
     }
     return {};
@@ -110,13 +111,14 @@ Result<void> read_png_xmp(BufferedReader& file, TextEncoding source, MetadataTex
         if (VELL_TRY(coded(chunk->data.read_bytes(keyword.size()))) != keyword)
             continue;
         chunk->data.seek(0);
-        const std::string data = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
+        std::string data = VELL_TRY(coded(chunk->data.read_rest(), ErrorCode::ShortRead));
         const auto packet =
             VELL_TRY(coded(png::InternationalText::read(data), ErrorCode::ShortRead));
         if (packet.is_compressed)
-            append_xmp_packet(VELL_TRY(expanded_text(packet)), source, text);
+            data = VELL_TRY(expanded_text(packet));
         else
-            append_xmp_packet(packet.text, source, text);
+            data.erase(0, data.size() - packet.text.size());
+        append_xmp_packet(data, source, text);
         return {};
     }
     return Failure{ErrorCode::NothingFound};

@@ -1,6 +1,7 @@
 #include "src/metadata/reading/tag_value.h"
 
 #include "src/base/number_text.h"
+#include "src/base/utf16.h"
 #include "src/base/utf8.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/reading/gps_decimal.h"
@@ -96,18 +97,22 @@ Result<void> ValueReader::append_known(const tiff::Entry& entry, TagFamily famil
     return Failure{ErrorCode::CorruptStructure};
 }
 
+// Where the first so many bytes of a value stand that is not in its entry.
+Result<formats::Window> ValueReader::place_of(const tiff::Entry& entry, std::uint64_t wanted) {
+    const std::uint64_t offset = entry.place(order_);
+    if (rules_.values_are_cut && offset > block_.size())
+        return Failure{ErrorCode::CorruptStructure};
+    const formats::Window place = block_.part(offset, wanted);
+    if (place.size() > bytes_left_)
+        return Failure{ErrorCode::CorruptStructure};
+    bytes_left_ -= place.size();
+    return place;
+}
+
 Result<ValueReader::Value> ValueReader::value(const tiff::Entry& entry, std::uint64_t most) {
     const std::uint64_t wanted = std::min(entry.value_size(), most);
-    if (!entry.is_inline()) {
-        const std::uint64_t offset = entry.place(order_);
-        const std::uint64_t size = block_.size();
-        if (rules_.values_are_cut && offset > size)
-            return Failure{ErrorCode::CorruptStructure};
-        const std::uint64_t there = offset < size ? std::min(wanted, size - offset) : 0;
-        if (there > bytes_left_)
-            return Failure{ErrorCode::CorruptStructure};
-        bytes_left_ -= there;
-    }
+    if (!entry.is_inline())
+        VELL_TRY(place_of(entry, wanted));
     std::string bytes = VELL_TRY(coded(tiff::read_value(block_, entry, order_, wanted)));
     const bool is_whole = bytes.size() == wanted;
     return Value{std::move(bytes), is_whole};
@@ -142,29 +147,51 @@ Result<void> ValueReader::append_bytes(const tiff::Entry& entry, TagFamily famil
         return append_first<std::uint8_t>(entry);
     const bool is_version = is_gps && entry.tag == gps_version;
     const bool is_utf16 = !is_gps && tiff::tag::is_utf16_text(entry.tag) && options_.want_exif;
-    if (!is_version && !is_utf16)
+    if (is_utf16)
+        return append_utf16(entry);
+    if (!is_version)
         return append_all(entry, source_);
-
     const Value read = VELL_TRY(value(entry, all));
-    if (is_version)
-        text_.append(version_text(read.bytes, entry.count));
-    else
-        text_.append_utf16(read.bytes, order_);
+    text_.append(version_text(read.bytes, entry.count));
     return check(read);
 }
 
+// Part by part, since in UTF-8 a text may be half as long again.
+Result<void> ValueReader::append_utf16(const tiff::Entry& entry) {
+    constexpr std::uint64_t part_size = 0x8000;
+    constexpr std::size_t unit = sizeof(char16_t);
+    if (entry.is_inline()) {
+        text_.append_utf16(VELL_TRY(value(entry, all)).bytes, order_);
+        return {};
+    }
+    formats::Window place = VELL_TRY(place_of(entry, entry.value_size()));
+    for (bool has_ended = false; !has_ended && place.remaining() >= unit;) {
+        std::string part = VELL_TRY(coded(place.read_bytes(part_size)));
+        for (std::size_t at = 0; const auto code = load<std::uint16_t>(part, at, order_);
+             at += unit)
+            has_ended = has_ended || *code == 0;
+        const auto last = load<std::uint16_t>(part, part.size() - unit, order_);
+        if (part.size() > unit && place.remaining() >= unit && is_high_surrogate(*last)) {
+            part.resize(part.size() - unit); // its other half comes with the next part
+            place.seek(place.position() - unit);
+        }
+        text_.append_utf16(part, order_);
+    }
+    return place.is_whole() || rules_.values_are_cut ? Result<void>() : beyond_end();
+}
+
 Result<void> ValueReader::append_text(const tiff::Entry& entry, TextEncoding encoding) {
-    const Value read = VELL_TRY(value_to_zero(entry));
+    Value read = VELL_TRY(value_to_zero(entry));
     const bool is_readable = encoding != TextEncoding::Utf8 || is_valid_utf8(read.bytes);
     if (!is_readable)
         text_.append(params::invalid_utf8_trying_native);
-    text_.append(read.bytes, is_readable ? encoding : TextEncoding::Native);
+    text_.take(std::move(read.bytes), is_readable ? encoding : TextEncoding::Native);
     return check(read);
 }
 
 Result<void> ValueReader::append_all(const tiff::Entry& entry, TextEncoding encoding) {
-    const Value read = VELL_TRY(value(entry, all));
-    text_.append(read.bytes, encoding);
+    Value read = VELL_TRY(value(entry, all));
+    text_.take(std::move(read.bytes), encoding);
     return check(read);
 }
 
@@ -196,12 +223,17 @@ Result<void> ValueReader::append_rationals(const tiff::Entry& entry) {
     const std::string_view over_zero =
         std::is_signed_v<Integer> && rules_.signed_over_zero_is_empty ? "" : "nan";
 
+    constexpr std::size_t longest_part = 0x4000; // the text may be longer than the value
     std::string text;
     Result<void> done;
     const std::uint64_t there = bytes.size() / rational_size;
     const std::uint64_t shown =
         rules_.values_are_cut ? std::min<std::uint64_t>(there, entry.count) : entry.count;
     for (std::uint64_t i = 0; i < shown; ++i) {
+        if (text.size() >= longest_part) {
+            text_.append(text);
+            text.clear();
+        }
         if (i > 0)
             text += '\r';
         if (i >= there) {

@@ -57,12 +57,14 @@ class ValueReader {
         bool is_whole;     // or the first bytes as they were asked for
     };
 
+    Result<formats::Window> place_of(const tiff::Entry& entry, std::uint64_t wanted);
     Result<Value> value(const tiff::Entry& entry, std::uint64_t most);
     Result<Value> value_to_zero(const tiff::Entry& entry);
     Result<void> check(const Value& value) const;
 
     Result<void> append_known(const tiff::Entry& entry, TagFamily family);
     Result<void> append_bytes(const tiff::Entry& entry, TagFamily family);
+    Result<void> append_utf16(const tiff::Entry& entry);
     Result<void> append_text(const tiff::Entry& entry, TextEncoding encoding);
     Result<void> append_all(const tiff::Entry& entry, TextEncoding encoding);
     template <typename Integer>

@@ -20,6 +20,16 @@ constexpr std::string_view marked_header = "<?xpacket begin=\"\xEF\xBB\xBF\"";
 constexpr std::string_view readable_header = "<?xpacket begin=\"0xEFBBBF\"";
 constexpr std::size_t longest_instruction = 256;
 
+// A packet may be long: the copy has no room to spare.
+std::string with_readable_header(std::string_view packet, std::size_t header) {
+    std::string bytes;
+    bytes.reserve(packet.size() - marked_header.size() + readable_header.size());
+    bytes += packet.substr(0, header);
+    bytes += readable_header;
+    bytes += packet.substr(header + marked_header.size());
+    return bytes;
+}
+
 } // namespace
 
 Result<void> read_app1_xmp(formats::Window content, TextEncoding source, MetadataText& text) {
@@ -72,19 +82,17 @@ Result<void> scan_for_xmp(BufferedReader& file, TextEncoding source, MetadataTex
     return Failure{ErrorCode::NothingFound};
 }
 
-// A packet may be long: its header is put right on the way, so that the text need not grow again.
 void append_xmp_packet(std::string_view packet, TextEncoding source, MetadataText& text) {
     const bool is_utf8 = is_valid_utf8(packet);
+    const TextEncoding encoding = is_utf8 ? TextEncoding::Utf8 : source;
     const std::size_t header = packet.find(marked_header);
-    if (!is_utf8 || header == std::string_view::npos || fix_packet_header(text)) {
-        text.append(packet, is_utf8 ? TextEncoding::Utf8 : source);
-        if (!is_utf8)
-            fix_packet_header(text);
-        return;
-    }
-    text.append(packet.substr(0, header));
-    text.append(readable_header);
-    text.append(packet.substr(header + marked_header.size()), TextEncoding::Utf8);
+    const bool has_header = header != std::string_view::npos;
+    // The text's first header is the one that is made readable.
+    const bool is_fixed = (has_header || !is_utf8) && fix_packet_header(text);
+    if (is_fixed || !has_header)
+        text.append(packet, encoding);
+    else
+        text.take(with_readable_header(packet, header), encoding);
 }
 
 bool fix_packet_header(MetadataText& text) {

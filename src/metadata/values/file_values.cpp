@@ -26,7 +26,7 @@ class FileValues {
         if (blocks.iptc)
             add("IPTC", iptc_members(*blocks.iptc, otherwise_, decoder_));
         if (blocks.xmp)
-            add("XMP", xmp_members(XmpModel::read(taken_in_utf8(*blocks.xmp))));
+            add("XMP", xmp_members(model_of(*blocks.xmp)));
         if (blocks.icc)
             add("ICC", icc_members(*blocks.icc, otherwise_, decoder_));
         if (wanted_.image)
@@ -61,6 +61,9 @@ class FileValues {
         std::string taken = std::move(bytes);
         return is_valid_utf8(taken) ? std::move(taken) : in_utf8(taken);
     }
+
+    // Without the packet, which is not needed behind it.
+    XmpModel model_of(std::string& packet) const { return XmpModel::read(taken_in_utf8(packet)); }
 
     void add(const char* name, Members members) {
         if (!members.empty())

@@ -3,7 +3,6 @@
 #include <expat.h>
 
 #include <algorithm>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -26,6 +25,10 @@ const std::string* XmlElement::attribute(std::string_view uri, std::string_view 
     return found == attributes.end() ? nullptr : &found->value;
 }
 
+std::string* XmlElement::attribute(std::string_view uri, std::string_view local) {
+    return const_cast<std::string*>(std::as_const(*this).attribute(uri, local));
+}
+
 // The library calls these functions, and nothing may be thrown through it.
 class XmlDocument::Reader {
   public:
@@ -35,22 +38,35 @@ class XmlDocument::Reader {
     }
 
     void read(std::string_view text) {
-        if (!parser_ || text.size() > std::numeric_limits<int>::max())
+        if (!parser_)
             return;
+        packet_ = text;
         XML_SetUserData(parser_.get(), this);
         XML_SetReturnNSTriplet(parser_.get(), 1);
         XML_SetElementHandler(parser_.get(), on_start, on_end);
         XML_SetCharacterDataHandler(parser_.get(), on_text);
         XML_SetStartNamespaceDeclHandler(parser_.get(), on_namespace);
         XML_SetStartDoctypeDeclHandler(parser_.get(), on_document_type);
-        const XML_Status status =
-            XML_Parse(parser_.get(), text.data(), static_cast<int>(text.size()), 1);
+        const XML_Status status = parse(text);
         if (is_out_of_memory_ || XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
             throw std::bad_alloc();
         document_.is_whole_ = status == XML_STATUS_OK;
     }
 
   private:
+    // In parts: the library copies what it is given.
+    XML_Status parse(std::string_view text) {
+        constexpr std::size_t part_size = 1U << 13U;
+        for (;;) {
+            const std::string_view part = text.substr(0, part_size);
+            text.remove_prefix(part.size());
+            const XML_Status status =
+                XML_Parse(parser_.get(), part.data(), static_cast<int>(part.size()), text.empty());
+            if (status != XML_STATUS_OK || text.empty())
+                return status;
+        }
+    }
+
     static Reader& of(void* data) { return *static_cast<Reader*>(data); }
 
     static void on_start(void* data, const XML_Char* name, const XML_Char** attributes) {
@@ -60,7 +76,7 @@ class XmlDocument::Reader {
     static void on_text(void* data, const XML_Char* text, int length) {
         of(data).guarded([&](Reader& reader) {
             if (reader.open_.size() > 1)
-                reader.open_.back()->text.append(text, static_cast<std::size_t>(length));
+                reader.add_text({text, static_cast<std::size_t>(length)});
         });
     }
     // The library repeats a namespace with each name, so that long ones would take long.
@@ -86,6 +102,22 @@ class XmlDocument::Reader {
             is_out_of_memory_ = true;
             stop();
         }
+    }
+
+    // A text comes line by line. A long one gets the room that it needs up to the next markup: it
+    // would be held twice and more while it grew.
+    void add_text(std::string_view part) {
+        constexpr std::size_t long_text = 1U << 16U;
+        std::string& text = open_.back()->text;
+        if (text.size() >= long_text && text.capacity() - text.size() < part.size()) {
+            const auto at = static_cast<std::size_t>(XML_GetCurrentByteIndex(parser_.get()));
+            const std::size_t left = std::min(packet_.find('<', at), packet_.size()) - at;
+            std::string grown;
+            grown.reserve(text.size() + std::max(left, text.size() / 8) + part.size());
+            grown += text;
+            text.swap(grown);
+        }
+        text += part;
     }
 
     void stop() {
@@ -121,6 +153,7 @@ class XmlDocument::Reader {
 
     XmlDocument& document_;
     Parser parser_;
+    std::string_view packet_;
     std::vector<XmlElement*> open_;
     std::size_t nodes_ = 0;
     bool is_stopped_ = false;

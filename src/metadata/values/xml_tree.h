@@ -33,6 +33,7 @@ struct XmlElement {
     std::string text; // all of it that stands between the children
 
     // Null where there is none.
+    std::string* attribute(std::string_view uri, std::string_view local);
     const std::string* attribute(std::string_view uri, std::string_view local) const;
 };
 
@@ -47,6 +48,7 @@ class XmlDocument {
 
     // The document's element stands below this one, which has no name.
     const XmlElement& root() const { return *root_; }
+    XmlElement& root() { return *root_; } // for those who take its texts
     bool is_whole() const { return is_whole_; }
 
   private:

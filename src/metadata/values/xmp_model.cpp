@@ -42,7 +42,7 @@ Kind array_kind(const XmlName& name) {
     return name.local == "Alt" ? Kind::Alt : Kind::Simple;
 }
 
-XmpNode node_of(const XmlElement& element);
+XmpNode node_of(XmlElement& element);
 
 XmpNode simple(const XmlName& name, std::string text) {
     XmpNode node;
@@ -51,13 +51,14 @@ XmpNode simple(const XmlName& name, std::string text) {
     return node;
 }
 
-// The properties that stand in the attributes and in the elements below a node element.
-std::vector<XmpNode> fields_of(const XmlElement& element) {
+// The properties that stand in the attributes and in the elements below a node element, whose texts
+// are taken: a long one is there once.
+std::vector<XmpNode> fields_of(XmlElement& element) {
     std::vector<XmpNode> fields;
-    for (const XmlAttribute& attribute : element.attributes)
+    for (XmlAttribute& attribute : element.attributes)
         if (is_property(attribute.name))
-            fields.push_back(simple(attribute.name, attribute.value));
-    for (const XmlElement& child : element.children)
+            fields.push_back(simple(attribute.name, std::move(attribute.value)));
+    for (XmlElement& child : element.children)
         if (is_property(child.name) || is_rdf(child.name, "value"))
             fields.push_back(node_of(child));
     return fields;
@@ -81,36 +82,36 @@ void take_fields(XmpNode& node, std::vector<XmpNode> fields) {
     std::ranges::move(fields, std::back_inserter(node.qualifiers));
 }
 
-void take_items(XmpNode& node, const XmlElement& array) {
+void take_items(XmpNode& node, XmlElement& array) {
     node.kind = array_kind(array.name);
-    for (const XmlElement& item : array.children)
+    for (XmlElement& item : array.children)
         if (is_rdf(item.name, "li"))
             node.children.push_back(node_of(item));
 }
 
 // An element without others in it.
-void take_empty(XmpNode& node, const XmlElement& element) {
-    if (const std::string* const resource = element.attribute(rdf, "resource")) {
-        node.text = *resource;
+void take_empty(XmpNode& node, XmlElement& element) {
+    if (std::string* const resource = element.attribute(rdf, "resource")) {
+        node.text = std::move(*resource);
         return;
     }
     std::vector<XmpNode> fields = fields_of(element);
-    const std::string* const value = element.attribute(rdf, "value");
+    std::string* const value = element.attribute(rdf, "value");
     if (value != nullptr) {
-        node.text = *value;
+        node.text = std::move(*value);
         node.qualifiers = std::move(fields);
     } else if (!fields.empty() && trimmed(element.text).empty()) {
         node.kind = Kind::Structure;
         node.children = std::move(fields);
     } else {
-        node.text = element.text;
+        node.text = std::move(element.text);
         node.qualifiers = std::move(fields);
     }
 }
 
 // A property element, or an item of an array (7.4 to 7.9). No deeper than the document, whose depth
 // has a limit.
-XmpNode node_of(const XmlElement& element) {
+XmpNode node_of(XmlElement& element) {
     XmpNode node;
     node.name = element.name;
     if (const std::string* const language = element.attribute(xml, "lang"))
@@ -128,11 +129,11 @@ XmpNode node_of(const XmlElement& element) {
 }
 
 // Wherever rdf:RDF stands: in x:xmpmeta, or alone.
-const XmlElement* find_rdf(const XmlElement& element) {
+XmlElement* find_rdf(XmlElement& element) {
     if (is_rdf(element.name, "RDF"))
         return &element;
-    for (const XmlElement& child : element.children)
-        if (const XmlElement* const found = find_rdf(child))
+    for (XmlElement& child : element.children)
+        if (XmlElement* const found = find_rdf(child))
             return found;
     return nullptr;
 }
@@ -231,11 +232,11 @@ class Prefixes {
     std::map<std::string, std::uint64_t> uses_;
 };
 
-Value value_of(const XmpNode& node, Prefixes& prefixes);
+Value value_of(XmpNode& node, Prefixes& prefixes);
 
-Value alternative_of(const XmpNode& node, Prefixes& prefixes) {
+Value alternative_of(XmpNode& node, Prefixes& prefixes) {
     Members languages;
-    for (const XmpNode& item : node.children)
+    for (XmpNode& item : node.children)
         languages.add(item.language.empty() ? "x-default" : item.language,
                       value_of(item, prefixes));
     const Value* shown = languages.find("x-default");
@@ -246,9 +247,9 @@ Value alternative_of(const XmpNode& node, Prefixes& prefixes) {
 }
 
 // Fields have their names alone; where two namespaces have the same one, the second has its prefix.
-Value structure_of(const XmpNode& node, Prefixes& prefixes) {
+Value structure_of(XmpNode& node, Prefixes& prefixes) {
     Members fields;
-    for (const XmpNode& field : node.children) {
+    for (XmpNode& field : node.children) {
         const std::string name(field.name.local);
         if (!fields.has(name))
             fields.add(name, value_of(field, prefixes));
@@ -258,9 +259,9 @@ Value structure_of(const XmpNode& node, Prefixes& prefixes) {
     return fields;
 }
 
-Value value_of(const XmpNode& node, Prefixes& prefixes) {
+Value value_of(XmpNode& node, Prefixes& prefixes) {
     if (node.kind == Kind::Simple)
-        return node.text;
+        return std::move(node.text);
     if (node.kind == Kind::Structure)
         return structure_of(node, prefixes);
     const auto has_language = [](const XmpNode& item) {
@@ -269,7 +270,7 @@ Value value_of(const XmpNode& node, Prefixes& prefixes) {
     if (node.kind == Kind::Alt && std::ranges::any_of(node.children, has_language))
         return alternative_of(node, prefixes);
     Values items;
-    for (const XmpNode& item : node.children)
+    for (XmpNode& item : node.children)
         items.push_back(value_of(item, prefixes));
     return items;
 }
@@ -282,10 +283,10 @@ XmpModel XmpModel::read(std::string_view packet) {
     const std::size_t start = packet.find('<');
     model.document_ =
         XmlDocument::read(packet.substr(start == std::string_view::npos ? packet.size() : start));
-    const XmlElement* const root = find_rdf(model.document_.root());
+    XmlElement* const root = find_rdf(model.document_.root());
     if (root == nullptr)
         return model;
-    for (const XmlElement& description : root->children)
+    for (XmlElement& description : root->children)
         std::ranges::move(fields_of(description), std::back_inserter(model.properties_));
     return model;
 }
@@ -295,11 +296,11 @@ std::string_view usual_prefix(std::string_view uri) {
     return found == usual_prefixes.end() ? std::string_view() : found->second;
 }
 
-Members xmp_members(const XmpModel& model) {
+Members xmp_members(XmpModel model) {
     Prefixes prefixes;
     std::vector<std::string> order;
     std::map<std::string, Members> by_prefix;
-    for (const XmpNode& property : model.properties()) {
+    for (XmpNode& property : model.properties()) {
         const std::string& prefix = prefixes.of(property.name);
         const auto [place, is_new] = by_prefix.try_emplace(prefix);
         if (is_new)

@@ -33,6 +33,7 @@ class XmpModel {
 
     // In the order of the packet.
     const std::vector<XmpNode>& properties() const { return properties_; }
+    std::vector<XmpNode>& properties() { return properties_; }
 
   private:
     XmlDocument document_; // names refer to it
@@ -46,6 +47,6 @@ std::string_view usual_prefix(std::string_view uri);
 // an alternative are members by their language, where they have one; qualifiers other than the
 // language are left out. Namespaces that are not known have the packet's own prefix, with a number
 // behind it where another namespace has it already.
-Members xmp_members(const XmpModel& model);
+Members xmp_members(XmpModel model);
 
 } // namespace vell::metadata

@@ -22,6 +22,7 @@ class RenderedBlock {
     RenderedBlock(const TagsAsText& tags, const ExifReadOptions& options, TextEncoding encoding) {
         MetadataText rendered;
         tags(options, encoding, rendered); // what was read before a failure counts
+        text_.reserve(static_cast<std::size_t>(rendered.size()));
         for (const MetadataText::Piece& piece : rendered.pieces())
             text_ += piece.bytes;
         const auto sections = parse_tagged_text(text_);
