@@ -6,6 +6,7 @@
 #include "src/metadata/writing/block_place.h"
 #include "src/pictures/inside/orientation.h"
 #include "src/pictures/inside/previews.h"
+#include "src/structure/file_structure.h"
 #include "tests/portable/held_memory.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/movie_builder.h"
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,6 +46,26 @@ std::string psd_with(std::uint16_t id) {
     return "8BPS" + big16(1) + std::string(6, '\0') + big16(4) + big32(107) + big32(160) +
            big16(8) + big16(3) + big32(0) + big32(three_gigabytes + 100) +
            resource(id, "", "", three_gigabytes);
+}
+// One tag of a BigTIFF file, whose value stands far behind.
+std::string big_tiff_with(std::uint16_t tag) {
+    const auto little16 = [](std::uint16_t number) {
+        return big16(std::rotl(number, 8));
+    };
+    return "II" + little16(43) + little16(8) + little16(0) + little32(16) + little32(0) +
+           little32(1) + little32(0) + little16(tag) + little16(7) + little32(three_gigabytes) +
+           little32(0) + little32(4096) + little32(0) + std::string(8, '\0');
+}
+// Tags of music, whose lengths have seven bits in each byte: 255 MiB, all for one frame.
+std::string id3_with(const std::string& frame) {
+    return "ID3\4\0\0"s + "\x7F\x7F\x7F\x7F" + frame + "\x7E\x7F\x7F\x7F" + "\0\0"s;
+}
+std::string flac_with(char type) {
+    return "fLaC"s + static_cast<char>(type | '\x80') + "\xFF\xFF\xFF" + big32(3) +
+           big32(three_gigabytes);
+}
+std::string mrw_with(const std::string& block) {
+    return "\0MRM"s + big32(three_gigabytes + 8) + block + big32(three_gigabytes);
 }
 constexpr BlockKinds everything{true, true, true, true, true, true, true};
 const std::string packet_type = "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC";
@@ -91,11 +113,29 @@ TEST(LongBlocks, AreRefusedUnread) {
 TEST(LongBlocks, AreLeftOutOfWhatIsFound) {
     const std::string packet_box = big32(0xC000'0000) + "xml ";
     for (const std::string& start :
-         {png_with("eXIf", ""), png_with("iTXt", "XML:com.adobe.xmp\0\0\0\0\0"s),
-          png_with("iCCP", "name\0\0"s), png_with("zTXt", "Raw profile type iptc\0\0"s),
-          tiff_with(700, FieldType::Byte), tiff_with(34377, FieldType::Undefined),
-          webp_with("XMP "), webp_with("ICCP"), psd_with(0x0404), psd_with(0x0424),
-          psd_with(0x040F), file_type + packet_box,
+         {png_with("eXIf", ""),
+          png_with("iTXt", "XML:com.adobe.xmp\0\0\0\0\0"s),
+          png_with("iCCP", "name\0\0"s),
+          png_with("zTXt", "Raw profile type iptc\0\0"s),
+          tiff_with(700, FieldType::Byte),
+          tiff_with(34377, FieldType::Undefined),
+          webp_with("XMP "),
+          webp_with("ICCP"),
+          psd_with(0x0404),
+          psd_with(0x0424),
+          psd_with(0x040F),
+          file_type + packet_box,
+          big_tiff_with(700),
+          big_tiff_with(33723),
+          big_tiff_with(34377),
+          big_tiff_with(34675),
+          id3_with("APIC"),
+          id3_with("GEOB"),
+          flac_with(6),
+          flac_with(4),
+
+          mrw_with("\0TTW"s),
+          mrw_with("\0PRD"s),
           box("JXL ", "\r\n\x87\n") + box("ftyp", "jxl " + big32(0) + "jxl ") + packet_box})
         expect_little(start, [&](files::File& file) {
             auto reader = files::BufferedReader::over(file);
@@ -104,6 +144,8 @@ TEST(LongBlocks, AreLeftOutOfWhatIsFound) {
                         blocks->texts.empty());
             EXPECT_TRUE(pictures::orientation_of(*reader));
             EXPECT_TRUE(pictures::find_pictures(*reader));
+            params::ComposedText text;
+            static_cast<void>(structure::append_boxes(*reader, {}, text));
         });
 }
 
