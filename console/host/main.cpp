@@ -186,7 +186,11 @@ void Run::statement(std::u16string_view text) {
 }
 
 void Run::one_calculation() {
-    show(session_.evaluate(command_line_.subject), command_line_.subject);
+    const auto start = std::chrono::steady_clock::now();
+    const CalcResult<Value> value = session_.evaluate(command_line_.subject);
+    if (command_line_.timing)
+        tell_time(std::chrono::steady_clock::now() - start);
+    show(value, command_line_.subject);
     after_statement();
 }
 

@@ -32,7 +32,8 @@ void make_room(std::string& text, std::size_t more) {
     if (more < long_text || text.capacity() - text.size() >= more)
         return;
     std::string grown;
-    grown.reserve(text.size() + more + long_text / 2);
+    // By a quarter at least, so that many long ones cost no more than a few copies of each.
+    grown.reserve(std::max(text.size() + more + long_text / 2, text.size() + text.size() / 4));
     grown += text;
     text.swap(grown);
 }

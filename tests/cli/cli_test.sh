@@ -190,6 +190,8 @@ Sums
 > 1 + 1
 2' "$(cat out)"
 check_contains 'times' err ' ms  line 2'
+"$wine" "$bin/vellhost.exe" --timing '1 + 1' >out 2>err
+check_contains 'the time of one calculation' err ' ms  line 1'
 printf '2 * 3\nhistory\nquit\n7\n' | "$wine" "$bin/vellhost.exe" --prompt >out 2>err
 check 'the prompt behind a pipe' "$(printf '\036\n6\n\036\n1  2 * 3\n2  history\n\036')" \
     "$(tail -n +2 out)"
