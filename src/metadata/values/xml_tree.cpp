@@ -43,11 +43,9 @@ class XmlDocument::Reader {
         XML_SetCharacterDataHandler(parser_.get(), on_text);
         XML_SetStartNamespaceDeclHandler(parser_.get(), on_namespace);
         XML_SetStartDoctypeDeclHandler(parser_.get(), on_document_type);
-        const XML_Status status =
-            XML_Parse(parser_.get(), text.data(), static_cast<int>(text.size()), 1);
+        XML_Parse(parser_.get(), text.data(), static_cast<int>(text.size()), 1);
         if (is_out_of_memory_ || XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
             throw std::bad_alloc();
-        document_.is_whole_ = status == XML_STATUS_OK;
     }
 
   private:
