@@ -7,7 +7,7 @@
 #   scripts/tidy.sh cppcheck   cppcheck on everything, with what it remembers in build/cppcheck
 # Exit code 1 when they find something. ./test runs the first and the last. clang-tidy is given
 # VELL_TIDY_SECONDS (90) for what has changed, and as long as it takes otherwise. A source in which it
-# found nothing is passed over until the source, a header of it or .clang-tidy is another.
+# found nothing is passed over until the source, a header of it or the checks are others.
 set -u
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
@@ -62,7 +62,7 @@ key_of() {
     local command
     command=$(jq -r --arg file "$root/$1" 'map(select(.file == $file))[0].command' \
         $database/compile_commands.json)
-    { cat .clang-tidy && clang-tidy --version && cd $database &&
+    { cat .clang-tidy tests/.clang-tidy && clang-tidy --version && cd $database &&
         eval "${command/ -o * -c / -E -o - }"; } 2>/dev/null | sha256sum | cut -c 1-32
 }
 

@@ -47,8 +47,6 @@ class ZipWriter {
     // Writes the central directory and closes the file. FinishFailed; nothing can be added after.
     Result<void> finish();
 
-    std::uint32_t entry_count() const { return entry_count_; }
-
   private:
     struct Packed;
 

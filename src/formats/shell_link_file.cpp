@@ -122,8 +122,8 @@ Read<LinkFile> read_link_file(std::string_view bytes) {
         return link; // in a code page of the machine that made it
     const std::size_t end = layout->relative_path_offset + layout->relative_path_size;
     for (std::size_t at = layout->relative_path_offset + 2; at < end; at += 2)
-        link.relative_target +=
-            load<std::uint16_t>(bytes, at, ByteOrder::Little).value_or(std::uint16_t{0});
+        link.relative_target += static_cast<char16_t>(
+            load<std::uint16_t>(bytes, at, ByteOrder::Little).value_or(std::uint16_t{0}));
     return link;
 }
 

@@ -198,7 +198,7 @@ Result<std::optional<NamedText>> find_item(const MovieFile& movie, MovieSelector
     return best;
 }
 
-void append_item(NamedText item, const MovieRequest& request, ComposedText& text) {
+void append_item(const NamedText& item, const MovieRequest& request, ComposedText& text) {
     if (!request.as_xml && !request.verbose) {
         text.append("\r");
         text.append(item.value.bytes, item.value.encoding);

@@ -8,7 +8,6 @@
 namespace vell::movies {
 namespace {
 
-using formats::isobmff::Movie;
 using formats::isobmff::MovieFile;
 
 Result<void> append_answer(const MovieFile& file, const MovieRequest& request,

@@ -23,7 +23,9 @@ std::u16string host_form(std::u16string_view native) {
 }
 
 std::u16string path_result(const SwitchSet& switches, std::u16string native) {
-    return switches.has("-FileMakerPathFormat") ? host_form(native) : native;
+    if (switches.has("-FileMakerPathFormat"))
+        return host_form(native);
+    return native;
 }
 
 } // namespace vell::params

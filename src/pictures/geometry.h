@@ -11,7 +11,6 @@ struct Size {
 
     constexpr std::uint32_t longer() const { return width > height ? width : height; }
     constexpr std::uint32_t shorter() const { return width > height ? height : width; }
-    constexpr Size turned() const { return {height, width}; }
 
     friend constexpr bool operator==(const Size&, const Size&) = default;
 };

@@ -138,6 +138,19 @@ TEST(FileItems, HaveThePropertiesOfImages) {
     EXPECT_EQ(read.image(9), damage(Damage::Absent));
 }
 
+// Where "pixi" does not tell them: 8, 10 and 12 bits a sample, and one without colour.
+TEST(FileItems, HaveTheBitsOfAv1AsItsConfigurationSays) {
+    for (const auto& [flags, bits] : {std::pair{'\0', "24"}, std::pair{'\x40', "30"},
+                                      std::pair{'\x60', "36"}, std::pair{'\x50', "10"}}) {
+        const std::string properties =
+            full_box("ispe", big32(6) + big32(4)) + box("av1C", "\x81\4"s + flags + '\0');
+        EXPECT_EQ(Asked(box("iprp", box("ipco", properties) +
+                                        full_box("ipma", big32(1) + big16(1) + "\2\1\2")))
+                      .image(1),
+                  "6x4 "s + bits + " 0 0x00000000");
+    }
+}
+
 // Counts of 2^32 - 1, items without bytes of their own: as many as there are, or as are taken.
 TEST(FileItems, AreBoundedInTheirNumber) {
     const std::string count = big32(~0U);

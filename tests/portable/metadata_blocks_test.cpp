@@ -537,6 +537,12 @@ TEST(ImageDescription, OfNewerContainers) {
     EXPECT_EQ(lines(stream), described("40", "48", "24", of_jpeg_xl));
     EXPECT_EQ(lines(jpeg_xl(box("jxlp", big32(0) + stream))),
               described("40", "48", "24", of_jpeg_xl));
+    // Not as usual: turned, meant to be shown as a square; 12 bits, halves, and a preview before
+    // them.
+    for (const auto& [last, depth] :
+         {std::pair{'\x10', "36"}, std::pair{'\x0C', "48"}, std::pair{'\x11', "24"}})
+        EXPECT_EQ(lines("\xFF\x0A\x89\xEC\x20"s + last + "...."),
+                  described("40", "48", depth, of_jpeg_xl));
     const std::string cropped = big32(2) + big16(0x100) + big16(4) + "full" + big16(0x111) +
                                 big16(4) + big16(2008) + big16(3016);
     EXPECT_EQ(lines("FUJIFILMCCD-RAW 0201FF000000" + std::string(56, ' ') + big32(0) + big32(0) +

@@ -148,6 +148,25 @@ TEST(MovieStructure, NeedsAWholeHeader) {
     EXPECT_EQ(answer(movie_with(""), "-GetTimeCodeBegin"), "-2026");
 }
 
+// Three samples in a second. What no sizes tell, the entry does.
+TEST(MovieStructure, HasTheBitRateOfCompactSizes) {
+    const std::string times = full_box("stts", big32(1) + big32(3) + big32(200));
+    const auto rate = [&](std::uint32_t bits, const std::string& sizes, const std::string& entry) {
+        const TrackMade made{.entry = picture_entry("avc1", entry),
+                             .tables = times + full_box("stz2", big32(bits) + big32(3) + sizes)};
+        return description_line(
+            answer(file_type + box("moov", movie_header() + track(made)), "-GetMovieDescription"),
+            "Track 1 Bit rate");
+    };
+    const std::string told = box("btrt", big32(1) + big32(9000) + big32(5000));
+    EXPECT_EQ(rate(4, "\x12\xF0", told), "144");
+    EXPECT_EQ(rate(8, "\1\2\xFF", told), "2064");
+    EXPECT_EQ(rate(16, "\0\1\0\2\1\0"s, told), "2072");
+    EXPECT_EQ(rate(16, "\0\1\0\2\1"s, told), "5000"); // cut off
+    EXPECT_EQ(rate(3, "\1\2\3", told), "5000");       // there are no such sizes
+    EXPECT_EQ(rate(3, "\1\2\3", ""), "nothing");
+}
+
 // Tables that say that they have 2^32 - 1 entries, and have one.
 TEST(MovieStructure, BelievesNoTableThatIsShorterThanItSays) {
     const std::string count = big32(~0U);

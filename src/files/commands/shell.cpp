@@ -12,7 +12,6 @@ namespace {
 using params::Call;
 using params::switch_number;
 using params::SwitchSet;
-using params::TextEncoding;
 
 constexpr std::size_t switches_read = 1000;
 constexpr std::size_t longest_command_line = 8191; // that the interpreter takes

@@ -189,20 +189,6 @@ struct TimeCodeEntryRecord {
     }
 };
 
-// "pasp" (12.1.4).
-struct PixelAspectRecord {
-    static constexpr std::size_t size = 8;
-    static constexpr ByteOrder order = ByteOrder::Big;
-
-    std::uint32_t horizontal_spacing = 0;
-    std::uint32_t vertical_spacing = 0;
-
-    static constexpr auto fields() {
-        return std::tuple{Field{0, &PixelAspectRecord::horizontal_spacing},
-                          Field{4, &PixelAspectRecord::vertical_spacing}};
-    }
-};
-
 // "btrt" (8.5.2).
 struct BitRateRecord {
     static constexpr std::size_t size = 12;

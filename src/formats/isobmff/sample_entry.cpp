@@ -148,12 +148,6 @@ Read<void> read_extension(Box& box, SampleEntry& entry) {
         return each_box(box.content, [&](Box& inner) -> Read<void> {
             return inner.type != "wave"_4cc ? read_extension(inner, entry) : Read<void>();
         });
-    case "pasp"_4cc: {
-        const auto aspect = VELL_TRY(if_sound(box.content.read_record<PixelAspectRecord>()));
-        if (entry.picture)
-            entry.picture->pixel_aspect = aspect;
-        break;
-    }
     case "btrt"_4cc:
         if (const auto rates = VELL_TRY(if_sound(box.content.read_record<BitRateRecord>())))
             entry.average_bit_rate = rates->average;

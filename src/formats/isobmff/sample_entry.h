@@ -16,7 +16,6 @@ struct Picture {
     std::uint16_t height = 0;
     std::uint16_t depth = 0;     // bits of a pixel; 24 for all that is compressed
     std::string compressor_name; // the bytes that the file has
-    std::optional<PixelAspectRecord> pixel_aspect;
 };
 
 // 0 for what is not told.

@@ -42,7 +42,6 @@ class Directory {
     // Corrupt when a BigTIFF file says that there are more than 65,535.
     static Read<Directory> at(Window block, std::uint64_t offset, Layout layout);
 
-    std::uint64_t offset() const { return offset_; }
     std::uint16_t announced() const { return announced_; }
     // Where so many entries end.
     std::uint64_t end_of(std::size_t entries) const {

@@ -105,7 +105,9 @@ class PanasonicDirectory {
 Result<ImageHeader> or_unsupported(Result<ImageHeader> read) {
     const bool is_damage = !read && (read.error() == ErrorCode::CorruptStructure ||
                                      read.error() == ErrorCode::EndOfFile);
-    return is_damage ? Result<ImageHeader>(Failure{ErrorCode::NotSupported}) : read;
+    if (is_damage)
+        return Failure{ErrorCode::NotSupported};
+    return read;
 }
 
 // Of tags that stand apart. What they say of samples is of a picture for the screen.

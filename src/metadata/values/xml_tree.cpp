@@ -47,23 +47,21 @@ class XmlDocument::Reader {
         XML_SetCharacterDataHandler(parser_.get(), on_text);
         XML_SetStartNamespaceDeclHandler(parser_.get(), on_namespace);
         XML_SetStartDoctypeDeclHandler(parser_.get(), on_document_type);
-        const XML_Status status = parse(text);
+        parse(text);
         if (is_out_of_memory_ || XML_GetErrorCode(parser_.get()) == XML_ERROR_NO_MEMORY)
             throw std::bad_alloc();
-        document_.is_whole_ = status == XML_STATUS_OK;
     }
 
   private:
     // In parts: the library copies what it is given.
-    XML_Status parse(std::string_view text) {
+    void parse(std::string_view text) {
         constexpr std::size_t part_size = 1U << 13U;
-        for (;;) {
+        for (bool goes_on = true; goes_on;) {
             const std::string_view part = text.substr(0, part_size);
             text.remove_prefix(part.size());
             const XML_Status status =
                 XML_Parse(parser_.get(), part.data(), static_cast<int>(part.size()), text.empty());
-            if (status != XML_STATUS_OK || text.empty())
-                return status;
+            goes_on = status == XML_STATUS_OK && !text.empty();
         }
     }
 

@@ -49,14 +49,12 @@ class XmlDocument {
     // The document's element stands below this one, which has no name.
     const XmlElement& root() const { return *root_; }
     XmlElement& root() { return *root_; } // for those who take its texts
-    bool is_whole() const { return is_whole_; }
 
   private:
     class Reader;
 
     std::unique_ptr<XmlElement> root_ = std::make_unique<XmlElement>();
     std::unordered_set<std::string> words_; // that names refer to
-    bool is_whole_ = false;
 };
 
 } // namespace vell::metadata

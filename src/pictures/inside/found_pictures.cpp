@@ -109,9 +109,10 @@ Read<bool> FoundPictures::add_copy(std::string bytes, Kind kind,
     const auto frame = VELL_TRY(if_sound(frame_of(Window(source))));
     if (!frame)
         return false;
+    const std::uint64_t size = bytes.size();
     pictures_.push_back(
         {.kind = kind,
-         .size = bytes.size(),
+         .size = size,
          .width = frame->width,
          .height = frame->height,
          .orientation = frame->orientation.value_or(of_file.value_or(Orientation::TopLeft)),

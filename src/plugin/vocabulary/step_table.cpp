@@ -23,8 +23,6 @@
 namespace vell::plugin {
 namespace {
 
-using params::not_available;
-
 constexpr ListItem encoding_items[] = {
     {0, "Platform native"}, {1, "UTF-8"},     {2, "ASCII DOS"},
     {3, "ASCII Windows"},   {4, "ASCII Mac"}, {5, "ISO-8859-1 (Windows Latin-1)"},
