@@ -55,7 +55,7 @@ Stream by_zlib(std::string_view compressed) {
 std::string deflated(const std::string& bytes, int level, int strategy = Z_DEFAULT_STRATEGY) {
     z_stream state{};
     deflateInit2(&state, level, Z_DEFLATED, -MAX_WBITS, 9, strategy);
-    std::string out(deflateBound(&state, bytes.size()) + 16, '\0');
+    std::string out(deflateBound(&state, static_cast<uLong>(bytes.size())) + 16, '\0');
     state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
     state.avail_in = static_cast<uInt>(bytes.size());
     state.next_out = reinterpret_cast<Bytef*>(out.data());
