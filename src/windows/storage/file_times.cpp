@@ -33,8 +33,10 @@ Result<TIME_ZONE_INFORMATION> rules_of(WORD year, const DYNAMIC_TIME_ZONE_INFORM
         return read_rules(year, zone);
     const ULONGLONG now = GetTickCount64();
     Kept& kept = kept_years[year % std::size(kept_years)];
-    if (kept.year != year || now - kept.read_at >= kept_ms)
-        kept = {VELL_TRY(read_rules(year, nullptr)), now, year};
+    if (kept.year != year || now - kept.read_at >= kept_ms) {
+        const TIME_ZONE_INFORMATION rules = VELL_TRY(read_rules(year, nullptr));
+        kept = {rules, now, year};
+    }
     return kept.rules;
 }
 
