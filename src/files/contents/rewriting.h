@@ -32,8 +32,8 @@ using RewritingWork = std::function<Result<void>(File& from, File& to)>;
 //
 // In place, the work reads a temporary copy, which is removed only after success. Whatever fails
 // once there is a copy leaves it, and a line of the debug log says which it is; the file itself is
-// untouched up to the moment in which the work writes, and ends where that has stopped. A new destination must not exist
-// (AlreadyExists), and is removed when the work fails.
+// untouched up to the moment in which the work writes, and ends where that has stopped. A new
+// destination must not exist (AlreadyExists), and is removed when the work fails.
 Result<void> rewrite(params::Call& call, FileSystem& files, const RewrittenFile& file,
                      const RewritingWork& work);
 
