@@ -125,6 +125,14 @@ Result<files::NativePath> GuardedFiles::temporary_name(std::u16string_view exten
     return path;
 }
 
+Result<GuardedFiles::FilePointer> GuardedFiles::open_private(const NativePath& path,
+                                                             const NativePath& like) {
+    VELL_TRY(check_time());
+    const Place place = VELL_TRY(guard_.place(path, Access::Write, LastLink::Itself));
+    const Place model = VELL_TRY(guard_.place(like, Access::Read));
+    return checked(inner().open_private(place.path, model.path), place, Access::Write);
+}
+
 Result<GuardedFiles::FilePointer> GuardedFiles::open_temporary() {
     FilePointer file = VELL_TRY(inner().open_temporary());
     return FilePointer(std::make_unique<LimitedFile<File>>(std::move(file)));

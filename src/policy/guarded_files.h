@@ -27,6 +27,7 @@ class GuardedFiles : public files::FileSystem, public files::FolderSource {
     Result<void> replace(const NativePath& source, const NativePath& target) override;
     Result<void> remove(const NativePath& path) override;
     Result<NativePath> temporary_name(std::u16string_view extension) override;
+    Result<FilePointer> open_private(const NativePath& path, const NativePath& like) override;
     Result<FilePointer> open_temporary() override;
 
     Result<std::unique_ptr<files::FolderReader>, files::SystemError>

@@ -92,6 +92,11 @@ class FileSystem {
     // A name for a temporary file: "VELLTEMP{<UUID>}.tmp" in the system's temporary folder, with
     // another extension where one is given (at most 100 characters are taken). Nothing is made.
     virtual Result<NativePath> temporary_name(std::u16string_view extension) = 0;
+    // Makes a file that nobody but this process' user may open, and opens it for writing; what the
+    // system keeps encrypted on the disk for `like` is so for the new file as well. AlreadyExists
+    // when there is anything of its name.
+    virtual Result<std::unique_ptr<File>> open_private(const NativePath& path,
+                                                       const NativePath& like) = 0;
     // A new temporary file for reading and writing, which is gone when it is closed, however the
     // program ends.
     virtual Result<std::unique_ptr<File>> open_temporary() = 0;

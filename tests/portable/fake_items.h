@@ -275,6 +275,10 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         erase(path.wide);
         return {};
     }
+    Result<std::unique_ptr<files::File>> open_private(const NativePath& path,
+                                                      const NativePath&) override {
+        return open_new(path);
+    }
     Result<std::unique_ptr<files::File>> open_temporary() override { return files::memory_file(); }
     Result<NativePath> temporary_name(std::u16string_view) override {
         VELL_TRY(count_operation());

@@ -310,6 +310,7 @@ TEST_F(Tree, TemporaryCopiesStandInTheTemporaryFolder) {
     EXPECT_TRUE(first->wide.ends_with(u"}.tmp") && second->wide.ends_with(u"}.jpeg"));
     EXPECT_EQ(first->wide.size(), std::wcslen(temporary) + 8 + 38 + 4);
     EXPECT_EQ(contents(second->wide), "copied");
+    EXPECT_TRUE(is_private(as_wide(first->wide)));
     EXPECT_TRUE(system.remove(*first) && system.remove(*second));
     set_attributes(source.wide, FILE_ATTRIBUTE_READONLY);
     const auto of_read_only = files::make_temporary_copy(system, source);

@@ -1,5 +1,6 @@
 #include "src/files/contents/edit_contents.h"
 
+#include "src/files/contents/blocks.h"
 #include "src/files/contents/rewriting.h"
 #include "src/files/contents/substituter.h"
 #include "src/files/contents/written_text.h"

@@ -1,6 +1,7 @@
 #include "src/files/contents/temporary_copy.h"
 
 #include "src/base/utf8.h"
+#include "src/files/contents/blocks.h"
 #include "src/files/contents/write_turn.h"
 
 #include <exception>
@@ -29,11 +30,14 @@ UnfinishedFile::~UnfinishedFile() {
 
 Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& source,
                                        std::u16string_view extension) {
-    NativePath copy = VELL_TRY(files.temporary_name(extension));
-    UnfinishedFile unfinished(files, copy);
-    VELL_TRY(files.copy(source, copy, Replace::Yes));
+    NativePath path = VELL_TRY(files.temporary_name(extension));
+    const std::unique_ptr<File> from = VELL_TRY(files.open(source, Permission::Read));
+    const std::unique_ptr<File> to = VELL_TRY(files.open_private(path, source));
+    UnfinishedFile unfinished(files, path);
+    VELL_TRY(Copier().copy_rest(*from, *to));
+    VELL_TRY(to->close());
     unfinished.keep();
-    return copy;
+    return path;
 }
 
 Result<NativePath> name_beside(FileSystem& files, const NativePath& target) {

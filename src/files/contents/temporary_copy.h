@@ -24,8 +24,8 @@ class UnfinishedFile {
     bool kept_ = false;
 };
 
-// A copy of `source`; the caller removes it. What fails leaves none. The extension replaces "tmp"
-// where one is given.
+// A copy of the bytes of `source` that nobody but this process' user may open; the caller removes
+// it. What fails leaves none. The extension replaces "tmp" where one is given.
 Result<NativePath> make_temporary_copy(FileSystem& files, const NativePath& source,
                                        std::u16string_view extension = {});
 

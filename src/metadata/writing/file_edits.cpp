@@ -1,6 +1,6 @@
 #include "src/metadata/writing/file_edits.h"
 
-#include "src/files/contents/rewriting.h"
+#include "src/files/contents/blocks.h"
 
 #include <algorithm>
 #include <utility>

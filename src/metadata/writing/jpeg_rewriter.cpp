@@ -1,7 +1,7 @@
 #include "src/metadata/writing/jpeg_rewriter.h"
 
 #include "src/base/bytes.h"
-#include "src/files/contents/rewriting.h"
+#include "src/files/contents/blocks.h"
 #include "src/formats/recognition.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/writing/multi_picture.h"

@@ -293,6 +293,20 @@ class Win32FileSystem : public FileSystem {
         return {};
     }
 
+    Result<std::unique_ptr<File>> open_private(const NativePath& path,
+                                               const NativePath& like) override {
+        const DWORD attributes = GetFileAttributesW(win32_path(like).c_str());
+        if (attributes == INVALID_FILE_ATTRIBUTES)
+            return Failure{last_error()};
+        UniqueFile handle =
+            create_private_file(win32_path(path), 0,
+                                (attributes & FILE_ATTRIBUTE_ENCRYPTED) | FILE_ATTRIBUTE_NORMAL |
+                                    FILE_FLAG_SEQUENTIAL_SCAN);
+        if (!handle)
+            return Failure{last_error()};
+        return file_over(std::move(handle));
+    }
+
     Result<std::unique_ptr<File>> open_temporary() override {
         const NativePath path = VELL_TRY(temporary_name({}));
         UniqueFile handle = create_private_file(
