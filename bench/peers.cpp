@@ -42,6 +42,14 @@ std::vector<std::wstring> files_of(const std::wstring& folder, const wchar_t* pa
     return paths;
 }
 
+std::wstring fresh_folder() {
+    static int count = 0;
+    const std::wstring path = sample_path(L"made\\") + std::to_wstring(GetTickCount64()) + L"-" +
+                              std::to_wstring(++count);
+    CreateDirectoryW(path.c_str(), nullptr);
+    return path;
+}
+
 double native_ns(const wchar_t* name) {
     const std::wstring value = environment(name);
     return value.empty() ? 0 : std::stod(value);

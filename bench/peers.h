@@ -21,6 +21,9 @@ std::vector<std::wstring> files_of(const std::wstring& folder, const wchar_t* pa
 // it.
 double native_ns(const wchar_t* name);
 
+// A new empty folder; bench/run removes all of them at the end.
+std::wstring fresh_folder();
+
 // Nanoseconds of one run of the work, and of the better one of two where it is short; `reset` runs
 // untimed before each.
 double time_of(const std::function<void()>& work, const std::function<void()>& reset = {});
