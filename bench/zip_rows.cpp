@@ -112,7 +112,7 @@ std::vector<Row> zip_rows() {
         const wchar_t* tree;
         const wchar_t* variable;
     } trees[] = {{"625 mixed files of 25 MB", L"mixed", L"VELL_MIXED"},
-                 {"1,500 texts of 12 MB", L"texts", L"VELL_TEXTS"},
+                 {"1,500 texts of 25 MB", L"texts", L"VELL_TEXTS"},
                  {"3 files of 45 MB", L"large", L"VELL_LARGE"},
                  {"photographs of 15 MB", L"pictures", L"VELL_PICTURES"}};
     for (const auto& tree : trees)
