@@ -53,34 +53,28 @@ void bare_walk(const std::wstring& folder) {
     FindClose(search);
 }
 
-struct Times {
-    double ours;
-    double bare;
-};
-
-Times time_listing(const std::wstring& folder) {
+Timing time_listing(const std::wstring& folder) {
     FunctionCall call(4254, {u"files folders -recursive", to_utf16(folder)});
-    return {time_of([&] { call.run(); }), time_of([&] { bare_walk(folder); })};
+    return between_peers([&] { call.run(); }, [&] { bare_walk(folder); });
 }
 
 std::vector<Row> listing_rows() {
-    const Times tenth = time_listing(sample_path(L"tree\\"));
-    const Times whole = time_listing(sample_path(L"forest\\"));
-    return {{"VlFile_ListFolder, 100,000 files in 100 folders", tenth.ours, tenth.bare, 1.05,
+    const Timing tenth = time_listing(sample_path(L"tree\\"));
+    const Timing whole = time_listing(sample_path(L"forest\\"));
+    return {{"VlFile_ListFolder, 100,000 files in 100 folders", tenth.ours_ns, tenth.peer_ns, 1.05,
              "peer: a bare find-first/find-next walk"},
-            {"VlFile_ListFolder, 1,000,000 files in 1,000 folders", whole.ours, whole.bare, 1.05,
-             "the same"},
-            {"VlFile_ListFolder, ten times the entries", whole.ours, tenth.ours, 11.0,
+            {"VlFile_ListFolder, 1,000,000 files in 1,000 folders", whole.ours_ns, whole.peer_ns,
+             1.05, "the same"},
+            {"VlFile_ListFolder, ten times the entries", whole.ours_ns, tenth.ours_ns, 11.0,
              "peer: itself on a tenth; the bare walk: " +
-                 std::to_string(whole.bare / tenth.bare).substr(0, 5)}};
+                 std::to_string(whole.peer_ns / tenth.peer_ns).substr(0, 5)}};
 }
 
 Row search_row(const wchar_t* name, const char* work) {
     const std::wstring folder = sample_path(name);
     FunctionCall call(4270, {u"-files", to_utf16(folder), u"file0*5.txt"});
-    const double ours = time_of([&] { call.run(); });
-    return {work, ours, time_of([&] { bare_walk(folder); }), 1.05,
-            "peer: a bare find-first/find-next walk"};
+    const Timing timing = between_peers([&] { call.run(); }, [&] { bare_walk(folder); });
+    return {work, timing.ours_ns, timing.peer_ns, 1.05, "peer: a bare find-first/find-next walk"};
 }
 
 Row copy_row() {
@@ -90,10 +84,13 @@ Row copy_row() {
     const auto reset = [&] {
         DeleteFileW(target.c_str());
     };
-    const double ours = time_of([&] { call.run(); }, reset);
-    const double peer = time_of([&] { CopyFileW(source.c_str(), target.c_str(), TRUE); }, reset);
+    const auto peer = [&] {
+        CopyFileW(source.c_str(), target.c_str(), TRUE);
+    };
+    peer(); // the first one makes room for itself in the system's cache
+    const Timing timing = between_peers([&] { call.run(); }, peer, reset);
     reset();
-    return {"VlFile_CopyFile, 1 GiB", ours, peer, 1.1, "peer: CopyFileW"};
+    return {"VlFile_CopyFile, 1 GiB", timing.ours_ns, timing.peer_ns, 1.1, "peer: CopyFileW"};
 }
 
 Row append_row() {
@@ -155,14 +152,14 @@ std::vector<Row> shell_rows() {
     const auto time = [](const wchar_t* bytes) {
         const std::wstring command = own_program() + L" --print " + bytes;
         FunctionCall call(4295, {u"-TimeoutSecs=600", to_utf16(command)});
-        return Times{time_of([&] { call.run(); }),
-                     time_of([&] { bare_pipe(L"cmd /c " + command); })};
+        return Timing{time_of([&] { call.run(); }),
+                      time_of([&] { bare_pipe(L"cmd /c " + command); })};
     };
     const auto tenth = time(L"3000000");
     const auto whole = time(L"30000000");
-    return {{"VlFile_ExecuteShell, 30 MB of output", whole.ours, whole.bare, 2.0,
+    return {{"VlFile_ExecuteShell, 30 MB of output", whole.ours_ns, whole.peer_ns, 2.0,
              "peer: the same command into a pipe that is only read"},
-            {"VlFile_ExecuteShell, ten times the output", whole.ours, tenth.ours, 11.0,
+            {"VlFile_ExecuteShell, ten times the output", whole.ours_ns, tenth.ours_ns, 11.0,
              "peer: itself on a tenth"}};
 }
 

@@ -69,4 +69,11 @@ double time_of(const std::function<void()>& work, const std::function<void()>& r
     return first < short_ns ? std::min(first, once()) : first;
 }
 
+Timing between_peers(const std::function<void()>& ours, const std::function<void()>& peer,
+                     const std::function<void()>& reset) {
+    const double before = time_of(peer, reset);
+    const double between = time_of(ours, reset);
+    return {between, (before + time_of(peer, reset)) / 2};
+}
+
 } // namespace vell::bench

@@ -2,6 +2,8 @@
 // the same files, or against bare Windows calls in this process.
 #pragma once
 
+#include "bench/harness.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,5 +29,10 @@ std::wstring fresh_folder();
 // Nanoseconds of one run of the work, and of the better one of two where it is short; `reset` runs
 // untimed before each.
 double time_of(const std::function<void()>& work, const std::function<void()>& reset = {});
+
+// The same of ours, and the mean of the peer's runs before and after it: what is in the caches of
+// the system, or full in them, favours neither.
+Timing between_peers(const std::function<void()>& ours, const std::function<void()>& peer,
+                     const std::function<void()>& reset = {});
 
 } // namespace vell::bench
