@@ -21,6 +21,5 @@ if(WIN32)
     set(library_cache $ENV{HOME}/.cache)
   endif()
   target_compile_options(vell_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-ident
-    -ffile-prefix-map=${CMAKE_SOURCE_DIR}=/vell-file -ffile-prefix-map=${library_cache}/vell-file=/libraries>
-    $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-g>)
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}=/vell-file -ffile-prefix-map=${library_cache}/vell-file=/libraries>)
 endif()
