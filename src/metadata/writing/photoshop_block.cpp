@@ -27,7 +27,7 @@ Result<std::string> with_resource(std::string_view block, photoshop::ResourceId 
         return Failure{ErrorCode::ResourceTooLarge};
     constexpr std::size_t most_of_header = 16;
     std::string bytes;
-    bytes.reserve(block.size() + most_of_header + data.size());
+    bytes.reserve(block.size() - find_resource(block, id).size() + most_of_header + data.size());
     bool is_written = false;
     while (const auto resource = ImageResource::read(block)) {
         block.remove_prefix(resource->bytes.size());

@@ -251,6 +251,7 @@ Result<void> TiffPlace::edit(std::string block) {
     if (!resources_.empty())
         set(image_resources,
             VELL_TRY(with_resource(resources_, photoshop::ResourceId::Iptc, block)));
+    std::string().swap(resources_);
     set(tag_of(kind_), std::move(block));
     VELL_TRY(append());
     return {};
