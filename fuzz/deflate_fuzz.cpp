@@ -2,8 +2,7 @@
 // whether the stream is whole, is what zlib says.
 #include "fuzz/input.h"
 #include "src/archive/deflate_decoder.h"
-
-#include <zlib.h>
+#include "tests/portable/by_zlib.h"
 
 #include <string>
 
@@ -13,33 +12,9 @@ using namespace vell;
 
 constexpr std::size_t most = 4 << 20; // bytes of a stream that are looked at
 
-struct Outcome {
-    std::string bytes;
-    bool is_whole = false;
-};
-
-Outcome by_zlib(std::string_view compressed) {
-    Outcome outcome;
-    z_stream state{};
-    FUZZ_CHECK(inflateInit2(&state, -MAX_WBITS) == Z_OK);
-    state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(compressed.data()));
-    state.avail_in = static_cast<uInt>(compressed.size());
-    std::string piece(1 << 16, '\0');
-    int code = Z_OK;
-    while (code == Z_OK && outcome.bytes.size() <= most) {
-        state.next_out = reinterpret_cast<Bytef*>(piece.data());
-        state.avail_out = static_cast<uInt>(piece.size());
-        code = inflate(&state, Z_NO_FLUSH);
-        outcome.bytes.append(piece, 0, piece.size() - state.avail_out);
-    }
-    inflateEnd(&state);
-    outcome.is_whole = code == Z_STREAM_END;
-    return outcome;
-}
-
-Outcome by_decoder(std::string_view compressed, std::size_t piece_size) {
+testing::Expanded by_decoder(std::string_view compressed, std::size_t piece_size) {
     static archive::DeflateDecoder decoder;
-    Outcome outcome;
+    testing::Expanded outcome;
     const auto next = [&]() -> Result<std::string_view> {
         const std::string_view piece = compressed.substr(0, piece_size);
         compressed.remove_prefix(piece.size());
@@ -63,10 +38,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0)
         return 0;
     const std::string_view compressed = fuzz::as_text(data, size).substr(1);
-    const Outcome wanted = by_zlib(compressed);
+    const testing::Expanded wanted = testing::by_zlib(compressed, most);
     if (wanted.bytes.size() > most)
         return 0;
-    const Outcome outcome = by_decoder(compressed, std::size_t{1} + data[0] * std::size_t{16});
+    const testing::Expanded outcome =
+        by_decoder(compressed, std::size_t{1} + data[0] * std::size_t{16});
     FUZZ_CHECK(outcome.is_whole == wanted.is_whole);
     FUZZ_CHECK(outcome.bytes == wanted.bytes);
     return 0;

@@ -4,6 +4,7 @@
 #include "src/base/bytes.h"
 #include "src/base/utf16.h"
 #include "src/base/utf8.h"
+#include "src/base/utf8_parts.h"
 
 #include <algorithm>
 #include <utility>
@@ -32,14 +33,6 @@ TextEncoding kept_encoding(std::string_view bytes, TextEncoding encoding) {
 
 // A run of UTF-8 does not grow beyond this.
 constexpr std::size_t longest_run = 64U << 10U;
-
-// Whether the host decodes both parts as it decodes them together: neither ends within a sequence,
-// nor is what would then stand at a start a byte order mark.
-bool can_be_parted(std::string_view before, std::string_view behind) {
-    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-    return cut_sequence_at_end(before) == 0 && cut_sequence_at_start(behind) == 0 &&
-           !behind.starts_with(byte_order_mark);
-}
 
 // What nothing is appended to any more needs no room to spare.
 void close_run(std::vector<ComposedText::Piece>& pieces) {

@@ -94,7 +94,7 @@ std::int64_t Plugin::start_up(std::int16_t api_version, std::uint8_t application
         return startup_bad_version;
 
     if (guard)
-        guard->start(); // until shut_down, which a host sends to a plug-in that it has accepted
+        guard->start(log_line()); // until shut_down, which a host sends to whom it has accepted
     host_.meet(api_version);
     const LicenceStart started = licence->at_startup(on_server_host);
     state.server_log = started.log_calls;
@@ -166,11 +166,18 @@ void* Plugin::main_window() {
 }
 
 void Plugin::log(std::string_view line) {
+    log_line()(line);
+}
+
+// Needs nothing of the plug-in, which a thread of the policy's may outlive.
+std::function<void(std::string_view)> Plugin::log_line() {
     const bool on_web_host = is_web_host(state.application_type);
     const bool has_log_folder = on_web_host || is_server_host(state.application_type);
-    system.logs().append(on_web_host ? files::LogChannel::Web : files::LogChannel::Server,
-                         has_log_folder ? files::LogFolder::OfServer : files::LogFolder::Own,
-                         plugin_name, line);
+    const auto channel = on_web_host ? files::LogChannel::Web : files::LogChannel::Server;
+    const auto folder = has_log_folder ? files::LogFolder::OfServer : files::LogFolder::Own;
+    return [&logs = system.logs(), channel, folder](std::string_view line) {
+        logs.append(channel, folder, plugin_name, line);
+    };
 }
 
 void answer_string_query(std::uint8_t string_number, std::span<char16_t> buffer) {

@@ -12,6 +12,7 @@
 #include "src/system/system.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -53,6 +54,7 @@ class Plugin {
 
     // A line of the permanent log: web hosts have one of their own.
     void log(std::string_view line);
+    std::function<void(std::string_view)> log_line();
 
     System& system;
     dragdrop::DragAndDrop& drops;

@@ -1,5 +1,7 @@
 #include "src/policy/audit_log.h"
 
+#include "src/base/number_text.h"
+
 #include <deque>
 #include <system_error>
 #include <utility>
@@ -9,6 +11,7 @@ namespace vell::policy {
 struct AuditLog::Shared {
     Now now;
     Write write;
+    Report report;
     std::chrono::milliseconds pause; // before what could not be written is tried again
 
     std::mutex mutex;
@@ -19,6 +22,16 @@ struct AuditLog::Shared {
     std::uint64_t lost = 0;
     bool is_running = false;
     bool is_to_end = false;
+    bool is_reported = false; // that lines cannot be written
+
+    // While the lock is open.
+    void tell(const std::string& words) const {
+        try {
+            if (report)
+                report(words);
+        } catch (...) { // there is nobody else to tell
+        }
+    }
 };
 
 AuditLog::AuditLog(Now now, Write write, std::chrono::milliseconds pause)
@@ -32,10 +45,11 @@ AuditLog::~AuditLog() {
     static_cast<void>(stop(std::chrono::seconds(1)));
 }
 
-void AuditLog::start() {
+void AuditLog::start(Report report) {
     const std::lock_guard lock(shared_->mutex);
     if (thread_.joinable())
         return;
+    shared_->report = std::move(report);
     shared_->is_to_end = false;
     shared_->is_running = true;
     try {
@@ -68,13 +82,17 @@ bool AuditLog::write_waiting(Shared& shared, std::unique_lock<std::mutex>& lock)
     if (lost > 0)
         batch += lost_line(shared.now(), lost);
     lock.unlock();
-    bool is_written = false;
+    Result<void> written = Failure{ErrorCode::OutOfMemory};
     try {
-        is_written = shared.write(batch);
+        written = shared.write(batch);
     } catch (...) { // a lack of memory is one of the disk's
     }
+    if (!written && !shared.is_reported)
+        shared.tell("The audit log cannot be written, code " +
+                    to_text(std::int64_t{number(written.error())}) + "; its lines wait");
+    shared.is_reported = !written.has_value();
     lock.lock();
-    if (!is_written)
+    if (!written)
         return false;
     for (std::size_t i = 0; i < taken; ++i) {
         shared.bytes -= shared.lines.front().size();
@@ -96,6 +114,11 @@ void AuditLog::run(Shared& shared) {
         if (shared.is_to_end)
             break;
         shared.changed.wait_for(lock, shared.pause, [&] { return shared.is_to_end; });
+    }
+    if (const std::uint64_t lost = shared.lines.size() + shared.lost; lost > 0) {
+        lock.unlock();
+        shared.tell(to_text(lost) + " lines of the audit log are lost");
+        lock.lock();
     }
     shared.is_running = false;
     shared.changed.notify_all();

@@ -1,6 +1,7 @@
 // The audit log: lines that a thread of its own writes, so that no call waits for the disk.
 #pragma once
 
+#include "src/base/result.h"
 #include "src/policy/audit_line.h"
 
 #include <chrono>
@@ -22,15 +23,18 @@ class AuditLog {
     static constexpr std::size_t longest_batch = 256 * 1024;
 
     using Now = std::function<Moment()>;
-    // Writes whole lines; false where they could not be written. Called by the thread alone.
-    using Write = std::function<bool(std::string_view lines)>;
+    // Writes whole lines. Called by the thread alone.
+    using Write = std::function<Result<void>(std::string_view lines)>;
+    // Tells of lines that cannot be written, once until some are written again, and of those that
+    // are lost for good. Called by the thread, which may outlive the log.
+    using Report = std::function<void(std::string_view words)>;
 
     AuditLog(Now now, Write write, std::chrono::milliseconds pause = std::chrono::seconds(1));
     AuditLog(const AuditLog&) = delete;
     AuditLog& operator=(const AuditLog&) = delete;
     ~AuditLog();
 
-    void start();
+    void start(Report report);
     // From any thread; never waits. Lines that come before start wait for it.
     void add(std::string line);
     // Writes what is waiting and ends the thread. False where the disk takes longer: the thread

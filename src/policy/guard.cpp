@@ -6,6 +6,7 @@
 #include <array>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 namespace vell::policy {
 namespace {
@@ -82,7 +83,7 @@ Guard::Guard(Policy policy, System& system, const LogFolder& log_folder)
         return now_of(system.clock());
     };
     log_ = std::make_unique<AuditLog>(
-        now, [file](std::string_view lines) { return file->append(lines).has_value(); });
+        now, [file](std::string_view lines) { return file->append(lines); });
     log_->add(start_line(policy_, now()));
 }
 
@@ -96,9 +97,9 @@ void Guard::write(const CallOrigin& origin, std::string_view function, ErrorCode
         log_->add(line_of({now_of(system_.clock()), origin, function, number(result)}, scope));
 }
 
-void Guard::start() {
+void Guard::start(AuditLog::Report report) {
     if (log_)
-        log_->start();
+        log_->start(std::move(report));
 }
 
 bool Guard::stop() {

@@ -37,7 +37,7 @@ class Guard {
     void write(const CallOrigin& origin, std::string_view function, ErrorCode result,
                const CallScope& scope);
 
-    void start();
+    void start(AuditLog::Report report);
     // False where lines are still being written; see AuditLog::stop.
     bool stop();
 

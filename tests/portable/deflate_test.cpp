@@ -1,5 +1,6 @@
 #include "src/archive/deflate_decoder.h"
 #include "src/archive/deflate_encoder.h"
+#include "tests/portable/by_zlib.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -9,6 +10,9 @@
 
 namespace vell::archive {
 namespace {
+
+using testing::by_zlib;
+using testing::Expanded;
 
 // Lines with numbers in them: matches near and far, and some noise.
 std::string lines(std::size_t size, unsigned seed = 1) {
@@ -28,30 +32,6 @@ std::string noise(std::size_t size) {
     return bytes;
 }
 
-struct Stream {
-    bool is_whole = false;
-    std::string bytes; // those that came out
-};
-
-Stream by_zlib(std::string_view compressed) {
-    Stream stream;
-    z_stream state{};
-    inflateInit2(&state, -MAX_WBITS);
-    state.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(compressed.data()));
-    state.avail_in = static_cast<uInt>(compressed.size());
-    int code = Z_OK;
-    std::string piece(1 << 16, '\0');
-    while (code == Z_OK) {
-        state.next_out = reinterpret_cast<Bytef*>(piece.data());
-        state.avail_out = static_cast<uInt>(piece.size());
-        code = inflate(&state, Z_NO_FLUSH);
-        stream.bytes.append(piece, 0, piece.size() - state.avail_out);
-    }
-    inflateEnd(&state);
-    stream.is_whole = code == Z_STREAM_END;
-    return stream;
-}
-
 std::string deflated(const std::string& bytes, int level, int strategy = Z_DEFAULT_STRATEGY) {
     z_stream state{};
     deflateInit2(&state, level, Z_DEFLATED, -MAX_WBITS, 9, strategy);
@@ -66,8 +46,8 @@ std::string deflated(const std::string& bytes, int level, int strategy = Z_DEFAU
     return out;
 }
 
-Stream by_decoder(DeflateDecoder& decoder, std::string_view compressed, std::size_t piece_size) {
-    Stream stream;
+Expanded by_decoder(DeflateDecoder& decoder, std::string_view compressed, std::size_t piece_size) {
+    Expanded stream;
     const auto next = [&]() -> Result<std::string_view> {
         const std::string_view piece = compressed.substr(0, piece_size);
         compressed.remove_prefix(piece.size());
@@ -94,7 +74,7 @@ TEST(DeflateEncoder, GivesOneStreamOfItsParts) {
                     bytes.copy(encoder.room_for(count).data(), count, at);
                     compressed += encoder.encode(count, at + count == size);
                 }
-                const Stream stream = by_zlib(compressed);
+                const Expanded stream = by_zlib(compressed);
                 EXPECT_TRUE(stream.is_whole && stream.bytes == bytes) << level << ' ' << size;
                 EXPECT_LE(compressed.size(), size + size / 8'000 + 32);
             }
@@ -116,7 +96,7 @@ TEST(DeflateDecoder, TakesWhatEncodersMake) {
                                               {6, Z_RLE}}) {
             const std::string compressed = deflated(bytes, level, strategy);
             for (const std::size_t piece : {std::size_t{65'536}, std::size_t{999'983}}) {
-                const Stream stream = by_decoder(decoder, compressed + "behind it", piece);
+                const Expanded stream = by_decoder(decoder, compressed + "behind it", piece);
                 EXPECT_TRUE(stream.is_whole && stream.bytes == bytes)
                     << bytes.size() << ' ' << level << ' ' << strategy;
             }
@@ -137,8 +117,8 @@ TEST(DeflateDecoder, JudgesDamageAsZlibDoes) {
             changed.resize(random() % whole.size());
         else
             changed[random() % whole.size()] ^= static_cast<char>(1u << random() % 8);
-        const Stream wanted = by_zlib(changed);
-        const Stream stream = by_decoder(decoder, changed, 4'096);
+        const Expanded wanted = by_zlib(changed);
+        const Expanded stream = by_decoder(decoder, changed, 4'096);
         ASSERT_EQ(stream.is_whole, wanted.is_whole) << round;
         ASSERT_TRUE(stream.bytes == wanted.bytes) << round;
     }

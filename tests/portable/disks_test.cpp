@@ -41,7 +41,10 @@ class FakeDisks : public testing::FakeSystem {
             bits |= 1u << (letter - u'A');
         return bits;
     }
-    DiskType type_of(const std::u16string& root) override { return disks.at(root[0]).type; }
+    DiskType type_of(const std::u16string& root) override {
+        const auto found = disks.find(root[0]);
+        return found == disks.end() ? DiskType::None : found->second.type;
+    }
     Result<VolumeInformation> information(const std::u16string& root) override {
         VolumeInformation information{u"", u"NTFS", 0x1A2B003C, true};
         if (root[1] == u':') {

@@ -1,12 +1,18 @@
 // Blocks that are longer than any that is held in memory, and the memory that the longest ones
 // take.
 #include "src/base/number_text.h"
+#include "src/formats/jpeg/icc_chunks.h"
 #include "src/metadata/containers/metadata_blocks.h"
 #include "src/metadata/values/file_values.h"
 #include "src/metadata/writing/block_place.h"
+#include "src/metadata/writing/photoshop_block.h"
+#include "src/pictures/colour.h"
 #include "src/pictures/inside/orientation.h"
 #include "src/pictures/inside/previews.h"
 #include "src/structure/file_structure.h"
+#include "tests/portable/camera_builder.h"
+#include "tests/portable/fake_call.h"
+#include "tests/portable/fake_system.h"
 #include "tests/portable/held_memory.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/movie_builder.h"
@@ -133,7 +139,7 @@ TEST(LongBlocks, AreLeftOutOfWhatIsFound) {
           id3_with("GEOB"),
           flac_with(6),
           flac_with(4),
-
+          "FUJIFILM" + std::string(76, ' ') + big32(100) + big32(~0U),
           mrw_with("\0TTW"s),
           mrw_with("\0PRD"s),
           box("JXL ", "\r\n\x87\n") + box("ftyp", "jxl " + big32(0) + "jxl ") + packet_box})
@@ -206,6 +212,16 @@ std::string sub_blocks(const std::string& data) {
 std::string gif(const std::string& extensions) {
     return "GIF89a" + "\1\0\1\0\0\0\0"s + extensions + ';';
 }
+// Leads any reader of sub-blocks to the end of what is no chain of them.
+std::string gif_trailer() {
+    std::string bytes = "\1";
+    for (int byte = 255; byte >= 0; --byte)
+        bytes += static_cast<char>(byte);
+    return bytes + '\0';
+}
+std::string with_start(const std::string& start, std::string file) {
+    return file.replace(0, start.size(), start);
+}
 std::string raw_profile(const std::string& kind, const std::string& bytes) {
     return "Raw profile type " + kind + '\0' + "\n" + kind + "\n " + std::to_string(bytes.size()) +
            "\n" + hexadecimal(bytes) + "\n";
@@ -235,6 +251,11 @@ std::vector<LongFile> long_files() {
         return build_tiff(ByteOrder::Little, {.first = {std::move(field)}});
     };
     const std::string tags = tiff(ascii(271, text));
+    std::string chunks;
+    for (char i = 1; i <= 32; ++i)
+        chunks += segment(SegmentMarker::App2,
+                          "ICC_PROFILE\0"s + i + ' ' + text.substr(0, block_size / 32 - 100));
+    const std::string long_profile = jpeg({chunks});
     const TiffField rationals{318, FieldType::Rational, {}, text, block_size / 8};
     return {
         {"-GetTextChunkFromPNG", png({png_chunk("tEXt", "Title\0"s + text)})},
@@ -261,6 +282,20 @@ std::vector<LongFile> long_files() {
         {"GetExif", chunk_of_webp("EXIF", tags)},
         {"GetXMP", gif("\x21\xFE" + sub_blocks(text))},
         {"GetXMP", gif("\x21\xFF\x0BICCRGBG1012" + sub_blocks(text))},
+        {"GetXMP", gif("\x21\xFF\x0BXMP DataXMP" + packet + gif_trailer())},
+        {"GetExif", cr3(tags, "", "", packet), 2 * block_size},
+        {"GetXMP", cr3("", "", "", packet)},
+        {"GetExif", raf(long_profile)},
+        {"GetExif", x3f(long_profile)},
+        {"GetExif", with_start("IIRO", tags)},
+        {"GetExif", with_start("IIU\0"s, tags)},
+        {"GetExif", crw({{0x080B, text}, {0x0810, text}})},
+        {"GetExif", mrw(tags)},
+        {"GetExif",
+         box("ftyp", "qt  ") +
+             box("moov", box("cmov", box("dcom", "zlib") +
+                                         box("cmvd", big32(block_size) + deflated(text)))),
+         2 * block_size},
     };
 }
 
@@ -285,6 +320,118 @@ TEST(LongBlocks, AreHeldTwiceAtMost) {
             EXPECT_TRUE(read_values(*reader, ValueKinds::all(), TextEncoding::Native, decoder));
         });
         EXPECT_LT(as_values.value_or(0), twice) << "values of file " << i;
+        FakeSystem system;
+        system.add(u"C:\\a", each.bytes);
+        FakeCall call({u"-Verbose", u"C:\\a"});
+        const auto as_structure = most_memory_held(
+            [&] { static_cast<void>(structure::get_file_structure(call, system)); });
+        EXPECT_LT(as_structure.value_or(0), twice) << "structure of file " << i;
+    }
+}
+
+// A file of the text, and nothing of what is written.
+class Unwritten final : public EndlessFile {
+  public:
+    explicit Unwritten(const std::string& bytes) : EndlessFile(bytes, "x", bytes.size()) {}
+    Result<void> write(std::string_view bytes) override {
+        written += bytes.size();
+        return {};
+    }
+
+    std::uint64_t written = 0;
+};
+
+TEST(LongBlocks, AreHeldTwiceAtMostWhereOthersAreWritten) {
+    const std::string text = noise(block_size);
+    const auto tiff = [](std::vector<TiffField> fields) {
+        fields.insert(fields.begin(), {256, FieldType::Long, {1}});
+        return build_tiff(ByteOrder::Big, {.first = std::move(fields)});
+    };
+    const std::string packet = packet_of("new");
+    const struct {
+        BlockKind kind;
+        std::string file;
+        std::string text;
+        std::uint64_t growth; // about
+    } cases[] = {
+        {BlockKind::Xmp, tiff({undefined(34675, text)}), packet, block_size},
+        {BlockKind::Xmp, tiff({bytes(700, text)}), packet, 0},
+        {BlockKind::Xmp, tiff({bytes(700, "old"), undefined(50706, "1400")}), packet_of(text),
+         block_size},
+        {BlockKind::Iptc, tiff({undefined(33723, text)}), dataset(2, 5, "T"), 0},
+        {BlockKind::Iptc, tiff({bytes(34377, resource(1028, text))}), dataset(2, 5, "T"), 0},
+        {BlockKind::ImageUrl, tiff({bytes(34377, resource(1036, text))}), "url", block_size},
+        {BlockKind::Exif, tiff({ascii(271, text), ascii(272, "M")}), "##EXIF 272\rModel\r##END 272",
+         0},
+        {BlockKind::Exif, tiff({ascii(271, text)}), "##EXIF 271\rMaker\r##END 271", 0},
+        {BlockKind::Exif, tiff({undefined(37510, text)}), "##EXIF 37510\rNote\r##END 37510", 0},
+    };
+    for (const auto& each : cases) {
+        Unwritten file(each.file), copy("");
+        auto reader = files::BufferedReader::over(file);
+        FakeCall call({});
+        const TextStore store(call, std::nullopt);
+        const auto sections = parse_tagged_text(each.text);
+        std::string block = each.kind == BlockKind::ImageUrl ? "" : each.text;
+        const auto held = most_memory_held([&] {
+            const auto place = find_block_place(*reader, {each.kind, each.text, u"a.dng"});
+            ASSERT_TRUE(place) << each.text.substr(0, 100) << number(place.error());
+            if (each.kind == BlockKind::Exif) {
+                ASSERT_TRUE((*place)->put_tags(*reader, *sections, MakerNote::Keep, store));
+            } else {
+                if (each.kind == BlockKind::ImageUrl)
+                    block = with_resource((*place)->content(), photoshop::ResourceId::ImageUrl,
+                                          each.text)
+                                .value();
+                ASSERT_TRUE((*place)->put(std::move(block)));
+            }
+            ASSERT_TRUE(file.seek(files::SeekFrom::Start, 0));
+            ASSERT_TRUE((*place)->copy(file, copy));
+        });
+        const bool is_new = each.text.size() > block_size;
+        EXPECT_LT(held.value_or(0), (is_new ? 1 : 2) * block_size + 3 * buffers)
+            << each.text.substr(0, 100);
+        EXPECT_NEAR(static_cast<double>(copy.written),
+                    static_cast<double>(each.file.size() + each.growth), 4096)
+            << each.text.substr(0, 100);
+    }
+}
+
+TEST(LongBlocks, ProfilesOfThumbnailsAreHeldTwiceAtMost) {
+    const pictures::PictureLayout layout{.width = 1, .height = 1};
+    std::string profile = pictures::gamma_profile(layout.model, 1.8, pictures::srgb_primaries);
+    profile += noise(block_size);
+    profile.replace(0, 4, big32(static_cast<std::uint32_t>(profile.size())));
+    std::string segments;
+    constexpr std::size_t longest_chunk = 65'000;
+    const std::size_t count = (profile.size() + longest_chunk - 1) / longest_chunk;
+    for (std::size_t i = 0; i < count; ++i)
+        segments += segment(SegmentMarker::App2,
+                            "ICC_PROFILE\0"s + static_cast<char>(i + 1) +
+                                static_cast<char>(count) +
+                                profile.substr(i * longest_chunk, longest_chunk));
+    const std::string file = jpeg({segments});
+    BytesInMemory source(file);
+    const auto held = most_memory_held([&] {
+        const auto read = formats::jpeg::read_profile(formats::Window(source), longest_blocks);
+        ASSERT_TRUE(read && *read == profile);
+        const pictures::ToSrgb to_srgb(layout, *read);
+    });
+    EXPECT_LT(held.value_or(0), 2 * block_size + 3 * buffers);
+}
+
+// A gap between segments, fill bytes or markers without end are no stream of JPEG.
+TEST(LongBlocks, GapsInJpegAreNotReadForGigabytes) {
+    constexpr std::uint64_t most = 16U << 20U;
+    for (const std::string& pattern : {"x"s, "\xFF"s, "\xFF\xD0"s, "\xFF\xE1\0\2"s}) {
+        for (const std::string& start : {"\xFF\xD8"s, "FUJIFILM" + std::string(76, ' ') +
+                                                          big32(92) + big32(~0U) + "\xFF\xD8"s}) {
+            EndlessFile file(start, pattern, four_gigabytes);
+            auto reader = files::BufferedReader::over(file);
+            EXPECT_TRUE(find_blocks(formats::Window(*reader), everything));
+            EXPECT_TRUE(pictures::orientation_of(*reader));
+            EXPECT_LT(file.bytes_read(), most) << start << pattern;
+        }
     }
 }
 

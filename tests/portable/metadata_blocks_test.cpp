@@ -5,6 +5,7 @@
 #include "src/base/md5.h"
 #include "src/base/number_text.h"
 #include "src/metadata/reading/tag_reader.h"
+#include "tests/portable/camera_builder.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/movie_builder.h"
 #include "tests/portable/picture_files.h"
@@ -129,53 +130,6 @@ std::string heic(const std::string& exif, const std::string& packet, const std::
                                             full_box("ipma", big32(1) + big16(2) + "\2\1\2")));
     };
     return with(with(0).size() + 8) + box("mdat", between + exif + packet);
-}
-
-std::string cr3(const std::string& image, const std::string& exif, const std::string& gps,
-                const std::string& packet) {
-    return box("ftyp", "crx " + big32(1) + "crx isom") +
-           box("moov", box("uuid", "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A"
-                                   "\x48" +
-                                       box("CMT1", image) + box("CMT2", exif) +
-                                       box("CMT3", "maker") + box("CMT4", gps))) +
-           box("uuid", "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC" + packet);
-}
-
-std::string raf(const std::string& picture) {
-    return "FUJIFILMCCD-RAW 0201FF000000" + std::string(56, ' ') + big32(92 + 8) +
-           big32(static_cast<std::uint32_t>(picture.size())) + big32(0) + big32(0) + picture;
-}
-
-std::string x3f(const std::string& picture) {
-    const std::string preview = "SECi" + little32(0x20000) + little32(2) + little32(18) +
-                                little32(2) + little32(1) + little32(0) + picture;
-    const std::string start =
-        "FOVb" + std::string(24, '\0') + little32(2640) + little32(1760) + little32(0) + preview;
-    return start + "SECd" + little32(0x20000) + little32(1) + little32(40) +
-           little32(static_cast<std::uint32_t>(preview.size())) + "IMA2" +
-           little32(static_cast<std::uint32_t>(start.size()));
-}
-
-std::string mrw(const std::string& tags) {
-    const std::string blocks = "\0PRD"s + big32(3) + "abc" + "\0TTW"s +
-                               big32(static_cast<std::uint32_t>(tags.size())) + tags;
-    return "\0MRM"s + big32(static_cast<std::uint32_t>(blocks.size())) + blocks;
-}
-
-std::string ciff_entry(std::uint16_t type, std::size_t size, std::size_t offset) {
-    return std::string{static_cast<char>(type), static_cast<char>(type >> 8)} +
-           little32(static_cast<std::uint32_t>(size)) +
-           little32(static_cast<std::uint32_t>(offset));
-}
-std::string crw(const std::vector<std::pair<std::uint16_t, std::string>>& records) {
-    std::string data, entries;
-    for (const auto& [type, value] : records) {
-        entries += ciff_entry(type, value.size(), data.size());
-        data += value;
-    }
-    return "II\x1A\0\0\0HEAPCCDR"s + std::string(12, '\0') + data +
-           std::string{static_cast<char>(records.size()), '\0'} + entries +
-           little32(static_cast<std::uint32_t>(data.size()));
 }
 
 // A BigTIFF file with one directory of tags, whose values are of bytes; those of more than eight
@@ -641,7 +595,7 @@ TEST(MetadataBlocks, NoMoreIsReadThanIsWanted) {
                    {.tags = true}),
         100U);
     EXPECT_LT(bytes_read(raf(jpeg({exif_segment(make_block)}) + image), everything), 1000U);
-    EXPECT_EQ(bytes_read(jpeg({exif_segment(make_block)}), {.comments = true}), 8U + 4U + 2U);
+    EXPECT_EQ(bytes_read(jpeg({exif_segment(make_block)}), {.comments = true}), 2U + 8U + 4U + 2U);
 
     // More than there is room for is not read at all.
     EndlessFile endless("RIFF" + little32(0x7FFFFFFF) + "WEBPXMP " + little32(65U << 20U), "x",

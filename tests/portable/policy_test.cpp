@@ -377,9 +377,9 @@ TEST(AuditLog, LosesLinesAndNoTimeOnASlowDisk) {
                  [&](std::string_view lines) {
                      released.wait();
                      written += lines;
-                     return true;
+                     return Result<void>();
                  });
-    log.start();
+    log.start({});
     const std::string line = std::string(1023, 'x') + '\n';
     constexpr std::size_t room = AuditLog::queue_limit / 1024;
     for (std::size_t i = 0; i < room + 100; ++i)
@@ -391,25 +391,29 @@ TEST(AuditLog, LosesLinesAndNoTimeOnASlowDisk) {
     EXPECT_TRUE(written.ends_with(lost));
 }
 
-TEST(AuditLog, TriesAgainWhatTheDiskRefused) {
+TEST(AuditLog, TriesAgainWhatTheDiskRefusedAndTellsOnce) {
     int tries = 0;
-    std::string written;
+    std::promise<void> done;
+    std::string written, told;
     AuditLog log([] { return morning; },
                  [&](std::string_view lines) {
-                     if (++tries < 3)
-                         return false;
+                     ++tries;
+                     if (tries != 3)
+                         return Result<void>(Failure{ErrorCode::NotFound});
                      written += lines;
-                     return true;
+                     done.set_value();
+                     return Result<void>();
                  },
                  std::chrono::milliseconds(1));
     log.add("one\n");
-    log.start();
-    while (true) {
-        if (log.stop(std::chrono::seconds(60)); tries >= 3)
-            break;
-        log.start();
-    }
+    log.start([&](std::string_view words) { (told += words) += '\n'; });
+    done.get_future().wait();
+    log.add("two\n");
+    log.add("three\n");
+    ASSERT_TRUE(log.stop(std::chrono::seconds(60)));
     EXPECT_EQ(written, "one\n");
+    const std::string trouble = "The audit log cannot be written, code -43; its lines wait\n";
+    EXPECT_EQ(told, trouble + trouble + "2 lines of the audit log are lost\n");
 }
 
 TEST(PolicyFile, IsFoundBesideThePlugIn) {
@@ -433,7 +437,7 @@ TEST(PolicyFile, IsFoundBesideThePlugIn) {
         guard = guard_of(place, system, functions);
         ASSERT_NE(guard, nullptr);
         EXPECT_TRUE(guard->denies("VlFile_Exists"));
-        guard->start();
+        guard->start({});
         EXPECT_TRUE(guard->stop());
         EXPECT_NE(system.at(u"C:\\logs\\VellFile.audit.jsonl").find("allows nothing"),
                   std::string::npos);

@@ -194,7 +194,7 @@ TEST_F(WalkOfTheRegistry, RefusesOtherDisks) {
         return call(*row, std::move(parameters));
     };
     for (const std::string_view function : {"VlFile_DiskInfo", "VlFile_UnmountDisk"}) {
-        EXPECT_EQ(ask(function, {u"", u"D:"}), "$$-35"); // there is none
+        EXPECT_EQ(ask(function, {u"", u"D:"}), "$$-4225");
         EXPECT_EQ(ask(function, {u"", u"\\\\server\\share\\"}), "$$-4225");
     }
     EXPECT_EQ(ask("VlFile_MountDisk", {u"", u"", u"server", u"share"}), "$$-4225");

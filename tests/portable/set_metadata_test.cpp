@@ -1,10 +1,7 @@
-#include "src/metadata/set_metadata.h"
-
-#include "tests/portable/fake_call.h"
-#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
+#include "tests/portable/written_file.h"
 
 #include <gtest/gtest.h>
 
@@ -16,28 +13,6 @@ using namespace vell::testing;
 const std::string frame = segment(SegmentMarker::Sof0, "frame") + "\xFF\xDAscan\xFF\xD9";
 const std::string soi = "\xFF\xD8";
 const std::string plain = soi + segment(SegmentMarker::App0, "JFIF") + frame;
-const std::u16string source = u"C:\\a.jpg";
-const std::u16string destination = u"C:\\b.jpg";
-
-// The code of a write, as from `source` to `target`.
-std::int32_t set(FakeSystem& files, const std::u16string& target, std::string_view switches,
-                 std::string_view text) {
-    FakeCall call({utf16_from_utf8(switches), source, target, utf16_from_utf8(text)});
-    const Result<void> done = set_metadata(call, files);
-    EXPECT_EQ(call.result() == u"0", done.has_value());
-    return done ? 0 : number(done.error());
-}
-
-// The file after a write that succeeds; "!" and the code otherwise.
-std::string written(const std::string& file, std::string_view switches, std::string_view text) {
-    FakeSystem files;
-    files.add(source, file);
-    const std::int32_t code = set(files, destination, switches, text);
-    EXPECT_EQ(files.at(source), file);
-    EXPECT_EQ(files.contents().size(), code == 0 ? 2U : 1U);
-    return code == 0 ? files.at(destination) : "!" + std::to_string(code);
-}
-
 // What stands between JFIF and the frame.
 std::string added(std::string_view switches, std::string_view text, const std::string& old = "") {
     const std::string start = plain.substr(0, plain.size() - frame.size());

@@ -1,12 +1,10 @@
 // Metadata written into PNG, WebP and TIFF files, and beside photographs.
 #include "src/formats/recognition.h"
-#include "src/metadata/set_metadata.h"
 #include "src/metadata/writing/block_place.h"
-#include "tests/portable/fake_call.h"
-#include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
 #include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
+#include "tests/portable/written_file.h"
 
 #include <gtest/gtest.h>
 
@@ -16,27 +14,6 @@ namespace vell::metadata {
 namespace {
 
 using namespace vell::testing;
-
-const std::u16string source = u"C:\\a.bin";
-const std::u16string destination = u"C:\\b.bin";
-
-std::int32_t set(FakeSystem& files, const std::u16string& target, std::string_view switches,
-                 std::string_view text) {
-    FakeCall call({utf16_from_utf8(switches), source, target, utf16_from_utf8(text)});
-    const Result<void> done = set_metadata(call, files);
-    EXPECT_EQ(call.result() == u"0", done.has_value());
-    return done ? 0 : number(done.error());
-}
-
-// The file after a write that succeeds; "!" and the code otherwise.
-std::string written(const std::string& file, std::string_view switches, std::string_view text) {
-    FakeSystem files;
-    files.add(source, file);
-    const std::int32_t code = set(files, destination, switches, text);
-    EXPECT_EQ(files.at(source), file);
-    EXPECT_EQ(files.contents().size(), code == 0 ? 2U : 1U);
-    return code == 0 ? files.at(destination) : "!" + std::to_string(code);
-}
 
 std::string section(const std::string& word, int number, const std::string& value) {
     const std::string digits = std::to_string(number);

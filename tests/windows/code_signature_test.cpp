@@ -1,12 +1,13 @@
 // VlFile_GetCodeSignInfo on program files made for it.
+#include "tests/windows/base64.h"
 #include "tests/windows/plugin_fixture.h"
-
-#include <wincrypt.h>
 
 #include <algorithm>
 
 namespace vell::test {
 namespace {
+
+using testing::bytes_of_base64;
 
 // A signed message whose signer's certificate is issued by an authority that no computer trusts.
 constexpr const char* signed_message =
@@ -18,17 +19,6 @@ constexpr const char* signed_message =
     "AIHt/1JleNLeg6lFpHbvVM9EuYMpV3vKw5/lt27FEvqMMYGMMIGJAgEBMCMwHjEcMBoGA1UEAwwTVmVsbCBUZXN0IEF1"
     "dGhvcml0eQIBATALBglghkgBZQMEAgEwCgYIKoZIzj0EAwIERjBEAiBt1g8Ml6rBREoXj/KtECSGgLKvvavYMYga7PR4"
     "nVtxtQIgUAd3LQiv586nc5hz8pqf2JsvUjxBSrU/YitwH7SyMFw=";
-
-std::string bytes_of_base64(std::string_view base64) {
-    DWORD size = 0;
-    const auto length = static_cast<DWORD>(base64.size());
-    CryptStringToBinaryA(base64.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr,
-                         nullptr);
-    std::string bytes(size, '\0');
-    CryptStringToBinaryA(base64.data(), length, CRYPT_STRING_BASE64,
-                         reinterpret_cast<BYTE*>(bytes.data()), &size, nullptr, nullptr);
-    return bytes;
-}
 
 std::string unsigned_program() {
     return read_file(executable_folder() + L"FMWrapper.dll");

@@ -3,6 +3,7 @@
 // had.
 #include "src/windows/desktop/com.h"
 #include "src/windows/system.h"
+#include "tests/windows/base64.h"
 #include "tests/windows/plugin_fixture.h"
 #include "tests/windows/wine.h"
 
@@ -10,7 +11,6 @@
 #include <sddl.h>
 #include <shlobj.h>
 #include <wincodec.h>
-#include <wincrypt.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -18,6 +18,8 @@
 
 namespace vell::test {
 namespace {
+
+using testing::bytes_of_base64;
 
 constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
 
@@ -322,17 +324,6 @@ constexpr const char* heic_picture =
     "wXPAiQAAABRpc3BlAAAAAAAAAEAAAABAAAAAFGlzcGUAAAAAAAAAMAAAACAAAAAQcGl4aQAAAAADCAgIAAAAGmlwbWEA"
     "AAAAAAAAAgABAoECAAICA4QAAAAaaXJlZgAAAAAAAAAOZGltZwACAAEAAQAAAEltZGF0AAAAPSgBrxOAeXPTSAv/+u8F"
     "f+Vaz/zNyboRP/44VPv25av/WaNQL9hPX3tkw0vwJbLOs9DSwqvox0f3r6A/y3A=";
-
-std::string bytes_of_base64(std::string_view base64) {
-    DWORD size = 0;
-    const auto length = static_cast<DWORD>(base64.size());
-    CryptStringToBinaryA(base64.data(), length, CRYPT_STRING_BASE64, nullptr, &size, nullptr,
-                         nullptr);
-    std::string bytes(size, '\0');
-    CryptStringToBinaryA(base64.data(), length, CRYPT_STRING_BASE64,
-                         reinterpret_cast<BYTE*>(bytes.data()), &size, nullptr, nullptr);
-    return bytes;
-}
 
 // What Windows itself says to a picture: whether it has a codec that decodes this file.
 HRESULT decoded_by_windows(const std::u16string& file) {

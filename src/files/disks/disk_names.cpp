@@ -129,11 +129,15 @@ Result<Disk> find_disk(System& system, std::u16string name, Below below) {
         return Failure{ErrorCode::BadName};
     if (letter && is_used(system.disks().letters(), *letter))
         return disk_of(system, *letter);
-    if (letter && item.size() > 1)
-        return Failure{ErrorCode::VolumeNotFound};
-    if (!can_be_a_part(item))
-        return Failure{ErrorCode::BadName};
-    return find_named(system, item);
+    if (!letter)
+        return can_be_a_part(item) ? find_named(system, item)
+                                   : Result<Disk>(Failure{ErrorCode::BadName});
+    Result<Disk> named = item.size() > 1 ? Result<Disk>(Failure{ErrorCode::VolumeNotFound})
+                                         : find_named(system, item);
+    // A policy hides disks among the letters. Asked about one, it refuses and notes the call.
+    if (!named)
+        static_cast<void>(system.disks().type_of(drive_root(*letter)));
+    return named;
 }
 
 Result<std::u16string> share_name(std::u16string_view server, std::u16string_view disk) {

@@ -26,15 +26,30 @@ Read<void> SegmentWalk::pass_prefix() {
             file_.seek(start + at + 1);
             return {};
         }
+        VELL_TRY(spend(count));
     }
+}
+
+Read<void> SegmentWalk::spend(std::uint64_t count) {
+    if (count > room_)
+        return fault(Damage::CutOff);
+    room_ -= count;
+    return {};
+}
+
+Read<bool> begins_stream(Window window) {
+    window.seek(0);
+    return VELL_TRY(window.read_bytes(start_of_image.size())) == start_of_image;
 }
 
 Read<Marker> SegmentWalk::next() {
     VELL_TRY(pass_prefix());
     const std::uint64_t start = file_.position() - 1;
     std::uint8_t code = marker_prefix;
-    while (code == marker_prefix) // any number of fill bytes
+    while (code == marker_prefix) { // any number of fill bytes
+        VELL_TRY(spend(cost_of_marker));
         code = VELL_TRY(file_.read_integer<std::uint8_t>(ByteOrder::Big));
+    }
     return Marker{SegmentMarker{code}, start};
 }
 

@@ -66,6 +66,7 @@ constexpr bool ends_segments(SegmentMarker marker) {
 }
 
 inline constexpr std::uint64_t marker_size = 2;
+inline constexpr std::string_view start_of_image = "\xFF\xD8";
 inline constexpr std::uint64_t length_size = 2; // of the length field, which counts itself
 inline constexpr std::size_t longest_payload = 0xFFFF - length_size;
 
@@ -123,6 +124,9 @@ struct IccChunkHeader {
     }
 };
 
+// Whether a stream begins where the window does.
+Read<bool> begins_stream(Window window);
+
 struct Marker {
     SegmentMarker code;
     std::uint64_t start; // of its first 0xFF
@@ -150,7 +154,8 @@ class SegmentWalk {
 
     // Where the next marker is looked for.
     std::uint64_t position() const { return file_.position(); }
-    // The next marker; what stands before it is passed over. CutOff when there is none.
+    // The next marker; what stands before it is passed over. CutOff when there is none, or so much
+    // has been passed that this is no such stream.
     Read<Marker> next();
     // The segment behind that marker, which came last; the walk goes on at its end. One that is too
     // short has no content. CutOff when not even its length is there.
@@ -162,9 +167,16 @@ class SegmentWalk {
     }
 
   private:
+    // Bytes of gaps that a walk reads: no writer leaves so many. Each byte of a marker counts for
+    // several, since it is read by itself.
+    static constexpr std::uint64_t longest_gaps = 4U << 20U;
+    static constexpr std::uint64_t cost_of_marker = 16;
+
     Read<void> pass_prefix();
+    Read<void> spend(std::uint64_t count);
 
     Window file_;
+    std::uint64_t room_ = longest_gaps;
 };
 
 } // namespace vell::formats::jpeg

@@ -1,6 +1,7 @@
 #include "src/host/bridge/host_call_object.h"
 
 #include "src/base/utf8.h"
+#include "src/base/utf8_parts.h"
 #include "src/host/bridge/styled_text.h"
 
 #include <algorithm>
@@ -24,6 +25,26 @@ void append_bytes_as_characters(Text& text, std::string_view bytes) {
     }
 }
 
+// A second text of the host's holds a part of a long piece at a time, where UTF-8 tells where it
+// can be parted. Of other encodings only the host knows.
+void append_in_parts(Text& text, const EncodedText& piece) {
+    constexpr std::size_t longest_part = 64 * 1024;
+    for (std::string_view rest = piece.bytes; !rest.empty();) {
+        std::size_t size = rest.size();
+        if (piece.encoding == TextEncoding::Utf8 && size > longest_part) {
+            std::size_t place = longest_part;
+            while (place > 0 && !can_be_parted(rest.substr(0, place), rest.substr(place)))
+                --place;
+            if (place > 0)
+                size = place;
+        }
+        Text decoded;
+        decoded.assign_bytes(rest.substr(0, size), piece.encoding);
+        text.append(decoded);
+        rest.remove_prefix(size);
+    }
+}
+
 void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
     if (!piece.style.empty()) {
         Text decoded;
@@ -34,9 +55,7 @@ void append_decoded(Text& text, const EncodedText& piece, bool is_first) {
     } else if (is_first) {
         text.assign_bytes(piece.bytes, piece.encoding); // the common case: no second copy
     } else {
-        Text decoded;
-        decoded.assign_bytes(piece.bytes, piece.encoding);
-        text.append(decoded);
+        append_in_parts(text, piece);
     }
 }
 

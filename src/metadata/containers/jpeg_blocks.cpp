@@ -19,7 +19,10 @@ class JpegFinder {
   public:
     JpegFinder(const Window& file, BlockCollector& found) : file_(file), found_(found) {}
 
+    // Absent where no stream begins: other formats only say that a picture is there.
     Read<void> run() {
+        if (!VELL_TRY(jpeg::begins_stream(file_)))
+            return fault(Damage::Absent);
         VELL_TRY(if_sound(walk()));
         VELL_TRY(if_sound(add_packet()));
         VELL_TRY(if_sound(add_resources()));

@@ -23,11 +23,13 @@ using tiff::FieldType;
 
 enum class DirectoryKind : std::uint8_t { Main, Exif, Gps, Interoperability };
 
-// An entry, and the value that it gets instead of its own.
+// An entry, and the value that it gets instead of its own, or whether its own is to stand behind
+// the directory wherever that comes to stand.
 struct ChangeableEntry {
     tiff::Entry entry;
     std::optional<std::string> new_value = {};
     std::optional<tiff::Entry> old = {}; // what stood there before; none for an added entry
+    bool follows = false;
 
     void set(FieldType type, std::string value);
 };

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -16,23 +18,45 @@ namespace {
 
 using SectionKey = std::pair<SectionKind, std::uint16_t>;
 
-// Says how a block reads, to tell what a text leaves as it is.
+// The longest value that a text has for each tag that it names.
+using NamedTags = std::map<SectionKey, std::size_t>;
+
+NamedTags named_in(std::span<const TaggedSection> sections) {
+    NamedTags tags;
+    for (const TaggedSection& section : sections) {
+        std::size_t& longest = tags[{section.kind, section.number}];
+        longest = std::max(longest, section.value.size());
+    }
+    return tags;
+}
+
+// Says how a block reads, to tell what a text leaves as it is. Only what may be the same as a value
+// in the text is kept.
 class RenderedBlock {
   public:
-    RenderedBlock(const TagsAsText& tags, const ExifReadOptions& options, TextEncoding encoding) {
-        MetadataText rendered;
-        tags(options, encoding, rendered); // what was read before a failure counts
-        text_.reserve(static_cast<std::size_t>(rendered.size()));
-        for (const MetadataText::Piece& piece : rendered.pieces())
-            text_ += piece.bytes;
-        const auto sections = parse_tagged_text(text_);
+    RenderedBlock(const TagsAsText& tags, const ExifReadOptions& options, TextEncoding encoding,
+                  const NamedTags& named) {
+        std::string text;
+        {
+            MetadataText rendered;
+            tags(options, encoding, rendered); // what was read before a failure counts
+            text.reserve(static_cast<std::size_t>(rendered.size()));
+            for (const MetadataText::Piece& piece : rendered.pieces())
+                text += piece.bytes;
+        }
+        const auto sections = parse_tagged_text(text);
         if (!sections)
             return; // a value looks like the end of a section
-        for (const TaggedSection& section : *sections)
-            values_[{section.kind, section.number}].push_back(section.value);
+        for (const TaggedSection& section : *sections) {
+            const SectionKey key{section.kind, section.number};
+            const auto tag = named.find(key);
+            if (tag == named.end())
+                continue;
+            const bool may_be_the_same = section.value.size() <= most_of_same(tag->second);
+            values_[key].push_back(may_be_the_same ? std::optional<std::string>(section.value)
+                                                   : std::nullopt);
+        }
     }
-    RenderedBlock(const RenderedBlock&) = delete;
-    RenderedBlock& operator=(const RenderedBlock&) = delete;
 
     std::optional<std::string_view> value(const SectionKey& key, std::size_t occurrence) const {
         const auto found = values_.find(key);
@@ -42,8 +66,13 @@ class RenderedBlock {
     }
 
   private:
-    std::string text_;
-    std::map<SectionKey, std::vector<std::string_view>> values_;
+    // No encoding has more bytes for a character.
+    static std::size_t most_of_same(std::size_t size) {
+        constexpr std::size_t longest_character = 4;
+        return size * longest_character + params::invalid_utf8_trying_native.size();
+    }
+
+    std::map<SectionKey, std::vector<std::optional<std::string>>> values_;
 };
 
 TagFamily family_of(SectionKind kind) {
@@ -86,13 +115,16 @@ bool describes_storage(SectionKind kind, std::uint16_t tag, TagCategory category
 
 class ExifWriter {
   public:
-    ExifWriter(const TagsAsText& tags, ExifBlock& block, const TextStore& store, TagsHome home)
-        : block_(block), store_(store), home_(home),
-          plain_(tags, {.want_exif = true, .want_gps = true}, store.reading()),
-          raw_(tags, {.want_exif = true, .want_gps = true, .raw_values = true}, store.reading()),
-          decimal_(tags, {.want_gps = true, .decimal_gps = true}, store.reading()) {}
+    ExifWriter(const TagsAsText& tags, ExifBlock& block, std::span<const TaggedSection> sections,
+               const TextStore& store, TagsHome home)
+        : block_(block), sections_(sections), store_(store), home_(home),
+          named_(named_in(sections)),
+          plain_(tags, {.want_exif = true, .want_gps = true}, store.reading(), named_),
+          raw_(tags, {.want_exif = true, .want_gps = true, .raw_values = true}, store.reading(),
+               named_),
+          decimal_(tags, {.want_gps = true, .decimal_gps = true}, store.reading(), named_) {}
 
-    Result<void> write(std::span<const TaggedSection> sections);
+    Result<void> write();
 
   private:
     struct Found {
@@ -116,8 +148,10 @@ class ExifWriter {
     void complete_new_directories(bool had_exif, bool had_gps);
 
     ExifBlock& block_;
+    std::span<const TaggedSection> sections_;
     const TextStore& store_;
     TagsHome home_;
+    NamedTags named_;
     RenderedBlock plain_;
     RenderedBlock raw_;
     RenderedBlock decimal_;
@@ -125,7 +159,6 @@ class ExifWriter {
     // behind a removed one move up.
     std::map<SectionKey, std::size_t> seen_;
     std::map<SectionKey, std::size_t> removed_;
-    std::map<SectionKey, std::size_t> given_; // sections of each tag in the whole text
 };
 
 // A tag that occurs several times is told by the order in which the readers come by it.
@@ -239,7 +272,7 @@ bool ExifWriter::set_position(const TaggedSection& section, const TagTarget& tar
     put(DirectoryKind::Gps, found, target, std::move(*position));
     const auto reference_tag = static_cast<std::uint16_t>(target.tag - 1);
     const bool is_negative = section.value.starts_with('-');
-    if (!is_negative && given_.contains({SectionKind::Gps, reference_tag}))
+    if (!is_negative && named_.contains({SectionKind::Gps, reference_tag}))
         return true;
     const bool is_latitude = target.tag == 2 || target.tag == 20;
     const TagTarget reference{target.family, reference_tag, FieldType::Ascii, target.order};
@@ -261,12 +294,10 @@ void ExifWriter::complete_new_directories(bool had_exif, bool had_gps) {
         gps.add(gps_version, FieldType::Byte, {2, 3, 0, 0});
 }
 
-Result<void> ExifWriter::write(std::span<const TaggedSection> sections) {
+Result<void> ExifWriter::write() {
     const bool had_exif = block_.directory(DirectoryKind::Exif).place.has_value();
     const bool had_gps = block_.directory(DirectoryKind::Gps).place.has_value();
-    for (const TaggedSection& section : sections)
-        ++given_[{section.kind, section.number}];
-    for (const TaggedSection& section : sections)
+    for (const TaggedSection& section : sections_)
         if (section.kind != SectionKind::Iptc && section.kind != SectionKind::Comment)
             VELL_TRY(write(section));
     complete_new_directories(had_exif, had_gps);
@@ -283,7 +314,7 @@ Result<std::string> write_exif(std::string_view existing, std::span<const Tagged
                           MetadataText& text) {
         static_cast<void>(read_tags(existing, options, encoding, text));
     };
-    VELL_TRY(ExifWriter(tags, block, store, TagsHome::Block).write(sections));
+    VELL_TRY(ExifWriter(tags, block, sections, store, TagsHome::Block).write());
     if (maker_note == MakerNote::Remove)
         block.remove_maker_note();
     return block.write(most_bytes);
@@ -292,7 +323,7 @@ Result<std::string> write_exif(std::string_view existing, std::span<const Tagged
 Result<void> change_file_tags(ExifBlock& block, const TagsAsText& tags,
                               std::span<const TaggedSection> sections, MakerNote maker_note,
                               const TextStore& store) {
-    VELL_TRY(ExifWriter(tags, block, store, TagsHome::Picture).write(sections));
+    VELL_TRY(ExifWriter(tags, block, sections, store, TagsHome::Picture).write());
     if (maker_note == MakerNote::Remove)
         block.remove_maker_note();
     return {};

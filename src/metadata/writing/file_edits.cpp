@@ -24,16 +24,29 @@ Result<void> copy_bytes(files::File& from, files::File& to, std::uint64_t count,
 } // namespace
 
 void FileEdits::put(std::uint64_t start, std::uint64_t end, std::string bytes) {
+    insert({start, end, std::move(bytes)});
+}
+
+void FileEdits::repeat(std::uint64_t place, std::uint64_t start, std::uint64_t end) {
+    insert({place, place, {}, start, end});
+}
+
+void FileEdits::add(FileEdits others) {
+    for (Edit& edit : others.edits_)
+        insert(std::move(edit));
+}
+
+void FileEdits::insert(Edit edit) {
     const auto behind =
-        std::ranges::upper_bound(edits_, std::pair(start, end), {},
-                                 [](const Edit& edit) { return std::pair(edit.start, edit.end); });
-    edits_.insert(behind, {start, end, std::move(bytes)});
+        std::ranges::upper_bound(edits_, std::pair(edit.start, edit.end), {},
+                                 [](const Edit& each) { return std::pair(each.start, each.end); });
+    edits_.insert(behind, std::move(edit));
 }
 
 std::int64_t FileEdits::growth() const {
     std::int64_t growth = 0;
     for (const Edit& edit : edits_)
-        growth += static_cast<std::int64_t>(edit.bytes.size()) -
+        growth += static_cast<std::int64_t>(edit.bytes.size() + edit.repeated()) -
                   static_cast<std::int64_t>(edit.end - edit.start);
     return growth;
 }
@@ -48,7 +61,12 @@ Result<void> FileEdits::copy(files::File& from, files::File& to) const {
     for (const Edit& edit : edits_) {
         VELL_TRY(copy_bytes(from, to, edit.start - copied, writer, buffer));
         VELL_TRY(writer.write(to, edit.bytes));
-        if (edit.end > edit.start)
+        if (edit.repeated() > 0) {
+            const auto start = static_cast<std::int64_t>(edit.repeated_start);
+            VELL_TRY(from.seek(files::SeekFrom::Start, start));
+            VELL_TRY(copy_bytes(from, to, edit.repeated(), writer, buffer));
+        }
+        if (edit.end > edit.start || edit.repeated() > 0)
             VELL_TRY(from.seek(files::SeekFrom::Start, static_cast<std::int64_t>(edit.end)));
         copied = edit.end;
     }

@@ -19,6 +19,11 @@ class FileEdits {
     // before what is replaced there.
     void put(std::uint64_t start, std::uint64_t end, std::string bytes);
     void drop(std::uint64_t start, std::uint64_t end) { put(start, end, {}); }
+    // Added at `place`: what stands in the file from `start` to `end`, once more.
+    void repeat(std::uint64_t place, std::uint64_t start, std::uint64_t end);
+
+    // All of others, in their order.
+    void add(FileEdits others);
 
     std::uint64_t file_size() const { return file_size_; }
     // What the copy has more than the file.
@@ -32,7 +37,13 @@ class FileEdits {
         std::uint64_t start;
         std::uint64_t end;
         std::string bytes;
+        // Of the file, behind those bytes.
+        std::uint64_t repeated_start = 0;
+        std::uint64_t repeated_end = 0;
+
+        std::uint64_t repeated() const { return repeated_end - repeated_start; }
     };
+    void insert(Edit edit);
 
     std::uint64_t file_size_;
     std::vector<Edit> edits_; // by their start

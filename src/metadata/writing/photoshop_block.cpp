@@ -25,7 +25,9 @@ Result<std::string> with_resource(std::string_view block, photoshop::ResourceId 
                                   std::string_view data) {
     if (data.size() > longest_readable_data)
         return Failure{ErrorCode::ResourceTooLarge};
+    constexpr std::size_t most_of_header = 16;
     std::string bytes;
+    bytes.reserve(block.size() - find_resource(block, id).size() + most_of_header + data.size());
     bool is_written = false;
     while (const auto resource = ImageResource::read(block)) {
         block.remove_prefix(resource->bytes.size());
@@ -39,7 +41,8 @@ Result<std::string> with_resource(std::string_view block, photoshop::ResourceId 
     }
     if (!is_written)
         append_new(bytes, id, data);
-    return bytes.append(block);
+    bytes += block;
+    return bytes;
 }
 
 } // namespace vell::metadata

@@ -4,7 +4,6 @@
 #include <limits>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace vell::metadata {
@@ -15,7 +14,8 @@ constexpr std::uint64_t most_bytes = std::numeric_limits<std::uint32_t>::max();
 
 class Appender {
   public:
-    Appender(ExifBlock& block, std::uint64_t file_size) : block_(block), file_size_(file_size) {}
+    Appender(ExifBlock& block, FileEdits& edits)
+        : block_(block), edits_(edits), file_size_(edits.file_size()), end_(file_size_) {}
 
     Result<void> run() {
         VELL_TRY(append(DirectoryKind::Interoperability));
@@ -27,22 +27,22 @@ class Appender {
         return append(DirectoryKind::Main);
     }
 
-    std::string take_bytes() { return std::move(bytes_); }
     std::uint32_t last_directory() const { return static_cast<std::uint32_t>(*last_directory_); }
 
   private:
-    // Where those bytes come to stand: on a word boundary (TIFF 6.0, section 2).
-    Result<std::size_t> put(std::string_view bytes) {
-        if ((file_size_ + bytes_.size()) % 2 != 0)
-            bytes_ += '\0';
-        const std::uint64_t place = file_size_ + bytes_.size();
-        if (place + bytes.size() > most_bytes)
+    // Where so many bytes come to stand: on a word boundary (TIFF 6.0, section 2).
+    Result<std::uint64_t> take_place(std::uint64_t size, FileEdits& edits) {
+        if (end_ % 2 != 0) {
+            edits.put(file_size_, file_size_, std::string(1, '\0'));
+            ++end_;
+        }
+        if (end_ + size > most_bytes)
             return Failure{ErrorCode::ResourceTooLarge};
-        bytes_ += bytes;
-        return static_cast<std::size_t>(place);
+        return std::exchange(end_, end_ + size);
     }
 
-    // Values stand behind their directory, where all readers look for them.
+    // Values stand behind their directory, where all readers look for them. Each is a part of the
+    // copy by itself, so that none is held twice.
     Result<void> append(DirectoryKind kind) {
         last_directory_.reset();
         ChangeableDirectory& directory = block_.directory(kind);
@@ -50,13 +50,27 @@ class Appender {
             return {};
         if (directory.entries.size() > most_entries)
             return Failure{ErrorCode::ResourceTooLarge};
-        const std::size_t place = VELL_TRY(put(std::string(directory.table_size(), '\0')));
+        FileEdits values(file_size_);
+        const std::uint64_t place = VELL_TRY(take_place(directory.table_size(), edits_));
         for (ChangeableEntry& candidate : directory.entries)
-            if (candidate.new_value && !candidate.entry.is_inline())
-                candidate.entry.set_offset(VELL_TRY(put(*candidate.new_value)), block_.order());
-        const std::string table = directory.table_bytes(block_.order());
-        bytes_.replace(static_cast<std::size_t>(place - file_size_), table.size(), table);
+            if (!candidate.entry.is_inline())
+                VELL_TRY(append_value(candidate, values));
+        edits_.put(file_size_, file_size_, directory.table_bytes(block_.order()));
+        edits_.add(std::move(values));
         last_directory_ = place;
+        return {};
+    }
+
+    Result<void> append_value(ChangeableEntry& candidate, FileEdits& values) {
+        if (!candidate.new_value && !candidate.follows)
+            return {};
+        const std::uint64_t size = candidate.entry.value_size();
+        const std::uint64_t start = candidate.entry.offset(block_.order());
+        candidate.entry.set_offset(VELL_TRY(take_place(size, values)), block_.order());
+        if (candidate.new_value)
+            values.put(file_size_, file_size_, *std::move(candidate.new_value));
+        else
+            values.repeat(file_size_, start, start + size);
         return {};
     }
 
@@ -76,21 +90,21 @@ class Appender {
     }
 
     ExifBlock& block_;
-    std::uint64_t file_size_;
-    std::string bytes_;
-    std::optional<std::size_t> last_directory_; // where the one that was appended last stands
+    FileEdits& edits_;
+    const std::uint64_t file_size_;
+    std::uint64_t end_;                           // of what has been appended
+    std::optional<std::uint64_t> last_directory_; // where the one that was appended last stands
 };
 
 } // namespace
 
 Result<void> append_directories(ExifBlock& block, FileEdits& edits) {
-    Appender appender(block, edits.file_size());
+    Appender appender(block, edits);
     VELL_TRY(appender.run());
     std::string first_directory;
     append_integer<std::uint32_t>(first_directory, appender.last_directory(), block.order());
     constexpr std::uint64_t pointer_start = tiff::Header::size - sizeof(std::uint32_t);
     edits.put(pointer_start, tiff::Header::size, std::move(first_directory));
-    edits.put(edits.file_size(), edits.file_size(), appender.take_bytes());
     return {};
 }
 

@@ -13,7 +13,6 @@
 #include "src/metadata/writing/xmp_writer.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <utility>
 
@@ -164,7 +163,7 @@ class TiffPlace final : public EditedPlace {
   private:
     ChangeableDirectory& directory() { return block_.directory(DirectoryKind::Main); }
     Result<std::optional<std::string>> value(const Window& file, std::uint16_t tag);
-    Result<void> keep_following(const Window& file);
+    void let_follow();
     Result<void> check_size();
     Result<void> forget_what_stays(const Window& file);
     void set(std::uint16_t tag, std::string bytes);
@@ -173,11 +172,9 @@ class TiffPlace final : public EditedPlace {
     ExifBlock block_;
     BlockKind kind_;
     std::string resources_; // beside IPTC, where they hold it too
-    std::map<std::uint16_t, std::string> following_;
 };
 
 Result<void> TiffPlace::find(const Window& file) {
-    VELL_TRY(keep_following(file));
     if (kind_ == BlockKind::Exif) {
         is_there_ = true;
         VELL_TRY(block_.read_directories_below(file));
@@ -201,32 +198,23 @@ Result<void> TiffPlace::find(const Window& file) {
     return {};
 }
 
-Result<void> TiffPlace::keep_following(const Window& file) {
-    std::uint64_t room = longest_block;
+void TiffPlace::let_follow() {
+    std::uint64_t room = longest_block; // of what the file grows by with each change
     for (const std::uint16_t tag : following_tags) {
-        const ChangeableEntry* found = directory().find(tag);
-        const bool is_there = found != nullptr && !found->entry.is_inline();
-        if (!is_there || found->entry.value_size() > room)
+        ChangeableEntry* found = directory().find(tag);
+        const bool stays = found != nullptr && !found->new_value && !found->entry.is_inline();
+        if (!stays || found->entry.value_size() > room)
             continue;
-        const std::uint64_t size = found->entry.value_size();
-        room -= size;
-        std::string bytes =
-            VELL_TRY(coded(tiff::read_value(file, found->entry, block_.order(), size)));
-        if (bytes.size() == size)
-            following_.insert({tag, std::move(bytes)});
+        room -= found->entry.value_size();
+        found->follows = true;
     }
-    return {};
 }
 
 // Whether anything has changed.
 Result<bool> TiffPlace::append() {
     if (!block_.link_directories())
         return false;
-    for (auto& [tag, bytes] : following_) {
-        ChangeableEntry* found = directory().find(tag);
-        if (found != nullptr && !found->new_value)
-            found->new_value = std::move(bytes);
-    }
+    let_follow();
     VELL_TRY(append_directories(block_, edits_));
     return true;
 }
@@ -263,6 +251,7 @@ Result<void> TiffPlace::edit(std::string block) {
     if (!resources_.empty())
         set(image_resources,
             VELL_TRY(with_resource(resources_, photoshop::ResourceId::Iptc, block)));
+    std::string().swap(resources_);
     set(tag_of(kind_), std::move(block));
     VELL_TRY(append());
     return {};

@@ -101,6 +101,8 @@ Read<Said> orientation_in_tags(const Window& block) {
 }
 
 Read<Said> orientation_in_jpeg(const Window& jpeg) {
+    if (!VELL_TRY(jpeg::begins_stream(jpeg)))
+        return fault(Damage::Absent);
     jpeg::SegmentWalk walk(jpeg);
     for (;;) {
         const jpeg::Marker marker = VELL_TRY(walk.next());

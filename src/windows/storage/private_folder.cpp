@@ -1,5 +1,7 @@
 #include "src/windows/storage/private_folder.h"
 
+#include "src/windows/storage/private_items.h"
+
 #include <aclapi.h>
 #include <sddl.h>
 
@@ -9,14 +11,6 @@
 namespace vell::windows {
 namespace {
 
-// Memory that calls about security hand over.
-template <typename Pointer>
-struct LocalMemoryKind {
-    using Type = Pointer;
-    static Pointer empty() { return nullptr; }
-    static void close(Pointer memory) { LocalFree(memory); }
-};
-using UniqueDescriptor = UniqueResource<LocalMemoryKind<PSECURITY_DESCRIPTOR>>;
 using UniqueLocalText = UniqueResource<LocalMemoryKind<wchar_t*>>;
 
 // A TOKEN_USER, with what it points to behind it.
@@ -37,17 +31,12 @@ PSID sid_in(const std::vector<std::byte>& user) {
     return reinterpret_cast<const TOKEN_USER*>(user.data())->User.Sid;
 }
 
-// Made for the user, with all rights for the user and none for anybody else, whatever the folder
-// above gives.
-Result<void> make_folder(const std::wstring& path, const std::wstring& user) {
-    const std::wstring text = L"O:" + user + L"D:P(A;OICI;FA;;;" + user + L")";
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1,
-                                                              &descriptor, nullptr))
+// Nobody else has rights in it, whatever the folder above gives.
+Result<void> make_folder(const std::wstring& path) {
+    PrivateAccess access(AlsoAllowed::Nobody);
+    if (access.get() == nullptr)
         return Failure{last_error()};
-    const UniqueDescriptor owner(descriptor);
-    SECURITY_ATTRIBUTES attributes{sizeof attributes, descriptor, FALSE};
-    if (!CreateDirectoryW(path.c_str(), &attributes) && GetLastError() != ERROR_ALREADY_EXISTS)
+    if (!CreateDirectoryW(path.c_str(), access.get()) && GetLastError() != ERROR_ALREADY_EXISTS)
         return Failure{last_error()};
     return {};
 }
@@ -78,8 +67,7 @@ Result<std::wstring> user_identifier() {
 
 Result<UniqueFile> open_private_folder(const std::wstring& path) {
     const auto user = VELL_TRY(token_user());
-    const std::wstring name = VELL_TRY(user_identifier());
-    VELL_TRY(make_folder(path, name));
+    VELL_TRY(make_folder(path));
     constexpr DWORD as_it_is = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT;
     UniqueFile folder(CreateFileW(path.c_str(), READ_CONTROL | FILE_LIST_DIRECTORY,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,

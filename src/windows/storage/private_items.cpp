@@ -29,17 +29,20 @@ Result<std::wstring> random_uuid() {
     return text;
 }
 
-PrivateAccess::PrivateAccess() {
+PrivateAccess::PrivateAccess(AlsoAllowed others) {
     const Result<std::wstring> user = user_identifier();
     if (!user)
         return;
-    // Protected from what the folder hands down; all rights, also for what a folder will hold.
-    const std::wstring text = L"D:P(A;OICI;FA;;;" + *user + L")(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";
+    // The user's own, protected from what the folder hands down; all rights, also for what a folder
+    // will hold.
+    std::wstring text = L"O:" + *user + L"D:P(A;OICI;FA;;;" + *user + L")";
+    if (others == AlsoAllowed::SystemAndAdministrators)
+        text += L"(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";
     PSECURITY_DESCRIPTOR made = nullptr;
     if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(text.c_str(), SDDL_REVISION_1, &made,
                                                               nullptr))
         return;
-    descriptor_ = UniqueResource<LocalKind>(made);
+    descriptor_ = UniqueDescriptor(made);
     attributes_ = {sizeof attributes_, made, FALSE};
 }
 

@@ -5,6 +5,7 @@
 #include "src/base/result.h"
 #include "src/windows/handle.h"
 
+#include <cstdint>
 #include <string>
 
 namespace vell::windows {
@@ -12,22 +13,29 @@ namespace vell::windows {
 // Random digits of 16 bytes as a UUID writes them, "xxxxxxxx-xxxx-4xxx-xxxx-xxxxxxxxxxxx".
 Result<std::wstring> random_uuid();
 
+// Memory that calls about security hand over.
+template <typename Pointer>
+struct LocalMemoryKind {
+    using Type = Pointer;
+    static Pointer empty() { return nullptr; }
+    static void close(Pointer memory) { LocalFree(memory); }
+};
+using UniqueDescriptor = UniqueResource<LocalMemoryKind<PSECURITY_DESCRIPTOR>>;
+
+// Who beside the user has all rights in what is made.
+enum class AlsoAllowed : std::uint8_t { Nobody, SystemAndAdministrators };
+
 // Permissions for this process' user, the system and administrators, and for nobody else: not those
 // that a folder would hand down.
 class PrivateAccess {
   public:
-    PrivateAccess();
+    explicit PrivateAccess(AlsoAllowed others = AlsoAllowed::SystemAndAdministrators);
 
     // For the calls that make something; null where the system has not told whose process it is.
     SECURITY_ATTRIBUTES* get();
 
   private:
-    struct LocalKind {
-        using Type = void*;
-        static void* empty() { return nullptr; }
-        static void close(void* memory) { LocalFree(memory); }
-    };
-    UniqueResource<LocalKind> descriptor_;
+    UniqueDescriptor descriptor_;
     SECURITY_ATTRIBUTES attributes_{};
 };
 
