@@ -16,7 +16,8 @@ if(WIN32)
   endif()
   file(GLOB recipe ${CMAKE_SOURCE_DIR}/scripts/picture_libraries/*)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${recipe}
-    ${CMAKE_SOURCE_DIR}/scripts/picture_libraries.sh ${CMAKE_SOURCE_DIR}/scripts/library_build.sh)
+    ${CMAKE_SOURCE_DIR}/scripts/picture_libraries.sh ${CMAKE_SOURCE_DIR}/scripts/jpeg.patch
+    ${CMAKE_SOURCE_DIR}/scripts/library_build.sh)
   target_include_directories(vell_picture_libraries SYSTEM INTERFACE ${pictures}/include)
   target_link_libraries(vell_picture_libraries INTERFACE ${pictures}/lib/libpng.a
     ${pictures}/lib/libjpeg.a ${pictures}/lib/liblcms2.a ${VELL_ZLIB})

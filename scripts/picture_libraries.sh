@@ -8,7 +8,7 @@ own=$scripts/picture_libraries
 
 fetched=$(fetch_sources libjpeg-turbo libpng1.6 lcms2)
 mapfile -t sources <<<"$fetched"
-begin_library pictures "${BASH_SOURCE[0]}" "$own"/* <<<"${sources[*]}"
+begin_library pictures "${BASH_SOURCE[0]}" "$own"/* "$scripts/jpeg.patch" <<<"${sources[*]}"
 echo "Building the libraries for pictures (once)" >&2
 
 make_others() {
@@ -19,10 +19,12 @@ make_others() {
 make_others &
 others=$!
 
+# scripts/jpeg.patch: coefficients that a small picture has no use for are passed over.
+cp -r "${sources[0]}" "$work/source"
+patch -s -d "$work/source" -p1 <"$scripts/jpeg.patch"
 # With a memory manager of our own, which can put aside what does not fit into memory. A `long` of
 # Windows does not count the bytes of a large picture. What the user's environment says of the
 # library's memory is not read.
-cp -r "${sources[0]}" "$work/source"
 cp "$own/jpeg_memory.c" "$work/source/jmemnobs.c"
 cp "$own/vell_backing_store.h" "$work/source"
 sed -Ei 's/\blong\b/long long/g' "$work/source/jmemsys.h" "$work/source/jmemmgr.c"

@@ -10,9 +10,14 @@
 #include "tests/portable/real_files.h"
 
 #include <gtest/gtest.h>
+
+#include <cstdio> // of which the JPEG library's header needs FILE
+
+#include <jpeglib.h>
 #include <png.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <random>
 
 namespace vell::pictures {
@@ -217,6 +222,95 @@ TEST(Decoders, GiveInterlacedAndScaledPicturesLikeWholeOnes) {
     for (std::size_t i = 0; i < exact.pixels.size(); ++i)
         differences += std::abs(exact.pixels[i] - scaled.pixels[i]) > 6;
     EXPECT_LT(differences, exact.pixels.size() / 50);
+}
+
+struct JpegKind {
+    J_COLOR_SPACE colours; // of the rows, and of the file but for RGB
+    int across;            // how much finer the first component is
+    int down;
+    int quality;
+    unsigned restart_interval = 0;
+};
+std::string jpeg_file(const JpegKind& kind, bool is_progressive) {
+    constexpr JDIMENSION width = 650;
+    constexpr JDIMENSION height = 443;
+    std::mt19937 random(3);
+    jpeg_compress_struct jpeg{};
+    jpeg_error_mgr errors{};
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    unsigned char* bytes = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&jpeg, &bytes, &size);
+    jpeg.image_width = width;
+    jpeg.image_height = height;
+    jpeg.in_color_space = kind.colours;
+    jpeg.input_components = kind.colours == JCS_GRAYSCALE ? 1 : kind.colours == JCS_RGB ? 3 : 4;
+    jpeg_set_defaults(&jpeg);
+    jpeg_set_quality(&jpeg, kind.quality, TRUE);
+    jpeg.comp_info[0].h_samp_factor = kind.across;
+    jpeg.comp_info[0].v_samp_factor = kind.down;
+    jpeg.restart_interval = kind.restart_interval;
+    if (is_progressive)
+        jpeg_simple_progression(&jpeg);
+    jpeg_start_compress(&jpeg, TRUE);
+    std::vector<unsigned char> row(std::size_t{width} *
+                                   static_cast<std::size_t>(jpeg.input_components));
+    for (JDIMENSION y = 0; y < height; ++y) {
+        const std::size_t grain = 1 + y / 3; // from none to blocks that are full of coefficients
+        for (std::size_t i = 0; i < row.size(); ++i)
+            row[i] = static_cast<unsigned char>(i * 100 / row.size() + random() % grain);
+        JSAMPROW rows = row.data();
+        jpeg_write_scanlines(&jpeg, &rows, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    std::string file(reinterpret_cast<char*>(bytes), size);
+    jpeg_destroy_compress(&jpeg);
+    std::free(bytes);
+    return file;
+}
+
+// Gives a few bytes at once: so few that the library reads each symbol by itself.
+class FewBytes final : public ByteSource {
+  public:
+    explicit FewBytes(std::string_view bytes) : bytes_(bytes) {}
+    std::uint64_t size() const override { return bytes_.size(); }
+    Result<std::size_t> read_at(std::uint64_t position, std::span<char> bytes) override {
+        return bytes_.read_at(position, bytes.first(std::min<std::size_t>(bytes.size(), 99)));
+    }
+
+  private:
+    BytesInMemory bytes_;
+};
+
+// At an eighth, a quarter, a half and the whole of the size: several symbols at once or each by
+// itself, in one scan or in many, whole or cut off, with bytes that damage changed.
+TEST(Decoders, GiveTheSamePixelsHoweverJpegFilesAreRead) {
+    const JpegKind kinds[] = {
+        {JCS_RGB, 2, 2, 75},          {JCS_RGB, 2, 1, 92, 5}, {JCS_RGB, 1, 1, 98},
+        {JCS_RGB, 1, 1, 100, 1},      {JCS_RGB, 1, 2, 30},    {JCS_GRAYSCALE, 1, 1, 90},
+        {JCS_GRAYSCALE, 1, 1, 95, 7}, {JCS_CMYK, 1, 1, 85},
+    };
+    std::mt19937 random(4);
+    for (const JpegKind& kind : kinds) {
+        const std::string file = jpeg_file(kind, false);
+        const std::string progressive = jpeg_file(kind, true);
+        std::string damaged = file;
+        for (std::size_t place = 2000; place < damaged.size(); place += 3001)
+            damaged[place] = static_cast<char>(random());
+        for (const std::uint32_t side : {30U, 80U, 160U, 640U}) {
+            const auto shown = [&](ByteSource&& bytes) {
+                const DecodingRequest request{ThumbnailShape{side}};
+                return make_thumbnail(*open_jpeg(bytes, request).value(), request.shape).value();
+            };
+            const Picture whole = shown(BytesInMemory(file));
+            EXPECT_EQ(whole.pixels, shown(FewBytes(file)).pixels) << side;
+            EXPECT_EQ(whole.pixels, shown(BytesInMemory(progressive)).pixels) << side;
+            const std::string_view cut = std::string_view(file).substr(0, file.size() / 2);
+            for (const std::string_view part : {std::string_view(damaged), cut})
+                EXPECT_EQ(shown(BytesInMemory(part)).pixels, shown(FewBytes(part)).pixels) << side;
+        }
+    }
 }
 
 TEST(Decoders, GiveTheColoursThatFilesMean) {
