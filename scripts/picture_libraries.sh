@@ -4,6 +4,7 @@
 set -eu
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/library_build.sh"
+. "$scripts/picture_libraries/jpeg.sh"
 own=$scripts/picture_libraries
 
 fetched=$(fetch_sources libjpeg-turbo libpng1.6 lcms2)
@@ -19,21 +20,8 @@ make_others() {
 make_others &
 others=$!
 
-# scripts/jpeg.patch: coefficients that a small picture has no use for are passed over.
-cp -r "${sources[0]}" "$work/source"
-patch -s -d "$work/source" -p1 <"$scripts/jpeg.patch"
-# With a memory manager of our own, which can put aside what does not fit into memory. A `long` of
-# Windows does not count the bytes of a large picture. What the user's environment says of the
-# library's memory is not read.
-cp "$own/jpeg_memory.c" "$work/source/jmemnobs.c"
-cp "$own/vell_backing_store.h" "$work/source"
-sed -Ei 's/\blong\b/long long/g' "$work/source/jmemsys.h" "$work/source/jmemmgr.c"
-configure jpeg "$work/source" -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF -DREQUIRE_SIMD=ON \
-    -DCMAKE_C_FLAGS=-DNO_GETENV
-logged jpeg cmake --build "$work/jpeg" --target jpeg-static
-mkdir -p "$work/installed"/{include,lib}
-cp "$work/jpeg/libjpeg.a" "$work/installed/lib"
-cp "$work/jpeg/jconfig.h" "$work/source"/{jpeglib,jmorecfg,jerror,vell_backing_store}.h \
-    "$work/installed/include"
+make_jpeg_source "${sources[0]}"
+configure jpeg "$work/source" "${jpeg_options[@]}" -DCMAKE_C_FLAGS=-DNO_GETENV
+install_jpeg
 wait $others || exit 1
 end_library

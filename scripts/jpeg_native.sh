@@ -1,0 +1,21 @@
+#!/bin/bash
+# Prints the folder of the JPEG library for native tests and fuzz targets: include, and lib/libjpeg.a with
+# the patch and the memory manager that the plug-in's has, compiled with clang and the sanitizers. Builds
+# it where that has not been done.
+set -eu
+scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+. "$scripts/library_build.sh"
+. "$scripts/picture_libraries/jpeg.sh"
+
+read -r source < <(fetch_sources libjpeg-turbo)
+begin_library jpeg-native "${BASH_SOURCE[0]}" "$scripts"/picture_libraries/* "$scripts/jpeg.patch" \
+    <<<"$source $(clang --version)"
+echo "Building the JPEG library for native tests (once)" >&2
+make_jpeg_source "$source"
+flags='-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer'
+flags+=' -fsanitize-coverage=inline-8bit-counters,pc-table'
+logged jpeg cmake -S "$work/source" -B "$work/jpeg" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_C_COMPILER=clang -DCMAKE_C_FLAGS_RELEASE="-O1 -gline-tables-only $flags" \
+    "${jpeg_options[@]}"
+install_jpeg
+end_library
