@@ -253,8 +253,8 @@ std::vector<LongFile> long_files() {
     const std::string tags = tiff(ascii(271, text));
     std::string chunks;
     for (char i = 1; i <= 32; ++i)
-        chunks += segment(SegmentMarker::App2,
-                          "ICC_PROFILE\0"s + i + ' ' + text.substr(0, block_size / 32 - 100));
+        chunks += segment(SegmentMarker::App2, "ICC_PROFILE\0"s.append(1, i).append(1, ' ') +
+                                                   text.substr(0, block_size / 32 - 100));
     const std::string long_profile = jpeg({chunks});
     const TiffField rationals{318, FieldType::Rational, {}, text, block_size / 8};
     return {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <csetjmp>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -88,6 +89,7 @@ class PngReader {
         png_set_read_fn(png_, this, read);
         png_set_compression_buffer_size(png_, buffer_size);
         png_set_user_limits(png_, longest_width, PNG_UINT_31_MAX);
+        pass_notes_over();
         // A picture with a wrong checksum is shown as it is.
         png_set_crc_action(png_, PNG_CRC_QUIET_USE, PNG_CRC_QUIET_USE);
         png_set_option(png_, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
@@ -96,6 +98,17 @@ class PngReader {
         if constexpr (std::endian::native == std::endian::little)
             png_set_swap(png_);
         png_read_update_info(png_, info_);
+    }
+
+    // Chunks that say nothing of how the picture looks. The library would take memory for as many
+    // bytes as they claim to have, before it reads them.
+    void pass_notes_over() {
+        static constexpr std::string_view names("tEXt\0zTXt\0iTXt\0eXIf\0sPLT\0hIST\0pCAL\0sCAL\0",
+                                                40);
+        constexpr int name_size = 5; // with the zero behind it
+        png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER,
+                                    reinterpret_cast<png_const_bytep>(names.data()),
+                                    static_cast<int>(names.size()) / name_size);
     }
 
     static PngReader& self_of(void* pointer) { return *static_cast<PngReader*>(pointer); }
