@@ -81,8 +81,8 @@ def answers_to(binaries, statements, folder):
         answer = json.loads(line)
         answers[answer["line"]] = answer
     if len(answers) != len(statements):
-        raise RunFailure(f"vellhost gave {len(answers)} answers to {len(statements)} statements\n"
-                         + done.stderr.decode("utf-8", "replace"))
+        raise RunFailure(f"vellhost gave {len(answers)} answers to {len(statements)} statements and "
+                         f"ended with {done.returncode}\n" + done.stderr.decode("utf-8", "replace"))
     return answers
 
 

@@ -28,6 +28,6 @@ def results(folder, statements):
                               capture_output=True, check=False)
     answers = [json.loads(line) for line in done.stdout.decode("utf-8").split("\n") if line]
     if len(answers) != len(statements):
-        sys.exit(f"vellhost gave {len(answers)} answers to {len(statements)} statements:\n" +
-                 done.stderr.decode("utf-8", "replace"))
+        sys.exit(f"vellhost gave {len(answers)} answers to {len(statements)} statements and ended "
+                 f"with {done.returncode}:\n" + done.stderr.decode("utf-8", "replace"))
     return [str(answer.get("result", answer.get("error"))) for answer in answers]
