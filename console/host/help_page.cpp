@@ -54,7 +54,7 @@ Calculations
   GetAsTimestamp · Container( path ) · Get( CurrentDate ) and others, and all of the plug-in
 
 Exit codes
-  0 fine   1 a result begins with $$   2 usage or calculation error   3 objects left over
+  0 fine   1 a result begins with $$   2 usage, calculation or output error   3 objects left over
 
 Examples
   vellhost 'VlFile_Version( "" )'

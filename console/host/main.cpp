@@ -369,7 +369,11 @@ int wmain(int count, wchar_t** arguments) {
         return exit_fine;
     }
     try {
-        return run(*command_line);
+        const ExitCode code = run(*command_line);
+        if (const std::uint32_t error = output_error())
+            return failed("standard output cannot be written, Windows error " +
+                          std::to_string(error));
+        return code;
     } catch (const std::exception& error) {
         return failed(error.what());
     }

@@ -19,6 +19,20 @@ bool is_console(HANDLE handle) {
     return GetConsoleMode(handle, &mode) != 0;
 }
 
+DWORD write_failure = ERROR_SUCCESS; // of standard output, the first one
+
+// The error of a write; none where the reader has gone, who wants no more.
+DWORD last_write_error() {
+    switch (const DWORD error = GetLastError()) {
+    case ERROR_BROKEN_PIPE:
+    case ERROR_NO_DATA:
+    case ERROR_PIPE_NOT_CONNECTED:
+        return ERROR_SUCCESS;
+    default:
+        return error;
+    }
+}
+
 void write(DWORD which, std::string_view utf8) {
     const HANDLE handle = GetStdHandle(which);
     if (is_console(handle)) {
@@ -36,8 +50,11 @@ void write(DWORD which, std::string_view utf8) {
     while (!utf8.empty()) {
         DWORD written = 0;
         const auto count = static_cast<DWORD>(std::min(piece, utf8.size()));
-        if (!WriteFile(handle, utf8.data(), count, &written, nullptr) || written == 0)
-            return; // the reader has gone
+        if (!WriteFile(handle, utf8.data(), count, &written, nullptr) || written == 0) {
+            if (which == STD_OUTPUT_HANDLE && write_failure == ERROR_SUCCESS)
+                write_failure = last_write_error();
+            return;
+        }
         utf8.remove_prefix(written);
     }
 }
@@ -49,6 +66,10 @@ void write_output(std::string_view utf8) {
 }
 void write_error(std::string_view utf8) {
     write(STD_ERROR_HANDLE, utf8);
+}
+
+std::uint32_t output_error() {
+    return write_failure;
 }
 
 bool input_is_console() {

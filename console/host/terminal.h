@@ -1,6 +1,7 @@
 // Standard input and output as UTF-8, whether they are a console, a pipe or a file.
 #pragma once
 
+#include <cstdint>
 #include <istream>
 #include <optional>
 #include <string>
@@ -10,6 +11,9 @@ namespace vell::console {
 
 void write_output(std::string_view utf8);
 void write_error(std::string_view utf8);
+// The Windows error because of which standard output is not complete; 0 where it is, or where its
+// reader has gone.
+std::uint32_t output_error();
 
 // Standard input is a console at which a person can type.
 bool input_is_console();

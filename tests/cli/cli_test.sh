@@ -196,5 +196,12 @@ printf '2 * 3\nhistory\nquit\n7\n' | "$wine" "$bin/vellhost.exe" --prompt >out 2
 check 'the prompt behind a pipe' "$(printf '\036\n6\n\036\n1  2 * 3\n2  history\n\036')" \
     "$(tail -n +2 out)"
 
+# Output that cannot be written.
+"$wine" "$bin/vellhost.exe" '6 * 7' >/dev/full 2>err
+check 'exit code on a full disk' 2 "$?"
+check_contains 'a full disk is told' err 'standard output cannot be written, Windows error 112'
+{ "$wine" "$bin/vellhost.exe" '2 ^ 9' 2>err; echo "$?" >code; } | :
+check 'a reader that has gone' '0 ' "$(cat code) $(cat err)"
+
 [ "$failures" -eq 0 ] && echo 'all checks passed'
 [ "$failures" -eq 0 ]

@@ -7,13 +7,10 @@
 #include "src/pictures/encoders.h"
 #include "src/pictures/scaler.h"
 #include "tests/portable/answer_of.h"
+#include "tests/portable/jpeg_builder.h"
 #include "tests/portable/real_files.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdio> // of which the JPEG library's header needs FILE
-
-#include <jpeglib.h>
 #include <png.h>
 
 #include <cmath>
@@ -25,6 +22,8 @@ namespace {
 
 using testing::answer_of;
 using testing::FakeCall;
+using testing::jpeg_file;
+using testing::JpegKind;
 
 // A system that has no decoder for anything.
 class FakeSystem : public testing::FakeSystem {
@@ -224,50 +223,14 @@ TEST(Decoders, GiveInterlacedAndScaledPicturesLikeWholeOnes) {
     EXPECT_LT(differences, exact.pixels.size() / 50);
 }
 
-struct JpegKind {
-    J_COLOR_SPACE colours; // of the rows, and of the file but for RGB
-    int across;            // how much finer the first component is
-    int down;
-    int quality;
-    unsigned restart_interval = 0;
-};
-std::string jpeg_file(const JpegKind& kind, bool is_progressive) {
-    constexpr JDIMENSION width = 650;
-    constexpr JDIMENSION height = 443;
+// From no grain at the top to blocks that are full of coefficients.
+std::string grainy_jpeg(const JpegKind& kind) {
     std::mt19937 random(3);
-    jpeg_compress_struct jpeg{};
-    jpeg_error_mgr errors{};
-    jpeg.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&jpeg);
-    unsigned char* bytes = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&jpeg, &bytes, &size);
-    jpeg.image_width = width;
-    jpeg.image_height = height;
-    jpeg.in_color_space = kind.colours;
-    jpeg.input_components = kind.colours == JCS_GRAYSCALE ? 1 : kind.colours == JCS_RGB ? 3 : 4;
-    jpeg_set_defaults(&jpeg);
-    jpeg_set_quality(&jpeg, kind.quality, TRUE);
-    jpeg.comp_info[0].h_samp_factor = kind.across;
-    jpeg.comp_info[0].v_samp_factor = kind.down;
-    jpeg.restart_interval = kind.restart_interval;
-    if (is_progressive)
-        jpeg_simple_progression(&jpeg);
-    jpeg_start_compress(&jpeg, TRUE);
-    std::vector<unsigned char> row(std::size_t{width} *
-                                   static_cast<std::size_t>(jpeg.input_components));
-    for (JDIMENSION y = 0; y < height; ++y) {
-        const std::size_t grain = 1 + y / 3; // from none to blocks that are full of coefficients
+    return jpeg_file(kind, [&](JDIMENSION y, std::span<unsigned char> row) {
+        const std::size_t grain = 1 + y / 3;
         for (std::size_t i = 0; i < row.size(); ++i)
             row[i] = static_cast<unsigned char>(i * 100 / row.size() + random() % grain);
-        JSAMPROW rows = row.data();
-        jpeg_write_scanlines(&jpeg, &rows, 1);
-    }
-    jpeg_finish_compress(&jpeg);
-    std::string file(reinterpret_cast<char*>(bytes), size);
-    jpeg_destroy_compress(&jpeg);
-    std::free(bytes);
-    return file;
+    });
 }
 
 // Gives a few bytes at once: so few that the library reads each symbol by itself.
@@ -286,15 +249,19 @@ class FewBytes final : public ByteSource {
 // At an eighth, a quarter, a half and the whole of the size: several symbols at once or each by
 // itself, in one scan or in many, whole or cut off, with bytes that damage changed.
 TEST(Decoders, GiveTheSamePixelsHoweverJpegFilesAreRead) {
+    constexpr JDIMENSION width = 650;
+    constexpr JDIMENSION height = 443;
     const JpegKind kinds[] = {
-        {JCS_RGB, 2, 2, 75},          {JCS_RGB, 2, 1, 92, 5}, {JCS_RGB, 1, 1, 98},
-        {JCS_RGB, 1, 1, 100, 1},      {JCS_RGB, 1, 2, 30},    {JCS_GRAYSCALE, 1, 1, 90},
-        {JCS_GRAYSCALE, 1, 1, 95, 7}, {JCS_CMYK, 1, 1, 85},
+        {width, height, JCS_RGB, 2, 2, 75},          {width, height, JCS_RGB, 2, 1, 92, 5},
+        {width, height, JCS_RGB, 1, 1, 98},          {width, height, JCS_RGB, 1, 1, 100, 1},
+        {width, height, JCS_RGB, 1, 2, 30},          {width, height, JCS_GRAYSCALE, 1, 1, 90},
+        {width, height, JCS_GRAYSCALE, 1, 1, 95, 7}, {width, height, JCS_CMYK, 1, 1, 85},
     };
     std::mt19937 random(4);
-    for (const JpegKind& kind : kinds) {
-        const std::string file = jpeg_file(kind, false);
-        const std::string progressive = jpeg_file(kind, true);
+    for (JpegKind kind : kinds) {
+        const std::string file = grainy_jpeg(kind);
+        kind.is_progressive = true;
+        const std::string progressive = grainy_jpeg(kind);
         std::string damaged = file;
         for (std::size_t place = 2000; place < damaged.size(); place += 3001)
             damaged[place] = static_cast<char>(random());

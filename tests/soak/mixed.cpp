@@ -19,6 +19,17 @@ constexpr std::size_t thread_count = 8;
 constexpr std::size_t random_calls_at_once = 25;
 constexpr std::size_t most_told = 20; // wrong results
 
+// What a call that went wrong has left in its folder, where nothing deletes it.
+std::filesystem::path kept_copy(const std::filesystem::path& folder) {
+    static std::atomic<int> count = 0;
+    const std::filesystem::path workplace = folder.parent_path();
+    std::filesystem::path copy = workplace;
+    copy += L"_kept_" + std::to_wstring(++count);
+    std::error_code ignored;
+    std::filesystem::copy(folder, copy, std::filesystem::copy_options::recursive, ignored);
+    return copy;
+}
+
 class Mixed {
   public:
     Mixed(const Work& work, std::vector<Scenario> scenarios)
@@ -92,7 +103,8 @@ void Mixed::run_scenario(const std::filesystem::path& examples, const std::files
         if (line.expected && !is_expected(result, filled_in(*line.expected, names)))
             return complain("line " + std::to_string(line.line) + ": " +
                             utf8_from_utf16(calculation) + "\n  gave " +
-                            utf8_from_utf16(result.substr(0, 200)));
+                            utf8_from_utf16(result.substr(0, 200)) + "\n  its files are kept in " +
+                            utf8_from_utf16(kept_copy(folder).u16string()));
     }
 }
 
