@@ -104,8 +104,11 @@ std::string saved(const Profile& profile) {
 }
 
 // Made once: its curve is a table, since the library would calculate thousands of powers for each
-// picture otherwise.
+// picture otherwise. For each picture it inverts the table, looking through all of it for each of
+// 4,096 values. One of 258 entries, which stand at whole values of 16 bits, is nowhere off by more
+// than a fortieth of a step of 8 bits, just as one of 4,096.
 std::string make_srgb_profile() {
+    constexpr std::size_t entries = 258;
     const Context context;
     cmsFloat64Number parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     constexpr int inverse_gamma_with_line = 4; // IEC 61966-2-1
@@ -113,7 +116,7 @@ std::string make_srgb_profile() {
         cmsBuildParametricToneCurve(context.get(), inverse_gamma_with_line, parameters));
     if (!exact)
         return {};
-    std::vector<cmsUInt16Number> table(4096);
+    std::vector<cmsUInt16Number> table(entries);
     for (std::size_t i = 0; i < table.size(); ++i)
         table[i] = cmsEvalToneCurve16(exact.get(),
                                       static_cast<cmsUInt16Number>(i * 65535 / (table.size() - 1)));

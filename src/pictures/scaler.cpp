@@ -1,7 +1,9 @@
 #include "src/pictures/scaler.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <type_traits>
 #include <vector>
 
 namespace vell::pictures {
@@ -49,24 +51,41 @@ void add(const PictureLayout& layout, const std::byte* bytes, float weight, std:
     }
 }
 
+// Does work(n) for a number of components that the compiler knows.
+template <typename Work>
+void for_components(std::uint32_t components, Work work) {
+    switch (components) {
+    case 1:
+        return work(std::integral_constant<std::size_t, 1>());
+    case 2:
+        return work(std::integral_constant<std::size_t, 2>());
+    case 3:
+        return work(std::integral_constant<std::size_t, 3>());
+    case 4:
+        return work(std::integral_constant<std::size_t, 4>());
+    default:
+        return work(std::integral_constant<std::size_t, 5>());
+    }
+}
+
 // Sums of pixels, each of which has colours multiplied with alpha and, where there is one, alpha.
 class SumsToRow {
   public:
     explicit SumsToRow(const PictureLayout& layout)
-        : colours_(layout.colours()), has_alpha_(layout.has_alpha),
-          scale_(1 / largest(layout.component_size)) {}
+        : has_alpha_(layout.has_alpha), scale_(1 / largest(layout.component_size)) {}
 
     // One pixel of the sums of weights that add up to `weight`.
+    template <std::size_t components>
     void write(const float* sums, float weight, std::uint16_t* pixel) const {
-        const float alpha = has_alpha_ ? sums[colours_] : weight;
-        for (std::uint32_t c = 0; c < colours_; ++c)
-            pixel[c] = alpha > 0 ? to_16_bits(sums[c] * scale_ / alpha) : 0;
+        const float alpha = has_alpha_ ? sums[components - 1] : weight;
+        const float scale = alpha > 0 ? scale_ / alpha : 0;
+        for (std::size_t c = 0; c < components; ++c)
+            pixel[c] = to_16_bits(sums[c] * scale);
         if (has_alpha_)
-            pixel[colours_] = to_16_bits(alpha / weight);
+            pixel[components - 1] = to_16_bits(alpha / weight);
     }
 
   private:
-    std::uint32_t colours_;
     bool has_alpha_;
     float scale_;
 };
@@ -139,23 +158,27 @@ class Reducer final : public Scaler {
     }
 
     void give_sums() {
-        const std::uint32_t components = layout_.components();
-        std::vector<float>& parts = parts_;
-        parts.assign((std::size_t{target_.width} + 1) * components, 0.0F);
-        for (std::uint32_t x = 0; x < area_.size.width; ++x) {
-            const Cuts::Share share = shares_[x];
-            float* part = parts.data() + std::size_t{share.part} * components;
-            const float* sum = sums_.data() + std::size_t{x} * components;
-            for (std::uint32_t c = 0; c < components; ++c) {
-                part[c] += share.here * sum[c];
-                part[components + c] += (1 - share.here) * sum[c];
-            }
-        }
-        for (std::uint32_t x = 0; x < target_.width; ++x)
-            to_row_.write(parts.data() + std::size_t{x} * components, part_weight_,
-                          row_.data() + std::size_t{x} * components);
+        for_components(layout_.components(), [this](auto components) { reduce_sums<components>(); });
         give_(row_);
         std::ranges::fill(sums_, 0.0F);
+    }
+
+    template <std::size_t components>
+    void reduce_sums() {
+        std::array<float, components> part{};
+        const float* sum = sums_.data();
+        std::uint16_t* pixel = row_.data();
+        for (std::size_t x = 0; x < shares_.size(); ++x, sum += components) {
+            const Cuts::Share share = shares_[x];
+            for (std::size_t c = 0; c < components; ++c)
+                part[c] += share.here * sum[c];
+            if (x + 1 < shares_.size() && shares_[x + 1].part == share.part)
+                continue;
+            to_row_.write<components>(part.data(), part_weight_, pixel);
+            pixel += components;
+            for (std::size_t c = 0; c < components; ++c)
+                part[c] = (1 - share.here) * sum[c];
+        }
     }
 
     PictureLayout layout_;
@@ -166,7 +189,6 @@ class Reducer final : public Scaler {
     SumsToRow to_row_;
     std::vector<Cuts::Share> shares_; // of each column
     std::vector<float> sums_;
-    std::vector<float> parts_;
     std::vector<std::uint16_t> row_;
     float part_weight_ = 1;
     std::uint32_t next_row_ = 0;
@@ -227,17 +249,16 @@ class Enlarger final : public Scaler {
 
     void give_row() {
         const Between place = between(next_given_++, area_.size.height, target_.height);
-        const std::vector<float>& second = below_;
         const std::vector<float>& first =
             place.first == place.second || place.first + 1 == rows_taken_ ? below_ : above_;
-        const std::uint32_t components = layout_.components();
-        std::array<float, 5> mixed{};
-        for (std::uint32_t x = 0; x < target_.width; ++x) {
-            const std::size_t at = std::size_t{x} * components;
-            for (std::uint32_t c = 0; c < components; ++c)
-                mixed[c] = std::lerp(first[at + c], second[at + c], place.of_second);
-            to_row_.write(mixed.data(), 1, row_.data() + at);
-        }
+        for_components(layout_.components(), [&](auto components) {
+            std::array<float, components> mixed{};
+            for (std::size_t at = 0; at < row_.size(); at += components) {
+                for (std::size_t c = 0; c < components; ++c)
+                    mixed[c] = std::lerp(first[at + c], below_[at + c], place.of_second);
+                to_row_.write<components>(mixed.data(), 1, row_.data() + at);
+            }
+        });
         give_(row_);
     }
 
