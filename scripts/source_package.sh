@@ -6,8 +6,9 @@
 # folder cut off, unpatched.
 #
 # The package comes from the machine's own Debian sources and is verified by apt. The apt
-# configuration is read, never changed: lists and downloads go to a temporary folder. What is in the
-# cache is not fetched again as long as this script and its arguments stay the same.
+# configuration is read, never changed: the lists of packages go to the cache folder, where they serve
+# all packages for an hour, and downloads to a temporary one. What is in the cache is not fetched again
+# as long as this script and its arguments stay the same.
 set -eu
 [ $# -gt 0 ] || {
     echo "usage: $0 NAME [MEMBER…]" >&2
@@ -34,7 +35,7 @@ unpacked=$(mktemp -d -p "$cache")
 private=$(mktemp -d) # apt's own user must be able to enter it
 trap 'rm -rf "$private" "$unpacked"' EXIT
 chmod 755 "$private" "$unpacked"
-mkdir -p "$private"/{sources,lists/partial,cache/archives/partial,download}
+mkdir -p "$private"/{sources,cache/archives/partial,download} "$cache/lists/partial"
 
 # The machine's entries for this release, as entries of sources.
 release=$(. /etc/os-release && echo "${VERSION_CODENAME:?}")
@@ -60,8 +61,15 @@ for file in /etc/apt/sources.list.d/*.sources; do
 done >"$private/sources/machine.sources"
 
 options=(-q -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$private/sources"
-    -o Dir::State::Lists="$private/lists" -o Dir::Cache="$private/cache"
+    -o Dir::State::Lists="$cache/lists" -o Dir::Cache="$private/cache"
     -o Acquire::Languages=none -o APT::Update::Post-Invoke-Success=)
+
+# They are large, and take seconds to fetch and to unpack.
+update_lists() {
+    [ -z "$(find "$cache/lists/ready" -mmin -60 2>/dev/null)" ] || return 0
+    rm -f "$cache/lists/ready"
+    apt-get "${options[@]}" update && touch "$cache/lists/ready"
+}
 
 # Servers may list a version before they have its files; the one before it is there.
 download() {
@@ -74,7 +82,7 @@ download() {
     return 1
 }
 {
-    apt-get "${options[@]}" update
+    { flock 8 && update_lists; } 8>"$cache/lists.lock"
     cd "$private/download"
     [ "$(id -u)" -ne 0 ] || chown _apt . 2>/dev/null || true
     download

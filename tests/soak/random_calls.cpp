@@ -15,15 +15,17 @@ namespace fs = std::filesystem;
 using console::Value;
 
 // What these would do with a parameter cannot be kept to a folder: they run it, connect or
-// disconnect disks, or change what the other threads' calls do.
+// disconnect disks, make folders for special purposes, or change what the other threads' calls do.
 constexpr std::array left_out = {u"VlFile_ExecuteShell", u"VlFile_MountDisk", u"VlFile_UnmountDisk",
-                                 u"VlFile_Control"};
+                                 u"VlFile_FindFolder", u"VlFile_Control"};
 
-constexpr std::array names = {u"photo.jpg",     u"letter.txt",      u"letters.zip", u"report.pdf",
-                              u"film.mp4",      u"drawing.png",     u"any",         u"none.txt",
-                              u"folder",        u"folder\\one.txt", u"none\\none",  u"a?b",
-                              u"NUL",           u"letter.txt\\one", u"new.zip",     u"new.jpg",
-                              u"folder\\..\\x", u"letter.txt:more", u"name. ",      u"Zoë€😀.txt"};
+// No devices: as root, Wine sets attributes and times of NUL on the machine's own /dev/null.
+constexpr std::array names = {
+    u"photo.jpg",       u"letter.txt",      u"letters.zip", u"report.pdf",
+    u"film.mp4",        u"drawing.png",     u"any",         u"none.txt",
+    u"folder",          u"folder\\one.txt", u"none\\none",  u"a?b",
+    u"letter.txt\\one", u"new.zip",         u"new.jpg",     u"folder\\..\\x",
+    u"letter.txt:more", u"name. ",          u"Zoë€😀.txt"};
 
 Value path_value(const fs::path& folder, Random& random) {
     std::u16string path = folder_text(folder);
