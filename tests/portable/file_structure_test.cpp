@@ -3,13 +3,17 @@
 #include "tests/portable/image_builder.h"
 #include "tests/portable/movie_builder.h"
 #include "tests/portable/pdf_builder.h"
+#include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
 #include "tests/portable/zip_builder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -144,6 +148,73 @@ TEST(FileStructure, RefusesOtherFilesAndEndsAtAnyDepth) {
     const std::string told = structure_of(file_type + box("moov", nested));
     EXPECT_EQ(told.find("mvhd"), told.npos);
     EXPECT_EQ(std::ranges::count(told, '|'), 32) << "the type of the file, and 31 levels";
+}
+
+struct Part {
+    std::size_t depth;
+    std::uint64_t begin;
+    std::uint64_t end;
+    bool is_cut_off = false;
+};
+
+// The lines of a structure that tell a place, without the first one.
+std::vector<Part> parts_in(const std::string& structure) {
+    std::vector<Part> parts;
+    std::istringstream lines(structure);
+    for (std::string line; std::getline(lines, line, '|');) {
+        const std::size_t depth = line.find_first_not_of(' ') / 2;
+        const std::size_t place = line.find(": offset ");
+        unsigned long long begin = 0;
+        unsigned long long size = 0;
+        if (depth > 0 && place != line.npos &&
+            std::sscanf(line.c_str() + place, ": offset %llu, size %llu", &begin, &size) == 2)
+            parts.push_back({depth, begin, begin + size, line.find("cut off") != line.npos});
+    }
+    return parts;
+}
+
+std::size_t parts_in_xml(std::string_view structure) {
+    constexpr std::string_view place = "\" offset=\"";
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = structure.find(place, at)) != structure.npos; ++at)
+        ++count;
+    return count;
+}
+
+// Boxes lie in boxes, one behind the other, or are told to be cut off. Directories of tags may lie
+// anywhere.
+TEST(FileStructure, OfRealFilesTellsPartsInTheirPlaces) {
+    const auto files = real_files({"movie", "movie2", "jpeg", "jpeg2", "tiff", "tiff2", "png",
+                                   "png2", "raw", "other", "pdf", "zip", "picture"});
+    if (files.empty())
+        GTEST_SKIP() << no_real_files;
+    std::size_t told = 0;
+    for (const auto& path : files) {
+        const std::string bytes = bytes_of(path);
+        const std::string structure = structure_of(bytes);
+        const std::string xml = structure_of(bytes, u"-Format=XML");
+        ASSERT_EQ(structure.starts_with("$$"), xml.starts_with("$$")) << path;
+        if (structure.starts_with("$$"))
+            continue;
+        const std::vector<Part> parts = parts_in(structure);
+        told += parts.size();
+        EXPECT_EQ(parts_in_xml(xml), parts.size()) << path;
+        const bool has_boxes = structure.starts_with("QuickTime");
+        std::vector<Part> around{{0, 0, bytes.size()}};
+        for (const Part& part : parts) {
+            std::uint64_t free_from = around.back().begin;
+            for (; around.back().depth >= part.depth; around.pop_back())
+                free_from = around.back().end;
+            const Part above = around.back();
+            EXPECT_LE(part.begin, bytes.size()) << path;
+            if (has_boxes) {
+                EXPECT_GE(part.begin, free_from) << path;
+                EXPECT_EQ(part.end > above.end, part.is_cut_off) << path << " at " << part.begin;
+            }
+            around.push_back({part.depth, part.begin, std::min(part.end, above.end)});
+        }
+    }
+    EXPECT_GT(told, 10'000U);
 }
 
 } // namespace
