@@ -8,9 +8,9 @@
 namespace vell::archive {
 namespace {
 
-// The library's level for one of 1 to 10. Its level 5 is the first that looks one byte ahead; 6 and 7
-// take up to a half longer for at most a hundredth of the size, 8 and 9 up to four times as long, and
-// those from 10 on look for the best way to write each block.
+// The library's level for one of 1 to 10. Its level 5 is the first that looks one byte ahead; 6 and
+// 7 take up to a half longer for at most a hundredth of the size, 8 and 9 up to four times as long,
+// and those from 10 on look for the best way to write each block.
 constexpr int library_level(int level) {
     constexpr int levels[] = {1, 2, 2, 3, 3, 4, 4, 4, 5, 12};
     return levels[level - 1];

@@ -158,7 +158,8 @@ class Reducer final : public Scaler {
     }
 
     void give_sums() {
-        for_components(layout_.components(), [this](auto components) { reduce_sums<components>(); });
+        for_components(layout_.components(),
+                       [this](auto components) { reduce_sums<components>(); });
         give_(row_);
         std::ranges::fill(sums_, 0.0F);
     }

@@ -17,10 +17,10 @@ using console::Value;
 // What these would do with a parameter cannot be kept to a folder: they run it, connect or
 // disconnect disks, make folders for special purposes, change what the other threads' calls do, or
 // write the file that another thread has chosen.
-constexpr std::array left_out = {u"VlFile_ExecuteShell",       u"VlFile_MountDisk",
-                                 u"VlFile_UnmountDisk",        u"VlFile_FindFolder",
-                                 u"VlFile_Control",            u"VlFile_SetContents",
-                                 u"VlFile_SetDefaultFileSpec", u"VlFile_AppendContents"};
+constexpr std::array left_out = {
+    u"VlFile_ExecuteShell",       u"VlFile_MountDisk",     u"VlFile_UnmountDisk",
+    u"VlFile_FindFolder",         u"VlFile_Control",       u"VlFile_SetContents",
+    u"VlFile_SetDefaultFileSpec", u"VlFile_AppendContents"};
 
 // No devices: as root, Wine sets attributes and times of NUL on the machine's own /dev/null.
 constexpr std::array names = {
