@@ -37,7 +37,9 @@ Row picture_row(const wchar_t* name, const std::string& what, int size, double g
 }
 
 Row photographs_row() {
-    const std::vector<std::wstring> paths = sample_files(L"photographs", L"*");
+    std::vector<std::wstring> paths = sample_files(L"photographs", L"*");
+    const std::vector<std::wstring> more = sample_files(L"more_photographs", L"*");
+    paths.insert(paths.end(), more.begin(), more.end());
     std::vector<std::unique_ptr<FunctionCall>> calls;
     for (const std::wstring& path : paths)
         calls.push_back(std::make_unique<FunctionCall>(

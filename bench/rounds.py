@@ -59,7 +59,7 @@ PEERS = {
     "pictures": [*(thumbnail(*row) for row in (("jpg", 80), ("jpg", 256), ("jpg", 1024), ("pro", 256),
                                                ("png", 256), ("big", 256), ("lac", 1024))),
                  Peer("VELL_VIPS_ALL",
-                      "vipsthumbnail -s 256 -o $PWD/thumbnails/%s.jpg photographs/*",
+                      "vipsthumbnail -s 256 -o $PWD/thumbnails/%s.jpg photographs/* more_photographs/*",
                       "vipsthumbnail -s 80 -o $PWD/thumbnails/%s.jpg dot.jpg")],
     "substitute": [Peer("VELL_SED_HITS", "rm -f sed.txt; sed 's/Invoice/Rechnung/g' text.txt >sed.txt"),
                    Peer("VELL_SED_NONE",
