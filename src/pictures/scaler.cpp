@@ -36,21 +36,6 @@ void add_with_alpha(const Component* row, float weight, std::span<float> sums) {
     }
 }
 
-template <typename Component>
-void add(const PictureLayout& layout, const std::byte* bytes, float weight, std::span<float> sums) {
-    const auto* row = reinterpret_cast<const Component*>(bytes);
-    if (!layout.has_alpha)
-        return add_opaque(row, weight, sums);
-    switch (layout.components()) {
-    case 2:
-        return add_with_alpha<Component, 2>(row, weight, sums);
-    case 4:
-        return add_with_alpha<Component, 4>(row, weight, sums);
-    default:
-        return add_with_alpha<Component, 5>(row, weight, sums);
-    }
-}
-
 // Does work(n) for a number of components that the compiler knows.
 template <typename Work>
 void for_components(std::uint32_t components, Work work) {
@@ -66,6 +51,16 @@ void for_components(std::uint32_t components, Work work) {
     default:
         return work(std::integral_constant<std::size_t, 5>());
     }
+}
+
+template <typename Component>
+void add(const PictureLayout& layout, const std::byte* bytes, float weight, std::span<float> sums) {
+    const auto* row = reinterpret_cast<const Component*>(bytes);
+    if (!layout.has_alpha)
+        return add_opaque(row, weight, sums);
+    for_components(layout.components(), [&](auto components) {
+        add_with_alpha<Component, components>(row, weight, sums);
+    });
 }
 
 // Sums of pixels, each of which has colours multiplied with alpha and, where there is one, alpha.

@@ -19,17 +19,6 @@ constexpr std::size_t thread_count = 8;
 constexpr std::size_t random_calls_at_once = 25;
 constexpr std::size_t most_told = 20; // wrong results
 
-// What a call that went wrong has left in its folder, where nothing deletes it.
-std::filesystem::path kept_copy(const std::filesystem::path& folder) {
-    static std::atomic<int> count = 0;
-    const std::filesystem::path workplace = folder.parent_path();
-    std::filesystem::path copy = workplace;
-    copy += L"_kept_" + std::to_wstring(++count);
-    std::error_code ignored;
-    std::filesystem::copy(folder, copy, std::filesystem::copy_options::recursive, ignored);
-    return copy;
-}
-
 class Mixed {
   public:
     Mixed(const Work& work, std::vector<Scenario> scenarios)
@@ -44,7 +33,7 @@ class Mixed {
     void call_at_random(const std::filesystem::path& folder, Random& random);
     std::vector<Figures> watch();
     Figures look(std::size_t& calls);
-    void complain(const std::string& text);
+    void complain(const std::string& text, const std::filesystem::path& folder = {});
 
     const Work& work_;
     const std::vector<Scenario> scenarios_;
@@ -102,9 +91,9 @@ void Mixed::run_scenario(const std::filesystem::path& examples, const std::files
         const std::u16string result = result_of(work_.session, calculation);
         if (line.expected && !is_expected(result, filled_in(*line.expected, names)))
             return complain("line " + std::to_string(line.line) + ": " +
-                            utf8_from_utf16(calculation) + "\n  gave " +
-                            utf8_from_utf16(result.substr(0, 200)) + "\n  its files are kept in " +
-                            utf8_from_utf16(kept_copy(folder).u16string()));
+                                utf8_from_utf16(calculation) + "\n  gave " +
+                                utf8_from_utf16(result.substr(0, 200)),
+                            folder);
     }
 }
 
@@ -146,10 +135,19 @@ std::vector<Figures> Mixed::watch() {
     return samples;
 }
 
-void Mixed::complain(const std::string& text) {
+// What the call has left in a folder is copied to where nothing deletes it.
+void Mixed::complain(const std::string& text, const std::filesystem::path& folder) {
     const std::lock_guard lock(complaints_);
-    if (++wrong_ <= most_told)
-        std::printf("%s\n", text.c_str());
+    if (++wrong_ > most_told)
+        return;
+    std::printf("%s\n", text.c_str());
+    if (!folder.empty()) {
+        std::filesystem::path kept = folder.parent_path();
+        kept += L"_kept_" + std::to_wstring(wrong_);
+        std::error_code ignored;
+        std::filesystem::copy(folder, kept, std::filesystem::copy_options::recursive, ignored);
+        std::printf("  its files are kept in %s\n", utf8_from_utf16(kept.u16string()).c_str());
+    }
     std::fflush(stdout);
 }
 
