@@ -14,4 +14,5 @@ add_library(vell_deflate STATIC ${libdeflate}/lib/crc32.c ${libdeflate}/lib/defl
   ${libdeflate}/lib/deflate_decompress.c ${libdeflate}/lib/utils.c
   ${libdeflate}/lib/x86/cpu_features.c)
 target_include_directories(vell_deflate SYSTEM PUBLIC ${libdeflate})
+set_target_properties(vell_deflate PROPERTIES UNITY_BUILD OFF)
 target_compile_options(vell_deflate PRIVATE -w) # not ours to tidy up

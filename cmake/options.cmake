@@ -9,6 +9,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # precompiled headers it forgets what is the system's, and shows what it suspects of that, too.
   target_compile_options(vell_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict
     -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+  if(CMAKE_UNITY_BUILD) # where a source is an included file, and could be a header
+    target_compile_options(vell_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-subobject-linkage>)
+  endif()
 endif()
 if(WIN32)
   target_compile_definitions(vell_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN

@@ -1,7 +1,6 @@
 #include "src/archive/decoders.h"
 
 #include "src/archive/deflate_decoder.h"
-#include "src/base/error_code.h"
 
 #include <zlib.h>
 
@@ -13,8 +12,6 @@
 
 namespace vell::archive {
 namespace {
-
-constexpr Failure damaged{ErrorCode::ExtractionFailed};
 
 class StoredDecoder : public Decoder {
   public:

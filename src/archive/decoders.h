@@ -1,6 +1,7 @@
 // What undoes the compression of an entry's data, by its method.
 #pragma once
 
+#include "src/base/error_code.h"
 #include "src/base/result.h"
 #include "src/formats/zip_records.h"
 
@@ -9,6 +10,9 @@
 #include <string_view>
 
 namespace vell::archive {
+
+// A compressed stream is damaged or cut off.
+inline constexpr Failure damaged{ErrorCode::ExtractionFailed};
 
 using formats::zip::Method;
 

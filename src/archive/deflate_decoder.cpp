@@ -1,7 +1,5 @@
 #include "src/archive/deflate_decoder.h"
 
-#include "src/base/error_code.h"
-
 #include <libdeflate.h>
 #include <zlib.h>
 
@@ -12,7 +10,6 @@
 namespace vell::archive {
 namespace {
 
-constexpr Failure damaged{ErrorCode::ExtractionFailed};
 constexpr std::size_t history_size = 32 * 1024; // how far back a match may reach
 constexpr std::size_t room_size = 1 << 20;      // for what blocks expand to
 constexpr std::size_t compressed_size = 256 * 1024;

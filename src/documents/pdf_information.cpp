@@ -19,7 +19,6 @@ namespace {
 
 using files::BufferedReader;
 
-constexpr std::size_t npos = std::string_view::npos;
 constexpr std::string_view line_ends = "\r\n";
 
 struct Header {
@@ -30,11 +29,11 @@ struct Header {
 std::optional<Header> header_in(std::string_view block) {
     constexpr std::string_view mark = "%PDF-";
     const std::size_t at = block.find(mark);
-    if (at == npos)
+    if (at == std::string_view::npos)
         return std::nullopt;
     const std::size_t start = at + mark.size();
     const std::size_t line_end = block.find_first_of(line_ends, start);
-    if (line_end == npos)
+    if (line_end == std::string_view::npos)
         return std::nullopt;
     Header header;
     header.version = block.substr(start, block.find_first_of("\r\n ", start) - start);
@@ -43,7 +42,8 @@ std::optional<Header> header_in(std::string_view block) {
     // skipped; the object is found behind it all the same.
     if (block.substr(header.first_object).starts_with('%')) {
         const std::size_t comment_end = block.find_first_of(line_ends, header.first_object);
-        header.first_object = comment_end == npos ? block.size() : comment_end + 1;
+        header.first_object =
+            comment_end == std::string_view::npos ? block.size() : comment_end + 1;
     }
     return header;
 }
@@ -59,7 +59,8 @@ std::optional<Linearization> linearization_in(std::string_view block, std::size_
     constexpr std::string_view key = "/Linearized";
     const std::size_t object = block.find(keyword);
     const std::size_t end = block.find(end_keyword);
-    if (block.find(' ', first_object) == npos || end == npos || object >= end)
+    if (block.find(' ', first_object) == std::string_view::npos || end == std::string_view::npos ||
+        object >= end)
         return std::nullopt;
     std::string_view dictionary =
         block.substr(object + keyword.size(), end - object - keyword.size());

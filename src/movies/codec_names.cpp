@@ -157,7 +157,7 @@ constexpr Name<FourCc> kinds[] = {
     {"qd3d"_4cc, "QuickDraw 3D"},    {"strm"_4cc, "Streaming"},
 };
 
-constexpr Name<FourCc> brands[] = {
+constexpr Name<FourCc> brand_names[] = {
     {"qt  "_4cc, "QuickTime"}, {"isom"_4cc, "MPEG-4"},      {"iso2"_4cc, "MPEG-4"},
     {"iso3"_4cc, "MPEG-4"},    {"iso4"_4cc, "MPEG-4"},      {"iso5"_4cc, "MPEG-4"},
     {"iso6"_4cc, "MPEG-4"},    {"iso7"_4cc, "MPEG-4"},      {"iso8"_4cc, "MPEG-4"},
@@ -190,7 +190,7 @@ std::string_view kind_name(FourCc handler) {
 }
 
 std::string_view brand_name(FourCc brand) {
-    return name_in(brands, brand);
+    return name_in(brand_names, brand);
 }
 
 } // namespace vell::movies

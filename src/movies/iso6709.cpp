@@ -11,7 +11,7 @@
 namespace vell::movies {
 namespace {
 
-constexpr std::size_t longest_number = 24;
+constexpr std::size_t most_digits = 24;
 
 // One number of the text.
 struct Component {
@@ -34,7 +34,7 @@ std::optional<Component> take_component(std::string_view& text) {
     while (end < text.size() && (is_digit(text[end]) || text[end] == '.'))
         ++end;
     const Component component{text.substr(1, end - 1), text.front() == '-'};
-    if (component.whole_digits() == 0 || component.digits.size() > longest_number ||
+    if (component.whole_digits() == 0 || component.digits.size() > most_digits ||
         std::ranges::count(component.digits, '.') > 1)
         return std::nullopt;
     text.remove_prefix(end);
@@ -66,7 +66,7 @@ std::optional<double> degrees_of(const Component& component, std::size_t degree_
 }
 
 // So many digits before the point, and up to eight behind it.
-std::string padded(double value, std::size_t digits) {
+std::string component_text(double value, std::size_t digits) {
     constexpr double scale = 1e8;
     const auto scaled = static_cast<std::uint64_t>(std::llround(std::abs(value) * scale));
     std::string whole = to_text(scaled / static_cast<std::uint64_t>(scale));
@@ -98,8 +98,8 @@ std::optional<Position> parse_iso6709(std::string_view text) {
 }
 
 std::string iso6709_text(const Position& position) {
-    return padded(position.latitude, 2) + padded(position.longitude, 3) +
-           (position.altitude ? padded(*position.altitude, 1) : "") + "/";
+    return component_text(position.latitude, 2) + component_text(position.longitude, 3) +
+           (position.altitude ? component_text(*position.altitude, 1) : "") + "/";
 }
 
 std::string degrees_minutes_seconds(double degrees, char positive, char negative) {

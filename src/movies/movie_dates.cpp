@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t seconds_to_1970 = 2'082'844'800; // from 1904
 
-std::string padded(std::uint64_t number, std::size_t digits) {
+std::string with_zeros(std::uint64_t number, std::size_t digits) {
     std::string text = to_text(number);
     text.insert(0, digits - std::min(digits, text.size()), '0');
     return text;
@@ -68,12 +68,12 @@ std::optional<HeaderDate> header_date(std::uint64_t seconds) {
     const auto day = std::chrono::floor<std::chrono::days>(moment);
     const std::chrono::year_month_day calendar{day};
     const std::chrono::hh_mm_ss time{moment - day};
-    date.text = padded(static_cast<unsigned>(static_cast<int>(calendar.year())), 4) + "-" +
-                padded(static_cast<unsigned>(calendar.month()), 2) + "-" +
-                padded(static_cast<unsigned>(calendar.day()), 2) + "T" +
-                padded(static_cast<std::uint64_t>(time.hours().count()), 2) + ":" +
-                padded(static_cast<std::uint64_t>(time.minutes().count()), 2) + ":" +
-                padded(static_cast<std::uint64_t>(time.seconds().count()), 2) + "Z";
+    date.text = with_zeros(static_cast<unsigned>(static_cast<int>(calendar.year())), 4) + "-" +
+                with_zeros(static_cast<unsigned>(calendar.month()), 2) + "-" +
+                with_zeros(static_cast<unsigned>(calendar.day()), 2) + "T" +
+                with_zeros(static_cast<std::uint64_t>(time.hours().count()), 2) + ":" +
+                with_zeros(static_cast<std::uint64_t>(time.minutes().count()), 2) + ":" +
+                with_zeros(static_cast<std::uint64_t>(time.seconds().count()), 2) + "Z";
     return date;
 }
 

@@ -15,10 +15,10 @@ struct CloseProfile {
 };
 using Profile = std::unique_ptr<void, CloseProfile>;
 
-struct FreeCurve {
+struct FreeToneCurve {
     void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
 };
-using Curve = std::unique_ptr<cmsToneCurve, FreeCurve>;
+using ToneCurve = std::unique_ptr<cmsToneCurve, FreeToneCurve>;
 
 // The library's state for one picture; it tells nobody of faults.
 class Context {
@@ -112,7 +112,7 @@ std::string make_srgb_profile() {
     const Context context;
     cmsFloat64Number parameters[] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
     constexpr int inverse_gamma_with_line = 4; // IEC 61966-2-1
-    const Curve exact(
+    const ToneCurve exact(
         cmsBuildParametricToneCurve(context.get(), inverse_gamma_with_line, parameters));
     if (!exact)
         return {};
@@ -120,7 +120,7 @@ std::string make_srgb_profile() {
     for (std::size_t i = 0; i < table.size(); ++i)
         table[i] = cmsEvalToneCurve16(exact.get(),
                                       static_cast<cmsUInt16Number>(i * 65535 / (table.size() - 1)));
-    const Curve curve(cmsBuildTabulatedToneCurve16(
+    const ToneCurve curve(cmsBuildTabulatedToneCurve16(
         context.get(), static_cast<cmsUInt32Number>(table.size()), table.data()));
     return curve ? saved(make_profile(context, ColourModel::Rgb, *curve, srgb_primaries))
                  : std::string();
@@ -145,7 +145,7 @@ std::string gamma_profile(ColourModel model, double exponent, const Primaries& p
         (same_curve && (model == ColourModel::Gray || is_srgb(primaries))))
         return {};
     const Context context;
-    const Curve curve(cmsBuildGamma(context.get(), exponent));
+    const ToneCurve curve(cmsBuildGamma(context.get(), exponent));
     return curve ? saved(make_profile(context, model, *curve, primaries)) : std::string();
 }
 

@@ -1,6 +1,5 @@
 #include "src/policy/path_guard.h"
 
-#include "src/base/ascii.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
 
@@ -12,10 +11,6 @@ namespace {
 using files::NativePath;
 
 constexpr std::u16string_view share_start = u"\\\\";
-
-bool is_drive_path(std::u16string_view path) {
-    return path.size() >= 3 && is_letter(path[0]) && path[1] == u':' && path[2] == u'\\';
-}
 
 // A short name may stand for any, so its path says nothing until the system resolves it.
 bool may_have_short_names(std::u16string_view path) {
@@ -75,7 +70,7 @@ bool PathGuard::allows(std::u16string_view path, Access access, std::u16string R
                             *roots, [&](const Root& root) { return is_within(path, root.*as); });
     };
     const GuardedRoots& roots = roots_for(access);
-    if (!roots && is_drive_path(path))
+    if (!roots && files::begins_with_drive(path))
         return true;
     return hold(roots) || (access == Access::Read && hold(write_roots_));
 }
@@ -100,7 +95,7 @@ Result<std::u16string> PathGuard::spelled(const NativePath& path, Access access)
     std::u16string full = VELL_TRY(system_.tree().absolute_path(path.wide));
     std::ranges::replace(full, u'/', u'\\');
     const bool is_share = full.starts_with(share_start);
-    if (!is_drive_path(full) && (!is_share || full.starts_with(u"\\\\.\\")))
+    if (!files::begins_with_drive(full) && (!is_share || full.starts_with(u"\\\\.\\")))
         return refuse("device", path.wide);
     if (has_special_name(full))
         return refuse("device", full);
@@ -207,7 +202,7 @@ Result<void> PathGuard::check(const NativePath& path, Access access, LastLink la
 }
 
 bool PathGuard::allows_disk(std::u16string_view root) {
-    if (!read_roots_ && is_drive_path(root))
+    if (!read_roots_ && files::begins_with_drive(root))
         return true;
     const auto lies_there = [&](const Root& of_policy) {
         return is_within(of_policy.spelled, root) || is_within(of_policy.final, root) ||

@@ -95,12 +95,6 @@ Reader truth_into(bool& truth) {
     };
 }
 
-bool is_drive_path(std::u16string_view path) {
-    const char16_t letter = path.empty() ? u'\0' : static_cast<char16_t>(path[0] | 0x20);
-    return path.size() >= 3 && letter >= u'a' && letter <= u'z' && path[1] == u':' &&
-           path[2] == u'\\';
-}
-
 bool is_share_path(std::u16string_view path) {
     return path.starts_with(u"\\\\") && path.size() > 2 && path[2] != u'?' && path[2] != u'.' &&
            path[2] != u'\\' && path.find(u'\\', 2) != path.npos && !path.ends_with(u'\\');
@@ -116,7 +110,7 @@ Result<std::u16string, std::string> folder_of(const Json& value) {
     const bool has_dots =
         (path + u'\\').find(u"\\.\\") != path.npos || (path + u'\\').find(u"\\..\\") != path.npos;
     const bool has_zero = path.find(u'\0') != path.npos;
-    if ((!is_drive_path(path) && !is_share_path(path)) || has_dots || has_zero)
+    if ((!files::begins_with_drive(path) && !is_share_path(path)) || has_dots || has_zero)
         return Problem{"no full path of a folder: \"" + value.get<std::string>() + "\""};
     return path;
 }

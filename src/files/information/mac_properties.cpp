@@ -17,7 +17,7 @@ struct TypeOfExtension {
 };
 
 // The codes that programs on the Mac gave to files of these kinds.
-constexpr TypeOfExtension types[] = {
+constexpr TypeOfExtension types_of_extensions[] = {
     {u"txt", "TEXT"},  {u"text", "TEXT"}, {u"csv", "TEXT"},  {u"tab", "TEXT"},  {u"tsv", "TEXT"},
     {u"mer", "TEXT"},  {u"htm", "TEXT"},  {u"css", "TEXT"},  {u"html", "TEXT"}, {u"xml", "TEXT"},
     {u"xsl", "TEXT"},  {u"json", "TEXT"}, {u"js", "TEXT"},   {u"log", "TEXT"},  {u"ini", "TEXT"},
@@ -53,10 +53,11 @@ Result<void> get_file_type(Call& call, System& system) {
         return {};
     }
     const std::u16string_view extension = extension_of(item.path.wide);
-    const auto known = std::ranges::find_if(types, [extension](const TypeOfExtension& type) {
-        return equal_ignoring_case(extension, type.extension);
-    });
-    call.set_literal(known == std::end(types) ? "" : known->type);
+    const auto known =
+        std::ranges::find_if(types_of_extensions, [extension](const TypeOfExtension& type) {
+            return equal_ignoring_case(extension, type.extension);
+        });
+    call.set_literal(known == std::end(types_of_extensions) ? "" : known->type);
     return {};
 }
 

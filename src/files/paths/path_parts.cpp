@@ -59,6 +59,10 @@ std::size_t root_length(std::u16string_view path) {
     return skip_name(path, skip_name(path, 2));
 }
 
+bool begins_with_drive(std::u16string_view path) {
+    return path.size() >= 3 && is_letter(path[0]) && path[1] == u':' && path[2] == u'\\';
+}
+
 std::u16string_view without_trailing_separator(std::u16string_view path) {
     const std::size_t root = root_length(path);
     while (path.size() > root && is_separator(path.back()))

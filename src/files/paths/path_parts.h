@@ -11,6 +11,9 @@ namespace vell::files {
 // Characters of what cannot be cut off: "C:\", "\\server\share\", "\\?\C:\", "\" or nothing.
 std::size_t root_length(std::u16string_view path);
 
+// Whether the root is that of a drive, separated by "\": "C:\".
+bool begins_with_drive(std::u16string_view path);
+
 // The path without separators at its end; a root keeps its own.
 std::u16string_view without_trailing_separator(std::u16string_view path);
 

@@ -13,13 +13,13 @@
 namespace vell::metadata {
 namespace {
 
-constexpr std::string_view exif = "Exif";
-constexpr std::string_view gps = "GPS";
-constexpr std::string_view iptc = "IPTC";
-constexpr std::string_view xmp = "XMP";
-constexpr std::string_view icc = "ICC";
-constexpr std::string_view image = "Image";
-constexpr std::array kinds{exif, gps, iptc, xmp, icc, image};
+constexpr std::string_view exif_kind = "Exif";
+constexpr std::string_view gps_kind = "GPS";
+constexpr std::string_view iptc_kind = "IPTC";
+constexpr std::string_view xmp_kind = "XMP";
+constexpr std::string_view icc_kind = "ICC";
+constexpr std::string_view image_kind = "Image";
+constexpr std::array kinds{exif_kind, gps_kind, iptc_kind, xmp_kind, icc_kind, image_kind};
 
 // What the GPS member has beside the tags.
 constexpr std::array<std::string_view, 3> positions{"Latitude", "Longitude", "Altitude"};
@@ -30,7 +30,7 @@ bool is_among(const auto& names, std::string_view name) {
         names, [&](std::string_view each) { return equal_ignoring_case(each, name); });
 }
 
-std::optional<std::uint16_t> number_of(std::string_view text) {
+std::optional<std::uint16_t> tag_number(std::string_view text) {
     const bool is_hexadecimal = starts_ignoring_case(text, "0x");
     const std::string_view digits = text.substr(is_hexadecimal ? 2 : 0);
     std::uint16_t number = 0;
@@ -43,11 +43,11 @@ std::optional<std::uint16_t> number_of(std::string_view text) {
 
 // The member's name for a tag's name or number; nullopt where no tag has it.
 std::optional<std::string> tag_name(TagFamily family, std::string_view text) {
-    if (const auto number = number_of(text))
+    if (const auto number = tag_number(text))
         return name_of(family, *number);
     constexpr std::string_view nameless = "Tag";
     if (starts_ignoring_case(text, nameless))
-        if (const auto number = number_of(text.substr(nameless.size())))
+        if (const auto number = tag_number(text.substr(nameless.size())))
             return name_of(family, *number);
     const auto tag = tag_of(family, text);
     return tag ? std::optional(name_of(family, *tag)) : std::nullopt;
@@ -64,17 +64,17 @@ std::optional<std::string> name_in(std::string_view kind, std::string_view name)
     const auto if_known = [&](bool is_known) {
         return is_known ? std::optional(std::string(name)) : std::nullopt;
     };
-    if (kind == exif)
+    if (kind == exif_kind)
         return tag_name(TagFamily::General, name);
-    if (kind == gps && !is_among(positions, name) && !equal_ignoring_case(name, gps_date_time))
+    if (kind == gps_kind && !is_among(positions, name) && !equal_ignoring_case(name, gps_date_time))
         return tag_name(TagFamily::Gps, name);
-    if (kind == iptc)
+    if (kind == iptc_kind)
         return if_known(is_dataset(name));
-    if (kind == xmp) // namespaces may be anybody's
+    if (kind == xmp_kind) // namespaces may be anybody's
         return if_known(name.find(':') != std::string_view::npos);
-    if (kind == icc)
+    if (kind == icc_kind)
         return if_known(is_among(icc_names(), name));
-    return if_known(kind != image || is_among(image_names(), name));
+    return if_known(kind != image_kind || is_among(image_names(), name));
 }
 
 // A kind and a point before the name; "dc.title" is none.
@@ -99,13 +99,13 @@ std::vector<ValuePlace> places_of(std::string_view text) {
     };
     if (const auto kind = take_kind(text)) {
         add(*kind);
-    } else if (number_of(text)) {
-        add(exif);
+    } else if (tag_number(text)) {
+        add(exif_kind);
     } else if (text.find(':') != std::string_view::npos) {
-        add(xmp);
+        add(xmp_kind);
     } else {
         for (const std::string_view each : kinds)
-            if (each != gps || !equal_ignoring_case(text, gps_date_time))
+            if (each != gps_kind || !equal_ignoring_case(text, gps_date_time))
                 add(each);
     }
     return places;
@@ -130,12 +130,12 @@ ValueKinds kinds_of(const std::vector<TagQuery>& queries) {
     ValueKinds wanted;
     for (const TagQuery& query : queries) {
         for (const ValuePlace& place : query.places) {
-            wanted.exif |= place.kind == exif;
-            wanted.gps |= place.kind == gps;
-            wanted.iptc |= place.kind == iptc;
-            wanted.xmp |= place.kind == xmp;
-            wanted.icc |= place.kind == icc;
-            wanted.image |= place.kind == image;
+            wanted.exif |= place.kind == exif_kind;
+            wanted.gps |= place.kind == gps_kind;
+            wanted.iptc |= place.kind == iptc_kind;
+            wanted.xmp |= place.kind == xmp_kind;
+            wanted.icc |= place.kind == icc_kind;
+            wanted.image |= place.kind == image_kind;
         }
     }
     return wanted;
@@ -147,7 +147,7 @@ const Value* find_value(const Members& values, const TagQuery& query) {
         if (kind == nullptr || kind->members() == nullptr)
             continue;
         const std::string_view name = place.name;
-        const std::size_t colon = place.kind == xmp ? name.find(':') : std::string_view::npos;
+        const std::size_t colon = place.kind == xmp_kind ? name.find(':') : std::string_view::npos;
         const Value* value = nullptr;
         if (colon == std::string_view::npos) {
             value = kind->members()->find(name);

@@ -17,7 +17,7 @@ namespace {
 
 // Values beyond these are told by their size.
 constexpr std::size_t most_numbers = 1024;
-constexpr std::size_t most_bytes = 1024;
+constexpr std::size_t most_hexadecimal = 1024;
 constexpr std::uint64_t most_text = 0x10000;
 constexpr std::uint64_t most_of_all = 0x4000000;
 constexpr std::size_t most_tags = 20'000;
@@ -332,7 +332,7 @@ Value TagSet::bytes_value(const FoundTag& tag, const TextDecoder& decoder) const
         if (found.encoding == TextEncoding::Utf8)
             return decoder(found.bytes, found.encoding);
     }
-    return bytes.size() > most_bytes ? told(tag.entry.count, "bytes") : hexadecimal(bytes);
+    return bytes.size() > most_hexadecimal ? told(tag.entry.count, "bytes") : hexadecimal(bytes);
 }
 
 Value TagSet::plain_value(const FoundTag& tag, const TextDecoder& decoder) const {

@@ -10,7 +10,7 @@ namespace {
 
 using namespace formats;
 
-constexpr std::uint64_t most_pixels = 16'000'000;
+constexpr std::uint64_t most_icon_pixels = 16'000'000;
 constexpr std::size_t most_images = 1000;
 
 // What the file begins with.
@@ -153,7 +153,7 @@ Result<Picture> read_icon_bitmap(ByteSource& bytes, const IconImage& image) {
     const DibHeader header = VELL_TRY(read_dib_header(part, 0, DibOf::Icon));
     if (header.compression != DibCompression::None)
         return Failure{ErrorCode::NotSupported};
-    if (std::uint64_t{header.width} * header.height > most_pixels)
+    if (std::uint64_t{header.width} * header.height > most_icon_pixels)
         return Failure{ErrorCode::PictureTooLarge};
     const RowConverter converter(header.format, header.palette, Curve::Linear);
     const PictureLayout layout = converter.layout(header.width, header.height);

@@ -88,7 +88,7 @@ std::u16string target_of(LinkPointer& link) {
     return unicode_path.empty() ? path : unicode_path;
 }
 
-int show_command(WindowState window) {
+int show_command_of_link(WindowState window) {
     switch (window) {
     case WindowState::Minimized:
         return SW_SHOWMINNOACTIVE; // the one of MS-SHLLINK 2.1, ShowCommand
@@ -106,7 +106,7 @@ class Win32ShellLinks : public ShellLinks {
         LinkPointer link;
         VELL_TRY(create_link_object(link));
         VELL_TRY(check_hresult(link->SetPath(as_wide(wanted.target))));
-        VELL_TRY(check_hresult(link->SetShowCmd(show_command(wanted.window))));
+        VELL_TRY(check_hresult(link->SetShowCmd(show_command_of_link(wanted.window))));
         if (!wanted.arguments.empty())
             VELL_TRY(check_hresult(link->SetArguments(as_wide(wanted.arguments))));
         if (!wanted.description.empty())

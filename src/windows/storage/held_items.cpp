@@ -3,6 +3,7 @@
 #include "src/windows/handle.h"
 #include "src/windows/storage/file.h"
 #include "src/windows/storage/path.h"
+#include "src/windows/storage/reparse_point.h"
 #include "src/windows/text.h"
 
 #include <winternl.h>
@@ -14,12 +15,6 @@ namespace vell::windows {
 using namespace files;
 
 namespace {
-
-// Other reparse points, such as files that a cloud service keeps, stand for themselves.
-bool leads_elsewhere(const FILE_ATTRIBUTE_TAG_INFO& item) {
-    return (item.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
-           IsReparseTagNameSurrogate(item.ReparseTag);
-}
 
 // How an item is opened by its name in a folder.
 struct Opening {

@@ -15,4 +15,9 @@ inline bool leads_elsewhere(const WIN32_FIND_DATAW& found) {
     return tag == 0 || IsReparseTagNameSurrogate(tag);
 }
 
+inline bool leads_elsewhere(const FILE_ATTRIBUTE_TAG_INFO& item) {
+    return (item.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+           IsReparseTagNameSurrogate(item.ReparseTag);
+}
+
 } // namespace vell::windows
