@@ -11,6 +11,8 @@
 
 namespace vell::bench {
 
+inline constexpr std::int16_t get_metadata = 4260;
+
 class FunctionCall {
   public:
     FunctionCall(std::int16_t id, std::initializer_list<std::u16string_view> parameters) : id_(id) {

@@ -14,8 +14,6 @@
 namespace vell::bench {
 namespace {
 
-constexpr std::int16_t get_metadata = 4260;
-
 // What Wine takes to open a file, read its first bytes and close it.
 void touch(const std::wstring& path) {
     const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,

@@ -11,8 +11,6 @@
 namespace vell::bench {
 namespace {
 
-constexpr std::int16_t get_metadata = 4260;
-
 // All keys and the description of every movie; what is none answers with a code.
 Row movies_row() {
     const std::vector<std::wstring> paths = sample_files(L"movies", L"*");

@@ -13,7 +13,6 @@
 namespace vell::bench {
 namespace {
 
-constexpr std::int16_t get_metadata = 4260;
 constexpr std::int16_t get_as_plain_text = 4327;
 
 Row text_row() {

@@ -12,9 +12,9 @@ using namespace vell;
 
 constexpr std::size_t most = 4 << 20; // bytes of a stream that are looked at
 
-testing::Expanded by_decoder(std::string_view compressed, std::size_t piece_size) {
+test::Expanded by_decoder(std::string_view compressed, std::size_t piece_size) {
     static archive::DeflateDecoder decoder;
-    testing::Expanded outcome;
+    test::Expanded outcome;
     const auto next = [&]() -> Result<std::string_view> {
         const std::string_view piece = compressed.substr(0, piece_size);
         compressed.remove_prefix(piece.size());
@@ -38,10 +38,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0)
         return 0;
     const std::string_view compressed = fuzz::as_text(data, size).substr(1);
-    const testing::Expanded wanted = testing::by_zlib(compressed, most);
+    const test::Expanded wanted = test::by_zlib(compressed, most);
     if (wanted.bytes.size() > most)
         return 0;
-    const testing::Expanded outcome =
+    const test::Expanded outcome =
         by_decoder(compressed, std::size_t{1} + data[0] * std::size_t{16});
     FUZZ_CHECK(outcome.is_whole == wanted.is_whole);
     FUZZ_CHECK(outcome.bytes == wanted.bytes);

@@ -24,13 +24,13 @@ std::string read_block(std::string_view block) {
                                           params::TextEncoding::Utf8, text));
     std::u16string shown;
     for (const metadata::MetadataText::Piece& piece : text.pieces())
-        shown += testing::decoded(piece.bytes, piece.encoding);
+        shown += test::decoded(piece.bytes, piece.encoding);
     return utf8_from_utf16(shown);
 }
 
 // A block of tags: the text's values written into it, and what reads of it left as it is.
 void write_block(std::string_view text, const std::string& block) {
-    testing::FakeCall call({});
+    test::FakeCall call({});
     const metadata::TextStore store(call, params::TextEncoding::Utf8);
     const auto write = [&](std::string_view given,
                            std::string_view existing) -> Result<std::string> {
@@ -57,9 +57,9 @@ void check_written(std::string_view switches, std::string_view text, const std::
         return;
     if (format == formats::Format::Tiff)
         FUZZ_CHECK(std::string_view(written).substr(8).starts_with(file.substr(8)));
-    testing::FakeSystem files;
+    test::FakeSystem files;
     files.add(u"C:\\a", written);
-    testing::FakeCall call({utf16_from_utf8(switches), u"C:\\a", u"", utf16_from_utf8(text)});
+    test::FakeCall call({utf16_from_utf8(switches), u"C:\\a", u"", utf16_from_utf8(text)});
     const auto again = metadata::set_metadata(call, files);
     FUZZ_CHECK(again || again.error() == ErrorCode::NothingFound ||
                again.error() == ErrorCode::BadParameter ||
@@ -80,9 +80,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         write_block(text, file);
         return 0;
     }
-    testing::FakeSystem files;
+    test::FakeSystem files;
     files.add(u"C:\\a", file);
-    testing::FakeCall call({utf16_from_utf8(switches), u"C:\\a", u"C:\\b", utf16_from_utf8(text)});
+    test::FakeCall call({utf16_from_utf8(switches), u"C:\\a", u"C:\\b", utf16_from_utf8(text)});
     const bool done = metadata::set_metadata(call, files).has_value();
     FUZZ_CHECK(files.at(u"C:\\a") == file && files.open_files() == 0);
     FUZZ_CHECK(files.contents().size() == (done ? 2U : 1U));
@@ -91,8 +91,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string written = files.at(u"C:\\b");
     check_written(switches, text, file, written);
     for (const char* reading : {"GetExif GetGPS GetJPEGComment", "GetIPTC", "GetXMP"}) {
-        const std::string before = testing::metadata_of(reading, file);
-        const std::string after = testing::metadata_of(reading, written);
+        const std::string before = test::metadata_of(reading, file);
+        const std::string after = test::metadata_of(reading, written);
         FUZZ_CHECK(before.starts_with('!') || !after.starts_with("!-71"));
     }
     return 0;

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 // The result in UTF-8 of a call that is done, or the number of its error behind "$$".
 inline std::string answer_of(const FakeCall& call, const Result<void>& done) {
@@ -31,4 +31,4 @@ std::string answer_of(std::vector<std::u16string> parameters, const Function& fu
     return answer_of(call, function(call));
 }
 
-} // namespace vell::testing
+} // namespace vell::test

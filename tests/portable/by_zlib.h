@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace vell::testing {
+namespace vell::test {
 
 // What came out of a stream, and whether it is whole.
 struct Expanded {
@@ -35,4 +35,4 @@ inline Expanded by_zlib(std::string_view compressed,
     return expanded;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

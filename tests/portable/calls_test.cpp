@@ -25,8 +25,8 @@
 namespace vell::files {
 namespace {
 
-using testing::cell_text;
-using testing::FakeItem;
+using test::cell_text;
+using test::FakeItem;
 
 const std::map<std::string, params::Body> functions{
     {"AppendToFile", append_to_file},
@@ -55,7 +55,7 @@ const std::map<std::string, params::Body> functions{
     {"UnZip", archive::unzip},
 };
 
-class SystemWithShell : public testing::FakeSystem {
+class SystemWithShell : public test::FakeSystem {
   public:
     bool has_shell_operations() override { return true; }
 };
@@ -79,7 +79,7 @@ std::string shown_bytes(const std::string& bytes) {
     }
     return shown;
 }
-void add_item(testing::FakeSystem& system, std::string text) {
+void add_item(test::FakeSystem& system, std::string text) {
     const std::size_t end = std::min(text.find('='), text.size());
     std::string path = text.substr(0, end);
     std::string marks;
@@ -88,7 +88,7 @@ void add_item(testing::FakeSystem& system, std::string text) {
     FakeItem& item = path.ends_with('\\') ? system.add_folder(utf16_from_utf8(path))
                                           : system.add(utf16_from_utf8(path));
     if (end < text.size())
-        item.bytes = testing::bytes_of_text(text.substr(end + 1));
+        item.bytes = test::bytes_of_text(text.substr(end + 1));
     if (marks.find('r') != marks.npos)
         item.attributes |= bit(Attribute::ReadOnly);
     if (marks.find('h') != marks.npos)
@@ -98,7 +98,7 @@ void add_item(testing::FakeSystem& system, std::string text) {
 }
 
 // "Name( first ; second [option=value] )"
-std::string answer(testing::FakeSystem& system, std::string text) {
+std::string answer(test::FakeSystem& system, std::string text) {
     std::map<std::size_t, std::int32_t> options;
     for (std::size_t at; (at = text.find('[')) != text.npos;
          text.erase(at, text.find(']') + 1 - at))
@@ -108,7 +108,7 @@ std::string answer(testing::FakeSystem& system, std::string text) {
     for (const std::string& part :
          parts_of(std::string_view(text).substr(open + 1, text.rfind(')') - open - 1)))
         parameters.push_back(utf16_from_utf8(part));
-    testing::FakeCall call(std::move(parameters));
+    test::FakeCall call(std::move(parameters));
     for (const auto& [option, value] : options)
         call.set_step_option(option, value);
     const std::string result = answer_of(call, functions.at(text.substr(0, open))(call, system));
@@ -116,8 +116,8 @@ std::string answer(testing::FakeSystem& system, std::string text) {
     return result;
 }
 
-std::string changes(const testing::FakeItems::Contents& before,
-                    const testing::FakeItems::Contents& after) {
+std::string changes(const test::FakeItems::Contents& before,
+                    const test::FakeItems::Contents& after) {
     std::string text;
     for (const auto& [path, bytes] : before)
         if (!after.contains(path))
@@ -132,7 +132,7 @@ std::string changes(const testing::FakeItems::Contents& before,
 TEST(Calls, DoWhatTheTablesSay) {
     for (const char* table : {"calls_tree.txt", "calls_contents.txt", "calls_archive.txt",
                               "calls_listing.txt", "calls_information.txt"})
-        for (const auto& row : testing::table(table, 4)) {
+        for (const auto& row : test::table(table, 4)) {
             SCOPED_TRACE(std::string(table) + ": " + row[0] + " | " + row[1]);
             SystemWithShell system;
             for (const std::string& item : parts_of(row[0]))

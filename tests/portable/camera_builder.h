@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 using namespace std::string_literals;
 
@@ -60,4 +60,4 @@ inline std::string crw(const std::vector<std::pair<std::uint16_t, std::string>>&
            little32(static_cast<std::uint32_t>(data.size()));
 }
 
-} // namespace vell::testing
+} // namespace vell::test

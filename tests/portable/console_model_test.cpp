@@ -29,7 +29,7 @@ TEST(Decimal, RefusesWhatIsNoPlainNumber) {
 }
 
 TEST(Decimal, ReadsAnyTextAsTheHostDoes) {
-    for (const auto& row : testing::table("number_texts.txt", 2)) {
+    for (const auto& row : test::table("number_texts.txt", 2)) {
         EXPECT_EQ(Decimal::from_any_text(utf16_from_utf8(row[0])).to_text(), row[1]);
         EXPECT_EQ(Decimal::parse(row[0]).value_or(decimal(row[1])).to_text(), row[1]);
     }

@@ -11,9 +11,9 @@ namespace vell::files {
 namespace {
 
 using params::TextEncoding;
-using testing::FakeCall;
-using testing::FakeItem;
-using testing::FakeSystem;
+using test::FakeCall;
+using test::FakeItem;
+using test::FakeSystem;
 
 // Bytes whose place can be told from a few of them.
 std::string numbered_bytes(std::size_t count) {
@@ -37,7 +37,7 @@ std::string get(std::string bytes, std::vector<std::u16string> parameters) {
 }
 
 TEST(GetContents, TheRangeCountsBytesFromZero) {
-    for (const auto& row : testing::wide_table("ranges.txt", 3))
+    for (const auto& row : test::wide_table("ranges.txt", 3))
         EXPECT_EQ(get("0123456789", {u"", u"file", row[0], row[1]}), utf8_from_utf16(row[2]))
             << utf8_from_utf16(row[0] + u' ' + row[1]);
     // No buffer is made for what the file does not have.

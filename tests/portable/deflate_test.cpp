@@ -11,8 +11,8 @@
 namespace vell::archive {
 namespace {
 
-using testing::by_zlib;
-using testing::Expanded;
+using test::by_zlib;
+using test::Expanded;
 
 // Lines with numbers in them: matches near and far, and some noise.
 std::string lines(std::size_t size, unsigned seed = 1) {

@@ -7,8 +7,8 @@
 namespace vell::files {
 namespace {
 
-using testing::FakeCall;
-using testing::FakeItem;
+using test::FakeCall;
+using test::FakeItem;
 
 // What a digest was asked for, and when it fails.
 struct DigestLog {
@@ -46,7 +46,7 @@ class LoggingDigest : public Digest {
     DigestLog& log_;
 };
 
-class WithDigests : public testing::FakeSystem {
+class WithDigests : public test::FakeSystem {
   public:
     Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) override {
         log->algorithm = algorithm;

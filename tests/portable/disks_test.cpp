@@ -20,7 +20,7 @@ struct FakeDisk {
 };
 
 // Notes what was done with the disks.
-class FakeDisks : public testing::FakeSystem {
+class FakeDisks : public test::FakeSystem {
   public:
     std::map<char16_t, FakeDisk> disks{
         {u'C', {DiskType::Fixed, u"Windows"}},
@@ -89,7 +89,7 @@ class Disks : public ::testing::Test {
     using Function = params::Body;
 
     // ";" for the ends of lines.
-    std::u16string result(Function function, testing::FakeCall& call) {
+    std::u16string result(Function function, test::FakeCall& call) {
         system.done.clear();
         const Result<void> done = function(call, system);
         std::u16string text =
@@ -98,7 +98,7 @@ class Disks : public ::testing::Test {
         return text;
     }
     std::u16string result(Function function, std::vector<std::u16string> parameters) {
-        testing::FakeCall call(std::move(parameters));
+        test::FakeCall call(std::move(parameters));
         return result(function, call);
     }
     std::u16string mounted(std::u16string switches, std::u16string server, std::u16string disk) {
@@ -111,19 +111,19 @@ class Disks : public ::testing::Test {
 };
 
 TEST_F(Disks, AreListedByType) {
-    for (const auto& row : testing::wide_table("disk_lists.txt", 2))
+    for (const auto& row : test::wide_table("disk_lists.txt", 2))
         EXPECT_EQ(result(list_disks, {row[0]}), row[1]) << utf8_from_utf16(row[0]);
 }
 
 TEST_F(Disks, TellOfThemselvesByAnyName) {
-    for (const auto& row : testing::wide_table("disk_information.txt", 3))
+    for (const auto& row : test::wide_table("disk_information.txt", 3))
         EXPECT_EQ(result(disk_info, {row[0], row[1]}), row[2]) << utf8_from_utf16(row[1]);
     system.disks[u'Z'] = {DiskType::Fixed, u"Last"};
     EXPECT_EQ(result(disk_info, {u"-DiskPath", u"last"}), u"Z:\\");
 }
 
 TEST_F(Disks, AreMountedOnFreeLetters) {
-    for (const auto& row : testing::wide_table("disk_mounts.txt", 4))
+    for (const auto& row : test::wide_table("disk_mounts.txt", 4))
         EXPECT_EQ(mounted(row[0], row[1], row[2]), row[3])
             << utf8_from_utf16(row[0] + u" | " + row[1] + u" | " + row[2]);
     system.remembered = {u'Z', u'X'};
@@ -134,7 +134,7 @@ TEST_F(Disks, AreMountedOnFreeLetters) {
 }
 
 TEST_F(Disks, ReuseALetterWhenTheStepSaysSo) {
-    testing::FakeCall step({u"", u"", u"server", u"sales", u"me", u"secret", u"1"});
+    test::FakeCall step({u"", u"", u"server", u"sales", u"me", u"secret", u"1"});
     step.set_step_option(6, 1);
     EXPECT_EQ(result(mount_disk, step), u"0");
     step.set_step_option(6, 0);
@@ -147,7 +147,7 @@ TEST_F(Disks, ReuseALetterWhenTheStepSaysSo) {
 }
 
 TEST_F(Disks, AreUnmountedByTheirKind) {
-    for (const auto& row : testing::wide_table("disk_unmounts.txt", 3)) {
+    for (const auto& row : test::wide_table("disk_unmounts.txt", 3)) {
         EXPECT_EQ(result(unmount_disk, {u"", row[0]}), row[1]) << utf8_from_utf16(row[0]);
         EXPECT_EQ(system.done, row[2]) << utf8_from_utf16(row[0]);
     }
@@ -157,7 +157,7 @@ TEST_F(Disks, AreUnmountedByTheirKind) {
     EXPECT_EQ(result(unmount_disk, {u"", u"Y"}), u"-47");
 }
 
-class NotedPlaces : public testing::FakeSystem {
+class NotedPlaces : public test::FakeSystem {
   public:
     SpecialFolder asked{};
     MakeFolder made{};
@@ -172,8 +172,8 @@ TEST(FindFolder, TakesTheLongestWord) {
     NotedPlaces system;
     const auto found = [&](std::u16string switches) {
         const std::vector<std::u16string> parameters{std::move(switches)};
-        return testing::answer_of(parameters,
-                                  [&](params::Call& call) { return find_folder(call, system); });
+        return test::answer_of(parameters,
+                               [&](params::Call& call) { return find_folder(call, system); });
     };
     for (const auto& [word, folder] : special_folder_words()) {
         EXPECT_EQ(found(u"-" + utf16_from_utf8(word) + u"Folder -CreateFolder"), "C:\\x\\");

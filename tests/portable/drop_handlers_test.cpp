@@ -9,7 +9,7 @@
 #include <functional>
 #include <map>
 
-namespace vell::testing {
+namespace vell::test {
 namespace {
 
 using namespace dragdrop;
@@ -291,4 +291,4 @@ TEST(DroppedData, DescribedItemsAndTheirNames) {
 }
 
 } // namespace
-} // namespace vell::testing
+} // namespace vell::test

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::testing {
+namespace vell::test {
 namespace {
 
 using namespace dragdrop;
@@ -49,4 +49,4 @@ TEST(DropZone, OffsetAndScrollPositionAreAddedToThePoint) {
 }
 
 } // namespace
-} // namespace vell::testing
+} // namespace vell::test

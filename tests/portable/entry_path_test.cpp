@@ -22,7 +22,7 @@ EntryInfo entry_of(std::string_view name) {
 }
 
 TEST(EntryPath, StaysInTheTargetFolder) {
-    for (const auto& row : testing::wide_table("entry_paths.txt", 2)) {
+    for (const auto& row : test::wide_table("entry_paths.txt", 2)) {
         std::string name; // in Latin-1
         for (const char16_t unit : row[0])
             name += static_cast<char>(unit);

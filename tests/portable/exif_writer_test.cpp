@@ -16,12 +16,12 @@
 namespace vell::metadata {
 namespace {
 
-using testing::ascii;
-using testing::build_tiff;
-using testing::bytes;
-using testing::FakeCall;
-using testing::TiffField;
-using testing::undefined;
+using test::ascii;
+using test::build_tiff;
+using test::bytes;
+using test::FakeCall;
+using test::TiffField;
+using test::undefined;
 
 constexpr std::size_t room = 65'527;
 
@@ -34,7 +34,7 @@ std::string read(std::string_view block, TextEncoding encoding = TextEncoding::N
         encoding, text));
     std::u16string shown;
     for (const MetadataText::Piece& piece : text.pieces())
-        shown += testing::decoded(piece.bytes, piece.encoding);
+        shown += test::decoded(piece.bytes, piece.encoding);
     return utf8_from_utf16(shown);
 }
 
@@ -97,7 +97,7 @@ TEST(ExifWriter, WhatWasReadLeavesEveryByteAsItIs) {
 }
 
 TEST(ExifWriter, ValuesTakeTheTypesOfTheirTags) {
-    const auto rows = testing::table("exif_values.txt", 4);
+    const auto rows = test::table("exif_values.txt", 4);
     for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
         for (const std::string& existing : {std::string(), full_block(order)}) {
             for (const auto& row : rows) {

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 // Bytes that are not to be read as UTF-8 become the characters of their numbers.
 inline std::u16string decoded(std::string_view bytes, params::TextEncoding encoding) {
@@ -145,4 +145,4 @@ class FakeCall : public params::Call {
     std::vector<params::TextEncoding> encodings_;
 };
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline constexpr params::CalendarTime noon{2024, 2, 29, 12, 34, 56};
 
@@ -574,4 +574,4 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     std::size_t largest_batch_ = 0;
 };
 
-} // namespace vell::testing
+} // namespace vell::test

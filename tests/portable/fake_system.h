@@ -4,7 +4,7 @@
 
 #include "tests/portable/fake_items.h"
 
-namespace vell::testing {
+namespace vell::test {
 
 // All parts in one, whose names do not meet.
 class FakeSystem : public System,
@@ -309,4 +309,4 @@ class FakeSystem : public System,
     static constexpr Failure<ErrorCode> not_found{ErrorCode::NotFound};
 };
 
-} // namespace vell::testing
+} // namespace vell::test

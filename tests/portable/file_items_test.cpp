@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 using namespace vell;
-using namespace vell::testing;
+using namespace vell::test;
 using namespace vell::formats;
 using namespace vell::formats::isobmff;
 using namespace std::string_literals;

@@ -18,7 +18,7 @@
 namespace {
 
 using namespace vell;
-using namespace vell::testing;
+using namespace vell::test;
 
 // Lines are separated by "|".
 std::string structure_of(std::string bytes, std::u16string switches = u"") {

@@ -10,12 +10,12 @@
 namespace vell::files {
 namespace {
 
-using testing::Entries;
-using testing::FakeSystem;
-using testing::file;
-using testing::folder;
-using testing::hidden;
-using testing::link;
+using test::Entries;
+using test::FakeSystem;
+using test::file;
+using test::folder;
+using test::hidden;
+using test::link;
 
 // One line after the other, "|" for their ends.
 std::u16string listing(FakeSystem& folders, ListingOptions options,
@@ -171,13 +171,13 @@ TEST(FolderSize, CountsEveryFileOnceAndNothingBehindLinks) {
 TEST(ListFolder, TellsAllOfItsItemsAsJson) {
     FakeSystem system;
     system.add_folder(u"C:\\top\\sub").modified = {1999, 12, 31, 23, 59, 58};
-    testing::FakeItem& item = system.add(u"C:\\top\\sub\\\u00E4\"b.txt", "12345");
+    test::FakeItem& item = system.add(u"C:\\top\\sub\\\u00E4\"b.txt", "12345");
     item.attributes = bit(Attribute::ReadOnly) | bit(Attribute::Hidden);
     item.created = {1601, 1, 1, 0, 0, 0}; // a file system that keeps none
     system.add_folder(u"C:\\top\\loop").link = u"elsewhere";
     const std::string rest = R"("Accessed":"2024-02-29T12:34:56","Hidden":)";
     const std::string times = R"("Created":"2024-02-29T12:34:56","Modified":)";
-    EXPECT_EQ(testing::answer_of(
+    EXPECT_EQ(test::answer_of(
                   {u"files folders -recursive showinvisibles -Format=JSON -FileMakerPathFormat",
                    u"C:\\top"},
                   [&](params::Call& call) { return list_folder(call, system); }),
@@ -189,8 +189,8 @@ TEST(ListFolder, TellsAllOfItsItemsAsJson) {
                   R"({"Name":"loop","Path":"filewin:/C:/top/loop","Type":"folder","Link":true,)" +
                   times + R"("2024-02-29T12:34:56",)" + rest + R"(false,"ReadOnly":false}])");
     system.add_folder(u"C:\\empty");
-    EXPECT_EQ(testing::answer_of({u"files showpointdirs folders -Format=JSON", u"C:\\empty"},
-                                 [&](params::Call& call) { return list_folder(call, system); }),
+    EXPECT_EQ(test::answer_of({u"files showpointdirs folders -Format=JSON", u"C:\\empty"},
+                              [&](params::Call& call) { return list_folder(call, system); }),
               "[]");
 }
 
@@ -198,7 +198,7 @@ TEST(ListFolder, GivesTheSystemsNumberAndFolderSizeItsCode) {
     FakeSystem folders;
     folders.fill(u"C:\\top\\", {file(u"a.txt"), folder(u"sub")});
     folders.refuse(u"C:\\top\\sub\\", 5);
-    testing::FakeCall call({u"files -recursive", u"C:\\top"});
+    test::FakeCall call({u"files -recursive", u"C:\\top"});
     EXPECT_EQ(number(list_folder(call, folders).error()), 5);
     EXPECT_EQ(get_folder_size(call, folders).error(), ErrorCode::Busy);
 }

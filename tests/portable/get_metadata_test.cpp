@@ -13,7 +13,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 const std::string packet = "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W\"?><x/><?xpacket end=\"w\"?>";
 const std::string readable = "<?xpacket begin=\"0xEFBBBF\" id=\"W\"?><x/><?xpacket end=\"w\"?>";

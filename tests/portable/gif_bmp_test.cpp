@@ -9,7 +9,7 @@
 
 #include <cstring>
 
-namespace vell::testing {
+namespace vell::test {
 namespace {
 
 using namespace pictures;
@@ -234,4 +234,4 @@ TEST(Pictures, RealFilesAreReadOrRefused) {
 }
 
 } // namespace
-} // namespace vell::testing
+} // namespace vell::test

@@ -17,7 +17,7 @@
 #include <sanitizer/allocator_interface.h>
 #endif
 
-namespace vell::testing {
+namespace vell::test {
 
 #ifdef VELL_COUNTS_MEMORY
 
@@ -85,4 +85,4 @@ std::optional<std::size_t> most_memory_held(Action action) {
 #endif
 }
 
-} // namespace vell::testing
+} // namespace vell::test

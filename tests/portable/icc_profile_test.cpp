@@ -8,8 +8,8 @@
 namespace vell::metadata {
 namespace {
 
-using testing::big16;
-using testing::big32;
+using test::big16;
+using test::big32;
 
 std::string utf16(std::u16string_view text) {
     std::string bytes;
@@ -75,7 +75,7 @@ std::string description(std::string_view profile, const MetadataRequest& request
     MetadataText text;
     text.append(before);
     const Result<void> done = describe_icc_profile(profile, request, text);
-    return testing::shown(text) + (done ? "" : "!" + std::to_string(number(done.error())));
+    return test::shown(text) + (done ? "" : "!" + std::to_string(number(done.error())));
 }
 
 const std::string some_profile = profile_of(
@@ -209,20 +209,20 @@ TEST(IccProfile, IsDescribedInBoundedSpace) {
 }
 
 TEST(IccProfile, StandsInATagOfTiffFiles) {
-    using testing::metadata_of;
-    const auto tiff = [](const testing::TiffField& profile) {
-        return testing::build_tiff(ByteOrder::Big, {{testing::ascii(271, "A"), profile}});
+    using test::metadata_of;
+    const auto tiff = [](const test::TiffField& profile) {
+        return test::build_tiff(ByteOrder::Big, {{test::ascii(271, "A"), profile}});
     };
-    const std::string file = tiff(testing::undefined(34675, some_profile));
+    const std::string file = tiff(test::undefined(34675, some_profile));
     EXPECT_EQ(metadata_of("-GetIccProfileDescription", file),
               description(some_profile, asking(IccSelector::Description)));
     EXPECT_EQ(metadata_of("-GetIccProfileName", file), "a<b\1");
     EXPECT_EQ(metadata_of("-GetLocalizedIccProfileName", file),
               description(some_profile, asking(IccSelector::LocalizedName)));
     EXPECT_EQ(metadata_of("-GetIccProfileName GetExif", file), "|##EXIF 271|A|##END 271|a<b\1");
-    EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(testing::undefined(34675, "cut"))), "!-302");
+    EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(test::undefined(34675, "cut"))), "!-302");
     // Longer than any that a JPEG has room for; nothing of it is read.
-    const testing::TiffField long_one{34675, testing::FieldType::Undefined, {}, "", 0x1000001, 40};
+    const test::TiffField long_one{34675, test::FieldType::Undefined, {}, "", 0x1000001, 40};
     EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(long_one)), "!-207");
 }
 

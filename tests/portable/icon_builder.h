@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline std::string little16(std::uint16_t value) {
     std::string bytes;
@@ -44,4 +44,4 @@ inline std::string icon_file(const std::vector<std::string>& pictures) {
     return file;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::testing {
+namespace vell::test {
 namespace {
 
 using namespace pictures;
@@ -128,4 +128,4 @@ TEST(IconFile, PicturesAreFittedIntoTheMiddleOfASquare) {
 }
 
 } // namespace
-} // namespace vell::testing
+} // namespace vell::test

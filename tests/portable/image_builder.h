@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace vell::testing {
+namespace vell::test {
 
 using formats::jpeg::SegmentMarker;
 
@@ -148,4 +148,4 @@ class EndlessFile : public files::File {
     std::size_t longest_read_ = 0;
 };
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -9,7 +9,7 @@ namespace vell::metadata {
 namespace {
 
 using namespace std::string_literals;
-using namespace vell::testing;
+using namespace vell::test;
 
 std::string description(const std::string& bytes) {
     return metadata_of("-GetImageDescription", bytes);

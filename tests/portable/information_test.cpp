@@ -12,12 +12,12 @@ namespace vell::files {
 namespace {
 
 using params::Call;
-using testing::answer_of;
-using testing::FakeCall;
-using testing::in_no_system;
+using test::answer_of;
+using test::FakeCall;
+using test::in_no_system;
 
 // One item, "item"; every operation can be made to fail.
-class OneItem : public testing::FakeSystem {
+class OneItem : public test::FakeSystem {
   public:
     explicit OneItem(std::uint32_t attributes) : value(attributes) {}
 
@@ -99,7 +99,7 @@ TEST(SetFileAttribute, SwitchesSetAndClearBitsAndLeaveTheOthers) {
             value |= letter == 'r' ? 0x1 : letter == 'h' ? 0x2 : 0x20;
         return value;
     };
-    for (const auto& row : testing::table("attribute_switches.txt", 3))
+    for (const auto& row : test::table("attribute_switches.txt", 3))
         for (const auto& [before, after] :
              {std::pair(bits(""), bits(row[1])), {bits("rha"), bits(row[2])}}) {
             OneItem item(before);
@@ -144,14 +144,14 @@ TEST(Information, SizesAreExact) {
 }
 
 TEST(Information, NamesAndExtensionsAreThoseOfTheLastComponent) {
-    for (const auto& row : testing::table("file_names.txt", 3)) {
+    for (const auto& row : test::table("file_names.txt", 3)) {
         const std::vector<std::u16string> parameters{u"", utf16_from_utf8(row[0])};
         EXPECT_EQ(answer_of(parameters, in_no_system(get_file_name)), row[1]) << row[0];
         EXPECT_EQ(answer_of(parameters, in_no_system(get_extension)), row[2]) << row[0];
     }
 }
 
-class HostPlace : public testing::FakeSystem {
+class HostPlace : public test::FakeSystem {
   public:
     Result<std::u16string> program_path() override {
         return std::u16string(u"C:\\Host\\Host Pro.exe");
@@ -160,7 +160,7 @@ class HostPlace : public testing::FakeSystem {
 
 TEST(PathTo, FindsTheProgramAndTheSolution) {
     HostPlace system;
-    for (const auto& row : testing::wide_table("places.txt", 3)) {
+    for (const auto& row : test::wide_table("places.txt", 3)) {
         FakeCall call({row[0]});
         call.set_calculation(u"Get ( FilePath )", row[1]);
         EXPECT_EQ(answer_of(call, get_path_to(call, system)), utf8_from_utf16(row[2]));

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline std::string big16(std::uint16_t value) {
     std::string bytes;
@@ -23,4 +23,4 @@ inline std::string little32(std::uint32_t value) {
     return bytes;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

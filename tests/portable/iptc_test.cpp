@@ -8,7 +8,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 const std::string declared_utf8 = dataset(1, 90, "\x1B%G");
 const std::string umlaut = "\xC3\xA4";

@@ -12,17 +12,17 @@ namespace {
 
 using params::CalendarTime;
 using params::Call;
-using testing::FakeCall;
+using test::FakeCall;
 
 constexpr CalendarTime created{2020, 1, 2, 3, 4, 5};
 constexpr CalendarTime accessed{2021, 2, 3, 4, 5, 6};
 constexpr CalendarTime modified{2022, 3, 4, 5, 6, 7};
 
 // One item, "item", and a user.
-class OneItem : public testing::FakeSystem {
+class OneItem : public test::FakeSystem {
   public:
     OneItem() {
-        testing::FakeItem& item = add(u"item");
+        test::FakeItem& item = add(u"item");
         item.created = created;
         item.accessed = accessed;
         item.modified = modified;
@@ -51,7 +51,7 @@ class OneItem : public testing::FakeSystem {
 };
 
 std::string answer(params::Body body, OneItem& item, std::vector<std::u16string> parameters) {
-    return testing::answer_of(std::move(parameters), [&](Call& call) { return body(call, item); });
+    return test::answer_of(std::move(parameters), [&](Call& call) { return body(call, item); });
 }
 
 // Gives a time, and tells as which kind of value one is set.
@@ -89,7 +89,7 @@ TEST(FileTimes, EachFunctionGivesItsPartOfItsTime) {
     OneItem item;
     for (const auto& [body, value] : cases) {
         TimedCall call({u"", u"item"});
-        EXPECT_EQ(testing::answer_of(call, body(call, item)), value);
+        EXPECT_EQ(test::answer_of(call, body(call, item)), value);
         EXPECT_EQ(answer(body, item, {u"", u"none"}), "$$-43");
     }
 }
@@ -100,13 +100,13 @@ TEST(FileTimes, OnlyTheOneThatIsNamedIsChanged) {
                          const std::optional<CalendarTime>& time) {
         TimedCall call({u"", std::move(path), u"time"});
         call.given = time;
-        return testing::answer_of(call, body(call, item));
+        return test::answer_of(call, body(call, item));
     };
     const auto years = [&] {
-        const testing::FakeItem& changed = *item.find(u"item");
+        const test::FakeItem& changed = *item.find(u"item");
         return std::vector{changed.created.year, changed.accessed.year, changed.modified.year};
     };
-    EXPECT_EQ(set(set_time_stamp_created, u"item", testing::noon), "0");
+    EXPECT_EQ(set(set_time_stamp_created, u"item", test::noon), "0");
     EXPECT_EQ(years(), (std::vector{2024, 2021, 2022}));
     EXPECT_EQ(set(set_time_stamp_modified, u"item", created), "0");
     EXPECT_EQ(years(), (std::vector{2024, 2021, 2020}));

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 struct JpegKind {
     JDIMENSION width;
@@ -59,4 +59,4 @@ std::string jpeg_file(const JpegKind& kind, Fill fill) {
     return file;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -7,7 +7,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 const std::string soi = "\xFF\xD8";
 const std::string app0 = segment(SegmentMarker::App0, "JFIF");

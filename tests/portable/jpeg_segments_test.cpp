@@ -7,7 +7,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 std::string exif(const std::string& make) {
     return exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(271, make)}}));

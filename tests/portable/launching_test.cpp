@@ -13,7 +13,7 @@ namespace vell::files {
 namespace {
 
 using params::Call;
-using testing::FakeCall;
+using test::FakeCall;
 
 struct CallWithoutUser : FakeCall {
     using FakeCall::FakeCall;
@@ -21,7 +21,7 @@ struct CallWithoutUser : FakeCall {
 };
 
 // Knows two items, and writes down what it is asked for.
-class NotedDesktop : public testing::FakeSystem {
+class NotedDesktop : public test::FakeSystem {
   public:
     std::u16string asked;
 
@@ -52,7 +52,7 @@ TEST(Launching, AsksTheDesktop) {
                                                            {u"Reveal", reveal},
                                                            {u"OpenFolder", open_folder},
                                                            {u"BringToFront", bring_to_front}};
-    for (const auto& row : testing::wide_table("launches.txt", 5)) {
+    for (const auto& row : test::wide_table("launches.txt", 5)) {
         SCOPED_TRACE(utf8_from_utf16(row[0] + u' ' + row[2]));
         const params::Body body = functions.at(row[0]);
         const std::vector<std::u16string> parameters(row.begin() + 1, row.begin() + 4);
@@ -67,7 +67,7 @@ TEST(Launching, AsksTheDesktop) {
     }
 }
 
-class NotedCommands : public testing::FakeSystem {
+class NotedCommands : public test::FakeSystem {
   public:
     bool shown = false;
     Result<std::unique_ptr<RunningCommand>> start(const std::u16string&,
@@ -101,7 +101,7 @@ std::string shown(const FileDialog& dialog) {
 }
 
 // A user who selects two files, or none.
-class Selection : public testing::FakeSystem {
+class Selection : public test::FakeSystem {
   public:
     std::string dialog;
     bool cancels = false;
@@ -124,7 +124,7 @@ TEST(SelectDialogs, ShowWhatTheCallSays) {
     const std::map<std::u16string, params::Body> dialogs{{u"SelectFile", select_file_dialog},
                                                          {u"SelectFolder", select_folder_dialog},
                                                          {u"SaveFile", save_file_dialog}};
-    for (const auto& row : testing::wide_table("dialogs.txt", 7)) {
+    for (const auto& row : test::wide_table("dialogs.txt", 7)) {
         SCOPED_TRACE(utf8_from_utf16(row[0] + u' ' + row[5]));
         Selection system;
         FakeCall call({row.begin() + 1, row.begin() + 5});

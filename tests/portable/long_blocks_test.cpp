@@ -29,7 +29,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 using namespace std::string_literals;
 
 constexpr std::uint32_t three_gigabytes = 3U << 30U;
@@ -407,8 +407,7 @@ TEST(LongBlocks, ProfilesOfThumbnailsAreHeldTwiceAtMost) {
     const std::size_t count = (profile.size() + longest_chunk - 1) / longest_chunk;
     for (std::size_t i = 0; i < count; ++i)
         segments += segment(SegmentMarker::App2,
-                            "ICC_PROFILE\0"s + static_cast<char>(i + 1) +
-                                static_cast<char>(count) +
+                            "ICC_PROFILE\0"s + static_cast<char>(i + 1) + static_cast<char>(count) +
                                 profile.substr(i * longest_chunk, longest_chunk));
     const std::string file = jpeg({segments});
     BytesInMemory source(file);

@@ -20,7 +20,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 using namespace std::string_literals;
 using formats::Window;
 

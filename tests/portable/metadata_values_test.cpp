@@ -19,7 +19,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 using enum FieldType;
 
 // The result of a call, or its code.

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace vell;
-using namespace vell::testing;
+using namespace vell::test;
 using namespace std::string_literals;
 
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline std::string big64(std::uint64_t value) {
     return big32(static_cast<std::uint32_t>(value >> 32)) +
@@ -172,4 +172,4 @@ class WatchedSource final : public ByteSource {
     BytesInMemory memory_;
 };
 
-} // namespace vell::testing
+} // namespace vell::test

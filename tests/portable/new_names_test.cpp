@@ -32,14 +32,14 @@ class NewNames : public ::testing::Test {
         std::vector<std::u16string> parameters = maker.before;
         parameters.push_back(path);
         parameters.insert(parameters.end(), maker.behind.begin(), maker.behind.end());
-        EXPECT_EQ(testing::answer_of(parameters,
-                                     [&](params::Call& call) { return maker.body(call, system); }),
+        EXPECT_EQ(test::answer_of(parameters,
+                                  [&](params::Call& call) { return maker.body(call, system); }),
                   code)
             << maker.name << ' ' << utf8_from_utf16(path.substr(0, 99));
         EXPECT_EQ(system.all(), before);
     }
 
-    testing::FakeSystem system;
+    test::FakeSystem system;
     const std::u16string file = u"C:\\file.txt";
     const std::u16string folder = u"C:\\folder";
     const std::vector<Maker> makers{

@@ -3,7 +3,7 @@
 
 #include "src/dragdrop/drag_and_drop.h"
 
-namespace vell::testing {
+namespace vell::test {
 
 class NoDrops : public dragdrop::DropHost, public dragdrop::DropWindows {
   public:
@@ -25,4 +25,4 @@ class NoDrops : public dragdrop::DropHost, public dragdrop::DropWindows {
     void shut_down() override {}
 };
 
-} // namespace vell::testing
+} // namespace vell::test

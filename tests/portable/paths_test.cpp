@@ -34,13 +34,13 @@ std::string resolved(std::uint32_t flags, const std::u16string& path, const Path
 }
 
 TEST(Paths, TheKindIsToldByThePrefixAtTheStart) {
-    for (const auto& row : testing::wide_table("path_kinds.txt", 2))
+    for (const auto& row : test::wide_table("path_kinds.txt", 2))
         EXPECT_EQ(std::to_string(static_cast<int>(classify(row[0]))), narrow(row[1]))
             << narrow(row[0]);
 }
 
 TEST(Paths, OnlyAcceptedPrefixesAreRemoved) {
-    for (const auto& row : testing::wide_table("path_prefixes.txt", 3)) {
+    for (const auto& row : test::wide_table("path_prefixes.txt", 3)) {
         const auto flags = static_cast<std::uint32_t>(std::stoul(narrow(row[0]), nullptr, 16));
         EXPECT_EQ(stripped(flags, row[1]), narrow(row[2])) << narrow(row[1]) << ' ' << flags;
     }

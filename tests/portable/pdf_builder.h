@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-namespace vell::testing {
+namespace vell::test {
 
 // A file as it grows by objects and updates.
 struct Pdf {
@@ -38,4 +38,4 @@ struct Pdf {
     }
 };
 
-} // namespace vell::testing
+} // namespace vell::test

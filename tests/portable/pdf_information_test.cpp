@@ -15,10 +15,10 @@
 namespace vell::documents {
 namespace {
 
-using testing::EndlessFile;
-using testing::FakeCall;
-using testing::FakeSystem;
-using testing::Pdf;
+using test::EndlessFile;
+using test::FakeCall;
+using test::FakeSystem;
+using test::Pdf;
 
 // The text with "|" for carriage returns, then "!" and the code of a failure.
 std::string description_of(files::File& file, std::size_t buffer = 4096) {
@@ -62,8 +62,8 @@ TEST(PdfInformation, ReadsTheHeader) {
 }
 
 TEST(PdfInformation, ReadsValuesOfAllKinds) {
-    for (const auto& row : testing::table("pdf_values.txt", 2))
-        EXPECT_EQ(information(testing::bytes_of_text(row[0])), row[1]) << row[0];
+    for (const auto& row : test::table("pdf_values.txt", 2))
+        EXPECT_EQ(information(test::bytes_of_text(row[0])), row[1]) << row[0];
     // No dictionary at all.
     EXPECT_EQ(description_of(Pdf().object(1, "(x)").finish("/Info 1 0 R").bytes), lines("1.4", ""));
 }
@@ -346,12 +346,12 @@ TEST(PdfInformation, IsPartOfTheMetadata) {
 
 // Real files: sound ones, cut off, and with bytes changed. The size of the buffer never matters.
 TEST(PdfInformation, SurvivesRealFilesAndWhatIsLeftOfThem) {
-    const auto files = testing::real_files({"pdf"});
+    const auto files = test::real_files({"pdf"});
     if (files.empty())
-        GTEST_SKIP() << testing::no_real_files;
+        GTEST_SKIP() << test::no_real_files;
     std::minstd_rand random(4290);
     for (const auto& path : files) {
-        std::string bytes = testing::bytes_of(path);
+        std::string bytes = test::bytes_of(path);
         EXPECT_TRUE(description_of(bytes).starts_with("|PDF Version: 1.")) << path;
         if (bytes.size() > 100'000) // the ends are what counts
             bytes.erase(5000, bytes.size() - 100'000);

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 // Counts the bytes that are read.
 class CountedBytes final : public ByteSource {
@@ -430,4 +430,4 @@ inline std::string vorbis_comments(const std::vector<std::string>& comments) {
     return all;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

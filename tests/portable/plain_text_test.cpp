@@ -10,9 +10,9 @@
 namespace vell::documents {
 namespace {
 
-using testing::FakeCall;
-using testing::FakeSystem;
-using testing::native;
+using test::FakeCall;
+using test::FakeSystem;
+using test::native;
 
 // The result for a file that reads as these bytes, whatever the pieces; "$$code" for a failure.
 std::u16string plain_text(std::vector<std::u16string> parameters, std::string_view bytes,

@@ -58,7 +58,7 @@ class FakeHost : public Host {
 };
 
 // Keeps what is written down and shown. The overflow file is in memory.
-class NotingSystem : public testing::FakeSystem {
+class NotingSystem : public test::FakeSystem {
   public:
     bool is_visible() override { return visible; }
     void* main_window(std::u16string_view class_name) override {
@@ -118,7 +118,7 @@ class FakeHostCall : public HostCall {
         call.set_literal(text);
     }
 
-    testing::FakeCall call;
+    test::FakeCall call;
     ErrorCode failure = ErrorCode::Ok;
     bool takes_no_result = false;
 };
@@ -147,7 +147,7 @@ class PluginInHost : public ::testing::Test {
 
     FakeHost host;
     NotingSystem system;
-    testing::NoDrops none;
+    test::NoDrops none;
     dragdrop::DragAndDrop drops{none, none, system};
     Plugin plugin{host, system, drops};
 };
@@ -329,12 +329,12 @@ TEST_F(PluginInHost, AFailedRegistrationEndsItsGroup) {
 
 TEST_F(PluginInHost, ServerHostsGetTheirLines) {
     EXPECT_EQ(start(ApplicationType::Server), startup_accepted);
-    EXPECT_EQ(new_lines(), (Lines{std::string(41, '*'),
-                                  "Vell File Plug-In 14.0 started running under FileMaker Server.",
-                                  "Running as a 64 bit Plug-in.", "Internal FM App version: 67",
-                                  "Plug-in build number: 508",
-                                  "Libraries: Counter 1.2.3, Drawer 4.5",
-                                  "Plug-in startup completed."}));
+    EXPECT_EQ(new_lines(),
+              (Lines{std::string(41, '*'),
+                     "Vell File Plug-In 14.0 started running under FileMaker Server.",
+                     "Running as a 64 bit Plug-in.", "Internal FM App version: 67",
+                     "Plug-in build number: 508", "Libraries: Counter 1.2.3, Drawer 4.5",
+                     "Plug-in startup completed."}));
     const auto lines_of = [&](std::int16_t id, const char16_t* switches) {
         call(id, {switches});
         return new_lines();

@@ -9,7 +9,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 std::string text_chunk(const std::string& keyword, const std::string& text) {
     return png_chunk("tEXt", keyword + '\0' + text);

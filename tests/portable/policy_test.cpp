@@ -15,7 +15,7 @@ namespace vell::policy {
 namespace {
 
 using files::NativePath;
-using testing::native;
+using test::native;
 
 constexpr std::string_view functions[] = {"VlFile_Launch", "VlFile_Exists"};
 
@@ -143,7 +143,7 @@ class GuardedPaths : public ::testing::Test {
         return file ? code_of((*file)->write("new")) : file.error();
     }
 
-    testing::WatchedSystem system;
+    test::WatchedSystem system;
     Policy policy;
 
   private:
@@ -184,7 +184,7 @@ TEST_F(GuardedPaths, AreRefusedOutside) {
 
 // A link stands in the place of the file by the time that it is opened.
 TEST_F(GuardedPaths, AreJudgedByWhatIsOpen) {
-    class Swapping : public testing::WatchedSystem {
+    class Swapping : public test::WatchedSystem {
       public:
         Result<std::unique_ptr<files::File>> open_to_write(const NativePath&) override {
             return FakeSystem::open_to_write(native(u"C:\\out\\b.txt"));
@@ -247,7 +247,7 @@ TEST_F(GuardedPaths, OfLaunchedThingsAreChecked) {
 }
 
 // The clock of the call goes on by a second with each look.
-class Hurrying : public testing::WatchedSystem {
+class Hurrying : public test::WatchedSystem {
   public:
     std::uint64_t milliseconds() override { return now_ += 1000; }
 
@@ -277,7 +277,7 @@ TEST(PolicyLimits, EndACallThatTakesTooLong) {
 }
 
 TEST(PolicyLimits, EndACommandThatSaysTooMuch) {
-    class Talking : public testing::WatchedSystem {
+    class Talking : public test::WatchedSystem {
       public:
         class Command : public files::RunningCommand {
             Result<bool> has_ended() override { return false; }
@@ -310,7 +310,7 @@ TEST(PolicyLimits, EndACommandThatSaysTooMuch) {
 constexpr Moment morning{{2026, 3, 1, 9, 5, 0}, 7, -210};
 
 TEST(AuditLine, CannotBeForged) {
-    testing::FakeSystem system;
+    test::FakeSystem system;
     const Limits limits;
     CallScope scope(system, limits);
     scope.note_path(Access::Read, u"C:\\a\n{\"function\":\"x\"}\r\u2028\u0085\u202E\"");
@@ -320,7 +320,7 @@ TEST(AuditLine, CannotBeForged) {
     const std::string line = line_of(
         {morning, {.session = 7, .file = {}, .account = u"a\nb"}, "VlFile_Exists", -4225}, scope);
     EXPECT_EQ(line.find('\n'), line.size() - 1);
-    EXPECT_TRUE(testing::StrictJson::accepts(line.substr(0, line.size() - 1))) << line;
+    EXPECT_TRUE(test::StrictJson::accepts(line.substr(0, line.size() - 1))) << line;
     EXPECT_EQ(
         line,
         "{\"time\":\"2026-03-01T09:05:00.007-03:30\",\"session\":7,"
@@ -331,7 +331,7 @@ TEST(AuditLine, CannotBeForged) {
 }
 
 TEST(AuditLine, TellsHowManyPathsItLeavesOut) {
-    testing::FakeSystem system;
+    test::FakeSystem system;
     const Limits limits;
     CallScope scope(system, limits);
     for (char16_t name = u'a'; name <= u'z'; ++name)
@@ -342,7 +342,7 @@ TEST(AuditLine, TellsHowManyPathsItLeavesOut) {
 }
 
 TEST(AuditFile, IsPutAsideWhenItIsFull) {
-    testing::FakeSystem system;
+    test::FakeSystem system;
     system.add_folder(u"C:\\logs");
     AuditSettings settings{.folder = u"C:\\logs", .file_bytes = 10, .old_files = 2};
     AuditFile file(system, settings);
@@ -356,7 +356,7 @@ TEST(AuditFile, IsPutAsideWhenItIsFull) {
 
 TEST(AuditFile, HoldsNoHalfOfALine) {
     for (int operation = 1; operation < 12; ++operation) {
-        testing::FakeSystem system;
+        test::FakeSystem system;
         system.add_folder(u"C:\\logs");
         AuditFile file(system, {.folder = u"C:\\logs"});
         ASSERT_TRUE(file.append("whole\n"));
@@ -417,7 +417,7 @@ TEST(AuditLog, TriesAgainWhatTheDiskRefusedAndTellsOnce) {
 }
 
 TEST(PolicyFile, IsFoundBesideThePlugIn) {
-    testing::FakeSystem system;
+    test::FakeSystem system;
     const PolicyPlace place{u"C:\\plug-ins\\", [] {
                                 return std::u16string(u"C:\\logs");
                             }};

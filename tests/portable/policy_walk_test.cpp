@@ -30,12 +30,10 @@ class AnyCall : public HostCall {
     params::Call& open(bool) override { return call; }
     void set_result(std::string_view text) override { call.set_literal(text); }
 
-    class Call : public testing::FakeCall {
+    class Call : public test::FakeCall {
       public:
         using FakeCall::FakeCall;
-        std::optional<params::CalendarTime> time_stamp(std::size_t) override {
-            return testing::noon;
-        }
+        std::optional<params::CalendarTime> time_stamp(std::size_t) override { return test::noon; }
     } call;
 };
 
@@ -132,12 +130,12 @@ class WalkOfTheRegistry : public ::testing::Test {
         return items;
     }
 
-    testing::WatchedSystem system;
+    test::WatchedSystem system;
     policy::Guard guard{policy(), system, [] {
                             return std::u16string();
                         }};
     AnyHost host;
-    testing::NoDrops none;
+    test::NoDrops none;
     dragdrop::DragAndDrop drops{none, none, guard.system().files()};
     Plugin plugin{host, guard.system(), drops, &guard};
 

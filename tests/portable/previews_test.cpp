@@ -9,7 +9,7 @@
 
 using namespace vell;
 using namespace vell::pictures;
-using namespace vell::testing;
+using namespace vell::test;
 using namespace std::string_literals;
 
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 // Those in some of its folders; none where there is no such folder, which tests that skip say so.
 inline constexpr const char* no_real_files = "no corpus of real files (VELL_CORPUS)";
@@ -29,4 +29,4 @@ inline std::string bytes_of(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-} // namespace vell::testing
+} // namespace vell::test

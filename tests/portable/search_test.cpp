@@ -10,13 +10,13 @@
 namespace vell::files {
 namespace {
 
-using testing::file;
-using testing::folder;
-using testing::hidden;
-using testing::link;
+using test::file;
+using test::folder;
+using test::hidden;
+using test::link;
 
 TEST(NamePattern, ComparesPartsAndWholes) {
-    for (const auto& row : testing::wide_table("name_patterns.txt", 4)) {
+    for (const auto& row : test::wide_table("name_patterns.txt", 4)) {
         const auto matches = [&](NameExtent extent) {
             return NamePattern(row[0], extent).matches(row[1]) ? u"1" : u"0";
         };
@@ -36,7 +36,7 @@ TEST(NamePattern, NeedsNoTimeBeyondTheProductOfTheLengths) {
     EXPECT_FALSE(NamePattern(text + u"b", NameExtent::Whole).matches(name));
 }
 
-class SearchedSystem : public testing::FakeSystem {
+class SearchedSystem : public test::FakeSystem {
   public:
     std::uint64_t clock_now = 0;
     std::uint64_t milliseconds() override { return clock_now += 400; }
@@ -60,7 +60,7 @@ class Search : public ::testing::Test {
 
     // ";" for the ends of lines.
     std::u16string result(std::u16string switches, std::u16string where, std::u16string name) {
-        testing::FakeCall call({std::move(switches), std::move(where), std::move(name)});
+        test::FakeCall call({std::move(switches), std::move(where), std::move(name)});
         const Result<void> done = search(call, folders);
         EXPECT_EQ(done.has_value(), call.result().has_value());
         EXPECT_EQ(folders.open_folders(), 0);
@@ -76,7 +76,7 @@ class Search : public ::testing::Test {
 };
 
 TEST_F(Search, FindsNamesAtEveryDepth) {
-    for (const auto& row : testing::wide_table("searches.txt", 4))
+    for (const auto& row : test::wide_table("searches.txt", 4))
         EXPECT_EQ(result(row[0], row[1], row[2]), row[3])
             << utf8_from_utf16(row[0] + u" | " + row[1] + u" | " + row[2]);
     result(u"", u"C:\\top", u"x");
@@ -87,8 +87,8 @@ TEST_F(Search, FindsNamesAtEveryDepth) {
 
 TEST_F(Search, GoesOnBehindAFolderThatBreaksOff) {
     folders.generate = [](const std::u16string& path) {
-        return path == u"C:\\top\\" ? testing::Entries{folder(u"sub"), file(u"last")}
-                                    : testing::Entries(60, file(u"f"));
+        return path == u"C:\\top\\" ? test::Entries{folder(u"sub"), file(u"last")}
+                                    : test::Entries(60, file(u"f"));
     };
     folders.fail_read(4, 1234); // the third one of sub
     EXPECT_EQ(result(u"", u"C:\\top", u"l"), u"C:\\top\\last");
@@ -98,7 +98,7 @@ TEST_F(Search, GoesOnBehindAFolderThatBreaksOff) {
 TEST_F(Search, HasNoLimitOfDepth) {
     constexpr std::size_t depth = 20'000; // Windows' paths end before
     folders.generate = [](const std::u16string& path) {
-        return testing::Entries{path.size() < 2 * depth ? folder(u"d") : file(u"end")};
+        return test::Entries{path.size() < 2 * depth ? folder(u"d") : file(u"end")};
     };
     const std::u16string found = result(u"-files", u"C:\\top", u"end");
     EXPECT_TRUE(found.ends_with(u"\\d\\end")) << found.size();

@@ -8,7 +8,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 const std::string frame = segment(SegmentMarker::Sof0, "frame") + "\xFF\xDAscan\xFF\xD9";
 const std::string soi = "\xFF\xD8";

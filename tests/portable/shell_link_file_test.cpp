@@ -52,7 +52,7 @@ TEST(ShellLinkFile, TakesARelativePathBetweenItsParts) {
 }
 
 TEST(ShellLinkFile, KnowsTheWayToAnItem) {
-    for (const auto& row : testing::wide_table("relative_paths.txt", 3))
+    for (const auto& row : test::wide_table("relative_paths.txt", 3))
         EXPECT_EQ(relative_path(row[0], row[1]).value_or(u"none"), row[2])
             << utf8_from_utf16(row[0]);
 }

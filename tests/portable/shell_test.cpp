@@ -30,7 +30,7 @@ class FakeCommand : public RunningCommand, public Clock {
     std::size_t fail_read = 0;
 
     std::uint64_t milliseconds() override { return now; }
-    params::CalendarTime local_time() override { return testing::noon; }
+    params::CalendarTime local_time() override { return test::noon; }
     Result<bool> has_ended() override {
         if (fail_end_query > 0 && --fail_end_query == 0)
             return Failure{ErrorCode::Busy};
@@ -68,7 +68,7 @@ std::u16string output_of(FakeCommand& command, const CommandSettings& settings) 
     const Result<void> collected = collect_output(command, command, settings, output);
     if (!collected)
         return utf16_from_utf8(std::to_string(number(collected.error())));
-    testing::FakeCall call({});
+    test::FakeCall call({});
     output.hand_over(call);
     return *call.result();
 }
@@ -152,7 +152,7 @@ struct ShellRun {
     CommandSettings settings;
 };
 
-class NotedCommands : public testing::FakeSystem {
+class NotedCommands : public test::FakeSystem {
   public:
     explicit NotedCommands(ShellRun& run, std::string writes)
         : run_(run), writes_(std::move(writes)) {}
@@ -169,7 +169,7 @@ class NotedCommands : public testing::FakeSystem {
     std::string writes_;
 };
 
-ShellRun run(testing::FakeCall& call, const std::string& writes = "") {
+ShellRun run(test::FakeCall& call, const std::string& writes = "") {
     ShellRun run;
     NotedCommands system(run, writes);
     const Result<void> done = execute_shell(call, system);
@@ -179,7 +179,7 @@ ShellRun run(testing::FakeCall& call, const std::string& writes = "") {
 }
 
 ShellRun run_function(std::u16string switches, const std::string& writes = "") {
-    testing::FakeCall call({std::move(switches), u"some command"});
+    test::FakeCall call({std::move(switches), u"some command"});
     return run(call, writes);
 }
 
@@ -225,21 +225,21 @@ TEST(ExecuteShell, GivesTheOutputDecoded) {
 }
 
 TEST(ExecuteShell, RefusesWhatItCannotRun) {
-    testing::FakeCall cut({u"", std::u16string(u"echo a\0b", 8)});
+    test::FakeCall cut({u"", std::u16string(u"echo a\0b", 8)});
     EXPECT_EQ(run(cut).result, u"-50");
     // "cmd /c " counts, too.
     for (const auto& [length, result] : {std::pair(8184, u"0"), {8185, u"-50"}}) {
-        testing::FakeCall call({u"-DontWaitOnResult", std::u16string(length, u'x')});
+        test::FakeCall call({u"-DontWaitOnResult", std::u16string(length, u'x')});
         EXPECT_EQ(run(call).result, result) << length;
     }
-    testing::FakeCall refused({u"", u"x"});
-    testing::FakeSystem without_commands;
+    test::FakeCall refused({u"", u"x"});
+    test::FakeSystem without_commands;
     EXPECT_EQ(execute_shell(refused, without_commands).error(), ErrorCode::NotAvailable);
 }
 
 TEST(ExecuteShell, AStepsOptionsStandInThePlaceOfSwitches) {
     const auto step = [](std::initializer_list<std::pair<std::size_t, std::int32_t>> options) {
-        testing::FakeCall call({u"", u"some command"});
+        test::FakeCall call({u"", u"some command"});
         call.set_step_option(6, 0);
         for (const auto& [index, value] : options)
             call.set_step_option(index, value);

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace vell::testing {
+namespace vell::test {
 
 class StrictJson {
   public:
@@ -108,4 +108,4 @@ class StrictJson {
     std::string_view rest_;
 };
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -60,13 +60,13 @@ TEST(Switches, TheFirst2000CharactersCount) {
 }
 
 TEST(Switches, AValueEndsAtTheNextMinusSign) {
-    for (const auto& row : testing::table("switch_values.txt", 4))
+    for (const auto& row : test::table("switch_values.txt", 4))
         EXPECT_EQ(SwitchSet(row[0]).value(row[1], std::stoul(row[2])), row[3])
             << row[0] << ' ' << row[2];
 }
 
 TEST(Encodings, EachNameHasItsNumberAndTheEarliestCounts) {
-    const auto rows = testing::table("encodings.txt", 2);
+    const auto rows = test::table("encodings.txt", 2);
     EXPECT_EQ(rows.size(), 38U);
     for (std::size_t first = 0; first < rows.size(); ++first) {
         const std::string name = "-Encoding=" + rows[first][0];

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline std::string cell_text(std::string_view cell) {
     const std::size_t start = std::min(cell.find_first_not_of(' '), cell.size());
@@ -67,4 +67,4 @@ inline std::vector<std::vector<std::u16string>> wide_table(const std::string& na
     return rows;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

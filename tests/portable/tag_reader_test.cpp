@@ -11,7 +11,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 constexpr ExifReadOptions exif{.want_exif = true};
 constexpr ExifReadOptions everything{.want_exif = true, .want_gps = true};
@@ -21,7 +21,7 @@ constexpr ExifReadOptions decimal{.want_gps = true, .decimal_gps = true};
 
 // The code of a failure stands behind.
 std::string shown(const MetadataText& text, const Result<void>& done) {
-    return testing::shown(text) + (done ? "" : " " + std::to_string(number(done.error())));
+    return test::shown(text) + (done ? "" : " " + std::to_string(number(done.error())));
 }
 
 std::string from_block(std::string_view block, const ExifReadOptions& options,

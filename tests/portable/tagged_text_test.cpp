@@ -24,7 +24,7 @@ std::string parsed(std::string_view text) {
 }
 
 TEST(TaggedText, FindsSectionsWhateverTheLineEnds) {
-    for (const auto& row : testing::table("tagged_texts.txt", 2))
+    for (const auto& row : test::table("tagged_texts.txt", 2))
         EXPECT_EQ(parsed(row[0]), row[1]) << row[0];
 }
 

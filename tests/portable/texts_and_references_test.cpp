@@ -13,11 +13,11 @@ namespace vell::files {
 namespace {
 
 using params::Call;
-using testing::answer_of;
-using testing::in_no_system;
+using test::answer_of;
+using test::in_no_system;
 
 TEST(TextConversion, LineEndsAndBytesGoBothWays) {
-    for (const auto& row : testing::wide_table("text_conversions.txt", 4)) {
+    for (const auto& row : test::wide_table("text_conversions.txt", 4)) {
         const std::vector<std::u16string> parameters{row[0], row[1]};
         EXPECT_EQ(answer_of(parameters, in_no_system(convert_from_host_text)),
                   utf8_from_utf16(row[2]));
@@ -27,7 +27,7 @@ TEST(TextConversion, LineEndsAndBytesGoBothWays) {
 }
 
 TEST(CharacterCodes, AreCodePointsOrBytesOfTheEncoding) {
-    for (const auto& row : testing::wide_table("character_codes.txt", 4))
+    for (const auto& row : test::wide_table("character_codes.txt", 4))
         EXPECT_EQ(answer_of({row[0], row[1], row[2]}, in_no_system(ascii_value_to_text)),
                   utf8_from_utf16(row[3]))
             << utf8_from_utf16(row[1]);
@@ -41,7 +41,7 @@ TEST(CharacterCodes, AreCodePointsOrBytesOfTheEncoding) {
               "\uD7FF\uE000"); // beside the surrogates
 }
 
-class FromHere : public testing::FakeSystem {
+class FromHere : public test::FakeSystem {
   public:
     Result<std::u16string> absolute_path(const std::u16string& given) override {
         const std::u16string path = *FakeSystem::absolute_path(given);
@@ -55,7 +55,7 @@ TEST(References, NameOneFullPath) {
     const auto to_path = [&](Call& call) {
         return file_spec_to_full_path(call, system);
     };
-    for (const auto& row : testing::wide_table("references.txt", 2))
+    for (const auto& row : test::wide_table("references.txt", 2))
         EXPECT_EQ(answer_of({u"", row[0]}, to_path), utf8_from_utf16(row[1]))
             << utf8_from_utf16(row[0]);
     EXPECT_EQ(answer_of({u"-FileMakerPathFormat", u"a/b"}, to_path), "filewin:/C:/here/a/b");

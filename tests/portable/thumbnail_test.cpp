@@ -20,13 +20,13 @@
 namespace vell::pictures {
 namespace {
 
-using testing::answer_of;
-using testing::FakeCall;
-using testing::jpeg_file;
-using testing::JpegKind;
+using test::answer_of;
+using test::FakeCall;
+using test::jpeg_file;
+using test::JpegKind;
 
 // A system that has no decoder for anything.
-class FakeSystem : public testing::FakeSystem {
+class FakeSystem : public test::FakeSystem {
   public:
     Result<std::unique_ptr<PictureRows>> decode(ByteSource&, std::uint32_t) override {
         return Failure{ErrorCode::NotSupported};

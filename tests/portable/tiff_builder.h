@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 namespace tiff = formats::tiff;
 
@@ -127,4 +127,4 @@ inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {
     return TiffBuilder(order).build(std::move(directories));
 }
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -13,12 +13,12 @@
 namespace vell::files {
 namespace {
 
-using testing::FakeCall;
+using test::FakeCall;
 
-using Items = testing::FakeItems::Contents; // folders end with a backslash
+using Items = test::FakeItems::Contents; // folders end with a backslash
 
 // A system with a shell.
-class FakeTree : public testing::FakeSystem {
+class FakeTree : public test::FakeSystem {
   public:
     FakeTree() = default;
     explicit FakeTree(const Items& there) {
@@ -96,7 +96,7 @@ int run(params::Body body, FakeTree& tree, std::vector<std::u16string> parameter
 }
 
 TEST(PathParts, SplitEveryFormOfAPath) {
-    for (const auto& row : testing::wide_table("path_parts.txt", 4)) {
+    for (const auto& row : test::wide_table("path_parts.txt", 4)) {
         SCOPED_TRACE(utf8_from_utf16(row[0]));
         EXPECT_EQ(root_length(row[0]), row[1].size());
         EXPECT_EQ(parent_path(row[0]), row[2]);
@@ -111,10 +111,10 @@ TEST(ItemNames, TellWhereWindowsMakesAndChangesThings) {
                                                                      : u"another error");
         return path->wide == given ? std::u16string(u"same") : path->wide;
     };
-    for (const auto& row : testing::wide_table("item_names.txt", 3)) {
+    for (const auto& row : test::wide_table("item_names.txt", 3)) {
         SCOPED_TRACE(utf8_from_utf16(row[0]));
-        EXPECT_EQ(shown(row[0], path_to_make(testing::native(row[0]))), row[1]);
-        EXPECT_EQ(shown(row[0], path_to_change(testing::native(row[0]))), row[2]);
+        EXPECT_EQ(shown(row[0], path_to_make(test::native(row[0]))), row[1]);
+        EXPECT_EQ(shown(row[0], path_to_change(test::native(row[0]))), row[2]);
     }
     for (const auto* folder :
          {u"a\\b ", u"a\\b..", u"a\\b .", u"a\\ ", u"a\\...", u"nul", u"C:/aux.b/"})

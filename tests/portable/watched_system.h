@@ -4,7 +4,7 @@
 
 #include "tests/portable/fake_system.h"
 
-namespace vell::testing {
+namespace vell::test {
 
 class WatchedSystem : public FakeSystem {
   public:
@@ -231,4 +231,4 @@ class WatchedSystem : public FakeSystem {
     bool is_looking_ = false;
 };
 
-} // namespace vell::testing
+} // namespace vell::test

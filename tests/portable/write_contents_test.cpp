@@ -16,8 +16,8 @@ namespace vell::files {
 namespace {
 
 using namespace std::string_literals;
-using testing::FakeCall;
-using testing::FakeSystem;
+using test::FakeCall;
+using test::FakeSystem;
 
 using Function = params::Body;
 constexpr Function set_file = set_contents_of_file;
@@ -73,7 +73,7 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     FakeSystem files;
     files.add(u"f", "old");
     const auto set_default = [](std::u16string path) {
-        return testing::answer_of({u"", std::move(path)}, testing::in_no_system(set_default_file));
+        return test::answer_of({u"", std::move(path)}, test::in_no_system(set_default_file));
     };
     defaults().release_file();
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
@@ -88,7 +88,7 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
 
     FakeCall type({u"", std::u16string(2'001, u'x')});
-    EXPECT_TRUE(testing::in_no_system(set_default_type)(type));
+    EXPECT_TRUE(test::in_no_system(set_default_type)(type));
     EXPECT_EQ(default_file_types().size(), 2'000U);
     defaults().set_type(u"");
 }
@@ -115,7 +115,7 @@ TEST(SubstituteInFile, BlocksOfTheFileDoNotShow) {
 TEST(InsertContents, FilesBeyondFourGibibytesAreCopiedWhole) {
     constexpr std::uint64_t length = (4ULL << 30) + 200'000;
     FakeSystem files;
-    files.add(u"f", testing::FakeItem{.length = length});
+    files.add(u"f", test::FakeItem{.length = length});
     std::uint64_t written = 0;
     files.on_write = [&](std::uint64_t position, std::string_view bytes) {
         EXPECT_EQ(position, written);

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline const std::u16string source = u"C:\\a.bin";
 inline const std::u16string destination = u"C:\\b.bin";
@@ -35,4 +35,4 @@ inline std::string written(const std::string& file, std::string_view switches,
     return code == 0 ? files.at(destination) : "!" + std::to_string(code);
 }
 
-} // namespace vell::testing
+} // namespace vell::test

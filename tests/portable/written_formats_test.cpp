@@ -13,7 +13,7 @@
 namespace vell::metadata {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 std::string section(const std::string& word, int number, const std::string& value) {
     const std::string digits = std::to_string(number);

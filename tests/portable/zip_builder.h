@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace vell::testing {
+namespace vell::test {
 
 // One with entries of the given names, such as no writer makes; files hold their own name.
 inline std::string zip_of(const std::vector<std::string>& names) {
@@ -39,4 +39,4 @@ inline std::string zip_of(const std::vector<std::string>& names) {
     return bytes;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

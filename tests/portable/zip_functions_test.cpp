@@ -11,14 +11,14 @@
 namespace vell::archive {
 namespace {
 
-using testing::FakeSystem;
+using test::FakeSystem;
 
 // Whose host decodes one letter of DOS.
-class FakeCall : public testing::FakeCall {
+class FakeCall : public test::FakeCall {
   public:
-    using testing::FakeCall::FakeCall;
+    using test::FakeCall::FakeCall;
     std::u16string decode(std::string_view bytes, params::TextEncoding encoding) override {
-        std::u16string text = testing::FakeCall::decode(bytes, encoding);
+        std::u16string text = test::FakeCall::decode(bytes, encoding);
         if (encoding == params::TextEncoding::AsciiDos)
             std::ranges::replace(text, u'\u0084', u'\u00E4');
         return text;
@@ -37,7 +37,7 @@ class Zip : public ::testing::Test {
     }
 
     std::u16string result_of(params::Body body, FakeCall& call) {
-        return utf16_from_utf8(testing::answer_of(call, body(call, system)));
+        return utf16_from_utf8(test::answer_of(call, body(call, system)));
     }
     std::u16string create(std::vector<std::u16string> parameters) {
         FakeCall call(std::move(parameters));
@@ -54,7 +54,7 @@ class Zip : public ::testing::Test {
 
     // Puts C:\x.zip there.
     void archive(const std::vector<std::string>& entries) {
-        system.add(u"C:\\x.zip", testing::zip_of(entries));
+        system.add(u"C:\\x.zip", test::zip_of(entries));
     }
     // Expands entries into C:\out.
     std::u16string expand_entries(const std::vector<std::string>& entries,
@@ -72,7 +72,7 @@ TEST_F(Zip, ArchivesAFolderAndExpandsItAgain) {
               u"in/.git/\rin/.git/config\rin/empty/\rin/sub/\rin/sub/\u00E4.txt\rin/a.txt\r"
               u"in/hidden.lnk\r");
     EXPECT_EQ(expand({u"", u"C:\\out\\archive.zip"}), u"0");
-    EXPECT_EQ(system.find(u"C:\\out\\in\\a.txt")->modified, testing::noon);
+    EXPECT_EQ(system.find(u"C:\\out\\in\\a.txt")->modified, test::noon);
     EXPECT_EQ(system.open_files(), 0);
 
     EXPECT_EQ(create({u"-DontAddEnclosingFolder -ForceUTF8Filenames", u"C:\\in", u"C:\\in\\b.zip"}),
@@ -151,7 +151,7 @@ TEST_F(Zip, LeavesNoArchiveBehindWhenItFails) {
 
 TEST_F(Zip, ChoosesTheFolderByWhatIsAtTheTop) {
     const char16_t* const overwrite = u"-OverwriteExisting";
-    for (const auto& row : testing::wide_table("unzips.txt", 5)) {
+    for (const auto& row : test::wide_table("unzips.txt", 5)) {
         std::vector<std::string> entries(1);
         for (const char16_t unit : row[0])
             if (unit == u' ')
@@ -264,7 +264,7 @@ TEST(ZipExpansion, WritesThroughNoLinkThatIsSwappedInMeanwhile) {
         for (int at = 1;; ++at) {
             SCOPED_TRACE(utf8_from_utf16(swapped) + " before step " + std::to_string(at));
             FakeSystem system;
-            system.add(u"C:\\x.zip", testing::zip_of(entries));
+            system.add(u"C:\\x.zip", test::zip_of(entries));
             system.add(u"C:\\secret\\e\\f", "kept");
             system.add(u"C:\\secret\\file", "kept");
             for (const char16_t* replaced : {u"d\\g", u"h\\i"})
@@ -276,7 +276,7 @@ TEST(ZipExpansion, WritesThroughNoLinkThatIsSwappedInMeanwhile) {
                         !system.swap_in(swapped, is_file ? u"C:\\secret\\file" : u"C:\\secret");
             };
             FakeCall call({u"-OverwriteExisting", u"C:\\x.zip", u"C:\\out"});
-            const std::string answer = testing::answer_of(call, unzip(call, system));
+            const std::string answer = test::answer_of(call, unzip(call, system));
             refused += answer == "$$-37";
             done += answer == "0";
             for (const auto& [path, bytes] : system.contents())
@@ -336,14 +336,14 @@ class ZipOnSmallDisk : public Zip {
         disk.free = free;
         disk.add(u"C:\\x.zip", zip);
         FakeCall call({u"-OverwriteExisting -DontCreateArchiveFolder", u"C:\\x.zip", u"C:\\out"});
-        return utf16_from_utf8(testing::answer_of(call, unzip(call, disk)));
+        return utf16_from_utf8(test::answer_of(call, unzip(call, disk)));
     }
     SmallDisk disk;
 };
 
 TEST_F(ZipOnSmallDisk, RefusesWhatWouldFillIt) {
     disk.add_folder(u"C:\\out");
-    const std::string zip = testing::zip_of({"1234", "d/", "d/34567890"}); // names are the contents
+    const std::string zip = test::zip_of({"1234", "d/", "d/34567890"}); // names are the contents
     const auto before = disk.contents();
     EXPECT_EQ(expand_with(13, zip), u"$$112");
     EXPECT_FALSE(disk.find(u"C:\\out\\d"));
@@ -354,19 +354,19 @@ TEST_F(ZipOnSmallDisk, RefusesWhatWouldFillIt) {
     disk.add(u"C:\\out\\1234", "12");
     EXPECT_EQ(expand_with(1, zip), u"$$112");
     EXPECT_EQ(expand_with(2, zip), u"0");
-    EXPECT_EQ(expand_with(5, testing::zip_of({"twice", "TWICE"})), u"0");
+    EXPECT_EQ(expand_with(5, test::zip_of({"twice", "TWICE"})), u"0");
     // It counts how much is in use at the most, not in the end.
     disk.add(u"C:\\out\\last", std::string(100, 'x'));
-    EXPECT_EQ(expand_with(4, testing::zip_of({"first", "last"})), u"$$112");
-    EXPECT_EQ(expand_with(4, testing::zip_of({"last", "first"})), u"0");
+    EXPECT_EQ(expand_with(4, test::zip_of({"first", "last"})), u"$$112");
+    EXPECT_EQ(expand_with(4, test::zip_of({"last", "first"})), u"0");
     // A folder in which everything is compressed.
     disk.find(u"C:\\out")->attributes |= bit(files::Attribute::Compressed);
-    EXPECT_EQ(expand_with(0, testing::zip_of({"compressed"})), u"0");
+    EXPECT_EQ(expand_with(0, test::zip_of({"compressed"})), u"0");
 }
 
 TEST_F(ZipOnSmallDisk, LeavesWhatCannotBeExpandedToItsOwnCode) {
     disk.add_folder(u"C:\\out");
-    const std::string zip = testing::zip_of({"a", "b"});
+    const std::string zip = test::zip_of({"a", "b"});
     const std::size_t record = zip.rfind("PK\1\2");
     const auto changed = [&](std::size_t field, std::string_view bytes) {
         return std::string(zip).replace(record + field, bytes.size(), bytes);
@@ -379,7 +379,7 @@ TEST_F(ZipOnSmallDisk, LeavesWhatCannotBeExpandedToItsOwnCode) {
     larger[record + method] = 8;
     EXPECT_EQ(expand_with(1, larger), u"$$-3104");
     // What stands behind it is not come to.
-    EXPECT_EQ(expand_with(1, testing::zip_of({"c", "..", "defghi"})), u"$$-37");
+    EXPECT_EQ(expand_with(1, test::zip_of({"c", "..", "defghi"})), u"$$-37");
     EXPECT_EQ(disk.at(u"C:\\out\\c"), "c");
 }
 

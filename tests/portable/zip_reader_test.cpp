@@ -229,14 +229,14 @@ TEST(ZipReader, FailsWithTheSinkAndTheFile) {
     });
     EXPECT_EQ(full.error(), ErrorCode::ExtractionFailed);
     for (int failing = 1;; ++failing) {
-        testing::FakeSystem system;
+        test::FakeSystem system;
         system.add_folder(u"D");
         system.add(u"zip", Archive().bytes());
         system.fail(failing, ErrorCode::OutOfMemory);
         bool done = false;
-        if (auto file = system.open_shared(testing::native(u"zip")))
+        if (auto file = system.open_shared(test::native(u"zip")))
             if (auto opened = ZipReader::open(*std::move(file)))
-                if (auto made = system.hold(testing::native(u"D"), files::FollowLink::No)
+                if (auto made = system.hold(test::native(u"D"), files::FollowLink::No)
                                     .value()
                                     ->open_new(u"a"))
                     done = opened->extract_to_file(0, **made).has_value();
@@ -247,8 +247,8 @@ TEST(ZipReader, FailsWithTheSinkAndTheFile) {
         }
         EXPECT_FALSE(done) << failing;
         // Without the entry's time, unless only the closing has failed.
-        const testing::FakeItem* made = system.find(u"D\\a");
-        EXPECT_TRUE(!made || made->modified == testing::noon || system.operations() == failing)
+        const test::FakeItem* made = system.find(u"D\\a");
+        EXPECT_TRUE(!made || made->modified == test::noon || system.operations() == failing)
             << failing;
     }
 }
@@ -325,12 +325,12 @@ void take_apart(const std::string& bytes, std::size_t most) {
 
 // Every archive of the collection, cut and changed: a result or a code, within its bounds.
 TEST(ZipReader, TakesTheCollectionApart) {
-    const auto archives = testing::real_files({"zip", "zip-refused"});
+    const auto archives = test::real_files({"zip", "zip-refused"});
     if (archives.empty())
-        GTEST_SKIP() << testing::no_real_files;
+        GTEST_SKIP() << test::no_real_files;
     EXPECT_GT(archives.size(), 100u);
     for (const auto& path : archives) {
-        const std::string whole = testing::bytes_of(path);
+        const std::string whole = test::bytes_of(path);
         take_apart(whole, whole.max_size());
         constexpr std::size_t beginning = 100'000;
         const std::size_t step = std::max<std::size_t>(1, whole.size() / 50);

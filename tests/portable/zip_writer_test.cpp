@@ -10,8 +10,8 @@ namespace vell::archive {
 namespace {
 
 using namespace std::string_literals;
-using testing::FakeSystem;
-using testing::native;
+using test::FakeSystem;
+using test::native;
 
 constexpr EntryOptions thorough{9, false};
 
@@ -113,7 +113,7 @@ TEST_F(ZipWriting, HoldsSixteenBitsOfEntries) {
 }
 
 TEST_F(ZipWriting, RefusesFourGigabytesAndSourcesThatEndEarly) {
-    const auto adding = [&](testing::FakeItem source) {
+    const auto adding = [&](test::FakeItem source) {
         system.add(u"source", std::move(source));
         return writer.add_file(system, "source", native(u"source"), thorough).error();
     };

@@ -15,8 +15,6 @@
 namespace vell::soak {
 namespace {
 
-constexpr double megabyte = 1024.0 * 1024.0;
-
 std::uint64_t count_threads() {
     const UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
     THREADENTRY32 entry{};

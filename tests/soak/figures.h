@@ -7,6 +7,8 @@
 
 namespace vell::soak {
 
+inline constexpr double megabyte = 1024.0 * 1024.0;
+
 struct Figures {
     std::uint64_t private_bytes = 0;
     std::uint64_t handles = 0;

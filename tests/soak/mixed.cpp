@@ -54,7 +54,6 @@ bool Mixed::run() {
         thread.join();
     // What is made once settles over minutes: lists of free pieces of eight threads, encodings,
     // fonts, handles of the system's libraries. A short run sees only what grows fast.
-    constexpr double megabyte = 1024.0 * 1024.0;
     const bool is_long = work_.length >= std::chrono::minutes(10);
     const bool is_flat =
         tell_growth(samples, is_long ? Bounds{8 * megabyte, 8, 1} : Bounds{48 * megabyte, 64, 2});

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vell::testing {
+namespace vell::test {
 
 inline std::string bytes_of_base64(std::string_view base64) {
     DWORD size = 0;
@@ -21,4 +21,4 @@ inline std::string bytes_of_base64(std::string_view base64) {
     return bytes;
 }
 
-} // namespace vell::testing
+} // namespace vell::test

@@ -7,7 +7,7 @@
 namespace vell::test {
 namespace {
 
-using testing::bytes_of_base64;
+using test::bytes_of_base64;
 
 // A signed message whose signer's certificate is issued by an authority that no computer trusts.
 constexpr const char* signed_message =

@@ -7,8 +7,6 @@
 namespace vell::test {
 namespace {
 
-constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
-
 class ItemNames : public PluginWithFolder {
   protected:
     void make_sources() const {

@@ -9,7 +9,7 @@
 namespace vell::test {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 class Metadata : public PluginWithFolder {
   protected:

@@ -12,7 +12,7 @@ namespace vell::test {
 
 // A document of objects as they are given; number 1 is the catalogue.
 inline std::string pdf(const std::vector<std::string>& objects, const std::string& trailer = "") {
-    testing::Pdf document;
+    test::Pdf document;
     for (int number = 1; const std::string& object : objects)
         document.object(number++, object);
     const std::string size = std::to_string(objects.size() + 1);
@@ -51,7 +51,7 @@ inline const std::string some_text = "BT /F 12 Tf 100 700 Td (Some text) Tj ET";
 
 // A stream as small as deflate makes it.
 inline std::string small_stream(const std::string& data, const std::string& entries = "") {
-    return stream(testing::deflated(data), entries + " /Filter /FlateDecode");
+    return stream(test::deflated(data), entries + " /Filter /FlateDecode");
 }
 
 // A white JPEG picture of this many pixels to a side; a block of it is two bits.

@@ -213,7 +213,7 @@ TEST(PdfPage, EndsForHostileDocuments) {
               {stream("aaaa", " /Subtype /Image /Width 2 /Height 2" + gray + "8")}, x),
          "$$99"},
         {"a large JPEG",
-         pictured(32'000, 32'000, testing::deflated(white_picture(32'000)),
+         pictured(32'000, 32'000, test::deflated(white_picture(32'000)),
                   gray + "8 /Filter [/FlateDecode /DCTDecode]"),
          "$$99"},
         {"a large JBIG2 picture",

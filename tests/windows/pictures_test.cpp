@@ -152,12 +152,12 @@ double cpu_seconds() {
 }
 
 TEST(SystemPictures, RealFilesAreReadOrRefusedInBoundedTime) {
-    const auto files = testing::real_files({"picture", "picture-hostile"});
+    const auto files = test::real_files({"picture", "picture-hostile"});
     if (files.empty())
-        GTEST_SKIP() << testing::no_real_files;
+        GTEST_SKIP() << test::no_real_files;
     std::size_t shown = 0;
     for (const auto& path : files) {
-        const std::string file = testing::bytes_of(path);
+        const std::string file = test::bytes_of(path);
         BytesInMemory bytes(file);
         const double start = cpu_seconds();
         const auto rows = system_pictures().decode(bytes, 0);
@@ -219,7 +219,7 @@ std::string square(std::uint32_t size, const std::string& blue_green_red_alpha) 
     for (std::uint32_t i = 0; i < size * size; ++i)
         rows += blue_green_red_alpha;
     rows += std::string(std::size_t{(size + 31) / 32 * 4} * size, '\0');
-    return testing::icon_bitmap(size, size, 32, {}, rows);
+    return test::icon_bitmap(size, size, 32, {}, rows);
 }
 
 class Icons : public PluginWithFolder {
@@ -243,8 +243,8 @@ class Icons : public PluginWithFolder {
         return text;
     }
     std::u16string icon_file() {
-        return folder.file(L"two \u65E5.ico", testing::icon_file({square(16, "\x01\x02\x03\x80"),
-                                                                  square(48, "\x0A\x0B\x0C\xFF")}));
+        return folder.file(L"two \u65E5.ico", test::icon_file({square(16, "\x01\x02\x03\x80"),
+                                                               square(48, "\x0A\x0B\x0C\xFF")}));
     }
 };
 

@@ -31,7 +31,7 @@ std::string japanese(const std::string& encoding, const std::string& codes) {
     return page("BT /F 12 Tf 100 700 Td <" + codes + "> Tj ET", {}, "", "",
                 japanese_font("/" + encoding));
 }
-using testing::deflated;
+using test::deflated;
 
 constexpr std::u16string_view nihongo = u"\u65E5\u672C\u8A9E";
 

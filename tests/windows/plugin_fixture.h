@@ -26,6 +26,8 @@ using console::PluginHost;
 using console::PluginHostOptions;
 using console::Value;
 
+inline constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
+
 inline constexpr std::uint8_t pro = 1;
 inline constexpr std::uint8_t server = 3;
 inline constexpr std::uint8_t web_server = 4;

@@ -19,9 +19,7 @@
 namespace vell::test {
 namespace {
 
-using testing::bytes_of_base64;
-
-constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
+using test::bytes_of_base64;
 
 class RealWindows : public PluginWithFolder {
   protected:

@@ -6,7 +6,7 @@
 namespace vell::test {
 namespace {
 
-using namespace vell::testing;
+using namespace vell::test;
 
 class SetMetadata : public PluginWithFolder {
   protected:

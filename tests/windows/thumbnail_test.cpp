@@ -11,9 +11,9 @@ namespace {
 
 // Grey, with a slope across and another one down.
 std::string large_jpeg(bool is_progressive) {
-    testing::JpegKind kind{4000, 3000, JCS_GRAYSCALE};
+    test::JpegKind kind{4000, 3000, JCS_GRAYSCALE};
     kind.is_progressive = is_progressive;
-    return testing::jpeg_file(kind, [&](JDIMENSION y, std::span<unsigned char> row) {
+    return test::jpeg_file(kind, [&](JDIMENSION y, std::span<unsigned char> row) {
         for (std::size_t x = 0; x < row.size(); ++x)
             row[x] = static_cast<unsigned char>(x * 128 / row.size() + y * 127 / kind.height);
     });

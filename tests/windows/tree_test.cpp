@@ -12,8 +12,6 @@
 namespace vell::test {
 namespace {
 
-constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarning";
-
 class Tree : public PluginWithFolder {
   protected:
     std::u16string file(std::wstring_view name, std::string_view contents = "x") const {

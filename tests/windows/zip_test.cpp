@@ -15,7 +15,7 @@ class Archives : public PluginWithFolder {
         return call(u"VlFile_UnZip", {Value(switches), Value(path(name)), Value(path(L"out"))});
     }
     void archive(const std::vector<std::string>& names) const {
-        folder.file(L"made.zip", testing::zip_of(names));
+        folder.file(L"made.zip", test::zip_of(names));
     }
 };
 
