@@ -4,13 +4,11 @@
 
 #include <gtest/gtest.h>
 
-using namespace vell;
-using namespace vell::test;
-using namespace vell::formats;
-using namespace vell::formats::isobmff;
-using namespace std::string_literals;
-
+namespace vell::formats::isobmff {
 namespace {
+
+using namespace vell::test;
+using namespace std::string_literals;
 
 struct PlacedItem {
     std::uint16_t id;
@@ -171,3 +169,4 @@ TEST(FileItems, AreBoundedInTheirNumber) {
 }
 
 } // namespace
+} // namespace vell::formats::isobmff

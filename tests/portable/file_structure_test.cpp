@@ -15,9 +15,9 @@
 #include <string>
 #include <vector>
 
+namespace vell::structure {
 namespace {
 
-using namespace vell;
 using namespace vell::test;
 
 // Lines are separated by "|".
@@ -218,3 +218,4 @@ TEST(FileStructure, OfRealFilesTellsPartsInTheirPlaces) {
 }
 
 } // namespace
+} // namespace vell::structure

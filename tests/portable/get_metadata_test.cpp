@@ -10,7 +10,7 @@
 
 #include <random>
 
-namespace vell::metadata {
+namespace vell::metadata::get_metadata_test {
 namespace {
 
 using namespace vell::test;
@@ -233,4 +233,4 @@ TEST(GetMetadata, SurvivesRealFilesAndWhatIsLeftOfThem) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::get_metadata_test

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::metadata {
+namespace vell::metadata::jpeg_rewriter_test {
 namespace {
 
 using namespace vell::test;
@@ -106,4 +106,4 @@ TEST(JpegRewriter, LongFilesTakeLittleMemoryAndNoMoreThanTwoReadings) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::jpeg_rewriter_test

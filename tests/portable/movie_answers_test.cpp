@@ -5,11 +5,11 @@
 
 #include <gtest/gtest.h>
 
-using namespace vell;
+namespace vell::movies {
+namespace {
+
 using namespace vell::test;
 using namespace std::string_literals;
-
-namespace {
 
 std::string with_track(const TrackMade& made) {
     return file_type + box("moov", movie_header() + track(made));
@@ -416,3 +416,4 @@ TEST(MovieItems, ComeAsXmlWithNothingLeftThatMeansSomethingThere) {
 }
 
 } // namespace
+} // namespace vell::movies

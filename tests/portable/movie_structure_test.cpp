@@ -5,13 +5,11 @@
 
 #include <gtest/gtest.h>
 
-using namespace vell;
-using namespace vell::test;
-using namespace vell::formats;
-using namespace vell::formats::isobmff;
-using namespace std::string_literals;
-
+namespace vell::formats::isobmff {
 namespace {
+
+using namespace vell::test;
+using namespace std::string_literals;
 
 struct Walked {
     std::string text; // type, size of the header, bytes that are there of those announced
@@ -282,3 +280,4 @@ TEST(MovieStructure, ReadsNothingOfItsMedia) {
 }
 
 } // namespace
+} // namespace vell::formats::isobmff

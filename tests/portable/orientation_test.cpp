@@ -5,12 +5,11 @@
 
 #include <gtest/gtest.h>
 
-using namespace vell;
-using namespace vell::pictures;
+namespace vell::pictures {
+namespace {
+
 using namespace vell::test;
 using namespace std::string_literals;
-
-namespace {
 
 std::string tags(std::uint32_t orientation, ByteOrder order = ByteOrder::Big) {
     return build_tiff(order, {.first = {{256, FieldType::Short, {40}},
@@ -187,3 +186,5 @@ TEST(Orientation, IsThatOfRealPhotographs) {
     if (seen == 0)
         GTEST_SKIP() << no_real_files;
 }
+
+} // namespace vell::pictures

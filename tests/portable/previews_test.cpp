@@ -7,12 +7,11 @@
 
 #include <map>
 
-using namespace vell;
-using namespace vell::pictures;
+namespace vell::pictures {
+namespace {
+
 using namespace vell::test;
 using namespace std::string_literals;
-
-namespace {
 
 std::string sides(const EmbeddedPicture& picture) {
     return to_text(std::uint64_t{picture.width}) + "x" + to_text(std::uint64_t{picture.height});
@@ -331,7 +330,7 @@ TEST(Previews, OfRealFiles) {
         GTEST_SKIP() << no_real_files;
     std::size_t seen = 0;
     for (const auto& path : paths) {
-        const std::string file = bytes_of(path);
+        const std::string file = test::bytes_of(path);
         BytesInMemory source(file);
         const auto pictures = find_pictures(source);
         ASSERT_TRUE(pictures) << path;
@@ -347,3 +346,5 @@ TEST(Previews, OfRealFiles) {
     }
     EXPECT_EQ(seen, expected.size());
 }
+
+} // namespace vell::pictures

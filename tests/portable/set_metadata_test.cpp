@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::metadata {
+namespace vell::metadata::set_metadata_test {
 namespace {
 
 using namespace vell::test;
@@ -245,7 +245,7 @@ struct Pictures {
     }
     std::string with_list(const std::string& list) const {
         const std::string block = build_tiff(
-            order, {.first = {{0xB001, metadata::FieldType::Long, {3}}, undefined(0xB002, list)}});
+            order, {.first = {{0xB001, FieldType::Long, {3}}, undefined(0xB002, list)}});
         return soi + before + segment(SegmentMarker::App2, std::string("MPF\0", 4) + block) +
                behind + "\xFF\xDAscan\xFF\xD9";
     }
@@ -429,4 +429,4 @@ TEST(SetMetadata, WhatWasReadFromRealFilesReadsTheSameAgain) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::set_metadata_test
