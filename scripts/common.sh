@@ -69,9 +69,11 @@ build() {
         die "A part of the source could not be fetched; the whole output is in build/$preset.log"
     }
     if [ "$preset" = release ] || [ "$preset" = windows ]; then # their own words go to the terminal: it may take minutes
+        "$root/scripts/xml_library.sh" >/dev/null &
+        local xml_library=$!
         "$root/scripts/poppler.sh" >/dev/null || die "Poppler could not be built"
         "$root/scripts/picture_libraries.sh" >/dev/null || die "The picture libraries could not be built"
-        "$root/scripts/xml_library.sh" >/dev/null || die "The library for XML could not be built"
+        wait "$xml_library" || die "The library for XML could not be built"
     fi
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "Building ($preset; a few minutes the first time)"

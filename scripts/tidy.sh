@@ -53,7 +53,7 @@ configure_database() {
     [ $database/build.ninja -nt CMakePresets.json ] &&
         cmake --build $database --target build.ninja >build/tidy.log 2>&1 && return
     scripts/deflate64_source.sh >build/tidy.log 2>&1 &&
-        cmake --preset sanitizers -B $database -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DCMAKE_UNITY_BUILD=OFF \
+        cmake --preset sanitizers -B $database -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
             >>build/tidy.log 2>&1 || die "Configuring failed; the whole output is in build/tidy.log"
 }
 

@@ -303,7 +303,9 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
             end = std::min(key.find(u'\\', end + 1), key.size());
             const FakeItem* item = find(std::u16string_view(key).substr(0, end));
             const bool is_on_the_way = end < key.size() || last == files::FollowLink::Yes;
-            if (item && item->link && find(*item->link) && is_on_the_way)
+            if (!item)
+                return key;
+            if (item->link && find(*item->link) && is_on_the_way)
                 return followed(key_of(*item->link) + key.substr(end), last);
         }
         return key;

@@ -109,10 +109,9 @@ TEST(FileStructure, TellsDocumentsAndArchives) {
     Pdf pdf;
     pdf.object(1, "<< /Title (x) >>").finish("/Size 2 /Info 1 0 R");
     const std::string document = structure_of(pdf.bytes);
-    for (const std::string_view line : {"PDF: size ", "|  header: offset 0, size 8, version 1.4",
-                                        ", information 1 0, "
-                                        "information at ",
-                                        "|  startxref: offset ", ", table at "})
+    for (const std::string_view line :
+         {"PDF: size ", "|  header: offset 0, size 8, version 1.4",
+          ", information 1 0, information at ", "|  startxref: offset ", ", table at "})
         EXPECT_NE(document.find(line), document.npos) << line << " in " << document;
 
     const std::string archive = structure_of(zip_of({"a folder/", "a.txt"}));

@@ -1,4 +1,5 @@
 // Every function of the plug-in with paths that the policy does not allow.
+#include "src/files/paths/defaults.h"
 #include "src/plugin/plugin.h"
 #include "src/policy/guard.h"
 #include "tests/portable/answer_of.h"
@@ -92,9 +93,11 @@ bool is_text_only(std::string_view function, std::string_view parameter) {
 class WalkOfTheRegistry : public ::testing::Test {
   protected:
     WalkOfTheRegistry() { fill(); }
+    ~WalkOfTheRegistry() override { files::defaults().reset(); }
 
     // As if nothing had been called before.
     void fill() {
+        files::defaults().reset();
         for (const auto& [path, bytes] : system.all())
             system.erase(path);
         system.add(u"C:\\in\\a.txt", "text");

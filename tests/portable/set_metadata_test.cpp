@@ -164,7 +164,7 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
     EXPECT_EQ(room.find_first_not_of(" \n"), std::string::npos);
     // A packet as it was read, in each encoding, goes back.
     const std::string old = segment(SegmentMarker::App1, identifier + begin + body + end);
-    const std::string exif = exif_segment("II*\0");
+    const std::string exif = exif_segment({"II*\0", 4});
     for (const auto& [get, set_switches] :
          {std::pair{"GetXMP", "-SetXMP"}, {"GetXMP -SourceUTF8Charset", "-SetXMP -UTF8Charset"}}) {
         FakeSystem files;
@@ -244,8 +244,8 @@ struct Pictures {
         return with_list(list) + "gap" + std::string(second) + std::string(third);
     }
     std::string with_list(const std::string& list) const {
-        const std::string block = build_tiff(
-            order, {.first = {{0xB001, FieldType::Long, {3}}, undefined(0xB002, list)}});
+        const std::string block =
+            build_tiff(order, {.first = {{0xB001, FieldType::Long, {3}}, undefined(0xB002, list)}});
         return soi + before + segment(SegmentMarker::App2, std::string("MPF\0", 4) + block) +
                behind + "\xFF\xDAscan\xFF\xD9";
     }
