@@ -66,8 +66,12 @@ void Mixed::serve(std::size_t thread) {
     Random random(work_.seed * 1000 + thread);
     const std::wstring name = std::to_wstring(thread);
     const std::filesystem::path examples = work_.workplace.examples_for(name);
-    while (!done_) {
-        const std::filesystem::path folder = work_.workplace.empty_folder(name);
+    std::filesystem::path folder;
+    for (std::size_t round = 0; !done_; ++round) {
+        // While another thread lists it, a deleted folder is there until that has ended, and a new
+        // one of its name would go with it.
+        delete_all(folder);
+        folder = work_.workplace.empty_folder(name + L'_' + std::to_wstring(round));
         try {
             if (below(2, random) == 0)
                 run_scenario(examples, folder, random);

@@ -13,17 +13,6 @@ namespace fs = std::filesystem;
 
 constexpr std::uintmax_t longest_file = 2U << 20U; // longer ones would be most of the work
 
-// Also what calls have made read-only.
-void delete_all(const fs::path& folder) {
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-    if (!fs::exists(folder, ignored))
-        return;
-    for (const fs::directory_entry& item : fs::recursive_directory_iterator(folder, ignored))
-        SetFileAttributesW(item.path().c_str(), FILE_ATTRIBUTE_NORMAL);
-    fs::remove_all(folder, ignored);
-}
-
 std::vector<fs::path> files_below(const fs::path& folder) {
     std::vector<fs::path> files;
     std::error_code error;
@@ -83,6 +72,16 @@ fs::path Workplace::empty_folder(const std::wstring& name) const {
     delete_all(folder);
     fs::create_directories(folder);
     return folder;
+}
+
+void delete_all(const fs::path& folder) {
+    std::error_code ignored;
+    fs::remove_all(folder, ignored);
+    if (!fs::exists(folder, ignored))
+        return;
+    for (const fs::directory_entry& item : fs::recursive_directory_iterator(folder, ignored))
+        SetFileAttributesW(item.path().c_str(), FILE_ATTRIBUTE_NORMAL);
+    fs::remove_all(folder, ignored);
 }
 
 std::string read_bytes(const fs::path& path) {

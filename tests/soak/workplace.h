@@ -43,6 +43,9 @@ class Workplace {
     std::vector<std::filesystem::path> corpus_;
 };
 
+// Also what calls have made read-only.
+void delete_all(const std::filesystem::path& folder);
+
 std::string read_bytes(const std::filesystem::path& path);
 void write_bytes(const std::filesystem::path& path, std::string_view bytes);
 
