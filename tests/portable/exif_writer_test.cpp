@@ -20,7 +20,6 @@ using test::ascii;
 using test::build_tiff;
 using test::bytes;
 using test::FakeCall;
-using test::TiffField;
 using test::undefined;
 
 constexpr std::size_t room = 65'527;

@@ -64,7 +64,7 @@ TEST(PhotoshopResources, AreFoundAnywhereInAFile) {
     const std::string empty = resource(0x0404, "");
     const std::string url = resource(0x040B, "http://a/\xE4");
     const std::string zeros(20'000, '\0');
-    const std::string jfif("JFIF", 5);
+    const std::string jfif("JFIF\0", 5);
     const std::string other = dataset(2, 5, "O");
     const char* const all = "GetIPTC -ParseAllApplicationRecords";
     const struct {

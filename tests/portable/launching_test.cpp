@@ -12,7 +12,6 @@
 namespace vell::files {
 namespace {
 
-using params::Call;
 using test::FakeCall;
 
 struct CallWithoutUser : FakeCall {

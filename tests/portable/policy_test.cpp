@@ -14,7 +14,6 @@
 namespace vell::policy {
 namespace {
 
-using files::NativePath;
 using test::native;
 
 constexpr std::string_view functions[] = {"VlFile_Launch", "VlFile_Exists"};
