@@ -267,7 +267,8 @@ TEST(WrittenWebp, RefusesWhatIsNoWholeWebp) {
     const std::string whole = webp_of({lossy});
     for (const char* switches : {"-SetIPTC", "-SetImageURL", "JPEGComment"})
         EXPECT_EQ(written(whole, switches, ""), "!-4243") << switches;
-    EXPECT_EQ(written("RIFF" + little32(12) + "WAVEfmt " + little32(0), "-SetExif", exif_text), "!-71");
+    EXPECT_EQ(written("RIFF" + little32(12) + "WAVEfmt " + little32(0), "-SetExif", exif_text),
+              "!-71");
     EXPECT_EQ(written("RIFF\4", "-SetExif", exif_text), "!-39");
     EXPECT_EQ(written(webp_of({riff_chunk("ANIM", "loops!")}), "-SetXMP", "x"), "!-4249");
     EXPECT_EQ(written(webp_of({riff_chunk("VP8 ", "no picture")}), "-SetXMP", "x"), "!-4249");
