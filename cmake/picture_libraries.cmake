@@ -10,38 +10,27 @@ endif()
 target_compile_definitions(vell_picture_libraries INTERFACE CMS_NO_REGISTER_KEYWORD=1
   VELL_JPEG_BACKING_STORE=${has_backing_store})
 if(WIN32)
-  set(VELL_PICTURE_LIBRARIES "" CACHE PATH "Folder as scripts/picture_libraries.sh makes it")
-  set(pictures "${VELL_PICTURE_LIBRARIES}")
-  if(NOT pictures)
-    execute_process(COMMAND ${CMAKE_SOURCE_DIR}/scripts/picture_libraries.sh
-      OUTPUT_VARIABLE pictures OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE status)
-    if(NOT status EQUAL 0)
-      message(FATAL_ERROR "The picture libraries could not be built; see the lines above.")
-    endif()
-  endif()
-  file(GLOB recipe ${CMAKE_SOURCE_DIR}/scripts/picture_libraries/*)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${recipe}
-    ${CMAKE_SOURCE_DIR}/scripts/picture_libraries.sh ${CMAKE_SOURCE_DIR}/scripts/jpeg.patch
-    ${CMAKE_SOURCE_DIR}/scripts/library_build.sh)
+  vell_library(PICTURE_LIBRARIES picture_libraries.sh lib/libpng.a lib/libjpeg.a lib/liblcms2.a)
+  add_dependencies(vell_picture_libraries vell_PICTURE_LIBRARIES_files)
+  set(pictures ${VELL_PICTURE_LIBRARIES_FOLDER})
   target_include_directories(vell_picture_libraries SYSTEM INTERFACE ${pictures}/include)
   target_link_libraries(vell_picture_libraries INTERFACE ${pictures}/lib/libpng.a
-    ${pictures}/lib/libjpeg.a ${pictures}/lib/liblcms2.a ${VELL_ZLIB})
+    ${pictures}/lib/libjpeg.a ${pictures}/lib/liblcms2.a)
 else()
+  set(installed png lcms2)
   if(VELL_SANITIZERS) # what is tested under them is the library as the plug-in has it
-    execute_process(COMMAND ${CMAKE_SOURCE_DIR}/scripts/jpeg_native.sh
-      OUTPUT_VARIABLE jpeg OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE status)
-    if(NOT status EQUAL 0)
-      message(FATAL_ERROR "The JPEG library could not be built; see the lines above.")
-    endif()
-    file(GLOB recipe ${CMAKE_SOURCE_DIR}/scripts/picture_libraries/*)
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${recipe}
-      ${CMAKE_SOURCE_DIR}/scripts/jpeg_native.sh ${CMAKE_SOURCE_DIR}/scripts/jpeg.patch)
-    target_include_directories(vell_picture_libraries SYSTEM INTERFACE ${jpeg}/include)
-    set(VELL_jpeg ${jpeg}/lib/libjpeg.a CACHE FILEPATH "The JPEG library" FORCE)
+    vell_library(JPEG_LIBRARY jpeg_native.sh lib/libjpeg.a)
+    add_dependencies(vell_picture_libraries vell_JPEG_LIBRARY_files)
+    target_include_directories(vell_picture_libraries SYSTEM INTERFACE
+      ${VELL_JPEG_LIBRARY_FOLDER}/include)
+    target_link_libraries(vell_picture_libraries INTERFACE
+      ${VELL_JPEG_LIBRARY_FOLDER}/lib/libjpeg.a)
+  else()
+    list(APPEND installed jpeg)
   endif()
-  foreach(library png jpeg lcms2)
+  foreach(library IN LISTS installed)
     find_library(VELL_${library} ${library} REQUIRED)
     target_link_libraries(vell_picture_libraries INTERFACE ${VELL_${library}})
   endforeach()
-  target_link_libraries(vell_picture_libraries INTERFACE ${VELL_ZLIB})
 endif()
+target_link_libraries(vell_picture_libraries INTERFACE ${VELL_ZLIB})

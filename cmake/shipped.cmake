@@ -18,12 +18,10 @@ foreach(room IN LISTS rooms)
   endforeach()
 endforeach()
 
-# The plug-in's file, which is built before anything links its rooms.
+# The plug-in's file, which is built before anything links its rooms, and beside what only includes
+# them. A target that includes a library's headers, too, depends on it.
 add_custom_target(VellFile
   COMMAND ${CMAKE_COMMAND} --build ${shipped}
   COMMAND ${CMAKE_COMMAND} -E copy_if_different ${shipped}/bin/VellFile.fmx64
     ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}
   BYPRODUCTS ${made} USES_TERMINAL VERBATIM)
-foreach(room IN LISTS rooms)
-  add_dependencies(${room} VellFile)
-endforeach()

@@ -64,19 +64,10 @@ build() {
     done
     [ $# -gt 0 ] && shift
     mkdir -p "$root/build"
-    { "$root/scripts/deflate64_source.sh" && "$root/scripts/deflate_source.sh"; } >"$log" 2>&1 || {
-        tail -30 "$log" >&2
-        die "A part of the source could not be fetched; the whole output is in build/$preset.log"
-    }
-    if [ "$preset" = release ] || [ "$preset" = windows ]; then # their own words go to the terminal: it may take minutes
-        "$root/scripts/xml_library.sh" >/dev/null &
-        local xml_library=$!
-        "$root/scripts/poppler.sh" >/dev/null || die "Poppler could not be built"
-        "$root/scripts/picture_libraries.sh" >/dev/null || die "The picture libraries could not be built"
-        wait "$xml_library" || die "The library for XML could not be built"
-    fi
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "Building ($preset; a few minutes the first time)"
+        # The longest part need not wait for the configuring. The build waits for it, and tells what fails.
+        [ "$preset" = sanitizers ] || "$root/scripts/poppler.sh" >/dev/null 2>&1 &
         (cd "$root" && cmake --preset "$preset" "$@") </dev/null >"$log" 2>&1 || {
             tail -30 "$log" >&2
             die "Configuring failed; the whole output is in build/$preset.log"

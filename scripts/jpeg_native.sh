@@ -7,10 +7,10 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/library_build.sh"
 . "$scripts/picture_libraries/jpeg.sh"
 
-read -r source < <(fetch_sources libjpeg-turbo)
 begin_library jpeg-native "${BASH_SOURCE[0]}" "$scripts"/picture_libraries/* "$scripts/jpeg.patch" \
-    <<<"$source $(clang --version)"
+    <<<"libjpeg-turbo $(clang --version)"
 echo "Building the JPEG library for native tests (once)" >&2
+source=$(fetch_sources libjpeg-turbo)
 make_jpeg_source "$source"
 flags='-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer'
 flags+=' -fsanitize-coverage=inline-8bit-counters,pc-table'

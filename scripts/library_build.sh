@@ -1,33 +1,23 @@
-# Shared by the scripts that build libraries for Windows into the cache folder. Expects to be sourced
-# with the folder of the scripts as `scripts`.
+# Shared by the scripts that build libraries into the cache folder. Expects to be sourced with the folder
+# of the scripts as `scripts`.
 #
 # What is in the cache is not built again as long as the recipe, the toolchain and the compiler stay
 # the same.
 
+. "$scripts/cache.sh"
 toolchain=$scripts/../cmake/mingw64.cmake
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/vell-file
 
-# NAME FILE…: sets `target` to the folder of what these files and the words on standard input make;
-# prints it and ends where it is there already. Otherwise sets `work` to a folder to build in, of which
-# work/installed becomes the target.
+# NAME FILE…: begins the folder (scripts/cache.sh) of what these files and the words on standard input
+# make, and sets `work` to a folder to build in, of which work/installed becomes the target.
 begin_library() {
     local name=$1
     shift
     local recipe
     recipe=$({
-        cat "$@" "$toolchain" "$scripts/library_build.sh" -
+        cat "$@" "$toolchain" "$scripts"/{cache,library_build,source_package}.sh -
         x86_64-w64-mingw32-g++-posix --version
     } | sha256sum | cut -c 1-16)
-    target=$cache/$name-$recipe
-    mkdir -p "$cache"
-    [ -d "$target" ] || {
-        exec 9>"$cache/$name.lock"
-        flock 9 # somebody else may be building it
-    }
-    [ ! -d "$target" ] || {
-        echo "$target"
-        exit
-    }
+    begin_folder "$cache/$name-$recipe"
     work=$(mktemp -d -p "$cache")
     trap 'rm -rf "$work"' EXIT
     mkdir "$work/installed"
@@ -46,11 +36,7 @@ fetch_sources() {
     done
 }
 
-end_library() {
-    chmod 755 "$work/installed"
-    mv "$work/installed" "$target"
-    echo "$target"
-}
+end_library() { end_folder "$work/installed"; }
 
 # NAME COMMAND…: what it writes goes to the log of that name; shows the log's end when the command fails.
 logged() {

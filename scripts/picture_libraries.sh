@@ -7,10 +7,11 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/picture_libraries/jpeg.sh"
 own=$scripts/picture_libraries
 
-fetched=$(fetch_sources libjpeg-turbo libpng1.6 lcms2)
-mapfile -t sources <<<"$fetched"
-begin_library pictures "${BASH_SOURCE[0]}" "$own"/* "$scripts/jpeg.patch" <<<"${sources[*]}"
+packages=(libjpeg-turbo libpng1.6 lcms2)
+begin_library pictures "${BASH_SOURCE[0]}" "$own"/* "$scripts/jpeg.patch" <<<"${packages[*]}"
 echo "Building the libraries for pictures (once)" >&2
+fetched=$(fetch_sources "${packages[@]}")
+mapfile -t sources <<<"$fetched"
 
 make_others() {
     configure others "$own" -DPNG="${sources[1]}" -DLCMS="${sources[2]}" \

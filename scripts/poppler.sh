@@ -1,10 +1,8 @@
 #!/bin/bash
 # Prints the folder of Poppler for Windows: include, lib (libpoppler.a and libfreetype.a) and
-# poppler-data.zip, the encoding data that GlobalParams takes a folder of. Builds it where that has
-# not been done, which takes a few minutes.
-#
-# What is in the cache is not built again as long as this script, the patch, the toolchain, the
-# compiler and the versions of the Debian packages stay the same.
+# poppler-data.zip, the encoding data that GlobalParams takes a folder of; the folder that it is unpacked
+# into is named after its sum (vell_encoding_data_key.h). Builds it where that has not been done, which
+# takes a few minutes.
 set -eu
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/library_build.sh"
@@ -12,22 +10,22 @@ patch=$scripts/poppler.patch
 headers=$scripts/poppler.cmake
 data=/usr/share/poppler # of the package poppler-data
 
-fetched=$(fetch_sources freetype poppler)
-{
-    read -r freetype_source
-    read -r poppler_source
-} <<<"$fetched"
 [ -d "$data/cMap" ] || {
     echo "The folder $data is missing; the package poppler-data installs it." >&2
     exit 1
 }
 begin_library poppler "${BASH_SOURCE[0]}" "$patch" "$headers" "$scripts/picture_libraries.sh" \
-    "$scripts"/picture_libraries/* <<<"$freetype_source $poppler_source $(dpkg-query -W poppler-data)"
+    "$scripts"/picture_libraries/* <<<"$(dpkg-query -W poppler-data)"
 echo "Building Poppler for Windows (a few minutes, once)" >&2
 
 # The JPEG decoder is that of all pictures.
 "$scripts/picture_libraries.sh" >"$work/pictures" &
 pictures=$!
+fetched=$(fetch_sources freetype poppler)
+{
+    read -r freetype_source
+    read -r poppler_source
+} <<<"$fetched"
 
 # With the zlib that the plug-in has: a second one inside FreeType would meet it when linking. Few
 # letters of each document are drawn, so it need not be fast.
@@ -77,4 +75,6 @@ install_library Poppler
         LC_ALL=C sort >"$work/names" &&
     cmake -E tar cf "$work/installed/poppler-data.zip" --format=zip --mtime=2000-01-01 \
         --files-from="$work/names")
+key=$(sha256sum "$work/installed/poppler-data.zip" | cut -c 1-8)
+echo "#define VELL_ENCODING_DATA_KEY \"$key\"" >"$work/installed/include/vell_encoding_data_key.h"
 end_library

@@ -10,10 +10,10 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/library_build.sh"
 patch=$scripts/poppler.patch
 
-read -r poppler_source < <(fetch_sources poppler)
-begin_library poppler-fuzz "${BASH_SOURCE[0]}" "$patch" <<<"$poppler_source $(clang --version)"
+begin_library poppler-fuzz "${BASH_SOURCE[0]}" "$patch" <<<"poppler $(clang --version)"
 echo "Building Poppler for the fuzzer (some minutes, once)" >&2
 
+poppler_source=$(fetch_sources poppler)
 cp -r "$poppler_source" "$work/source"
 patch -s -d "$work/source" -p1 <"$patch"
 # As in scripts/poppler.sh: what nothing refers to.

@@ -1,36 +1,25 @@
 #!/bin/bash
 # Puts the source of a Debian package into the cache folder and prints where it is.
-#   scripts/source_package.sh NAME [MEMBER…]
+#   scripts/source_package.sh [--folder] NAME [MEMBER…]
 # Without members the whole source is unpacked, with Debian's patches. Members are names or patterns
 # inside the upstream archive, such as 'binutils-*/zlib/zlib.h'; only they are kept, their first
-# folder cut off, unpatched.
+# folder cut off, unpatched. With --folder nothing is fetched.
 #
 # The package comes from the machine's own Debian sources and is verified by apt. The apt
 # configuration is read, never changed: the lists of packages go to the cache folder, where they serve
 # all packages for an hour, and downloads to a temporary one. What is in the cache is not fetched again
 # as long as this script and its arguments stay the same.
 set -eu
+. "${BASH_SOURCE[0]%/*}/cache.sh"
 [ $# -gt 0 ] || {
-    echo "usage: $0 NAME [MEMBER…]" >&2
+    echo "usage: $0 [--folder] NAME [MEMBER…]" >&2
     exit 2
 }
 name=$1
 shift
 recipe=$({ cat "${BASH_SOURCE[0]}" && printf '%s\0' "$name" "$@"; } | sha256sum | cut -c 1-16)
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/vell-file/sources
-target=$cache/$name-$recipe
-[ -d "$target" ] && {
-    echo "$target"
-    exit
-}
-
-mkdir -p "$cache"
-exec 9>"$cache/$name-$recipe.lock"
-flock 9 # somebody else may be fetching it
-[ -d "$target" ] && {
-    echo "$target"
-    exit
-}
+cache+=/sources
+begin_folder "$cache/$name-$recipe"
 unpacked=$(mktemp -d -p "$cache")
 private=$(mktemp -d) # apt's own user must be able to enter it
 trap 'rm -rf "$private" "$unpacked"' EXIT
@@ -97,9 +86,8 @@ if [ $# -eq 0 ]; then
         cat "$private/log" >&2
         exit 1
     }
-    mv "$unpacked/source" "$target"
+    end_folder "$unpacked/source"
 else
     tar -xf ./*.orig.tar.* -C "$unpacked" --strip-components=1 --wildcards --no-same-owner "$@"
-    mv "$unpacked" "$target"
+    end_folder "$unpacked"
 fi
-echo "$target"

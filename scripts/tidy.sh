@@ -52,9 +52,9 @@ configure_database() {
     mkdir -p build
     [ $database/build.ninja -nt CMakePresets.json ] &&
         cmake --build $database --target build.ninja >build/tidy.log 2>&1 && return
-    scripts/deflate64_source.sh >build/tidy.log 2>&1 &&
-        cmake --preset sanitizers -B $database -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON \
-            >>build/tidy.log 2>&1 || die "Configuring failed; the whole output is in build/tidy.log"
+    cmake --preset sanitizers -B $database -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >build/tidy.log 2>&1 &&
+        cmake --build $database --target vell_libraries >>build/tidy.log 2>&1 ||
+        die "Configuring failed; the whole output is in build/tidy.log"
 }
 
 # What clang-tidy's answer about a source depends on, as one number.

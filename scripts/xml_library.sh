@@ -5,9 +5,9 @@ set -eu
 scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/library_build.sh"
 
-source=$(fetch_sources expat)
-begin_library xml "${BASH_SOURCE[0]}" <<<"$source"
+begin_library xml "${BASH_SOURCE[0]}" <<<expat
 echo "Building the library for XML (once)" >&2
+source=$(fetch_sources expat)
 configure xml "$source/expat" -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF \
     -DEXPAT_BUILD_EXAMPLES=OFF -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF \
     -DEXPAT_BUILD_PKGCONFIG=OFF -DEXPAT_DTD=OFF -DCMAKE_C_FLAGS_RELEASE="-O2 -DNDEBUG"

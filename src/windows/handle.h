@@ -14,6 +14,9 @@ inline ErrorCode last_error() {
     return error_from_win32(static_cast<std::int32_t>(GetLastError()));
 }
 
+// How an item is opened that others may go on using in every way.
+constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 // Owns a value of `Kind::Type`, which `Kind::close` releases; `Kind::empty` owns nothing.
 template <typename Kind>
 class UniqueResource {

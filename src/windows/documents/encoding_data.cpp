@@ -11,6 +11,7 @@
 #include "src/windows/text.h"
 
 #include <shlobj.h>
+#include <vell_encoding_data_key.h>
 
 #include <utility>
 

@@ -196,7 +196,6 @@ bool is_on_network(const std::wstring& path) {
 // The bytes of a file, as long as it is not larger than icons are.
 Result<std::string> contents_of_icon_file(const std::wstring& path) {
     constexpr std::uint64_t largest = 32 << 20;
-    constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, share_all, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
     LARGE_INTEGER size{};

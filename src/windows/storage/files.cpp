@@ -110,9 +110,8 @@ struct FileIdentity {
 };
 
 std::optional<FileIdentity> identity_of(const NativePath& path) {
-    constexpr DWORD everyone = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const UniqueFile file(CreateFileW(win32_path(path).c_str(), 0, everyone, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const UniqueFile file(CreateFileW(win32_path(path).c_str(), 0, share_all, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     FileIdentity identity;
     if (!file || !GetFileInformationByHandle(file.get(), &identity.information))
         return std::nullopt;

@@ -13,8 +13,6 @@ using namespace files;
 
 namespace {
 
-constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
 class HeldHandle : public Hold {
   public:
     explicit HeldHandle(UniqueFile handle) : handle_(std::move(handle)) {}

@@ -54,7 +54,6 @@ class Win32ItemProperties : public ItemProperties {
 
     Result<std::uint64_t> size(const NativePath& path) override {
         // Reading attributes alone meets no other opener's sharing mode.
-        constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         const UniqueFile file(CreateFileW(win32_path(path).c_str(), FILE_READ_ATTRIBUTES, share_all,
                                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (!file)
@@ -98,7 +97,6 @@ class Win32ItemProperties : public ItemProperties {
     Result<void> set_times(const NativePath& path, const NewTimes& times) override {
         const FileTimes converted = VELL_TRY(file_times(times));
         // Folders need the backup flag; others may have the item open meanwhile.
-        constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         const UniqueFile item(CreateFileW(win32_path(path).c_str(), FILE_WRITE_ATTRIBUTES,
                                           share_all, nullptr, OPEN_EXISTING,
                                           FILE_FLAG_BACKUP_SEMANTICS, nullptr));
