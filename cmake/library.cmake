@@ -13,6 +13,7 @@ function(vell_library name script)
     set(command ${CMAKE_SOURCE_DIR}/scripts/${script})
     execute_process(COMMAND ${command} --folder OUTPUT_VARIABLE folder OUTPUT_STRIP_TRAILING_WHITESPACE
       COMMAND_ERROR_IS_FATAL ANY)
+    file(MAKE_DIRECTORY ${folder}/include) # CMake wants to see what other presets include
     list(TRANSFORM ARGN PREPEND ${folder}/ OUTPUT_VARIABLE files)
     add_custom_command(OUTPUT ${files} COMMAND ${command} COMMENT "scripts/${script}" VERBATIM)
   endif()
