@@ -9,6 +9,7 @@ and read all other metadata as before, the third must say of the copy what it sa
 ImageMagick must decode both to the same pixels. Sidecars are written beside raw photographs and
 read by both peers. Exit codes: 0, 1 for a difference, 77 without the files.
 """
+import functools
 import os
 import pathlib
 import subprocess
@@ -40,6 +41,7 @@ def format_of(path):
     return None if name == "webp" and start[8:] != b"WEBP" else name
 
 
+@functools.cache
 def pixels(path):
     """The signatures of all pictures in the file; None for one that cannot be decoded."""
     done = subprocess.run(["convert", "-quiet", path, "-format", "%#\\n", "info:"],
@@ -47,6 +49,7 @@ def pixels(path):
     return done.stdout if done.returncode == 0 else None
 
 
+@functools.cache
 def said(name, path):
     """What the checker of the format says of a file."""
     done = subprocess.run([*CHECKERS[name], path], capture_output=True, check=False)
