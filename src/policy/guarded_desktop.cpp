@@ -51,10 +51,14 @@ Result<void> GuardedDesktop::reveal(const std::u16string& path) {
     return inner().reveal(path);
 }
 
-// What the user picks is a path like any other, for whoever opens it.
+// What the user picks is a path like any other, for whoever opens it. A dialog whose folder is
+// missing begins elsewhere.
 Result<std::vector<std::u16string>> GuardedDesktop::show(const files::FileDialog& dialog) {
-    if (!dialog.initial_folder.empty())
-        VELL_TRY(guard_.check(native(dialog.initial_folder), Access::Read));
+    if (!dialog.initial_folder.empty()) {
+        const auto checked = guard_.check(native(dialog.initial_folder), Access::Read);
+        if (!checked && checked.error() == ErrorCode::RefusedByPolicy)
+            return Failure{checked.error()};
+    }
     return inner().show(dialog);
 }
 
@@ -68,10 +72,33 @@ Result<void> GuardedDesktop::check_links_below(const NativePath& folder) {
     });
 }
 
+// Paths that the shell takes have few folders.
+Result<void> GuardedDesktop::make_folder(const NativePath& folder) {
+    auto place = guard_.place(folder, Access::Write, LastLink::Itself);
+    const std::u16string_view above = files::parent_path(folder.wide);
+    if (!place && place.error() == ErrorCode::FolderNotFound && !above.empty()) {
+        VELL_TRY(make_folder(native(above)));
+        place = guard_.place(folder, Access::Write, LastLink::Itself);
+    }
+    if (!place)
+        return Failure{place.error()};
+    const auto made = system_.tree().create_folder(place->path);
+    return made || made.error() == ErrorCode::AlreadyExists ? Result<void>() : made;
+}
+
+// Where the shell puts a copy. It would itself make the folders that are missing above.
+Result<Place> GuardedDesktop::place_of_copy(const NativePath& target) {
+    auto place = guard_.place(target, Access::Write);
+    if (place || place.error() != ErrorCode::FolderNotFound)
+        return place;
+    VELL_TRY(make_folder(native(files::parent_path(target.wide))));
+    return guard_.place(target, Access::Write);
+}
+
 ShellOutcome GuardedDesktop::shell_copy(const NativePath& folder, const NativePath& target,
                                         files::ShellMessages messages) {
     const auto from = guard_.place(folder, Access::Read);
-    const auto to = guard_.place(target, Access::Write);
+    const auto to = from ? place_of_copy(target) : guard_.place(target, Access::Write);
     for (const ErrorCode code :
          {from ? ErrorCode::Ok : from.error(), to ? ErrorCode::Ok : to.error()})
         if (code != ErrorCode::Ok)

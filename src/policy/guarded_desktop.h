@@ -37,6 +37,8 @@ class GuardedDesktop : public files::Desktop {
   private:
     files::Desktop& inner() { return system_.desktop(); }
     Result<void> check_links_below(const NativePath& folder);
+    Result<void> make_folder(const NativePath& folder);
+    Result<Place> place_of_copy(const NativePath& target);
 
     PathGuard& guard_;
     System& system_;

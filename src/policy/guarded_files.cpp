@@ -82,14 +82,21 @@ Result<void> GuardedFiles::create_new(const NativePath& path) {
     return inner().create_new(place.path);
 }
 
+// Whoever makes, copies or moves folders looks at those above, too, and is not refused for that.
+Result<Place> GuardedFiles::place_to_compare(const NativePath& path) {
+    if (guard_.leads_to_root(path))
+        return Place{path};
+    return guard_.place(path, Access::Read);
+}
+
 ItemKind GuardedFiles::kind_of(const NativePath& path) {
-    const auto place = guard_.place(path, Access::Read);
+    const auto place = place_to_compare(path);
     return place ? inner().kind_of(place->path) : ItemKind::None;
 }
 
 bool GuardedFiles::is_same_file(const NativePath& a, const NativePath& b) {
-    const auto first = guard_.place(a, Access::Read);
-    const auto second = guard_.place(b, Access::Read);
+    const auto first = place_to_compare(a);
+    const auto second = place_to_compare(b);
     return first && second && inner().is_same_file(first->path, second->path);
 }
 

@@ -36,6 +36,7 @@ class GuardedFiles : public files::FileSystem, public files::FolderSource {
   private:
     files::FileSystem& inner() { return system_.files(); }
     Result<FilePointer> checked(Result<FilePointer> opened, const Place& place, Access access);
+    Result<Place> place_to_compare(const NativePath& path);
 
     PathGuard& guard_;
     System& system_;

@@ -22,8 +22,11 @@ bool GuardedTree::on_same_volume(const NativePath& a, const NativePath& b) {
            guard_.check(b, Access::Read, LastLink::Itself) && inner().on_same_volume(a, b);
 }
 
+// Whoever makes a folder with those above it asks for the ones that are there, too.
 Result<void> GuardedTree::create_folder(const NativePath& path) {
     VELL_TRY(check_time());
+    if (guard_.leads_to_root(path) && system_.files().kind_of(path) == files::ItemKind::Folder)
+        return Failure{ErrorCode::AlreadyExists};
     const Place place = VELL_TRY(guard_.place(path, Access::Write, LastLink::Itself));
     return inner().create_folder(place.path);
 }

@@ -131,6 +131,21 @@ bool PathGuard::is_root(std::u16string_view path) const {
     return files::root_length(path) >= path.size() || holds(read_roots_) || holds(write_roots_);
 }
 
+bool PathGuard::leads_to_root(const NativePath& path) const {
+    const auto full = system_.tree().absolute_path(path.wide);
+    if (!full)
+        return false;
+    std::u16string folder = *full;
+    std::ranges::replace(folder, u'/', u'\\');
+    folder = files::without_trailing_separator(folder);
+    const auto holds = [&](const GuardedRoots& roots) {
+        return roots && std::ranges::any_of(*roots, [&](const Root& root) {
+                   return is_within(root.spelled, folder) || is_within(root.final, folder);
+               });
+    };
+    return holds(read_roots_) || holds(write_roots_);
+}
+
 // The folder that holds a root is none of ours to look at.
 Result<Place> PathGuard::pin_root(std::u16string_view path, Access access) {
     std::u16string final = VELL_TRY(system_.final_paths().of({std::u16string(path), std::nullopt}));
@@ -146,7 +161,9 @@ Result<Place> PathGuard::pin(std::u16string_view path, Access access) {
     auto held = system_.final_paths().hold({std::u16string(folder), std::nullopt});
     if (!held) {
         VELL_TRY(check_above(folder, access));
-        return Failure{held.error()};
+        // It is the folder of what was asked for that is missing.
+        return Failure{held.error() == ErrorCode::NotFound ? ErrorCode::FolderNotFound
+                                                           : held.error()};
     }
     std::u16string final = std::move(held->path);
     if (!final.ends_with(u'\\'))

@@ -42,6 +42,8 @@ class PathGuard {
     bool allows_disk(std::u16string_view root);
     // The same of a share, "\\server\share".
     bool allows_share(std::u16string_view share);
+    // Whether a folder is a root or one above: that it is there is no secret.
+    bool leads_to_root(const files::NativePath& path) const;
     bool restricts_reading() const { return read_roots_.has_value(); }
 
     // Files of the plug-in's own in the temporary folder are nobody's business.

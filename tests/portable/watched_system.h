@@ -36,7 +36,8 @@ class WatchedSystem : public FakeSystem {
         return FakeSystem::create_new(path);
     }
     files::ItemKind kind_of(const NativePath& path) override {
-        if (!is_looking_)
+        const bool leads_there = allowed.starts_with(key_of(path.wide));
+        if (!is_looking_ && !leads_there)
             watch(path);
         return FakeSystem::kind_of(path);
     }
@@ -128,6 +129,8 @@ class WatchedSystem : public FakeSystem {
     }
     Result<files::CodeSignature> code_signature(const NativePath& path) override {
         watch(path);
+        if (FakeSystem::kind_of(path) == files::ItemKind::None)
+            return Failure{ErrorCode::NotFound};
         return files::CodeSignature();
     }
     Result<pictures::Picture> shell_thumbnail(const NativePath& path, std::uint32_t) override {
@@ -138,6 +141,8 @@ class WatchedSystem : public FakeSystem {
                                    std::uint32_t) override {
         if (what == pictures::IconOf::Item)
             watch(path);
+        if (what == pictures::IconOf::Item && FakeSystem::kind_of(path) == files::ItemKind::None)
+            return Failure{ErrorCode::NotFound};
         return Failure{ErrorCode::NoPicture};
     }
 
@@ -172,6 +177,12 @@ class WatchedSystem : public FakeSystem {
                                    files::ShellMessages) override {
         watch(folder);
         watch(target);
+        std::vector<NativePath> missing;
+        for (NativePath at = target; FakeSystem::kind_of(at) == files::ItemKind::None;
+             at = native(parent_of(at.wide)))
+            missing.push_back(at);
+        for (; !missing.empty(); missing.pop_back())
+            add_folder(missing.back().wide);
         return {};
     }
     files::ShellOutcome shell_delete(const NativePath& folder, void*,

@@ -88,7 +88,6 @@ TEST_F(PolicyOfAServer, NothingLeadsOutOfTheRoots) {
           path(L"in\\a.txt") + u":stream", path(L"in\\COM1"), std::u16string(u"COM1"),
           std::u16string(u"\\\\localhost\\share\\b.txt")})
         EXPECT_EQ(call(u"VlFile_GetContents", {u"", Value(outside)}), refused)
-
             << utf8_from_utf16(outside);
 
     EXPECT_EQ(call(u"VlFile_ExportToFile", {u"", u"x", Value(path(L"in\\out\\new.txt"))}), u"0");
@@ -110,6 +109,40 @@ TEST_F(PolicyOfAServer, NothingLeadsOutOfTheRoots) {
         << log();
     EXPECT_TRUE(logged({R"("refused":"device")"})) << log();
     EXPECT_TRUE(logged({R"("written":[)", R"(\\out\\new.txt")", R"("result":0)"})) << log();
+}
+
+// What works on folders looks at those above, too, up to the disk's.
+TEST_F(PolicyOfAServer, FoldersAreMadeCopiedMovedAndDeletedInTheRoots) {
+    start();
+    const auto on = [&](std::u16string_view function, std::u16string_view switches,
+                        const wchar_t* source, const wchar_t* target) {
+        std::vector<Value> arguments{Value(switches), Value(path(source))};
+        if (target)
+            arguments.push_back(Value(path(target)));
+        return call(function, arguments);
+    };
+    EXPECT_EQ(on(u"VlFile_CreateFolder", u"", L"in\\out\\1\\2\\3\\4\\5", nullptr), u"0");
+    EXPECT_EQ(on(u"VlFile_CopyFolder", u"", L"in\\out\\1", L"in\\out\\new\\copy"), u"0");
+    EXPECT_EQ(on(u"VlFile_MoveFolder", u"", L"in\\out\\1", L"in\\out\\moved"), u"0");
+    EXPECT_EQ(on(u"VlFile_CreateZip", u"", L"in\\out\\moved", L"in\\out\\a.zip"), u"0");
+    EXPECT_EQ(on(u"VlFile_UnZip", u"-DontCreateArchiveFolder", L"in\\out\\a.zip", L"in\\out\\new"),
+              u"0");
+    EXPECT_EQ(on(u"VlFile_DeleteFolder", u"-deleteAllSubFoldersAndAllContents noWarning",
+                 L"in\\out\\moved", nullptr),
+              u"0");
+    EXPECT_TRUE(exists(path(L"in\\out\\new\\copy\\2\\3\\4\\5")));
+    EXPECT_TRUE(exists(path(L"in\\out\\new\\moved\\2\\3\\4\\5")));
+    EXPECT_FALSE(exists(path(L"in\\out\\1")));
+    EXPECT_FALSE(exists(path(L"in\\out\\moved")));
+
+    EXPECT_EQ(on(u"VlFile_CreateFolder", u"", L"in\\new\\2", nullptr), refused);
+    EXPECT_EQ(on(u"VlFile_CopyFolder", u"", L"in\\out\\new", L"in\\copy"), refused);
+    EXPECT_EQ(on(u"VlFile_MoveFolder", u"", L"in\\out\\new", L"in\\moved"), refused);
+    EXPECT_EQ(on(u"VlFile_DeleteFolder", u"-deleteAllSubFoldersAndAllContents noWarning",
+                 L"in\\out", nullptr),
+              refused);
+    EXPECT_TRUE(exists(path(L"in\\out\\new\\copy")));
+    EXPECT_FALSE(exists(path(L"in\\new")) || exists(path(L"in\\copy")));
 }
 
 TEST_F(PolicyOfAServer, DeniedFunctionsAndLimitsEndACall) {
