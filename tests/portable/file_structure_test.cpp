@@ -68,9 +68,8 @@ TEST(FileStructure, TellsWhichItemsAFileHas) {
 }
 
 TEST(FileStructure, TellsImagesAndWhatIsInTheirParts) {
-    const std::string tags =
-        TiffBuilder(ByteOrder::Big)
-            .build({.first = {ascii(315, "Ann Artist")}, .exif = {{37385, FieldType::Short, {1}}}});
+    const std::string tags = build_tiff(ByteOrder::Big, {.first = {ascii(315, "Ann Artist")},
+                                                         .exif = {{37385, FieldType::Short, {1}}}});
     const std::string tiff = structure_of(tags);
     EXPECT_TRUE(tiff.starts_with("TIFF: size 67|  IFD: offset 8, size 30, entries 2"
                                  "|    315: offset 10, size 12, type ASCII, count 11, value at 38"

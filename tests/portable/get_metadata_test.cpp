@@ -52,17 +52,12 @@ TEST(GetMetadata, TakesTheReaderThatFitsTheFile) {
         return build_tiff(order, {.first = {ascii(271, "A"), bytes(700, packet + '\0'),
                                             undefined(33723, dataset(2, 5, "T"))}});
     };
-    const std::string exif = "|##EXIF 271|A|##END 271";
+    const std::string exif = tagged("EXIF 271=A"), title = tagged("IPTC 5=T");
     const std::string no_packet = build_tiff(ByteOrder::Big, {.first = {ascii(271, "A")}});
     const std::string photoshop = "8BPS..." + resource(0x0404, dataset(2, 5, "T")) + packet;
-    const struct {
-        const char* switches;
-        std::string file;
-        std::string expected;
-    } cases[] = {
+    expect_metadata({
         {"GetExif", tiff(ByteOrder::Little), exif},
-        {"GetIPTC GetExif GetGPS GetXMP", tiff(ByteOrder::Big),
-         "|##IPTC 5|T|##END 5" + exif + readable},
+        {"GetIPTC GetExif GetGPS GetXMP", tiff(ByteOrder::Big), title + exif + readable},
         {"GetXMP", no_packet, "!-2026"},
         {"GetExif GetXMP", no_packet, exif},
         {"GetIPTC GetExif", no_packet, "!-2026"},
@@ -73,24 +68,18 @@ TEST(GetMetadata, TakesTheReaderThatFitsTheFile) {
         {"-GetIccProfileName GetJPEGComment GetExif", no_packet, exif},
         {"GetExif", "XX neither nor", "!-302"},
         {"GetJPEGComment", "XX neither nor", "!-71"},
-        {"GetJPEGComment GetIPTC", photoshop, "|##IPTC 5|T|##END 5!-71"},
-        {"GetIPTC GetXMP", photoshop, "|##IPTC 5|T|##END 5" + readable},
+        {"GetJPEGComment GetIPTC", photoshop, title + "!-71"},
+        {"GetIPTC GetXMP", photoshop, title + readable},
         {"GetExif GetXMP", photoshop, readable}, // no tags, but a packet
         {"-GetImageDescription GetExif", "XX neither nor", "!-302"},
-    };
-    for (const auto& each : cases)
-        EXPECT_EQ(metadata_of(each.switches, each.file), each.expected)
-            << each.switches << " case " << &each - cases;
+    });
 }
 
 TEST(XmpScan, TakesTheFirstWholePacket) {
     const std::string begin = "<?xpacket begin=''?>";
     const std::string end = "<?xpacket end='r'?>";
     const std::string unfinished = "<?xpacket ?><?xpacket end='r'" + std::string(1000, '\0');
-    const struct {
-        std::string file;
-        std::string expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"x" + packet + packet, readable},
         {end + begin + "late" + end, begin + "late" + end},
         {begin + "lost" + begin + "kept" + end, begin + "kept" + end},
@@ -99,8 +88,8 @@ TEST(XmpScan, TakesTheFirstWholePacket) {
         {begin + "\xE4" + end, "<0:" + begin + "\xE4" + end + ">"},
         {"<<<<?xpacket <?xpacke", "!-2026"},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(metadata_of("GetXMP", each.file), each.expected) << "case " << &each - cases;
+    for (const auto& [file, expected] : cases)
+        EXPECT_EQ(metadata_of("GetXMP", file), expected) << file;
     const std::string far = std::string(65'536 - 5, ' ') + begin + std::string(600'000, 'x') + end;
     EXPECT_EQ(metadata_of("GetXMP", far), far.substr(65'536 - 5));
 }

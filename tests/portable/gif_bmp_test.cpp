@@ -13,6 +13,7 @@ namespace vell::test {
 namespace {
 
 using namespace pictures;
+using namespace std::string_literals;
 
 // The rows of a picture as text, a letter for each pixel: "." is transparent, "?" none of the
 // colours. Rows that are missing are not there.
@@ -25,15 +26,25 @@ const std::vector<Letter> letters = {
 
 using Open = Result<std::unique_ptr<PictureRows>> (*)(ByteSource&, std::uint32_t);
 
-std::string drawn(Open open, const std::string& file, std::uint32_t frame = 0) {
+// How many rows there are; each is shown to the action, with the layout.
+template <typename Action>
+Result<std::uint32_t> read_rows(Open open, const std::string& file, std::uint32_t frame,
+                                Action action) {
     BytesInMemory bytes(file);
     const auto rows = open(bytes, frame);
     if (!rows)
-        return std::to_string(number(rows.error()));
+        return Failure{rows.error()};
     const PictureLayout layout = (*rows)->layout();
     std::vector<std::byte> row(layout.row_size());
+    std::uint32_t count = 0;
+    for (; count < layout.height && (*rows)->read_row(row); ++count)
+        action(layout, row);
+    return count;
+}
+
+std::string drawn(Open open, const std::string& file, std::uint32_t frame = 0) {
     std::string text;
-    for (std::uint32_t y = 0; y < layout.height && (*rows)->read_row(row); ++y) {
+    const auto rows = read_rows(open, file, frame, [&](const auto& layout, const auto& row) {
         for (std::uint32_t x = 0; x < layout.width; ++x) {
             Colour colour;
             std::memcpy(&colour, row.data() + x * layout.components(), layout.components());
@@ -41,28 +52,25 @@ std::string drawn(Open open, const std::string& file, std::uint32_t frame = 0) {
             text += found == letters.end() ? '?' : found->name;
         }
         text += '/';
-    }
-    return text;
+    });
+    return rows ? text : std::to_string(number(rows.error()));
 }
 
 // A GIF file of four colours: r, g, b and k.
 class GifBuilder {
   public:
     GifBuilder(std::uint16_t width, std::uint16_t height)
-        : bytes_("GIF89a" + little16(width) + little16(height) + std::string("\x81\0\0", 3) +
-                 std::string("\xFF\0\0\0\xFF\0\0\0\xFF\0\0\0", 12)) {}
+        : bytes_("GIF89a" + little16(width) + little16(height) + "\x81\0\0"s +
+                 "\xFF\0\0\0\xFF\0\0\0\xFF\0\0\0"s) {}
 
     // Letters are pixels; "." is one that is not drawn.
     GifBuilder& frame(int left, int top, int width, const std::string& pixels, int disposal,
                       bool is_interlaced = false) {
-        bytes_ += std::string("\x21\xF9\x04", 3) + static_cast<char>(disposal << 2 | 1) +
-                  std::string("\0\0\x03\0", 4);
-        bytes_ += ',' + little16(static_cast<std::uint16_t>(left)) +
-                  little16(static_cast<std::uint16_t>(top)) +
-                  little16(static_cast<std::uint16_t>(width)) +
-                  little16(static_cast<std::uint16_t>(pixels.size() / width));
-        bytes_ += static_cast<char>(is_interlaced ? 0x40 : 0);
-        bytes_ += '\x02' + data_of(pixels) + std::string(1, '\0');
+        const int height = static_cast<int>(pixels.size()) / width;
+        bytes_ += "\x21\xF9\x04"s + static_cast<char>(disposal << 2 | 1) + "\0\0\x03\0,"s;
+        for (const int number : {left, top, width, height})
+            bytes_ += little16(static_cast<std::uint16_t>(number));
+        bytes_ += static_cast<char>(is_interlaced ? 0x40 : 0) + "\x02"s + data_of(pixels) + '\0';
         return *this;
     }
     std::string file() const { return bytes_ + ';'; }
@@ -71,8 +79,7 @@ class GifBuilder {
   private:
     // Codes of three bits, with a clear code before they would grow.
     static std::string data_of(const std::string& pixels) {
-        constexpr unsigned clear = 4;
-        constexpr unsigned end = 5;
+        constexpr unsigned clear = 4, end = 5;
         std::vector<unsigned> codes;
         for (std::size_t i = 0; i < pixels.size(); ++i) {
             if (i % 2 == 0)
@@ -81,8 +88,7 @@ class GifBuilder {
         }
         codes.push_back(end);
         std::string data;
-        unsigned bits = 0;
-        unsigned count = 0;
+        unsigned bits = 0, count = 0;
         for (const unsigned code : codes) {
             bits |= code << count;
             for (count += 3; count >= 8; count -= 8, bits >>= 8)
@@ -96,9 +102,7 @@ class GifBuilder {
 };
 
 TEST(GifPicture, FramesAreDisposedOfAsTheySay) {
-    constexpr int keep = 1;
-    constexpr int clear = 2;
-    constexpr int restore = 3;
+    constexpr int keep = 1, clear = 2, restore = 3;
     const std::string file = GifBuilder(3, 2)
                                  .frame(0, 0, 3, "rrrrrr", keep)
                                  .frame(1, 0, 2, "g.gg", restore)
@@ -143,74 +147,56 @@ TEST(GifPicture, RowsThatAreThereAreGiven) {
     EXPECT_EQ(drawn(decode_gif, builder.cut(8)).size() % 3, 0u);
 }
 
-std::string bmp(const std::string& header_rest, std::uint32_t data, const std::string& behind) {
-    return "BM" + std::string(8, '\0') + little32(data) + header_rest + behind;
-}
-std::string info_header(std::uint32_t size, std::int32_t width, std::int32_t height,
-                        std::uint16_t bits, std::uint32_t compression) {
-    return little32(size) + little32(static_cast<std::uint32_t>(width)) +
+// Palette or masks stand behind the header, which may say that they belong to it.
+std::string bmp(std::int32_t width, std::int32_t height, std::uint16_t bits,
+                std::uint32_t compression, const std::string& colours, const std::string& pixels,
+                std::uint32_t header = 40) {
+    return "BM" + std::string(8, '\0') + little32(static_cast<std::uint32_t>(54 + colours.size())) +
+           little32(header) + little32(static_cast<std::uint32_t>(width)) +
            little32(static_cast<std::uint32_t>(height)) + little16(1) + little16(bits) +
-           little32(compression) + std::string(20, '\0');
+           little32(compression) + std::string(20, '\0') + colours + pixels;
 }
 
 TEST(BmpPicture, PixelsOfEveryCoding) {
-    const std::string red_and_green("\0\0\xFF\0\0\xFF\0\0", 8);
-    const std::string rgb_masks = little32(0xF800) + little32(0x7E0) + little32(0x1F);
+    const std::string palette = "\0\0\xFF\0\0\xFF\0\0"s; // red and green
+    const std::string masks = little32(0xF800) + little32(0x7E0) + little32(0x1F);
     const std::string with_alpha =
         little32(0xFF0000) + little32(0xFF00) + little32(0xFF) + little32(0xFF000000);
-    const std::string rle("\x02\x01\0\0\0\x02\x01\0\x01\0\0\x01", 12);
-    const struct {
-        std::string file;
-        const char* drawn;
-    } files[] = {
+    const std::string rows_of_bits = "\x40\0\0\0\0\0\0\0"s;
+    const std::pair<std::string, const char*> files[] = {
         // From the lowest row up, and from the top down.
-        {bmp(info_header(40, 2, 2, 1, 0), 62, red_and_green + std::string("\x40\0\0\0\0\0\0\0", 8)),
-         "rr/rg/"},
-        {bmp(info_header(40, 2, -2, 1, 0), 62,
-             red_and_green + std::string("\x40\0\0\0\0\0\0\0", 8)),
-         "rg/rr/"},
-        {bmp(little32(12) + little16(1) + little16(1) + little16(1) + little16(8), 32,
-             std::string("\0\0\xFF\0\xFF\0\x01\0\0\0", 10)),
+        {bmp(2, 2, 1, 0, palette, rows_of_bits), "rr/rg/"},
+        {bmp(2, -2, 1, 0, palette, rows_of_bits), "rg/rr/"},
+        {"BM" + std::string(8, '\0') + little32(32) + little32(12) + little16(1) + little16(1) +
+             little16(1) + little16(8) + "\0\0\xFF\0\xFF\0\x01\0\0\0"s,
          "g/"},
-        {bmp(info_header(40, 1, 1, 24, 0), 54, std::string("\xFF\0\0\0", 4)), "b/"},
-        {bmp(info_header(40, 2, 1, 16, 0), 54, std::string("\0\x7C\xE0\x03", 4)), "rg/"},
-        {bmp(info_header(40, 2, 1, 16, 3), 66, rgb_masks + std::string("\0\xF8\xE0\x07", 4)),
-         "rg/"},
+        {bmp(1, 1, 24, 0, "", "\xFF\0\0\0"s), "b/"},
+        {bmp(2, 1, 16, 0, "", "\0\x7C\xE0\x03"s), "rg/"},
+        {bmp(2, 1, 16, 3, masks, "\0\xF8\xE0\x07"s), "rg/"},
         // Alpha counts where a mask tells of it, and some pixel has it.
-        {bmp(info_header(40, 1, 1, 32, 0), 54, std::string("\xFF\0\0\x01", 4)), "b/"},
-        {bmp(info_header(56, 2, 1, 32, 3), 70, with_alpha + std::string("\0\0\0\0\xFF\0\0\xFF", 8)),
-         ".b/"},
-        {bmp(info_header(56, 2, 1, 32, 3), 70, with_alpha + std::string("\0\xFF\0\0\xFF\0\0\0", 8)),
-         "gb/"},
+        {bmp(1, 1, 32, 0, "", "\xFF\0\0\x01"s), "b/"},
+        {bmp(2, 1, 32, 3, with_alpha, "\0\0\0\0\xFF\0\0\xFF"s, 56), ".b/"},
+        {bmp(2, 1, 32, 3, with_alpha, "\0\xFF\0\0\xFF\0\0\0"s, 56), "gb/"},
         // Two green pixels, the next line, one to the right and none down, a red one.
-        {bmp(info_header(40, 2, 2, 8, 1), 62, red_and_green + rle), ".r/gg/"},
+        {bmp(2, 2, 8, 1, palette, "\x02\x01\0\0\0\x02\x01\0\x01\0\0\x01"s), ".r/gg/"},
     };
-    for (std::size_t i = 0; i < std::size(files); ++i)
-        EXPECT_EQ(drawn(decode_bmp, files[i].file), files[i].drawn) << i;
+    for (const auto& [file, expected] : files)
+        EXPECT_EQ(drawn(decode_bmp, file), expected);
 }
 
 TEST(BmpPicture, WhatIsCutOffAndWhatIsTooLarge) {
-    const std::string rows("\0\0\xFF\0\0\xFF\0\0", 8); // a red pixel below, a green one above
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 1, 3, 24, 0), 54, rows)), "./g/r/");
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 1, -3, 24, 0), 54, rows)), "r/g/");
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 1, 3, 24, 0), 54, rows.substr(0, 3))), "-4303");
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 30000, 30000, 8, 0), 54, rows)), "-4304");
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 30000, 3000, 8, 1), 54, rows)), "-4304");
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 1, 1, 24, 4), 54, rows)), "-4243");
-    EXPECT_EQ(drawn(decode_bmp, bmp(info_header(40, 1, 1, 24, 0), 54, rows).substr(0, 20)),
-              "-4303");
-}
-
-std::uint32_t rows_of(Open open, const std::string& file, std::uint32_t frame) {
-    BytesInMemory bytes(file);
-    const auto rows = open(bytes, frame);
-    if (!rows)
-        return 0;
-    std::vector<std::byte> row((*rows)->layout().row_size());
-    std::uint32_t count = 0;
-    while (count < (*rows)->layout().height && (*rows)->read_row(row))
-        ++count;
-    return count;
+    const std::string rows = "\0\0\xFF\0\0\xFF\0\0"s; // a red pixel below, a green one above
+    const std::pair<std::string, const char*> files[] = {
+        {bmp(1, 3, 24, 0, "", rows), "./g/r/"},
+        {bmp(1, -3, 24, 0, "", rows), "r/g/"},
+        {bmp(1, 3, 24, 0, "", rows.substr(0, 3)), "-4303"},
+        {bmp(30000, 30000, 8, 0, "", rows), "-4304"},
+        {bmp(30000, 3000, 8, 1, "", rows), "-4304"},
+        {bmp(1, 1, 24, 4, "", rows), "-4243"},
+        {bmp(1, 1, 24, 0, "", rows).substr(0, 20), "-4303"},
+    };
+    for (const auto& [file, expected] : files)
+        EXPECT_EQ(drawn(decode_bmp, file), expected) << file;
 }
 
 // Every file, and what is left of it when it is cut off anywhere, ends with rows or a code.
@@ -220,15 +206,19 @@ TEST(Pictures, RealFilesAreReadOrRefused) {
         GTEST_SKIP() << no_real_files;
     std::size_t shown = 0;
     for (const auto& path : files) {
-        const std::string extension = path.extension().string();
-        const Open open = extension == ".gif" ? decode_gif : decode_bmp;
-        if (extension != ".gif" && extension != ".bmp")
+        const bool is_gif = path.extension() == ".gif";
+        if (!is_gif && path.extension() != ".bmp")
             continue;
         const std::string file = bytes_of(path);
-        shown += rows_of(open, file, 0) > 0;
-        for (std::size_t part = 1; part < 8; ++part)
-            rows_of(open, file.substr(0, file.size() * part / 8),
-                    static_cast<std::uint32_t>(part % 3));
+        const auto rows = [&](std::size_t eighths) {
+            return read_rows(is_gif ? decode_gif : decode_bmp,
+                             file.substr(0, file.size() * eighths / 8),
+                             static_cast<std::uint32_t>(eighths % 8 % 3), [](auto&, auto&) {});
+        };
+        const auto whole = rows(8);
+        shown += whole && *whole > 0;
+        for (std::size_t eighths = 1; eighths < 8; ++eighths)
+            static_cast<void>(rows(eighths));
     }
     EXPECT_GT(shown, 90u);
 }

@@ -8,8 +8,8 @@
 namespace vell::metadata {
 namespace {
 
-using test::big16;
-using test::big32;
+using namespace vell::test;
+using namespace std::string_literals;
 
 std::string utf16(std::u16string_view text) {
     std::string bytes;
@@ -64,19 +64,19 @@ std::string profile_of(const std::vector<std::pair<std::string, std::string>>& t
            table + data;
 }
 
-MetadataRequest asking(IccSelector selector) {
-    MetadataRequest request;
-    request.icc = selector;
-    return request;
-}
-
-std::string description(std::string_view profile, const MetadataRequest& request,
+// What the switches ask of a profile, behind what has been read before.
+std::string description(std::string_view profile, std::string_view switches,
                         std::string_view before = {}) {
     MetadataText text;
     text.append(before);
-    const Result<void> done = describe_icc_profile(profile, request, text);
-    return test::shown(text) + (done ? "" : "!" + std::to_string(number(done.error())));
+    const auto request = metadata_request_of(params::SwitchSet(switches));
+    const Result<void> done = describe_icc_profile(profile, *request, text);
+    return shown(text, done);
 }
+constexpr const char* name = "-GetIccProfileName";
+constexpr const char* all_names = "-GetLocalizedIccProfileName";
+constexpr const char* plain = "-GetIccProfileDescription";
+constexpr const char* verbose = "-GetIccProfileDescription -VerboseLevel=2";
 
 const std::string some_profile = profile_of(
     {{"desc", version2_name("a<b\1", u"ä")},
@@ -97,15 +97,12 @@ TEST(IccProfile, DescribesHeaderAndTags) {
         "Intent: 1 (media-relative colorimetric)|Illuminant: 0.964203 1 0.824905|Creator: HP<&|"
         "Profile ID: ab000000000000000000000000000000|";
     const std::string names = "Description: a<b\1|Description (Unicode): \xC3\xA4|Tags: 7|";
-    MetadataRequest request = asking(IccSelector::Description);
-    EXPECT_EQ(description(some_profile, request, "##END 1"),
+    EXPECT_EQ(description(some_profile, plain, "##END 1"),
               "##END 1|" + header + names +
                   "Tag desc: desc, 97 bytes|Tag wtpt: XYZ, 27 bytes|Tag rTRC: curv, 16 bytes|"
                   "Tag gTRC: curv, 12 bytes|Tag tech: sig, 12 bytes|Tag calt: dtim, 20 bytes|"
                   "Tag cprt: text, 21 bytes");
-    request.verbose_icc = true;
-    request.first_icc_language = true;
-    EXPECT_EQ(description(some_profile, request, "ICC chunk count: 1\r"),
+    EXPECT_EQ(description(some_profile, verbose + " -GetFirstLanguage"s, "ICC chunk count: 1\r"),
               "ICC chunk count: 1|" + header +
                   "Description: a<b\1|Tags: 7|"
                   "Tag desc: desc, 97 bytes at 216|  Text: a<b\1|"
@@ -118,54 +115,42 @@ TEST(IccProfile, DescribesHeaderAndTags) {
 }
 
 TEST(IccProfile, DescribesAsXml) {
-    MetadataRequest request = asking(IccSelector::Description);
-    request.icc_as_xml = true;
-    const std::string plain = description(some_profile, request);
+    const std::string xml = description(some_profile, plain + " -Format=XML"s);
     for (const std::string_view part :
          {"<?xml version=\"1.0\" "
           "encoding=\"UTF-8\"?>|<icc_profile>|<profile_size>421</profile_size>|",
           "|<class meaning=\"display device\">mntr</class>|", "|<creator>HP&lt;&amp;</creator>|",
-          "|<description>a&lt;b?</description>|<description "
-          "language=\"Unicode\">\xC3\xA4</description>|"
+          "|<description>a&lt;b?</description>|<description language=\"Unicode\">ä</description>|"
           "<tags>7</tags>|<tag signature=\"desc\" type=\"desc\" size=\"97\"></tag>|"})
-        EXPECT_NE(plain.find(part), std::string::npos) << part << " in " << plain;
-    EXPECT_TRUE(plain.ends_with("size=\"21\"></tag>|</icc_profile>"));
-    request.verbose_icc = true;
-    EXPECT_NE(description(some_profile, request)
+        EXPECT_NE(xml.find(part), std::string::npos) << part << " in " << xml;
+    EXPECT_TRUE(xml.ends_with("size=\"21\"></tag>|</icc_profile>"));
+    EXPECT_NE(description(some_profile, verbose + " -Format=XML"s)
                   .find("|<tag signature=\"wtpt\" type=\"XYZ\" size=\"27\" offset=\"313\">|"
                         "<xyz>0.5 -1 0</xyz></tag>|"),
               std::string::npos);
 }
 
 TEST(IccProfile, NamesInTheirLanguages) {
-    const MetadataRequest name = asking(IccSelector::Name);
-    const MetadataRequest all = asking(IccSelector::LocalizedName);
-    MetadataRequest first = all;
-    first.first_icc_language = true;
-
     const std::string version4 = profile_of(
         {{"desc",
           localized({{std::string("de\0\0", 4), u""}, {"deDE", u"Größe"}, {"enUS", u"Size"}})}});
     EXPECT_EQ(description(version4, name), "Größe");
-    EXPECT_EQ(description(version4, first), "Größe");
-    EXPECT_EQ(description(version4, all, "##END 1"), "##END 1|de-DE: Größe|en-US: Size");
+    EXPECT_EQ(description(version4, all_names + " -GetFirstLanguage"s), "Größe");
+    EXPECT_EQ(description(version4, all_names, "##END 1"), "##END 1|de-DE: Größe|en-US: Size");
 
     const std::string version2 =
         profile_of({{"desc", version2_name("Screen", u"Schirm", 7, "\xDD")},
                     {"dscm", localized({{"frFR", u"Écran"}})}});
     EXPECT_EQ(description(version2, name), "Screen");
-    EXPECT_EQ(description(version2, all),
+    EXPECT_EQ(description(version2, all_names),
               "Screen|Unicode: Schirm|ScriptCode: <15:\xDD>|fr-FR: Écran");
     EXPECT_EQ(description(profile_of({{"desc", version2_name("", u"Schirm")}}), name), "Schirm");
     EXPECT_EQ(description(profile_of({{"desc", version2_name("")}}), name), "!-2026");
-    EXPECT_EQ(description(profile_of({{"cprt", version2_name("a")}}), all), "!-2026");
+    EXPECT_EQ(description(profile_of({{"cprt", version2_name("a")}}), all_names), "!-2026");
     EXPECT_EQ(description(profile_of({{"desc", "none"}}), name), "!-4249");
 }
 
 TEST(IccProfile, GivesWhatCanBeReadOfDamagedProfiles) {
-    const MetadataRequest name = asking(IccSelector::Name);
-    MetadataRequest verbose = asking(IccSelector::Description);
-    verbose.verbose_icc = true;
     EXPECT_EQ(description(some_profile.substr(0, 127), verbose), "!-302");
     EXPECT_TRUE(description(some_profile.substr(0, 128), verbose).ends_with("|Tags: 0"));
     std::string damaged = some_profile;
@@ -187,11 +172,9 @@ TEST(IccProfile, GivesWhatCanBeReadOfDamagedProfiles) {
     EXPECT_TRUE(description(damaged, name).starts_with("a<b\1"));
     std::string texts = localized({{"enUS", u"A"}, {"deDE", u"B"}});
     texts.replace(8, 4, big32(0xFFFF'FFFF));
-    EXPECT_EQ(description(profile_of({{"desc", texts}}), asking(IccSelector::LocalizedName)),
-              "en-US: A|de-DE: B");
+    EXPECT_EQ(description(profile_of({{"desc", texts}}), all_names), "en-US: A|de-DE: B");
     texts.replace(16 + 12 + 4, 4, big32(0xFFFF'FFFF));
-    EXPECT_EQ(description(profile_of({{"desc", texts}}), asking(IccSelector::LocalizedName)),
-              "en-US: A");
+    EXPECT_EQ(description(profile_of({{"desc", texts}}), all_names), "en-US: A");
     texts.replace(12, 4, big32(0));
     EXPECT_EQ(description(profile_of({{"desc", texts}}), name), "!-4249");
 }
@@ -203,27 +186,23 @@ TEST(IccProfile, IsDescribedInBoundedSpace) {
     for (std::uint32_t i = 0; i < count; ++i)
         profile += "cprt" + big32(132 + 12 * count) + big32(500'000);
     profile += tag_data("text", std::string(499'992, 'x'));
-    MetadataRequest request = asking(IccSelector::Description);
-    request.verbose_icc = true;
-    EXPECT_LT(description(profile, request).size(), 10 * profile.size());
+    EXPECT_LT(description(profile, verbose).size(), 10 * profile.size());
 }
 
 TEST(IccProfile, StandsInATagOfTiffFiles) {
-    using test::metadata_of;
-    const auto tiff = [](const test::TiffField& profile) {
-        return test::build_tiff(ByteOrder::Big, {{test::ascii(271, "A"), profile}});
+    const auto tiff = [](const TiffField& profile) {
+        return build_tiff(ByteOrder::Big, {{ascii(271, "A"), profile}});
     };
-    const std::string file = tiff(test::undefined(34675, some_profile));
-    EXPECT_EQ(metadata_of("-GetIccProfileDescription", file),
-              description(some_profile, asking(IccSelector::Description)));
-    EXPECT_EQ(metadata_of("-GetIccProfileName", file), "a<b\1");
-    EXPECT_EQ(metadata_of("-GetLocalizedIccProfileName", file),
-              description(some_profile, asking(IccSelector::LocalizedName)));
-    EXPECT_EQ(metadata_of("-GetIccProfileName GetExif", file), "|##EXIF 271|A|##END 271|a<b\1");
-    EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(test::undefined(34675, "cut"))), "!-302");
-    // Longer than any that a JPEG has room for; nothing of it is read.
-    const test::TiffField long_one{34675, test::FieldType::Undefined, {}, "", 0x1000001, 40};
-    EXPECT_EQ(metadata_of("-GetIccProfileName", tiff(long_one)), "!-207");
+    const std::string file = tiff(undefined(34675, some_profile));
+    expect_metadata({
+        {plain, file, description(some_profile, plain)},
+        {name, file, "a<b\1"},
+        {all_names, file, description(some_profile, all_names)},
+        {"-GetIccProfileName GetExif", file, tagged("EXIF 271=A") + "a<b\1"},
+        {name, tiff(undefined(34675, "cut")), "!-302"},
+        // Longer than any that a JPEG has room for; nothing of it is read.
+        {name, tiff({34675, FieldType::Undefined, {}, "", 0x1000001, 40}), "!-207"},
+    });
 }
 
 } // namespace

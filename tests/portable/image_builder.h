@@ -5,6 +5,7 @@
 #include "src/metadata/get_metadata.h"
 #include "tests/portable/integers.h"
 
+#include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace vell::test {
 
@@ -33,6 +35,16 @@ inline std::string jpeg(std::initializer_list<std::string> segments) {
 }
 inline std::string exif_segment(const std::string& block) {
     return segment(SegmentMarker::App1, std::string("Exif\0\0", 6) + block);
+}
+
+inline const std::string packet_identifier("http://ns.adobe.com/xap/1.0/\0", 29);
+inline std::string packet_segment(const std::string& packet) {
+    return segment(SegmentMarker::App1, packet_identifier + packet);
+}
+inline std::string profile_segment(std::size_t number, std::size_t count, const std::string& part) {
+    return segment(SegmentMarker::App2, std::string("ICC_PROFILE\0", 12) +
+                                            static_cast<char>(number) + static_cast<char>(count) +
+                                            part);
 }
 
 inline std::string png_chunk(const std::string& type, const std::string& data,
@@ -85,21 +97,53 @@ inline std::string shown(const metadata::MetadataText& text) {
     return all;
 }
 
+inline std::string code_text(ErrorCode code) {
+    return "!" + std::to_string(number(code));
+}
+// The text, and the code of a failure behind it.
+inline std::string shown(const metadata::MetadataText& text, const Result<void>& done) {
+    return shown(text) + (done ? "" : code_text(done.error()));
+}
+// A section of tagged text: its word and number, and the value.
+inline std::string section(const std::string& tag, const std::string& value) {
+    return "|##" + tag + "|" + value + "|##END" + tag.substr(tag.find(' '));
+}
+// Sections, from "EXIF 271=Maker; GPS 5=0".
+inline std::string tagged(std::string_view sections) {
+    std::string all;
+    for (std::size_t at = 0, end = 0; end != sections.npos; at = end + 2) {
+        end = sections.find("; ", at);
+        const std::string one(sections.substr(at, end - at));
+        all += section(one.substr(0, one.find('=')), one.substr(one.find('=') + 1));
+    }
+    return all;
+}
+
 // What the switches read of a file, behind it "!" and the code of a failure.
 inline std::string metadata_of(std::string_view switches, files::File& file) {
     const auto request = metadata::metadata_request_of(params::SwitchSet(switches));
     if (!request)
-        return "!" + std::to_string(number(request.error()));
+        return code_text(request.error());
     auto reader = files::BufferedReader::over(file);
     if (!reader)
-        return "!" + std::to_string(number(reader.error()));
+        return code_text(reader.error());
     metadata::MetadataText text;
     const Result<void> done = metadata::read_image_metadata(*reader, *request, text);
-    return shown(text) + (done ? "" : "!" + std::to_string(number(done.error())));
+    return shown(text, done);
 }
 inline std::string metadata_of(std::string_view switches, std::string bytes) {
     const auto file = files::memory_file(std::move(bytes));
     return metadata_of(switches, *file);
+}
+
+struct MetadataCase {
+    const char* switches;
+    std::string file;
+    std::string expected;
+};
+inline void expect_metadata(const std::vector<MetadataCase>& cases) {
+    for (const auto& [switches, file, expected] : cases)
+        EXPECT_EQ(metadata_of(switches, file), expected) << switches << ": " << file.substr(0, 200);
 }
 
 // A file that begins with `start` and goes on with one pattern again and again. It counts the bytes

@@ -12,12 +12,12 @@ using namespace vell::test;
 
 const std::string declared_utf8 = dataset(1, 90, "\x1B%G");
 const std::string umlaut = "\xC3\xA4";
+const std::string title = dataset(2, 5, "T");
+const std::string read = tagged("IPTC 5=T");
 
 TEST(Iptc, DatasetsBecomeTaggedText) {
-    const std::string title = dataset(2, 5, "T");
-    const std::string read = "|##IPTC 5|T|##END 5";
     const std::string a_umlaut = dataset(2, 80, umlaut);
-    const std::string native_umlaut = "|##IPTC 80|<0:" + umlaut + ">|##END 80";
+    const std::string native_umlaut = tagged("IPTC 80=<0:" + umlaut + ">");
     const std::string not_utf8 = dataset(2, 80, "\xE4");
     const struct {
         std::string block;
@@ -56,8 +56,6 @@ TEST(Iptc, DatasetsBecomeTaggedText) {
 }
 
 TEST(PhotoshopResources, AreFoundAnywhereInAFile) {
-    const std::string title = dataset(2, 5, "T");
-    const std::string read = "|##IPTC 5|T|##END 5";
     const std::string next = "<bold blue:||--- NEXT_IPTC_APP_RECORD --->";
     const std::string warning = "<bold red:||WARNING: MULTIPLE_IPTC_APP_RECORDS_FOUND|>";
     const std::string block = resource(0x0404, title);
@@ -67,11 +65,7 @@ TEST(PhotoshopResources, AreFoundAnywhereInAFile) {
     const std::string jfif("JFIF\0", 5);
     const std::string other = dataset(2, 5, "O");
     const char* const all = "GetIPTC -ParseAllApplicationRecords";
-    const struct {
-        const char* switches;
-        std::string file;
-        std::string expected;
-    } cases[] = {
+    expect_metadata({
         {"GetIPTC", "8BIM8BI" + block + block, read},
         {"GetIPTC", zeros + resource(0x0404, title, "odd") + zeros, read},
         {"GetIPTC", resource(0x0404, title, "even") + other, read},
@@ -99,10 +93,7 @@ TEST(PhotoshopResources, AreFoundAnywhereInAFile) {
         {"GetImageURL", zeros + resource(0x040B, "") + block + url, "<0:http://a/\xE4>"},
         {"GetImageURL", block, "!-2026"},
         {"GetImageURL", url.substr(0, 15), "!-207"},
-    };
-    for (const auto& each : cases)
-        EXPECT_EQ(metadata_of(each.switches, each.file), each.expected)
-            << each.switches << " case " << &each - cases;
+    });
 
     // Wherever the window over the file ends.
     for (std::size_t before = 65'536 - 40; before < 65'536 + 2; ++before)

@@ -15,23 +15,17 @@ std::string exif(const std::string& make) {
 std::string comment(const std::string& text) {
     return segment(SegmentMarker::Com, text);
 }
-std::string xmp(const std::string& packet) {
-    return segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0", 29) + packet);
-}
+const std::string tags = tagged("EXIF 271=A");
 
 TEST(JpegSegments, AreReadAsFarAsTheyAreWanted) {
     const std::string a = exif("A");
     const std::string c = comment("hi");
     const std::string app12 = segment(SegmentMarker::App12, "duck");
-    struct Case {
-        const char* switches;
-        std::string file;
-        const char* expected;
-    } const cases[] = {
-        {"GetExif", jpeg({a, exif("B")}), "|##EXIF 271|A|##END 271"}, // the first one only
-        {"GetExif", jpeg({xmp("x"), a}), "|##EXIF 271|A|##END 271"},
+    expect_metadata({
+        {"GetExif", jpeg({a, exif("B")}), tags}, // the first one only
+        {"GetExif", jpeg({packet_segment("x"), a}), tags},
         {"GetExif", jpeg({c}), "!-2026"},
-        {"GetExif GetXMP", jpeg({a, xmp("x")}), "|##EXIF 271|A|##END 271"}, // tags before packets
+        {"GetExif GetXMP", jpeg({a, packet_segment("x")}), tags}, // tags before packets
         {"GetJPEGComment", jpeg({c, comment("2")}), "|##JCOM|hi|##END "},
         {"GetJPEGComment", jpeg({app12, c}), "|##JCOM|duck|##END |##JCOM|hi|##END "},
         {"GetJPEGComment", jpeg({app12}), "|##JCOM|duck|##END !-2026"},
@@ -57,39 +51,36 @@ TEST(JpegSegments, AreReadAsFarAsTheyAreWanted) {
         {"GetJPEGComment", "\xFF\xD9", "!-71"},
         {"GetJPEGComment", std::string("\xFF\xD8\xFF\xFE\x00", 5), "!-39"},
         {"GetExif", "\xFF\xD8" + segment(SegmentMarker::Dqt, "q", 60'000), "!-39"},
-        {"GetExif GetGPS", "\xFF\xD8" + a, "|##EXIF 271|A|##END 271"},
-    };
-    for (const Case& each : cases)
-        EXPECT_EQ(metadata_of(each.switches, each.file), each.expected)
-            << each.switches << " case " << &each - cases;
+        {"GetExif GetGPS", "\xFF\xD8" + a, tags},
+    });
 }
 
 TEST(JpegSegments, XmpComesWithItsIdentifierAndAReadableHeader) {
     const std::string packet = "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W\"?>\xC3\xA4";
-    EXPECT_EQ(metadata_of("GetXMP -SourceUTF8Charset", jpeg({exif("A"), xmp(packet), xmp("2")})),
-              "http://ns.adobe.com/xap/1.0/|<?xpacket begin=\"0xEFBBBF\" id=\"W\"?>\xC3\xA4");
-    EXPECT_EQ(metadata_of("GetXMP", jpeg({xmp(packet)})),
-              "http://ns.adobe.com/xap/1.0/|<0:<?xpacket begin=\"0xEFBBBF\" id=\"W\"?>\xC3\xA4>");
-    // Without its end the identifier is all that there is.
-    EXPECT_EQ(metadata_of("GetXMP", jpeg({segment(SegmentMarker::App1, "http://ns.adobe.com/x")})),
-              "http://ns.adobe.com/x");
-    EXPECT_EQ(metadata_of("GetXMP", jpeg({exif("A")})), "!-2026");
-    // What agrees with the identifier up to some byte has been given by then.
-    EXPECT_EQ(
-        metadata_of("GetXMP", jpeg({segment(SegmentMarker::App1, "http://example"), xmp("p")})),
-        "http://http://ns.adobe.com/xap/1.0/|p");
-    EXPECT_EQ(metadata_of("GetXMP", jpeg({}) + "...<?xpacket begin=''?><x/><?xpacket end='w'?>.."),
-              "<?xpacket begin=''?><x/><?xpacket end='w'?>");
-    EXPECT_EQ(metadata_of("GetXMP", jpeg({segment(SegmentMarker::App1, xmp("p").substr(4), 999)})),
-              "http://ns.adobe.com/!-2026"); // cut off; no packet elsewhere either
+    expect_metadata({
+        {"GetXMP -SourceUTF8Charset",
+         jpeg({exif("A"), packet_segment(packet), packet_segment("2")}),
+         "http://ns.adobe.com/xap/1.0/|<?xpacket begin=\"0xEFBBBF\" id=\"W\"?>\xC3\xA4"},
+        {"GetXMP", jpeg({packet_segment(packet)}),
+         "http://ns.adobe.com/xap/1.0/|<0:<?xpacket begin=\"0xEFBBBF\" id=\"W\"?>\xC3\xA4>"},
+        // Without its end the identifier is all that there is.
+        {"GetXMP", jpeg({segment(SegmentMarker::App1, "http://ns.adobe.com/x")}),
+         "http://ns.adobe.com/x"},
+        {"GetXMP", jpeg({exif("A")}), "!-2026"},
+        // What agrees with the identifier up to some byte has been given by then.
+        {"GetXMP", jpeg({segment(SegmentMarker::App1, "http://example"), packet_segment("p")}),
+         "http://http://ns.adobe.com/xap/1.0/|p"},
+        {"GetXMP", jpeg({}) + "...<?xpacket begin=''?><x/><?xpacket end='w'?>..",
+         "<?xpacket begin=''?><x/><?xpacket end='w'?>"},
+        // Cut off; no packet elsewhere either.
+        {"GetXMP", jpeg({segment(SegmentMarker::App1, packet_segment("p").substr(4), 999)}),
+         "http://ns.adobe.com/!-2026"},
+    });
 }
 
 // A profile whose name stands where the first chunk ends.
 constexpr std::size_t chunk_size = 200;
 
-std::string chunk(char number, char count, const std::string& data) {
-    return segment(SegmentMarker::App2, std::string("ICC_PROFILE\0", 12) + number + count + data);
-}
 std::string profile_head(std::uint32_t profile_size = 3 * chunk_size) {
     std::string bytes =
         big32(profile_size) + std::string(32, '\0') + "acsp" + std::string(88, '\0');
@@ -110,25 +101,30 @@ TEST(IccChunks, AreTakenInTheOrderOfTheFile) {
     const std::string whole = head + profile_name("One");
     const std::string two = profile_name("Two");
     const std::pair<std::string, const char*> cases[] = {
-        {jpeg({chunk(1, 1, whole)}), "One"},
-        {jpeg({chunk(1, 3, head), chunk(3, 3, profile_name("Three")), chunk(2, 3, two)}), "Three"},
-        {jpeg({segment(SegmentMarker::App2, "MPF"), exif("A"), chunk(1, 3, head), chunk(2, 3, two),
-               chunk(3, 3, std::string(chunk_size, 'f'))}),
+        {jpeg({profile_segment(1, 1, whole)}), "One"},
+        {jpeg({profile_segment(1, 3, head), profile_segment(3, 3, profile_name("Three")),
+               profile_segment(2, 3, two)}),
+         "Three"},
+        {jpeg({segment(SegmentMarker::App2, "MPF"), exif("A"), profile_segment(1, 3, head),
+               profile_segment(2, 3, two), profile_segment(3, 3, std::string(chunk_size, 'f'))}),
          "Two"},
         // No room is made for what is only announced.
-        {jpeg({chunk(1, 2, profile_head(4'000'000'000)), chunk(2, 2, two)}), "Two"},
+        {jpeg({profile_segment(1, 2, profile_head(4'000'000'000)), profile_segment(2, 2, two)}),
+         "Two"},
         // Beyond the announced size, without a first one, too short for a profile's header, cut.
-        {jpeg({chunk(1, 2, profile_head(chunk_size)), chunk(2, 2, two)}), "!-2026"},
-        {jpeg({chunk(2, 2, two)}), "!-2026"},
-        {jpeg({chunk(1, 1, whole.substr(0, 127))}), "!-2026"},
-        {"\xFF\xD8" + chunk(1, 1, whole).substr(0, 300), "!-302"},
+        {jpeg({profile_segment(1, 2, profile_head(chunk_size)), profile_segment(2, 2, two)}),
+         "!-2026"},
+        {jpeg({profile_segment(2, 2, two)}), "!-2026"},
+        {jpeg({profile_segment(1, 1, whole.substr(0, 127))}), "!-2026"},
+        {"\xFF\xD8" + profile_segment(1, 1, whole).substr(0, 300), "!-302"},
     };
     for (const auto& [file, expected] : cases)
         EXPECT_EQ(metadata_of("-GetIccProfileName", file), expected);
 }
 
 TEST(IccChunks, AreToldOfInAVerboseDescription) {
-    const std::string file = jpeg({chunk(1, 2, profile_head()), chunk(2, 2, profile_name("Two"))});
+    const std::string file =
+        jpeg({profile_segment(1, 2, profile_head()), profile_segment(2, 2, profile_name("Two"))});
     for (const auto& [switches, verbose] :
          {std::pair("-GetIccProfileDescription -VerboseLevel=2", true),
           {"-GetIccProfileDescription", false},
@@ -145,7 +141,7 @@ TEST(JpegSegments, AreAllThatIsReadOfAFile) {
     FakeSystem files;
     files.add(u"big", (head + std::string(1'000'000, 's')));
     const auto file = *files.open(native(u"big"), files::Permission::Read);
-    EXPECT_EQ(metadata_of("GetExif GetGPS", *file), "|##EXIF 271|A|##END 271");
+    EXPECT_EQ(metadata_of("GetExif GetGPS", *file), tags);
     EXPECT_LE(files.end_of_reading(), head.size() + files::BufferedReader::default_buffer);
 }
 

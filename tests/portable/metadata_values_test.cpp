@@ -2,7 +2,6 @@
 #include "src/metadata/get_metadata.h"
 #include "src/metadata/values/character_code.h"
 #include "src/metadata/values/dates.h"
-#include "src/metadata/values/tag_names.h"
 #include "src/metadata/values/tag_set.h"
 #include "src/metadata/values/xmp_model.h"
 #include "tests/portable/fake_call.h"
@@ -35,9 +34,8 @@ std::string with_tags(const TiffDirectories& directories, ByteOrder order = Byte
     return jpeg({exif_segment(build_tiff(order, directories))});
 }
 
-std::string with_packet(const std::string& packet) {
-    return jpeg(
-        {segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0", 29) + packet)});
+std::string with_datasets(const std::string& datasets) {
+    return jpeg({photoshop(resource(0x0404, datasets))});
 }
 
 // A packet of properties in the usual namespaces.
@@ -65,24 +63,6 @@ std::string utf16(std::u16string_view text, ByteOrder order) {
     return bytes;
 }
 
-TEST(TagNames, AreThoseOfTheStandards) {
-    const std::pair<std::uint16_t, const char*> general[] = {
-        {306, "DateTime"},
-        {36881, "OffsetTimeOriginal"},
-        {42082, "SourceExposureTimesOfCompositeImage"},
-        {42039, "Photographer"},
-        {50708, "UniqueCameraModel"},
-        {0xC4A5, "Tag0xC4A5"},
-    };
-    for (const auto& [tag, name] : general) {
-        EXPECT_EQ(name_of(TagFamily::General, tag), name);
-        EXPECT_EQ(tag_of(TagFamily::General, name).value_or(0), tag == 0xC4A5 ? 0 : tag);
-    }
-    EXPECT_EQ(name_of(TagFamily::Gps, 31), "GPSHPositioningError");
-    EXPECT_EQ(tag_of(TagFamily::Gps, "gpslatitude"), 2);
-    EXPECT_FALSE(tag_of(TagFamily::Gps, "DateTime"));
-}
-
 TEST(Dates, AreGivenAsIso8601HasThem) {
     const struct {
         const char *text, *fraction, *offset, *expected;
@@ -93,15 +73,12 @@ TEST(Dates, AreGivenAsIso8601HasThem) {
         {"2024:05:06 07:08:09", "x", "+2:00", "2024-05-06T07:08:09"},
         {"2024-05-06T07:08:09 ", "", "-11:30", "2024-05-06T07:08:09-11:30"},
         {"2024:05:06", "", "+02:00", "2024-05-06"},
-        {"0000:00:00 00:00:00", "", "", "-"},
-        {"2024:13:06 07:08:09", "", "", "-"},
-        {"2024:05:06 25:08:09", "", "", "-"},
-        {"2024:05:06 07:08", "", "", "-"},
-        {"    :  :     :  :  ", "", "", "-"},
-        {"", "", "", "-"},
     };
     for (const auto& each : exif)
-        EXPECT_EQ(exif_date(each.text, each.fraction, each.offset).value_or("-"), each.expected);
+        EXPECT_EQ(exif_date(each.text, each.fraction, each.offset), each.expected);
+    for (const char* none : {"0000:00:00 00:00:00", "2024:13:06 07:08:09", "2024:05:06 25:08:09",
+                             "2024:05:06 07:08", "    :  :     :  :  ", ""})
+        EXPECT_FALSE(exif_date(none, "", "")) << none;
     EXPECT_EQ(iptc_date("20240506"), "2024-05-06");
     EXPECT_EQ(iptc_date("20240500"), "2024-05");
     EXPECT_EQ(iptc_date("20240000"), "2024");
@@ -112,20 +89,18 @@ TEST(Dates, AreGivenAsIso8601HasThem) {
 }
 
 TEST(CodedText, IsReadInItsCode) {
-    constexpr auto native = TextEncoding::Native;
     const auto text = [&](const std::string& value, ByteOrder order = ByteOrder::Big) {
-        const auto found = coded_text(value, order, native);
-        if (!found)
-            return std::string("none");
-        const bool is_utf8 = found->encoding == TextEncoding::Utf8;
-        return (is_utf8 ? "" : std::to_string(static_cast<int>(found->encoding)) + ":") +
-               found->bytes;
+        const auto found = coded_text(value, order, TextEncoding::Native);
+        MetadataText all;
+        if (found)
+            all.append(found->bytes, found->encoding);
+        return found ? shown(all) : "none";
     };
     const std::string ascii("ASCII\0\0\0", 8), jis("JIS\0\0\0\0\0", 8), unicode("UNICODE\0", 8),
         none(8, '\0');
     EXPECT_EQ(text(ascii + std::string("Hello  \0\0", 9)), "Hello");
     EXPECT_EQ(text(ascii + "Gr\xC3\xBC\xC3\x9F"), "Gr\xC3\xBC\xC3\x9F");
-    EXPECT_EQ(text(ascii + "Gr\xFC"), "0:Gr\xFC");
+    EXPECT_EQ(text(ascii + "Gr\xFC"), "<0:Gr\xFC>");
     EXPECT_EQ(text(none + "Hello"), "Hello");
     EXPECT_EQ(text(none + "\x01\x02"), "none");
     EXPECT_EQ(text("something else"), "none");
@@ -134,7 +109,6 @@ TEST(CodedText, IsReadInItsCode) {
     // The order that the block has, and the other one where that makes no sense.
     for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
         for (const std::u16string_view each : {u"Zürich, 5 €", u"日本語のテキスト", u"Привет"}) {
-            EXPECT_EQ(text(unicode + utf16(each, order), order), utf8_from_utf16(each));
             EXPECT_EQ(text(unicode + utf16(each, order), ByteOrder::Little), utf8_from_utf16(each));
             EXPECT_EQ(text(unicode + utf16(each, order), ByteOrder::Big), utf8_from_utf16(each));
         }
@@ -143,28 +117,19 @@ TEST(CodedText, IsReadInItsCode) {
     }
     EXPECT_EQ(text(unicode + "Stored in bytes"), "Stored in bytes");
     // U+65E5 U+672C is 467C 4B5C in JIS, 93FA 967B in Shift JIS.
-    EXPECT_EQ(text(jis + "\x46\x7C\x4B\x5C"), "7:\x93\xFA\x96\x7B");
-    EXPECT_EQ(text(jis + "A\x1B$B\x46\x7C\x1B(BZ"), "7:A\x93\xFAZ");
-    EXPECT_EQ(text(jis + "\x93\xFA"), "7:\x93\xFA");
+    EXPECT_EQ(text(jis + "\x46\x7C\x4B\x5C"), "<7:\x93\xFA\x96\x7B>");
+    EXPECT_EQ(text(jis + "A\x1B$B\x46\x7C\x1B(BZ"), "<7:A\x93\xFAZ>");
+    EXPECT_EQ(text(jis + "\x93\xFA"), "<7:\x93\xFA>");
 }
 
 TEST(ExposureTimes, AreWrittenAsPhotographersDo) {
-    const struct {
-        std::uint32_t numerator, denominator;
-        const char* expected;
-    } cases[] = {{1, 250, "1/250"},
-                 {10, 1250, "1/125"},
-                 {3, 100, "1/33"},
-                 {5, 10, "1/2"},
-                 {1, 3, "1/3"},
-                 {3, 10, "0.3"},
-                 {25, 10, "2.5"},
-                 {30, 1, "30"},
-                 {0, 5, "0"},
-                 {1, 0, "-"},
-                 {1, 4294967295, "1/4294967295"}};
-    for (const auto& each : cases)
-        EXPECT_EQ(exposure_text(each.numerator, each.denominator).value_or("-"), each.expected);
+    const std::pair<std::uint32_t, std::uint32_t> times[] = {
+        {1, 250}, {10, 1250}, {3, 100}, {5, 10}, {1, 3},         {3, 10},
+        {25, 10}, {30, 1},    {0, 5},   {1, 0},  {1, 4294967295}};
+    std::string texts;
+    for (const auto& [numerator, denominator] : times)
+        texts += exposure_text(numerator, denominator).value_or("-") + " ";
+    EXPECT_EQ(texts, "1/250 1/125 1/33 1/2 1/3 0.3 2.5 30 0 - 1/4294967295 ");
 }
 
 const TiffDirectories photograph{
@@ -203,23 +168,19 @@ TEST(MetadataValues, GiveTagsByNameInJson) {
     for (const ByteOrder order : {ByteOrder::Big, ByteOrder::Little}) {
         const std::string file = with_tags(photograph, order);
         EXPECT_EQ(answer("GetExif -Format=JSON", file),
-                  "{\"Exif\":{\"Make\":\"M\xC3\xBCller\","
-                  "\"DateTime\":\"2024-05-06T07:08:09.12+02:00\",\"BitsPerSample\":[8,8,8],"
-                  "\"XPTitle\":\"Titel \xC3\xBC\",\"Tag0xC4A5\":\"0001\",\"ExposureTime\":0.004,"
-                  "\"FNumber\":2.8,\"ExposureBiasValue\":-0.3333333333333333,"
-                  "\"ExifVersion\":\"0232\",\"ComponentsConfiguration\":[1,2,3,0],\"SceneType\":1,"
-                  "\"OffsetTime\":\"+02:00\",\"SubSecTime\":\"12\","
-                  "\"DateTimeOriginal\":\"0000:00:00 00:00:00\","
-                  "\"UserComment\":\"Gr\xC3\xBC\xC3\x9F"
-                  "e\",\"LensSpecification\":[24,70,2.8,null],"
-                  "\"InteroperabilityIndex\":\"R98\"}}");
+                  R"({"Exif":{"Make":"Müller","DateTime":"2024-05-06T07:08:09.12+02:00",)"
+                  R"("BitsPerSample":[8,8,8],"XPTitle":"Titel ü","Tag0xC4A5":"0001",)"
+                  R"("ExposureTime":0.004,"FNumber":2.8,"ExposureBiasValue":-0.3333333333333333,)"
+                  R"("ExifVersion":"0232","ComponentsConfiguration":[1,2,3,0],"SceneType":1,)"
+                  R"("OffsetTime":"+02:00","SubSecTime":"12",)"
+                  R"("DateTimeOriginal":"0000:00:00 00:00:00","UserComment":"Grüße",)"
+                  R"("LensSpecification":[24,70,2.8,null],"InteroperabilityIndex":"R98"}})");
         EXPECT_EQ(answer("GetGPS -Format=JSON", file),
-                  "{\"GPS\":{\"GPSVersionID\":[2,3,0,0],\"GPSLatitudeRef\":\"S\","
-                  "\"GPSLatitude\":[48,30,0],\"GPSLongitudeRef\":\"E\",\"GPSLongitude\":[11,45,0],"
-                  "\"GPSAltitudeRef\":1,\"GPSAltitude\":10.5,\"GPSTimeStamp\":\"07:08:09.5Z\","
-                  "\"GPSDateStamp\":\"2024-05-06\",\"GPSProcessingMethod\":\"GPS\","
-                  "\"Latitude\":-48.5,\"Longitude\":11.75,\"Altitude\":-10.5,"
-                  "\"DateTime\":\"2024-05-06T07:08:09.5Z\"}}");
+                  R"({"GPS":{"GPSVersionID":[2,3,0,0],"GPSLatitudeRef":"S",)"
+                  R"("GPSLatitude":[48,30,0],"GPSLongitudeRef":"E","GPSLongitude":[11,45,0],)"
+                  R"("GPSAltitudeRef":1,"GPSAltitude":10.5,"GPSTimeStamp":"07:08:09.5Z",)"
+                  R"("GPSDateStamp":"2024-05-06","GPSProcessingMethod":"GPS","Latitude":-48.5,)"
+                  R"("Longitude":11.75,"Altitude":-10.5,"DateTime":"2024-05-06T07:08:09.5Z"}})");
     }
 }
 
@@ -230,37 +191,32 @@ TEST(MetadataValues, AreBoundedWhereTagsAreNot) {
                                                   {320, Short, {1}, {}, 0xFFFFFFF0, 8},
                                                   undefined(34377, "8BIM")}});
     EXPECT_EQ(answer("GetExif -Format=JSON", file),
-              "{\"Exif\":{\"StripOffsets\":\"(1025 numbers)\",\"JPEGTables\":\"(1025 bytes)\","
-              "\"ColorMap\":\"(4294967280 numbers)\"}}");
+              R"-({"Exif":{"StripOffsets":"(1025 numbers)","JPEGTables":"(1025 bytes)",)-"
+              R"-("ColorMap":"(4294967280 numbers)"}})-");
 }
 
 TEST(MetadataValues, GiveDatasetsByName) {
-    const std::string envelope = dataset(1, 90, "\x1B%G");
     const std::string datasets =
         dataset(2, 0, std::string("\0\4", 2)) + dataset(2, 5, "T\xC3\xAF") + dataset(2, 25, "one") +
         dataset(2, 55, "20240506") + dataset(2, 25, "two") + dataset(2, 60, "070809+0200") +
         dataset(2, 90, "A") + dataset(2, 90, "B") + dataset(2, '\xDD', "?");
     const std::string expected =
-        "\"RecordVersion\":4,\"ObjectName\":\"T\xC3\xAF\",\"Keywords\":[\"one\",\"two\"],"
-        "\"DateCreated\":\"2024-05-06\",\"TimeCreated\":\"07:08:09+02:00\",\"City\":[\"A\",\"B\"],"
-        "\"Dataset2_221\":\"?\"}}";
-    EXPECT_EQ(answer("GetIPTC -Format=JSON", jpeg({photoshop(resource(0x0404, datasets))})),
-              "{\"IPTC\":{" + expected);
-    EXPECT_EQ(
-        answer("GetIPTC -Format=JSON", jpeg({photoshop(resource(0x0404, envelope + datasets))})),
-        "{\"IPTC\":{\"CodedCharacterSet\":\"UTF8\"," + expected);
+        R"("RecordVersion":4,"ObjectName":"Tï","Keywords":["one","two"],)"
+        R"("DateCreated":"2024-05-06","TimeCreated":"07:08:09+02:00","City":["A","B"],)"
+        R"("Dataset2_221":"?"}})";
+    const auto json = [](const std::string& block) {
+        return answer("GetIPTC -Format=JSON", with_datasets(block));
+    };
+    EXPECT_EQ(json(datasets), R"({"IPTC":{)" + expected);
+    EXPECT_EQ(json(dataset(1, 90, "\x1B%G") + datasets),
+              R"({"IPTC":{"CodedCharacterSet":"UTF8",)" + expected);
     // What is no UTF-8 is read as the host does without a declaration.
-    EXPECT_EQ(answer("GetIPTC -Format=JSON",
-                     jpeg({photoshop(
-                         resource(0x0404, dataset(2, 5, "\xEF") + dataset(2, 7, "\xC3\xAF")))})),
-              "{\"IPTC\":{\"ObjectName\":\"\xC3\xAF\",\"EditStatus\":\"\xC3\x83\xC2\xAF\"}}");
+    EXPECT_EQ(json(dataset(2, 5, "\xEF") + dataset(2, 7, "\xC3\xAF")),
+              R"({"IPTC":{"ObjectName":"ï","EditStatus":"Ã¯"}})");
 }
 
 TEST(XmpModel, ReadsTheFormsOfRdf) {
-    const struct {
-        const char* properties;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"<dc:format>image/jpeg</dc:format>", R"({"dc":{"format":"image/jpeg"}})"},
         {"<dc:title><rdf:Alt><rdf:li xml:lang='x-default'>A</rdf:li><rdf:li "
          "xml:lang='de'>B</rdf:li></rdf:Alt></dc:title>",
@@ -296,8 +252,8 @@ TEST(XmpModel, ReadsTheFormsOfRdf) {
          R"({"dc_2":{"a":"1"},"dc":{"b":"2"}})"},
         {"<a xmlns='urn:1'>1</a><a xmlns='urn:2'>2</a>", R"({"ns":{"a":"1"},"ns_2":{"a":"2"}})"},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(xmp_json(rdf(each.properties)), each.expected) << each.properties;
+    for (const auto& [properties, expected] : cases)
+        EXPECT_EQ(xmp_json(rdf(properties)), expected) << properties;
     EXPECT_EQ(xmp_json(rdf("<dc:b>2</dc:b>", "xap:Label='x' dc:format='f'")),
               R"({"xmp":{"Label":"x"},"dc":{"format":"f","b":"2"}})");
     const XmpModel model =
@@ -317,7 +273,7 @@ TEST(XmpModel, EndsHostilePacketsEarly) {
     const std::string expected = R"({"dc":{"format":"f")";
     const auto repeated = [](const std::string& text, int times) {
         std::string all;
-        for (int i = 0; i < times; ++i)
+        while (times-- > 0)
             all += text;
         return all;
     };
@@ -365,13 +321,10 @@ TEST(XmpModel, EndsHostilePacketsEarly) {
 TEST(MetadataValues, AreAskedForByName) {
     const std::string file = jpeg(
         {exif_segment(build_tiff(ByteOrder::Big, photograph)),
-         segment(
-             SegmentMarker::App1,
-             std::string("http://ns.adobe.com/xap/1.0/\0", 29) +
-                 rdf("<dc:title><rdf:Alt><rdf:li xml:lang='de'>T\n2</rdf:li></rdf:Alt></dc:title>"
-                     "<dc:subject><rdf:Bag><rdf:li>a</rdf:li><rdf:li>b</rdf:li></rdf:Bag></"
-                     "dc:subject>",
-                     "xap:Label='L'")),
+         packet_segment(
+             rdf("<dc:title><rdf:Alt><rdf:li xml:lang='de'>T\n2</rdf:li></rdf:Alt></dc:title>"
+                 "<dc:subject><rdf:Bag><rdf:li>a</rdf:li><rdf:li>b</rdf:li></rdf:Bag></dc:subject>",
+                 "xap:Label='L'")),
          photoshop(resource(0x0404, dataset(2, 105, "Head") + dataset(2, 25, "k")))});
     const std::pair<const char*, const char*> cases[] = {
         {"-GetTag=ExposureTime", "1/250"},
@@ -409,74 +362,70 @@ TEST(MetadataValues, AreAskedForByName) {
 }
 
 TEST(MetadataValues, TakeEveryKindThatIsThere) {
-    const std::string exif = build_tiff(ByteOrder::Big, {.first = {ascii(271, "A")}});
     const std::string file =
-        jpeg({exif_segment(exif), segment(SegmentMarker::Com, "said"),
+        jpeg({exif_segment(build_tiff(ByteOrder::Big, {.first = {ascii(271, "A")}})),
+              segment(SegmentMarker::Com, "said"),
               photoshop(resource(0x0404, dataset(2, 105, "H")) + resource(0x040B, "http://a/"))});
-    const std::string packet = rdf("<dc:format>f</dc:format>");
-    EXPECT_EQ(
-        answer("-GetAll -Format=JSON", file),
-        R"({"Exif":{"Make":"A"},"IPTC":{"Headline":"H"},"Comment":"said","ImageURL":"http://a/"})");
-    EXPECT_EQ(answer("GetExif GetXMP GetIPTC GetJPEGComment -Format=JSON", file),
-              R"({"Exif":{"Make":"A"},"IPTC":{"Headline":"H"},"Comment":"said"})");
-    EXPECT_EQ(answer("-GetAll", file),
-              "\r##IPTC 105\rH\r##END 105\r##EXIF 271\rA\r##END 271\r##JCOM\rsaid\r##END \r"
-              "http://a/");
-    EXPECT_EQ(answer("-GetAll", with_packet(packet)).find("http://ns.adobe.com/xap/1.0/\r<?xp"),
-              0u);
-    EXPECT_EQ(answer("-GetAll -Format=JSON", with_packet(packet)),
-              R"({"XMP":{"dc":{"format":"f"}}})");
-    for (const char* switches : {"-GetAll", "-GetAll -Format=JSON", "GetXMP -Format=JSON"})
-        EXPECT_EQ(answer(switches, jpeg({})), "-2026") << switches;
-    EXPECT_EQ(answer("-GetAll -Format=JSON", "no image"), "-2026");
-    EXPECT_NE(
-        answer("-GetAll -Format=JSON", png({png_chunk("tEXt", std::string("Title\0one", 9)),
-                                            png_chunk("tEXt", std::string("Title\0two", 9)),
-                                            png_chunk("tEXt", std::string("Author\0\xE4", 8))}))
-            .find(R"("Text":{"Title":["one","two"],"Author":"ä"})"),
-        std::string::npos);
+    const std::string packet = jpeg({packet_segment(rdf("<dc:format>f</dc:format>"))});
+    const std::string texts = png({png_chunk("tEXt", std::string("Title\0one", 9)),
+                                   png_chunk("tEXt", std::string("Title\0two", 9)),
+                                   png_chunk("tEXt", std::string("Author\0\xE4", 8))});
+    const std::string shared = R"({"Exif":{"Make":"A"},"IPTC":{"Headline":"H"},"Comment":"said")";
+    const struct {
+        const char* switches;
+        std::string file;
+        std::string expected;
+    } cases[] = {
+        {"-GetAll -Format=JSON", file, shared + R"(,"ImageURL":"http://a/"})"},
+        {"GetExif GetXMP GetIPTC GetJPEGComment -Format=JSON", file, shared + "}"},
+        {"-GetAll", file,
+         "\r##IPTC 105\rH\r##END 105\r##EXIF 271\rA\r##END 271\r##JCOM\rsaid\r##END \rhttp://a/"},
+        {"-GetAll -Format=JSON", packet, R"({"XMP":{"dc":{"format":"f"}}})"},
+        {"-GetAll", jpeg({}), "-2026"},
+        {"-GetAll -Format=JSON", jpeg({}), "-2026"},
+        {"GetXMP -Format=JSON", jpeg({}), "-2026"},
+        {"-GetAll -Format=JSON", "no image", "-2026"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(answer(each.switches, each.file), each.expected) << each.switches;
+    EXPECT_TRUE(answer("-GetAll", packet).starts_with("http://ns.adobe.com/xap/1.0/\r<?xp"));
+    EXPECT_NE(answer("-GetAll -Format=JSON", texts)
+                  .find(R"("Text":{"Title":["one","two"],"Author":"ä"})"),
+              std::string::npos);
 }
 
 TEST(ReadableText, ReplacesWhatOnlyProgramsRead) {
-    const auto section = [](const std::string& word, int tag, const std::string& value) {
-        const std::string number = std::to_string(tag);
-        return "|##" + word + " " + number + "|" + value + "|##END " + number;
+    const auto expect_all_in = [](const std::string& text, std::string_view sections) {
+        for (std::size_t at = 0, end = 0; end != sections.npos; at = end + 2) {
+            end = sections.find("; ", at);
+            const std::string one = tagged(sections.substr(at, end - at));
+            EXPECT_NE(text.find(one), std::string::npos) << one << " in " << text;
+        }
     };
     for (const ByteOrder order : {ByteOrder::Big, ByteOrder::Little}) {
         const std::string file = with_tags(photograph, order);
-        const std::string exif = metadata_of("GetExif -Readable", file);
-        for (const auto& [tag, value] : std::initializer_list<std::pair<int, std::string>>{
-                 {271, "M\xC3\xBCller"},
-                 {306, "2024-05-06T07:08:09.12+02:00"},
-                 {258, "8"}, // as without the switch
-                 {40091, "Titel \xC3\xBC"},
-                 {33434, "1/250"},
-                 {33437, "2.8"},
-                 {36867, "0000:00:00 00:00:00"},
-                 {37510, "Gr\xC3\xBC\xC3\x9F"
-                         "e"}})
-            EXPECT_NE(exif.find(section("EXIF", tag, value)), std::string::npos) << tag << exif;
-        const std::string gps = metadata_of("GetGPS -Readable", file);
-        EXPECT_NE(gps.find(section("GPS", 2, "-48.50000000")), std::string::npos) << gps;
-        EXPECT_NE(gps.find(section("GPS", 7, "07:08:09.5Z")), std::string::npos) << gps;
-        EXPECT_NE(gps.find(section("GPS", 29, "2024-05-06")), std::string::npos) << gps;
-        // Without the switch nothing of it.
-        EXPECT_NE(metadata_of("GetExif", file).find("|<0:M\xC3\xBCller>|"), std::string::npos);
-        EXPECT_NE(metadata_of("GetExif", file).find("|0.004|"), std::string::npos);
+        // Numbers of more than one part are those that they are without the switch.
+        expect_all_in(metadata_of("GetExif -Readable", file),
+                      "EXIF 271=Müller; EXIF 306=2024-05-06T07:08:09.12+02:00; EXIF 258=8; "
+                      "EXIF 40091=Titel ü; EXIF 33434=1/250; EXIF 33437=2.8; "
+                      "EXIF 36867=0000:00:00 00:00:00; EXIF 37510=Grüße");
+        expect_all_in(metadata_of("GetGPS -Readable", file),
+                      "GPS 2=-48.50000000; GPS 7=07:08:09.5Z; GPS 29=2024-05-06");
+        expect_all_in(metadata_of("GetExif", file), "EXIF 271=<0:Müller>; EXIF 33434=0.004");
     }
-    const std::string packet = rdf("<dc:format>\xC3\xBC</dc:format>");
-    EXPECT_EQ(metadata_of("GetXMP", with_packet(packet)).find("<0:"), 29u);
-    EXPECT_EQ(metadata_of("GetXMP -Readable", with_packet(packet)).find("<0:"), std::string::npos);
+    const std::string file = jpeg({packet_segment(rdf("<dc:format>\xC3\xBC</dc:format>"))});
+    EXPECT_EQ(metadata_of("GetXMP", file).find("<0:"), 29u);
+    EXPECT_EQ(metadata_of("GetXMP -Readable", file).find("<0:"), std::string::npos);
     EXPECT_EQ(metadata_of("GetIPTC -Readable",
-                          jpeg({photoshop(resource(0x0404, dataset(2, 55, "20240506") +
-                                                               dataset(2, 5, "\xE4")))})),
-              "|##IPTC 55|2024-05-06|##END 55|##IPTC 5|<0:\xE4>|##END 5");
+                          with_datasets(dataset(2, 55, "20240506") + dataset(2, 5, "\xE4"))),
+              tagged("IPTC 55=2024-05-06; IPTC 5=<0:\xE4>"));
 }
 
 // Whatever real files hold, and what is left of them when they are damaged, is JSON.
 TEST(MetadataValues, OfRealFilesAreJson) {
-    const auto files = real_files({"jpeg", "jpeg2", "tiff", "tiff2", "png", "png2", "raw", "raw2",
-                                   "icc", "psd", "movie", "other", "picture-hostile"});
+    const auto files =
+        real_files({"jpeg", "jpeg2", "tiff", "tiff2", "png", "png2", "raw", "raw2", "icc", "psd",
+                    "movie", "movie2", "other", "picture", "picture-hostile"});
     if (files.empty())
         GTEST_SKIP() << no_real_files;
     int answered = 0;

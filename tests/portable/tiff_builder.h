@@ -49,82 +49,66 @@ struct TiffDirectories {
     TiffFields interoperability = {};
 };
 
-class TiffBuilder {
-  public:
-    explicit TiffBuilder(ByteOrder order) : order_(order) {}
-
-    std::string build(TiffDirectories directories) {
-        bytes_.clear();
-        tiff::Header{.order = order_, .first_directory = tiff::Header::size}.write(bytes_);
-        const auto add_pointer = [](TiffFields& fields, std::uint16_t tag, const TiffFields& to) {
-            if (!to.empty())
-                fields.push_back({tag, FieldType::Long, {0}});
-        };
-        add_pointer(directories.exif, tiff::tag::interoperability_directory,
-                    directories.interoperability);
-        add_pointer(directories.first, tiff::tag::exif_directory, directories.exif);
-        add_pointer(directories.first, tiff::tag::gps_directory, directories.gps);
-        add(directories.first);
-        follow(tiff::tag::exif_directory, directories.exif);
-        follow(tiff::tag::interoperability_directory, directories.interoperability);
-        follow(tiff::tag::gps_directory, directories.gps);
-        return bytes_;
+// A number takes no more than four bytes.
+inline std::string tiff_value(ByteOrder order, const TiffField& field) {
+    constexpr std::size_t most = sizeof(std::uint32_t);
+    const std::size_t size = std::clamp<std::size_t>(tiff::size_of(field.type), 1, most);
+    std::string value = field.bytes;
+    for (const std::uint32_t number : field.numbers) {
+        std::string bytes;
+        append_integer<std::uint32_t>(bytes, number, order);
+        value += bytes.substr(order == ByteOrder::Little ? 0 : most - size, size);
     }
+    return value;
+}
 
-  private:
-    // Writes the directory with its values behind it.
-    void add(const TiffFields& fields) {
+inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {
+    std::string bytes;
+    std::map<std::uint16_t, std::size_t> offsets; // where those of values stand, by tag
+    // Writes a directory with its values behind it.
+    const auto add = [&](const TiffFields& fields) {
         std::string values;
-        const std::size_t values_at = bytes_.size() + 2 + fields.size() * tiff::Entry::size + 4;
-        append_integer<std::uint16_t>(bytes_, static_cast<std::uint16_t>(fields.size()), order_);
+        const std::size_t values_at = bytes.size() + 2 + fields.size() * tiff::Entry::size + 4;
+        append_integer<std::uint16_t>(bytes, static_cast<std::uint16_t>(fields.size()), order);
         for (const TiffField& field : fields) {
-            std::string value = value_of(field);
-            const std::uint32_t size = static_cast<std::uint32_t>(value.size());
+            std::string value = tiff_value(order, field);
             const std::size_t one = std::max<std::size_t>(tiff::size_of(field.type), 1);
-            tiff::Entry entry{field.tag, field.type,
-                              field.count.value_or(size / static_cast<std::uint32_t>(one))};
+            const auto count = static_cast<std::uint32_t>(value.size() / one);
+            tiff::Entry entry{field.tag, field.type, field.count.value_or(count)};
             if (field.offset || value.size() > entry.value.size()) {
                 const auto at = static_cast<std::uint32_t>(values_at + values.size());
-                values += value;
-                value.clear();
-                append_integer<std::uint32_t>(value, field.offset.value_or(at), order_);
+                values += std::exchange(value, "");
+                append_integer<std::uint32_t>(value, field.offset.value_or(at), order);
             }
             std::ranges::copy(value, entry.value.begin());
-            offsets_[field.tag] = bytes_.size() + 8;
-            formats::append_record(bytes_, entry, order_);
+            offsets[field.tag] = bytes.size() + 8;
+            formats::append_record(bytes, entry, order);
         }
-        append_integer<std::uint32_t>(bytes_, 0, order_);
-        bytes_ += values;
-    }
-
-    void follow(std::uint16_t tag, const TiffFields& fields) {
+        append_integer<std::uint32_t>(bytes, 0, order);
+        bytes += values;
+    };
+    const auto point = [](TiffFields& fields, std::uint16_t tag, const TiffFields& to) {
+        if (!to.empty())
+            fields.push_back({tag, FieldType::Long, {0}});
+    };
+    const auto follow = [&](std::uint16_t tag, const TiffFields& fields) {
         if (fields.empty())
             return;
         std::string here;
-        append_integer<std::uint32_t>(here, static_cast<std::uint32_t>(bytes_.size()), order_);
-        bytes_.replace(offsets_[tag], here.size(), here);
+        append_integer<std::uint32_t>(here, static_cast<std::uint32_t>(bytes.size()), order);
+        bytes.replace(offsets[tag], here.size(), here);
         add(fields);
-    }
-
-    std::string value_of(const TiffField& field) const {
-        constexpr std::size_t most = sizeof(std::uint32_t);
-        const std::size_t size = std::clamp<std::size_t>(tiff::size_of(field.type), 1, most);
-        std::string value = field.bytes;
-        for (const std::uint32_t number : field.numbers) {
-            std::string bytes;
-            append_integer<std::uint32_t>(bytes, number, order_);
-            value += bytes.substr(order_ == ByteOrder::Little ? 0 : most - size, size);
-        }
-        return value;
-    }
-
-    ByteOrder order_;
-    std::string bytes_;
-    std::map<std::uint16_t, std::size_t> offsets_; // where those of values stand, by tag
-};
-
-inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {
-    return TiffBuilder(order).build(std::move(directories));
+    };
+    auto& [first, exif, gps, interoperability] = directories;
+    point(exif, tiff::tag::interoperability_directory, interoperability);
+    point(first, tiff::tag::exif_directory, exif);
+    point(first, tiff::tag::gps_directory, gps);
+    tiff::Header{.order = order, .first_directory = tiff::Header::size}.write(bytes);
+    add(first);
+    follow(tiff::tag::exif_directory, exif);
+    follow(tiff::tag::interoperability_directory, interoperability);
+    follow(tiff::tag::gps_directory, gps);
+    return bytes;
 }
 
 } // namespace vell::test
