@@ -25,7 +25,7 @@ inline std::string cr3(const std::string& image, const std::string& exif, const 
 
 inline std::string raf(const std::string& picture) {
     return "FUJIFILMCCD-RAW 0201FF000000" + std::string(56, ' ') + big32(92 + 8) +
-           big32(static_cast<std::uint32_t>(picture.size())) + big32(0) + big32(0) + picture;
+           big_size(picture.size()) + big32(0) + big32(0) + picture;
 }
 
 inline std::string x3f(const std::string& picture) {
@@ -34,20 +34,18 @@ inline std::string x3f(const std::string& picture) {
     const std::string start =
         "FOVb" + std::string(24, '\0') + little32(2640) + little32(1760) + little32(0) + preview;
     return start + "SECd" + little32(0x20000) + little32(1) + little32(40) +
-           little32(static_cast<std::uint32_t>(preview.size())) + "IMA2" +
-           little32(static_cast<std::uint32_t>(start.size()));
+           little_size(preview.size()) + "IMA2" + little_size(start.size());
 }
 
 inline std::string mrw(const std::string& tags) {
-    const std::string blocks = "\0PRD"s + big32(3) + "abc" + "\0TTW"s +
-                               big32(static_cast<std::uint32_t>(tags.size())) + tags;
-    return "\0MRM"s + big32(static_cast<std::uint32_t>(blocks.size())) + blocks;
+    const std::string blocks =
+        "\0PRD"s + big32(3) + "abc" + "\0TTW"s + big_size(tags.size()) + tags;
+    return "\0MRM"s + big_size(blocks.size()) + blocks;
 }
 
 inline std::string ciff_entry(std::uint16_t type, std::size_t size, std::size_t offset) {
-    return std::string{static_cast<char>(type), static_cast<char>(type >> 8)} +
-           little32(static_cast<std::uint32_t>(size)) +
-           little32(static_cast<std::uint32_t>(offset));
+    return std::string{static_cast<char>(type), static_cast<char>(type >> 8)} + little_size(size) +
+           little_size(offset);
 }
 inline std::string crw(const std::vector<std::pair<std::uint16_t, std::string>>& records) {
     std::string data, entries;
@@ -57,7 +55,7 @@ inline std::string crw(const std::vector<std::pair<std::uint16_t, std::string>>&
     }
     return "II\x1A\0\0\0HEAPCCDR"s + std::string(12, '\0') + data +
            std::string{static_cast<char>(records.size()), '\0'} + entries +
-           little32(static_cast<std::uint32_t>(data.size()));
+           little_size(data.size());
 }
 
 } // namespace vell::test

@@ -18,7 +18,7 @@ inline std::string even(const std::string& data) {
 }
 
 inline std::string riff_chunk(const std::string& type, const std::string& data) {
-    return type + little32(static_cast<std::uint32_t>(data.size())) + even(data);
+    return type + little_size(data.size()) + even(data);
 }
 inline std::string webp(const std::string& chunks) {
     return riff_chunk("RIFF", "WEBP" + chunks);

@@ -49,11 +49,12 @@ TEST(MetadataRequest, FollowsTheSwitches) {
 
 TEST(GetMetadata, TakesTheReaderThatFitsTheFile) {
     const auto tiff = [](ByteOrder order) {
-        return build_tiff(order, {.first = {ascii(271, "A"), bytes(700, packet + '\0'),
-                                            undefined(33723, dataset(2, 5, "T"))}});
+        return tags_of(
+            {ascii(271, "A"), bytes(700, packet + '\0'), undefined(33723, dataset(2, 5, "T"))},
+            order);
     };
     const std::string exif = tagged("EXIF 271=A"), title = tagged("IPTC 5=T");
-    const std::string no_packet = build_tiff(ByteOrder::Big, {.first = {ascii(271, "A")}});
+    const std::string no_packet = tags_of({ascii(271, "A")}, ByteOrder::Big);
     const std::string photoshop = "8BPS..." + resource(0x0404, dataset(2, 5, "T")) + packet;
     expect_metadata({
         {"GetExif", tiff(ByteOrder::Little), exif},
@@ -123,18 +124,14 @@ TEST(GetMetadata, ReadsLargeFilesOnceInLargePieces) {
         EXPECT_LE(file.longest_read(), 1u << 20) << &each - cases;
     }
     // An Exif block at the front ends the reading.
-    EndlessFile file(
-        jpeg({exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(271, "A")}}))}), "s",
-        size);
+    EndlessFile file(jpeg({exif_segment(tags_of({ascii(271, "A")}))}), "s", size);
     EXPECT_EQ(metadata_of("GetExif", file), "|##EXIF 271|A|##END 271");
     EXPECT_LE(file.bytes_read(), 10'000u);
 }
 
 TEST(GetMetadata, GivesTextOrACode) {
     FakeSystem files;
-    files.add(
-        u"a.jpg",
-        (jpeg({exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(271, "A\xE4")}}))})));
+    files.add(u"a.jpg", (jpeg({exif_segment(tags_of({ascii(271, "A\xE4")}))})));
     const auto result = [&](std::vector<std::u16string> parameters) {
         FakeCall call(std::move(parameters));
         const Result<void> done = get_metadata(call, files);

@@ -26,20 +26,17 @@ std::string version2_name(const std::string& ascii, std::u16string_view unicode 
     std::string mac(1, static_cast<char>(script_text.size()));
     mac += script_text;
     mac.resize(68);
-    return tag_data("desc", big32(static_cast<std::uint32_t>(ascii.size() + 1)) + ascii + '\0' +
-                                big32(0) + big32(static_cast<std::uint32_t>(unicode.size())) +
-                                utf16(unicode) + big16(script) + mac);
+    return tag_data("desc", big_size(ascii.size() + 1) + ascii + '\0' + big32(0) +
+                                big_size(unicode.size()) + utf16(unicode) + big16(script) + mac);
 }
 
 // By language.
 std::string localized(const std::vector<std::pair<std::string, std::u16string>>& texts) {
-    const auto count = static_cast<std::uint32_t>(texts.size());
-    std::string records = big32(count) + big32(12);
-    std::string strings;
+    std::string records = big_size(texts.size()) + big32(12), strings;
     for (const auto& [language, text] : texts) {
         const std::string encoded = utf16(text);
-        records += language + big32(static_cast<std::uint32_t>(encoded.size())) +
-                   big32(static_cast<std::uint32_t>(16 + 12 * count + strings.size()));
+        records +=
+            language + big_size(encoded.size()) + big_size(16 + 12 * texts.size() + strings.size());
         strings += encoded;
     }
     return tag_data("mluc", records + strings);
@@ -52,16 +49,13 @@ std::string profile_of(const std::vector<std::pair<std::string, std::string>>& t
         big16(6) + big16(49) + big16(0) + "acspMSFT" + big32(1) + "IEC " + std::string("\1\2\3\4") +
         big32(0) + big32(0b0101) + big32(1) + big32(0xF6D6) + big32(0x10000) + big32(0xD32D) +
         "HP<&" + std::string("\xAB") + std::string(15 + 28, '\0');
-    std::string table = big32(static_cast<std::uint32_t>(tags.size()));
-    std::string data;
+    std::string table = big_size(tags.size()), data;
     for (const auto& [signature, contents] : tags) {
-        table += signature +
-                 big32(static_cast<std::uint32_t>(132 + 12 * tags.size() + data.size())) +
-                 big32(static_cast<std::uint32_t>(contents.size()));
+        table +=
+            signature + big_size(132 + 12 * tags.size() + data.size()) + big_size(contents.size());
         data += contents;
     }
-    return big32(static_cast<std::uint32_t>(132 + table.size() - 4 + data.size())) + header_rest +
-           table + data;
+    return big_size(132 + table.size() - 4 + data.size()) + header_rest + table + data;
 }
 
 // What the switches ask of a profile, behind what has been read before.
@@ -122,7 +116,7 @@ TEST(IccProfile, DescribesAsXml) {
           "|<class meaning=\"display device\">mntr</class>|", "|<creator>HP&lt;&amp;</creator>|",
           "|<description>a&lt;b?</description>|<description language=\"Unicode\">ä</description>|"
           "<tags>7</tags>|<tag signature=\"desc\" type=\"desc\" size=\"97\"></tag>|"})
-        EXPECT_NE(xml.find(part), std::string::npos) << part << " in " << xml;
+        EXPECT_TRUE(xml.contains(part)) << part << " in " << xml;
     EXPECT_TRUE(xml.ends_with("size=\"21\"></tag>|</icc_profile>"));
     EXPECT_NE(description(some_profile, verbose + " -Format=XML"s)
                   .find("|<tag signature=\"wtpt\" type=\"XYZ\" size=\"27\" offset=\"313\">|"
@@ -191,17 +185,15 @@ TEST(IccProfile, IsDescribedInBoundedSpace) {
 
 TEST(IccProfile, StandsInATagOfTiffFiles) {
     const auto tiff = [](const TiffField& profile) {
-        return build_tiff(ByteOrder::Big, {{ascii(271, "A"), profile}});
+        return tags_of({ascii(271, "A"), profile}, ByteOrder::Big);
     };
     const std::string file = tiff(undefined(34675, some_profile));
     expect_metadata({
         {plain, file, description(some_profile, plain)},
         {name, file, "a<b\1"},
         {all_names, file, description(some_profile, all_names)},
-        {"-GetIccProfileName GetExif", file, tagged("EXIF 271=A") + "a<b\1"},
+        {"-GetIccProfileName GetExif", file, tagged("EXIF 271=A") + "|a<b\1"},
         {name, tiff(undefined(34675, "cut")), "!-302"},
-        // Longer than any that a JPEG has room for; nothing of it is read.
-        {name, tiff({34675, FieldType::Undefined, {}, "", 0x1000001, 40}), "!-207"},
     });
 }
 

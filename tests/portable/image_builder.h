@@ -19,6 +19,14 @@ namespace vell::test {
 
 using formats::jpeg::SegmentMarker;
 
+// Of offsets and lengths.
+inline std::string big_size(std::size_t size) {
+    return big32(static_cast<std::uint32_t>(size));
+}
+inline std::string little_size(std::size_t size) {
+    return little32(static_cast<std::uint32_t>(size));
+}
+
 // A segment may lie about its length.
 inline std::string segment(SegmentMarker marker, const std::string& payload,
                            std::optional<std::uint16_t> length = {}) {
@@ -86,12 +94,11 @@ inline std::string deflated(const std::string& bytes) {
 // around what has a style.
 inline std::string shown(const metadata::MetadataText& text) {
     std::string all;
-    for (const metadata::MetadataText::Piece& piece : text.pieces()) {
-        const bool plain = piece.encoding == params::TextEncoding::Utf8 && piece.style.empty();
-        const std::string encoding = std::to_string(static_cast<int>(piece.encoding));
-        all += plain ? piece.bytes
-                     : "<" + (piece.style.empty() ? encoding : std::string(piece.style)) + ":" +
-                           piece.bytes + ">";
+    for (const auto& [bytes, encoding, style] : text.pieces()) {
+        const bool is_utf8 = encoding == params::TextEncoding::Utf8;
+        const std::string number = is_utf8 ? "" : std::to_string(static_cast<int>(encoding));
+        const std::string kind = style.empty() ? number : std::string(style);
+        all += kind.empty() ? bytes : "<" + kind + ":" + bytes + ">";
     }
     std::ranges::replace(all, '\r', '|');
     return all;

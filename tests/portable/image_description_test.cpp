@@ -38,8 +38,8 @@ TEST(ImageDescription, Jpeg) {
         segment(SegmentMarker::Sof2, "\x08"s + big16(480) + big16(640) + "\x03 components"s);
     const std::string inch = jfif(1, 300, 150);
     const std::string aspect = jfif(0, 1, 1);
-    const std::string exif = exif_segment(build_tiff(
-        ByteOrder::Big, {.first = {{282, Rational, {1001, 10}}, {283, Rational, {99, 1}}}}));
+    const std::string exif = exif_segment(
+        tags_of({{282, Rational, {1001, 10}}, {283, Rational, {99, 1}}}, ByteOrder::Big));
     const auto expect = [&](const std::string& segments, const char* horizontal,
                             const char* vertical) {
         expect_lines("\xFF\xD8"s + segments + frame + "\xFF\xDA"s,
@@ -100,20 +100,21 @@ TEST(ImageDescription, Bmp) {
 }
 
 TEST(ImageDescription, Tiff) {
-    std::string file = build_tiff(ByteOrder::Big, {.first = {{256, Long, {70'000}},
-                                                             {257, Short, {480}},
-                                                             {258, Short, {8, 8, 8}},
-                                                             {277, Short, {3}},
-                                                             {282, Rational, {524'288, 10'000}},
-                                                             {283, Rational, {}, "", 1, ~0u},
-                                                             {296, Short, {3}}}});
+    std::string file = tags_of({{256, Long, {70'000}},
+                                {257, Short, {480}},
+                                {258, Short, {8, 8, 8}},
+                                {277, Short, {3}},
+                                {282, Rational, {524'288, 10'000}},
+                                {283, Rational, {}, "", 1, ~0u},
+                                {296, Short, {3}}},
+                               ByteOrder::Big);
     file.replace(10 + 7 * 12, 4, big32(static_cast<std::uint32_t>(file.size())));
     file += big16(0) + big32(8); // a second directory, which leads back to the first
     expect_lines(file, {"480", "70000", "24", tiff_codec, "133.169", "72", "2"});
-    expect_lines(build_tiff(ByteOrder::Little, {.first = {{256, Short, {5}}, {257, Short, {6}}}})
+    expect_lines(tags_of({{256, Short, {5}}, {257, Short, {6}}})
                      .substr(0, 34), // without the offset of the next one
                  {"6", "5", "1", tiff_codec});
-    EXPECT_EQ(description(build_tiff(ByteOrder::Big, {.first = {{256, Short, {9}}}})), "!-4249");
+    EXPECT_EQ(description(tags_of({{256, Short, {9}}}, ByteOrder::Big)), "!-4249");
     for (const std::uint32_t first : {4u, 400u})
         EXPECT_EQ(description(std::string(file).replace(4, 4, big32(first))), "!-4249");
 }
@@ -131,7 +132,7 @@ TEST(ImageDescription, RawPhotographs) {
     const auto others = [](std::initializer_list<TiffFields> directories) {
         std::string bytes;
         for (const TiffFields& fields : directories)
-            bytes += build_tiff(ByteOrder::Big, {.first = fields}).substr(8);
+            bytes += tags_of(fields, ByteOrder::Big).substr(8);
         return bytes;
     };
     const auto with = [](TiffFields fields, const TiffField& field) {
@@ -175,8 +176,7 @@ TEST(ImageDescription, LooksAtSoManyDirectories) {
     for (std::uint32_t i = 1; i <= 5000; ++i)
         offsets.numbers.push_back(20'000 + i);
     EndlessFile file(
-        build_tiff(ByteOrder::Big,
-                   {.first = {{254, Long, {1}}, {256, Long, {16}}, {257, Long, {9}}, offsets}}),
+        tags_of({{254, Long, {1}}, {256, Long, {16}}, {257, Long, {9}}, offsets}, ByteOrder::Big),
         "\xFF", 300'000'000);
     EXPECT_TRUE(metadata_of("-GetImageDescription", file).starts_with("Height: 9|Width: 16|"));
     EXPECT_LE(file.bytes_read(), 100u * 65'536 * 12);
@@ -240,7 +240,7 @@ TEST(ImageDescription, ChunksResourcesAndBoxes) {
 
 TEST(ImageDescription, RawPhotographsOfTheirOwnKinds) {
     const auto tiff_of = [](std::string_view kind, const TiffFields& fields) {
-        return build_tiff(ByteOrder::Little, {.first = fields}).replace(2, kind.size(), kind);
+        return tags_of(fields).replace(2, kind.size(), kind);
     };
     const TiffFields size{{256, Short, {6000}}, {257, Short, {4000}}};
     const std::string cropped = big32(2) + big16(0x100) + big16(4) + "full" + big16(0x111) +
@@ -260,7 +260,7 @@ TEST(ImageDescription, RawPhotographsOfTheirOwnKinds) {
 }
 
 TEST(ImageDescription, OtherFiles) {
-    const std::string tags = build_tiff(ByteOrder::Little, {.first = {ascii(271, "Maker")}});
+    const std::string tags = tags_of({ascii(271, "Maker")});
     for (const std::string& bytes :
          {""s, "\xFF"s, "GIF88a and so on"s, "II\x2B\0big"s, "%PDF-1.7"s, mrw(tags), "FOVb"s,
           webp(riff_chunk("VP8X", "\2")), "8BPS"s, "\xFF\x0A"s, "IIRO1234"s, "FUJIFILM"s,

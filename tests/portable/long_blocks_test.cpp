@@ -37,7 +37,7 @@ std::string png_with(const std::string& type, const std::string& data) {
     return png({png_chunk(type, data, three_gigabytes)});
 }
 std::string tiff_with(std::uint16_t tag, FieldType type) {
-    return build_tiff(ByteOrder::Little, {.first = {{tag, type, {}, {}, three_gigabytes, 4096}}});
+    return tags_of({{tag, type, {}, {}, three_gigabytes, 4096}});
 }
 std::string webp_with(const std::string& type) {
     return "RIFF" + little32(0xFFFF'FFF0) + "WEBP" + type + little32(three_gigabytes);
@@ -200,7 +200,7 @@ std::vector<LongFile> long_files() {
     while (datasets.size() < block_size)
         datasets += dataset(2, 120, text.substr(datasets.size() / 2, 32'760));
     const auto tiff = [](TiffField field) {
-        return build_tiff(ByteOrder::Little, {.first = {std::move(field)}});
+        return tags_of({std::move(field)});
     };
     const std::string tags = tiff(ascii(271, text));
     const std::string long_profile = in_segments(text);
@@ -290,7 +290,7 @@ TEST(LongBlocks, AreHeldTwiceAtMostWhereOthersAreWritten) {
     const std::string text = noise(block_size);
     const auto tiff = [](std::vector<TiffField> fields) {
         fields.insert(fields.begin(), {256, FieldType::Long, {1}});
-        return build_tiff(ByteOrder::Big, {.first = std::move(fields)});
+        return tags_of(fields, ByteOrder::Big);
     };
     const std::string packet = packet_of("new");
     const struct {
@@ -346,7 +346,7 @@ TEST(LongBlocks, ProfilesOfThumbnailsAreHeldTwiceAtMost) {
     const pictures::PictureLayout layout{.width = 1, .height = 1};
     std::string profile = pictures::gamma_profile(layout.model, 1.8, pictures::srgb_primaries);
     profile += noise(block_size);
-    profile.replace(0, 4, big32(static_cast<std::uint32_t>(profile.size())));
+    profile.replace(0, 4, big_size(profile.size()));
     const std::string file = in_segments(profile);
     BytesInMemory source(file);
     const auto held = most_memory_held([&] {

@@ -17,6 +17,7 @@ namespace vell::metadata {
 namespace {
 
 using namespace vell::test;
+using enum SegmentMarker;
 using formats::Window;
 
 constexpr BlockKinds everything{true, true, true, true, true, true, true};
@@ -51,7 +52,7 @@ std::string found_in(const std::string& file, const BlockKinds& wanted = everyth
 }
 
 // Blocks for the files, and the lines that tell of them.
-const std::string make_block = build_tiff(ByteOrder::Little, {.first = {ascii(271, "Maker")}});
+const std::string make_block = tags_of({ascii(271, "Maker")});
 const std::string make = tagged("EXIF 271=Maker");
 const std::string maker = "tags=" + make + ";\n";
 const std::string title = dataset(2, 5, "T");
@@ -73,8 +74,7 @@ std::string heic(const std::string& exif, const std::string& packet, const std::
             return full_box("infe", big16(id) + big16(0) + rest, 2);
         };
         const auto place = [](std::uint16_t id, std::size_t offset, std::size_t length) {
-            return big16(id) + big16(0) + big16(1) + big32(static_cast<std::uint32_t>(offset)) +
-                   big32(static_cast<std::uint32_t>(length));
+            return big16(id) + big16(0) + big16(1) + big_size(offset) + big_size(length);
         };
         const std::string packet_entry = "mime"s + '\0' + "application/rdf+xml" + '\0';
         return box("ftyp", "heic" + big32(0) + "mif1heic") +
@@ -124,22 +124,21 @@ std::string big_tiff(ByteOrder order) {
 
 std::string extension(const std::string& name, std::size_t full, std::size_t offset,
                       const std::string& data) {
-    return segment(SegmentMarker::App1, "http://ns.adobe.com/xmp/extension/\0"s + name +
-                                            big32(static_cast<std::uint32_t>(full)) +
-                                            big32(static_cast<std::uint32_t>(offset)) + data);
+    return segment(App1, "http://ns.adobe.com/xmp/extension/\0"s + name + big_size(full) +
+                             big_size(offset) + data);
 }
 
 TEST(MetadataBlocks, OfJpeg) {
     const std::string profile(300, 'p');
-    const std::string file = jpeg(
-        {segment(SegmentMarker::App13, "something else"), exif_segment(make_block),
-         exif_segment(build_tiff(ByteOrder::Big, {.first = {ascii(271, "Other")}})),
-         packet_segment("packet\0\0"s), packet_segment("another"),
-         profile_segment(1, 2, profile.substr(0, 200)), profile_segment(2, 2, profile.substr(200)),
-         // Resources that go on in the next segment.
-         photoshop(title_resource.substr(0, 15)),
-         photoshop(title_resource.substr(15) + url_resource), segment(SegmentMarker::Com, "one"),
-         segment(SegmentMarker::Com, "two")});
+    const std::string file = jpeg({segment(App13, "something else"), exif_segment(make_block),
+                                   exif_segment(tags_of({ascii(271, "Other")}, ByteOrder::Big)),
+                                   packet_segment("packet\0\0"s), packet_segment("another"),
+                                   profile_segment(1, 2, profile.substr(0, 200)),
+                                   profile_segment(2, 2, profile.substr(200)),
+                                   // Resources that go on in the next segment.
+                                   photoshop(title_resource.substr(0, 15)),
+                                   photoshop(title_resource.substr(15) + url_resource),
+                                   segment(Com, "one"), segment(Com, "two")});
     EXPECT_EQ(found_in(file), maker + title_line + "xmp=packet\nicc=" + profile +
                                   "\nurl=http\ncomment=one\ncomment=two\n");
     EXPECT_EQ(found_in(file, {}), "");
@@ -150,7 +149,7 @@ TEST(MetadataBlocks, OfJpeg) {
 
 TEST(MetadataBlocks, OfTiff) {
     const auto tiff = [](const TiffFields& fields) {
-        return build_tiff(ByteOrder::Big, {.first = fields});
+        return tags_of(fields, ByteOrder::Big);
     };
     const std::string resources = whole_resource(1028, dataset(2, 5, "R")) + url_resource;
     EXPECT_EQ(found_in(tiff({ascii(271, "Maker"), bytes(700, "packet\0"s), undefined(33723, title),
@@ -274,8 +273,8 @@ TEST(MetadataBlocks, OfFilesInChunksAndBoxes) {
 }
 
 TEST(MetadataBlocks, OfRawPhotographs) {
-    const std::string exif = build_tiff(ByteOrder::Little, {.first = {ascii(42036, "Lens")}});
-    const std::string gps = build_tiff(ByteOrder::Little, {.first = {ascii(1, "N")}});
+    const std::string exif = tags_of({ascii(42036, "Lens")});
+    const std::string gps = tags_of({ascii(1, "N")});
     const std::string canon = cr3(make_block, exif, gps, "packet");
     EXPECT_EQ(found_in(canon), "tags=" + make + ";" + tagged("EXIF 42036=Lens") + ";" +
                                    tagged("GPS 1=N") + ";\nxmp=packet\n");
@@ -285,10 +284,8 @@ TEST(MetadataBlocks, OfRawPhotographs) {
     EXPECT_EQ(found_in(x3f(picture)), of_picture);
 
     // What the picture in it says comes before the directory around it.
-    const std::string inner =
-        jpeg({exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(272, "Inner")}}))});
-    std::string panasonic =
-        build_tiff(ByteOrder::Little, {.first = {bytes(46, inner), ascii(271, "Maker")}});
+    const std::string inner = jpeg({exif_segment(tags_of({ascii(272, "Inner")}))});
+    std::string panasonic = tags_of({bytes(46, inner), ascii(271, "Maker")});
     panasonic[2] = 85;
     EXPECT_EQ(found_in(panasonic), "tags=" + tagged("EXIF 272=Inner") + ";" + make + ";\n");
     std::string olympus = make_block;
@@ -371,8 +368,7 @@ std::map<std::string, std::string> samples() {
         {"PNG", png({png_chunk("tEXt", png_profile("exif", make_block)),
                      png_chunk("iCCP", "name\0\0"s + deflated("profile")),
                      png_chunk("iTXt", png_deflated_packet + deflated("packet"))})},
-        {"TIFF",
-         build_tiff(ByteOrder::Big, {.first = {ascii(271, "Maker"), bytes(700, "packet")}})},
+        {"TIFF", tags_of({ascii(271, "Maker"), bytes(700, "packet")}, ByteOrder::Big)},
         {"BigTIFF", big_tiff(ByteOrder::Little)},
         {"WebP",
          webp(riff_chunk("VP8X", "\2\0\0\0\x8F\1\0\x2B\1\0"s) + riff_chunk("EXIF", make_block))},

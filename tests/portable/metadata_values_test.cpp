@@ -363,7 +363,7 @@ TEST(MetadataValues, AreAskedForByName) {
 
 TEST(MetadataValues, TakeEveryKindThatIsThere) {
     const std::string file =
-        jpeg({exif_segment(build_tiff(ByteOrder::Big, {.first = {ascii(271, "A")}})),
+        jpeg({exif_segment(tags_of({ascii(271, "A")}, ByteOrder::Big)),
               segment(SegmentMarker::Com, "said"),
               photoshop(resource(0x0404, dataset(2, 105, "H")) + resource(0x040B, "http://a/"))});
     const std::string packet = jpeg({packet_segment(rdf("<dc:format>f</dc:format>"))});
@@ -399,7 +399,7 @@ TEST(ReadableText, ReplacesWhatOnlyProgramsRead) {
         for (std::size_t at = 0, end = 0; end != sections.npos; at = end + 2) {
             end = sections.find("; ", at);
             const std::string one = tagged(sections.substr(at, end - at));
-            EXPECT_NE(text.find(one), std::string::npos) << one << " in " << text;
+            EXPECT_TRUE(text.contains(one)) << one << " in " << text;
         }
     };
     for (const ByteOrder order : {ByteOrder::Big, ByteOrder::Little}) {

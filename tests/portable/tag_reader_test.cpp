@@ -154,7 +154,7 @@ TEST(TagReader, DecodesUtf16InTheBlocksByteOrder) {
         std::string value;
         for (const char16_t unit : u"T\u00FCr \U0001F600\0ignored"s)
             append_integer<std::uint16_t>(value, unit, order);
-        EXPECT_EQ(from_either(build_tiff(order, {{bytes(40091, value)}}), exif),
+        EXPECT_EQ(from_either(tags_of({bytes(40091, value)}, order), exif),
                   tagged("EXIF 40091=Tür \U0001F600"));
     }
 }
@@ -197,7 +197,7 @@ TEST(TagReader, GivesPositionsInDecimalDegrees) {
 }
 
 TEST(TagReader, RefusesWhatIsNoBlock) {
-    const std::string sound = build_tiff(ByteOrder::Little, {{ascii(271, "M")}});
+    const std::string sound = tags_of({ascii(271, "M")});
     const auto with = [&](std::size_t at, std::string_view bytes) {
         return std::string(sound).replace(at, bytes.size(), bytes);
     };
@@ -241,7 +241,7 @@ TEST(TagReader, SaysWhatIsCorrupt) {
     EXPECT_TRUE(
         missing.starts_with(value("<readErr>|<readErr>|<readErr>") + tagged("EXIF 272=next")));
     const auto at_end = [&](TiffField field, const char* in_block, const std::string& in_file) {
-        const std::string block = build_tiff(ByteOrder::Little, {{std::move(field)}});
+        const std::string block = tags_of({std::move(field)});
         EXPECT_EQ(from_block(block, exif), value(in_block));
         EXPECT_EQ(from_file(block, exif), in_file);
     };
@@ -257,8 +257,8 @@ TEST(TagReader, ALoopOrABrokenInnerDirectoryEndsAlone) {
         return TiffField{tag, Ascii, {}, "", 9, offset}; // its type is not asked for
     };
     // All inner directories are IFD0 itself.
-    const std::string loop = build_tiff(
-        order, {{{274, Short, {1}}, {40965, Long, {8}}, pointer(34665, 8), pointer(34853, 8)}});
+    const std::string loop = tags_of(
+        {{274, Short, {1}}, {40965, Long, {8}}, pointer(34665, 8), pointer(34853, 8)}, order);
     const std::string text = from_block(loop, everything);
     EXPECT_EQ(text.find("##INTEROP 274|1|"), text.rfind("##INTEROP 274|1|"));
     EXPECT_EQ(text.find("##GPS"), std::string::npos);
@@ -316,10 +316,11 @@ TEST(TagReader, BoundsWhatOverlappingValuesGive) {
 }
 
 TEST(TagReader, ReadsNoMoreOfAFileThanTheTags) {
-    std::string start = build_tiff(ByteOrder::Big, {{ascii(271, "Maker"),
-                                                     ascii(272, std::string(9000, 'x')),
-                                                     {273, Long, {}, "", 0x20000000, 100},
-                                                     {306, Ascii, {}, "", 0x7FFFFFFF, 200}}});
+    std::string start = tags_of({ascii(271, "Maker"),
+                                 ascii(272, std::string(9000, 'x')),
+                                 {273, Long, {}, "", 0x20000000, 100},
+                                 {306, Ascii, {}, "", 0x7FFFFFFF, 200}},
+                                ByteOrder::Big);
     FakeSystem files;
     files.add(u"large.tif", FakeItem{.length = 2'000'000'000, .byte_at = [&](std::uint64_t at) {
                                          return at < start.size() ? start[at] : '\0';
@@ -342,13 +343,14 @@ TEST(FindTag, GivesTheRawBytesOfTheFirst) {
         return bytes ? *bytes : std::to_string(number(bytes.error()));
     };
     for (const ByteOrder order : orders) {
-        const std::string block = build_tiff(order, {{undefined(33723, "abc"),
-                                                      bytes(700, "<x:xmpmeta/>"),
-                                                      bytes(700, "second packet"),
-                                                      {271, FieldType{13}, {1}},
-                                                      {272, Ascii, {}, "", 5, 3},
-                                                      {273, Ascii, {}, "", 5, 0x7FFFFFFF},
-                                                      {274, None, {1}}}});
+        const std::string block = tags_of({undefined(33723, "abc"),
+                                           bytes(700, "<x:xmpmeta/>"),
+                                           bytes(700, "second packet"),
+                                           {271, FieldType{13}, {1}},
+                                           {272, Ascii, {}, "", 5, 3},
+                                           {273, Ascii, {}, "", 5, 0x7FFFFFFF},
+                                           {274, None, {1}}},
+                                          order);
         // The value of 272 lies before its entry.
         const std::pair<std::uint16_t, const char*> cases[] = {
             {700, "<x:xmpmeta/>"}, {33723, "abc"}, {274, ""},   {275, "-2026"},
@@ -360,7 +362,7 @@ TEST(FindTag, GivesTheRawBytesOfTheFirst) {
         EXPECT_EQ(found(std::string(block).replace(4, 4, 4, '\0'), 700), "-4249");
     }
     // The first byte behind the entry may begin the value.
-    const std::string tight = build_tiff(ByteOrder::Little, {{{700, Byte, {}, "", 6, 22}}});
+    const std::string tight = tags_of({{700, Byte, {}, "", 6, 22}});
     EXPECT_EQ(found(tight + "abc", 700), "\0\0\0\0ab"s);
     EXPECT_EQ(found(std::string(tight).replace(18, 1, "\x15"), 700), "-4249");
 

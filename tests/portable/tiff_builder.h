@@ -111,4 +111,9 @@ inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {
     return bytes;
 }
 
+// Of one directory.
+inline std::string tags_of(TiffFields fields, ByteOrder order = ByteOrder::Little) {
+    return build_tiff(order, {.first = std::move(fields)});
+}
+
 } // namespace vell::test
