@@ -39,7 +39,7 @@ TEST(ImageDescription, Jpeg) {
     const std::string inch = jfif(1, 300, 150);
     const std::string aspect = jfif(0, 1, 1);
     const std::string exif = exif_segment(
-        tags_of({{282, Rational, {1001, 10}}, {283, Rational, {99, 1}}}, ByteOrder::Big));
+        tags_of({rationals(282, {1001, 10}), rationals(283, {99, 1})}, ByteOrder::Big));
     const auto expect = [&](const std::string& segments, const char* horizontal,
                             const char* vertical) {
         expect_lines("\xFF\xD8"s + segments + frame + "\xFF\xDA"s,
@@ -100,21 +100,21 @@ TEST(ImageDescription, Bmp) {
 }
 
 TEST(ImageDescription, Tiff) {
-    std::string file = tags_of({{256, Long, {70'000}},
-                                {257, Short, {480}},
-                                {258, Short, {8, 8, 8}},
-                                {277, Short, {3}},
-                                {282, Rational, {524'288, 10'000}},
+    std::string file = tags_of({longs(256, {70'000}),
+                                shorts(257, {480}),
+                                shorts(258, {8, 8, 8}),
+                                shorts(277, {3}),
+                                rationals(282, {524'288, 10'000}),
                                 {283, Rational, {}, "", 1, ~0u},
-                                {296, Short, {3}}},
+                                shorts(296, {3})},
                                ByteOrder::Big);
     file.replace(10 + 7 * 12, 4, big32(static_cast<std::uint32_t>(file.size())));
     file += big16(0) + big32(8); // a second directory, which leads back to the first
     expect_lines(file, {"480", "70000", "24", tiff_codec, "133.169", "72", "2"});
-    expect_lines(tags_of({{256, Short, {5}}, {257, Short, {6}}})
+    expect_lines(tags_of({shorts(256, {5}), shorts(257, {6})})
                      .substr(0, 34), // without the offset of the next one
                  {"6", "5", "1", tiff_codec});
-    EXPECT_EQ(description(tags_of({{256, Short, {9}}}, ByteOrder::Big)), "!-4249");
+    EXPECT_EQ(description(tags_of({shorts(256, {9})}, ByteOrder::Big)), "!-4249");
     for (const std::uint32_t first : {4u, 400u})
         EXPECT_EQ(description(std::string(file).replace(4, 4, big32(first))), "!-4249");
 }
@@ -122,11 +122,12 @@ TEST(ImageDescription, Tiff) {
 // Files that begin with a thumbnail: the image stands in a directory below the first one, or behind
 // it.
 TEST(ImageDescription, RawPhotographs) {
-    const auto image = [](std::uint32_t type, std::uint32_t width, std::uint16_t bits) {
-        return TiffFields{{254, Long, {type}},
-                          {256, Long, {width}},
-                          {257, Long, {width / 2}},
-                          {258, Short, {bits}}};
+    const auto image = [](std::uint32_t type, std::uint32_t width, std::uint16_t bits,
+                          const TiffFields& more = {}) {
+        TiffFields fields{longs(254, {type}), longs(256, {width}), longs(257, {width / 2}),
+                          shorts(258, {bits})};
+        std::ranges::copy(more, std::back_inserter(fields));
+        return fields;
     };
     // The directories behind the first, each of 54 bytes, with nothing that stands elsewhere.
     const auto others = [](std::initializer_list<TiffFields> directories) {
@@ -135,18 +136,13 @@ TEST(ImageDescription, RawPhotographs) {
             bytes += tags_of(fields, ByteOrder::Big).substr(8);
         return bytes;
     };
-    const auto with = [](TiffFields fields, const TiffField& field) {
-        fields.push_back(field);
-        return fields;
-    };
     // Behind a directory of five or six entries and its values.
     constexpr std::uint32_t below = 8 + 2 + 6 * 12 + 4 + 2 * 8, second = below + 54;
     const TiffField to_both{330, Long, {below, second}};
     const TiffField as_directories{330, FieldType{13}, {}, big32(below) + big32(second), 2};
-    const TiffField resolution{282, Rational, {300, 1}};
     const auto front = [&](std::uint32_t type, const TiffField& sub_directories) {
-        return build_tiff(ByteOrder::Big,
-                          {.first = with(with(image(type, 160, 8), sub_directories), resolution)});
+        return tags_of(image(type, 160, 8, {sub_directories, rationals(282, {300, 1})}),
+                       ByteOrder::Big);
     };
     const std::string reduced = others({image(1, 800, 8), image(0, 3040, 12)});
     const Lines thumbnail{"80", "160", "8", tiff_codec, "300"};
@@ -158,14 +154,13 @@ TEST(ImageDescription, RawPhotographs) {
     expect_lines(front(1, to_both) + others({image(1, 800, 8), image(4, 900, 1)}), thumbnail);
     expect_lines(front(1, to_both), thumbnail);
     // Below a directory below the first, with a resolution of its own; loops are passed over.
-    const TiffFields inner{{330, Long, {below + 18}}};
-    const TiffFields image_below =
-        with(with(image(0, 600, 16), {282, Short, {100}}), {296, Short, {3}});
-    expect_lines(front(1, {330, Long, {8, below}}) + others({inner, image_below}),
+    const TiffFields inner{longs(330, {below + 18})};
+    const TiffFields image_below = image(0, 600, 16, {shorts(282, {100}), shorts(296, {3})});
+    expect_lines(front(1, longs(330, {8, below})) + others({inner, image_below}),
                  {"300", "600", "16", tiff_codec, "254"});
-    expect_lines(front(1, {330, Long, {8, below}}) + others({{{330, Long, {below}}}}), thumbnail);
+    expect_lines(front(1, longs(330, {8, below})) + others({{longs(330, {below})}}), thumbnail);
     // In the chain.
-    std::string chain = front(1, {330, Long, {8, 8}}) + others({image(0, 600, 16)});
+    std::string chain = front(1, longs(330, {8, 8})) + others({image(0, 600, 16)});
     chain.replace(8 + 2 + 6 * 12, 4, big32(below));
     expect_lines(chain, {"300", "600", "16", tiff_codec, "300", "72", "2"});
 }
@@ -176,7 +171,7 @@ TEST(ImageDescription, LooksAtSoManyDirectories) {
     for (std::uint32_t i = 1; i <= 5000; ++i)
         offsets.numbers.push_back(20'000 + i);
     EndlessFile file(
-        tags_of({{254, Long, {1}}, {256, Long, {16}}, {257, Long, {9}}, offsets}, ByteOrder::Big),
+        tags_of({longs(254, {1}), longs(256, {16}), longs(257, {9}), offsets}, ByteOrder::Big),
         "\xFF", 300'000'000);
     EXPECT_TRUE(metadata_of("-GetImageDescription", file).starts_with("Height: 9|Width: 16|"));
     EXPECT_LE(file.bytes_read(), 100u * 65'536 * 12);
@@ -242,7 +237,7 @@ TEST(ImageDescription, RawPhotographsOfTheirOwnKinds) {
     const auto tiff_of = [](std::string_view kind, const TiffFields& fields) {
         return tags_of(fields).replace(2, kind.size(), kind);
     };
-    const TiffFields size{{256, Short, {6000}}, {257, Short, {4000}}};
+    const TiffFields size{shorts(256, {6000}), shorts(257, {4000})};
     const std::string cropped = big32(2) + big16(0x100) + big16(4) + "full" + big16(0x111) +
                                 big16(4) + big16(2008) + big16(3016);
     expect_lines("FUJIFILMCCD-RAW 0201FF000000" + std::string(56, ' ') + big32(0) + big32(0) +
@@ -250,11 +245,8 @@ TEST(ImageDescription, RawPhotographsOfTheirOwnKinds) {
                  {"2008", "3016", "24", "Fujifilm raw|Codec type: raf "});
     expect_lines(cr3(tiff_of("", size), "", "", ""),
                  {"4000", "6000", "24", "Canon raw|Codec type: CRAW"});
-    expect_lines(tiff_of("\x55", {{4, Short, {6}},
-                                  {5, Short, {8}},
-                                  {6, Short, {2742}},
-                                  {7, Short, {3656}},
-                                  {10, Short, {12}}}),
+    expect_lines(tiff_of("\x55", {shorts(4, {6}), shorts(5, {8}), shorts(6, {2742}),
+                                  shorts(7, {3656}), shorts(10, {12})}),
                  {"2736", "3648", "12", "Panasonic raw|Codec type: rw2 "});
     expect_lines(tiff_of("RO", size), {"4000", "6000", "1", "Camera raw|Codec type: raw "});
 }

@@ -289,7 +289,7 @@ class Unwritten final : public EndlessFile {
 TEST(LongBlocks, AreHeldTwiceAtMostWhereOthersAreWritten) {
     const std::string text = noise(block_size);
     const auto tiff = [](std::vector<TiffField> fields) {
-        fields.insert(fields.begin(), {256, FieldType::Long, {1}});
+        fields.insert(fields.begin(), longs(256, {1}));
         return tags_of(fields, ByteOrder::Big);
     };
     const std::string packet = packet_of("new");

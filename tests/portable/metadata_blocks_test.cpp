@@ -96,30 +96,27 @@ std::string heic(const std::string& exif, const std::string& packet, const std::
 }
 
 std::string big_tiff(ByteOrder order) {
-    const auto two = [&](std::uint64_t number) {
-        return integer(number, 2, order);
-    };
-    const auto eight = [&](std::uint64_t number) {
-        return integer(number, 8, order);
+    const auto number = [&](std::uint64_t value, std::size_t size) {
+        return integer(value, size, order);
     };
     const auto first = [&](std::uint64_t exif_at) {
         return big_directory(order, 16,
-                             {{256, 3, 1, two(300)},
-                              {257, 16, 1, eight(200)},
-                              {258, 3, 3, two(8) + two(8) + two(8)},
+                             {{256, 3, 1, number(300, 2)},
+                              {257, 16, 1, number(200, 8)},
+                              {258, 3, 3, number(8, 2) + number(8, 2) + number(8, 2)},
                               {271, 2, 6, "Maker\0"s},
                               {272, 2, 13, "Its own model"},
-                              {273, 16, 2, eight(77) + eight(88)},
-                              {277, 3, 1, two(3)},
+                              {273, 16, 2, number(77, 8) + number(88, 8)},
+                              {277, 3, 1, number(3, 2)},
                               {700, 1, 6, "packet"},
                               {33723, 7, title.size(), title},
                               {34377, 7, url_resource.size(), url_resource},
-                              {34665, 18, 1, eight(exif_at)},
+                              {34665, 18, 1, number(exif_at, 8)},
                               {34675, 7, 9, "a profile"}});
     };
     const std::uint64_t exif_at = 16 + first(0).size();
     return big_tiff_header(order) + first(exif_at) +
-           big_directory(order, exif_at, {{34855, 3, 1, two(400)}});
+           big_directory(order, exif_at, {{34855, 3, 1, number(400, 2)}});
 }
 
 std::string extension(const std::string& name, std::size_t full, std::size_t offset,

@@ -204,7 +204,6 @@ const std::string read = tagged("IPTC 5=T");
 TEST(Iptc, DatasetsBecomeTaggedText) {
     const std::string a_umlaut = dataset(2, 80, umlaut);
     const std::string native_umlaut = tagged("IPTC 80=<0:ä>");
-    const std::string not_utf8 = dataset(2, 80, "\xE4");
     const struct {
         std::string block;
         std::string expected;
@@ -216,12 +215,13 @@ TEST(Iptc, DatasetsBecomeTaggedText) {
         {title + dataset(1, 0, "v") + title + "x" + title, read + read}, // up to what is none
         {title + dataset(3, 1, "x") + title, read},
         {dataset(2, 120, ""), tagged("IPTC 120=")},
-        {dataset(2, 0, "\0\2"s), // the bytes of a number, swapped
-         tagged("IPTC 0=\2\0"s)},
+        // The bytes of a number, swapped.
+        {dataset(2, 0, "\0\2"s), tagged("IPTC 0=\2\0"s)},
         {dataset(2, 0, "v"), tagged("IPTC 0=v")},
         // Encodings.
         {a_umlaut, native_umlaut},
-        {a_umlaut + not_utf8, tagged("IPTC 80=ä; IPTC 80=<0:\xE4>"), TextEncoding::Utf8},
+        {a_umlaut + dataset(2, 80, "\xE4"), tagged("IPTC 80=ä; IPTC 80=<0:\xE4>"),
+         TextEncoding::Utf8},
         {declared_utf8 + a_umlaut, tagged("IPTC 80=ä"), TextEncoding::AsciiMac},
         {declared_utf8 + a_umlaut, tagged("IPTC 80=<4:ä>"), TextEncoding::AsciiMac, false},
         {dataset(1, 90, "\x1B%") + a_umlaut, native_umlaut},

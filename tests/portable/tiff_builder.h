@@ -38,6 +38,16 @@ inline TiffField bytes(std::uint16_t tag, std::string values) {
     return {tag, FieldType::Byte, {}, std::move(values)};
 }
 
+inline TiffField shorts(std::uint16_t tag, std::vector<std::uint32_t> numbers) {
+    return {tag, FieldType::Short, std::move(numbers)};
+}
+inline TiffField longs(std::uint16_t tag, std::vector<std::uint32_t> numbers) {
+    return {tag, FieldType::Long, std::move(numbers)};
+}
+inline TiffField rationals(std::uint16_t tag, std::vector<std::uint32_t> numbers) {
+    return {tag, FieldType::Rational, std::move(numbers)};
+}
+
 using TiffFields = std::vector<TiffField>;
 
 // The pointers to the inner directories stand behind the fields that are given; a directory
