@@ -187,7 +187,7 @@ TEST(MetadataBlocks, ExtendedPacketsAreJoinedWhenTheyAreWhole) {
         {"a gap at the start", jpeg({packet, second}), main},
         {"a part twice", jpeg({packet, first, first, second}), main},
         {"another MD5",
-         jpeg({packet, first, extension(name, rest.size(), 40, rest.substr(41) + "?")}), main},
+         jpeg({packet, first, std::string(second).replace(second.find("'1'"), 3, "'2'")}), main},
         {"another packet's", jpeg({packet, extension(std::string(32, 'A'), rest.size(), 0, rest)}),
          main},
         {"a prefix that means something else in the packet",
