@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::metadata {
+namespace vell::metadata::icc_profile_test {
 namespace {
 
 using namespace vell::test;
@@ -197,4 +197,4 @@ TEST(IccProfile, StandsInATagOfTiffFiles) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::icc_profile_test

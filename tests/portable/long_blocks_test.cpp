@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-namespace vell::metadata {
+namespace vell::metadata::long_blocks_test {
 namespace {
 
 using namespace vell::test;
@@ -392,4 +392,4 @@ TEST(LongBlocks, ThatDoNotExpandAreTriedAFewTimes) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::long_blocks_test

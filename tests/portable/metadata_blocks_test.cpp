@@ -13,7 +13,7 @@
 #include <bit>
 #include <map>
 
-namespace vell::metadata {
+namespace vell::metadata::metadata_blocks_test {
 namespace {
 
 using namespace vell::test;
@@ -437,4 +437,4 @@ TEST(MetadataBlocks, NoMoreIsReadThanIsWanted) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::metadata_blocks_test

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::metadata {
+namespace vell::metadata::metadata_reading_test {
 namespace {
 
 using namespace vell::test;
@@ -293,4 +293,4 @@ TEST(PhotoshopResources, AreFoundAnywhereInAFile) {
 }
 
 } // namespace
-} // namespace vell::metadata
+} // namespace vell::metadata::metadata_reading_test
