@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace vell::files {
+namespace vell::files::item_facts_test {
 namespace {
 
 using params::CalendarTime;
@@ -168,4 +168,4 @@ TEST(ContentsDialog, GivesTheContentsOfWhatTheUserSelects) {
 }
 
 } // namespace
-} // namespace vell::files
+} // namespace vell::files::item_facts_test

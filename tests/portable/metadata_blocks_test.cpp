@@ -63,7 +63,7 @@ const std::string heif_exif = "\0\0\0\6Exif\0\0"s + make_block;
 
 // A picture in a raw photograph, and the blocks in it.
 const std::string picture =
-    jpeg({exif_segment(make_block), packet_segment("packet"), photoshop(title_resource)});
+    jpeg({exif_segment(make_block), packet_segment("packet"), test::photoshop(title_resource)});
 const std::string of_picture = maker + title_line + "xmp=packet\n";
 
 // Items at the end of the file: tags, a packet; a profile of the first of two images.
@@ -133,8 +133,8 @@ TEST(MetadataBlocks, OfJpeg) {
                                    profile_segment(1, 2, profile.substr(0, 200)),
                                    profile_segment(2, 2, profile.substr(200)),
                                    // Resources that go on in the next segment.
-                                   photoshop(title_resource.substr(0, 15)),
-                                   photoshop(title_resource.substr(15) + url_resource),
+                                   test::photoshop(title_resource.substr(0, 15)),
+                                   test::photoshop(title_resource.substr(15) + url_resource),
                                    segment(Com, "one"), segment(Com, "two")});
     EXPECT_EQ(found_in(file), maker + title_line + "xmp=packet\nicc=" + profile +
                                   "\nurl=http\ncomment=one\ncomment=two\n");
