@@ -1,6 +1,6 @@
 #include "tests/windows/links.h"
 
-#include "src/windows/handle.h"
+#include "tests/windows/plugin_fixture.h"
 #include "tests/windows/wine.h"
 
 #include <cstring>
@@ -26,15 +26,7 @@ bool make_link(const std::wstring& link, const std::wstring& target) {
         command = L"Z:\\bin\\ln -s \"" + unix_path(target) + L"\" \"" +
                   unix_path(link.substr(0, link.rfind(L'\\'))) + L"/" +
                   link.substr(link.rfind(L'\\') + 1) + L"\"";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr,
-                        nullptr, &startup, &process))
-        return false;
-    const UniqueHandle handle(process.hProcess);
-    CloseHandle(process.hThread);
-    WaitForSingleObject(handle.get(), INFINITE);
+    exit_code(start_program(command));
     for (int i = 0; i < 200; ++i, Sleep(10)) // programs of the system below are not waited for
         if (GetFileAttributesW(link.c_str()) != INVALID_FILE_ATTRIBUTES)
             return true;
