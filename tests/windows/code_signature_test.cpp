@@ -7,8 +7,6 @@
 namespace vell::test {
 namespace {
 
-using test::bytes_of_base64;
-
 // A signed message whose signer's certificate is issued by an authority that no computer trusts.
 constexpr const char* signed_message =
     "MIICBQYJKoZIhvcNAQcCoIIB9jCCAfICAQExDTALBglghkgBZQMEAgEwEwYJKoZIhvcNAQcBoAYEBHZlbGygggE4MIIB"

@@ -10,14 +10,12 @@ namespace {
 using params::CalendarTime;
 
 FILETIME utc(const CalendarTime& time, WORD milliseconds = 0) {
-    const SYSTEMTIME parts{static_cast<WORD>(time.year),
-                           static_cast<WORD>(time.month),
-                           0,
-                           static_cast<WORD>(time.day),
-                           static_cast<WORD>(time.hour),
-                           static_cast<WORD>(time.minute),
-                           static_cast<WORD>(time.second),
-                           milliseconds};
+    const auto word = [](std::int64_t value) {
+        return static_cast<WORD>(value);
+    };
+    const SYSTEMTIME parts{word(time.year),   word(time.month), 0,
+                           word(time.day),    word(time.hour),  word(time.minute),
+                           word(time.second), milliseconds};
     FILETIME result{};
     EXPECT_TRUE(SystemTimeToFileTime(&parts, &result));
     return result;

@@ -123,38 +123,26 @@ TEST_F(Information, AFileInUseOrLockedIsNotFree) {
 class RegisteredType {
   public:
     RegisteredType() {
-        set(L".vellkind", L"vell.test.kind");
-        set(L"vell.test.kind", L"Kind of the test \u00FC");
+        set(extension_, L"vell.test.kind");
+        set(kind_, L"Kind of the test \u00FC");
     }
     RegisteredType(const RegisteredType&) = delete;
     RegisteredType& operator=(const RegisteredType&) = delete;
     ~RegisteredType() {
-        RegDeleteTreeW(classes_.get(), L".vellkind");
-        RegDeleteTreeW(classes_.get(), L"vell.test.kind");
+        RegDeleteTreeW(root_, extension_);
+        RegDeleteTreeW(root_, kind_);
     }
 
   private:
-    struct KeyKind {
-        using Type = HKEY;
-        static HKEY empty() { return nullptr; }
-        static void close(HKEY key) { RegCloseKey(key); }
-    };
-
-    // Those of the user, who may write there; Wine looks at those of the machine alone.
-    static HKEY open_classes() {
-        HKEY key = nullptr;
-        RegCreateKeyExW(runs_in_wine() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
-                        L"Software\\Classes", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
-                        nullptr);
-        return key;
-    }
     void set(const wchar_t* key, const std::wstring& value) const {
-        EXPECT_EQ(RegSetKeyValueW(classes_.get(), key, nullptr, REG_SZ, value.c_str(),
-                                  static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))),
-                  0);
+        const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
+        EXPECT_EQ(RegSetKeyValueW(root_, key, nullptr, REG_SZ, value.c_str(), size), 0);
     }
 
-    UniqueResource<KeyKind> classes_{open_classes()};
+    // Classes of the user, who may write there; Wine looks at those of the machine alone.
+    const HKEY root_ = runs_in_wine() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    static constexpr auto extension_ = L"Software\\Classes\\.vellkind";
+    static constexpr auto kind_ = L"Software\\Classes\\vell.test.kind";
 };
 
 TEST_F(Information, KindsAreTheShells) {

@@ -13,7 +13,6 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 #include <psapi.h>
@@ -31,7 +30,6 @@ std::string japanese(const std::string& encoding, const std::string& codes) {
     return page("BT /F 12 Tf 100 700 Td <" + codes + "> Tj ET", {}, "", "",
                 japanese_font("/" + encoding));
 }
-using test::deflated;
 
 constexpr std::u16string_view nihongo = u"\u65E5\u672C\u8A9E";
 
@@ -366,11 +364,6 @@ std::vector<std::filesystem::path> files_in(const std::wstring& place) {
     return found;
 }
 
-std::string bytes_of(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST_F(PlainText, BringsItsEncodingDataAlong) {
     const std::wstring local = to_wide(folder.subfolder(L"\u5BB6 Local"));
     const std::wstring temporary = to_wide(folder.subfolder(L"Temp"));
@@ -389,15 +382,15 @@ TEST_F(PlainText, BringsItsEncodingDataAlong) {
     EXPECT_GT(files.size(), 200u);
 
     // What was lost or changed since is renewed.
-    const std::string before = bytes_of(files[20]);
+    const std::string before = read_file(files[20]);
     std::string changed = before;
     changed[changed.size() / 2] ^= 1;
     std::ofstream(files[20], std::ios::binary) << changed;
     std::filesystem::resize_file(files[30], 10);
     std::filesystem::remove(files[40]);
     EXPECT_EQ(provide(), folders[0]);
-    EXPECT_EQ(bytes_of(files[20]), before);
-    EXPECT_GT(bytes_of(files[30]).size(), 10u);
+    EXPECT_EQ(read_file(files[20]), before);
+    EXPECT_GT(read_file(files[30]).size(), 10u);
     EXPECT_EQ(files_in(local), files);
     EXPECT_TRUE(files_in(temporary).empty());
 }

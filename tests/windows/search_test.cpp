@@ -4,6 +4,7 @@
 #include "tests/windows/plugin_fixture.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace vell::test {
 namespace {
@@ -63,11 +64,9 @@ TEST_F(SearchAndDisks, KnowEverySpecialFolderOrSayWhy) {
                 << row.word << ' ' << utf8_from_utf16(text);
             continue;
         }
-        const DWORD attributes = GetFileAttributesW(as_wide(text));
-        EXPECT_TRUE(attributes != INVALID_FILE_ATTRIBUTES &&
-                    (attributes & FILE_ATTRIBUTE_DIRECTORY))
+        EXPECT_TRUE(std::filesystem::is_directory(text) && text.ends_with(u"\\") &&
+                    !text.ends_with(u"\\\\"))
             << row.word << ' ' << utf8_from_utf16(text);
-        EXPECT_TRUE(text.ends_with(u"\\") && !text.ends_with(u"\\\\")) << row.word;
     }
     wchar_t windows[MAX_PATH];
     GetWindowsDirectoryW(windows, MAX_PATH);
