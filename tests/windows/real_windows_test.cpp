@@ -432,5 +432,16 @@ TEST_F(ShellPictures, ThumbnailsAreThoseOfTheExplorer) {
     EXPECT_EQ(call(u"VlFile_GetTypeOfItem", {u"", to_utf16(font)}), u"file");
 }
 
+// Names of devices, which no version of Windows agrees on: files of that name are never made.
+TEST_F(PluginWithFolder, NamesOfDevicesAreRefused) {
+    for (const wchar_t* name :
+         {L"nul", L"con.txt", L"AUX ", L"lpt1.tar.gz", L"COM\u00B9", L"prn.", L"sub\\nul.txt"}) {
+        EXPECT_EQ(call(u"VlFile_CreateFile", {u"-CreateFolders", path(name)}), u"$$-37") << name;
+        EXPECT_EQ(call(u"VlFile_ExportToFile", {u"", u"x", path(name)}), u"$$-37") << name;
+    }
+    EXPECT_EQ(call(u"VlFile_CreateFile", {u"", path(L"com.txt")}), u"0");
+    EXPECT_EQ(call(u"VlFile_GetContents", {u"", u"NUL"}), u"");
+}
+
 } // namespace
 } // namespace vell::test
