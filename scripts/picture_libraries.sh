@@ -7,10 +7,9 @@ scripts=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 . "$scripts/picture_libraries/jpeg.sh"
 own=$scripts/picture_libraries
 
-packages=(libjpeg-turbo libpng1.6 lcms2)
-begin_library pictures "${BASH_SOURCE[0]}" "$own"/* "$scripts/jpeg.patch" <<<"${packages[*]}"
+begin_library pictures "${BASH_SOURCE[0]}" "$own"/* "$scripts/jpeg.patch" </dev/null
 echo "Building the libraries for pictures (once)" >&2
-fetched=$(fetch_sources "${packages[@]}")
+fetched=$(fetch_sources libjpeg-turbo libpng1.6 lcms2)
 mapfile -t sources <<<"$fetched"
 
 make_others() {

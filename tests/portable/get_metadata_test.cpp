@@ -3,6 +3,7 @@
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_system.h"
 #include "tests/portable/image_builder.h"
+#include "tests/portable/metadata_cases.h"
 #include "tests/portable/real_files.h"
 #include "tests/portable/tiff_builder.h"
 

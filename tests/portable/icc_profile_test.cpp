@@ -1,6 +1,7 @@
 // Descriptions of ICC profiles that are made here, whole and damaged.
 #include "src/metadata/icc/icc_profile.h"
 #include "tests/portable/image_builder.h"
+#include "tests/portable/metadata_cases.h"
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>

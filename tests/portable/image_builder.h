@@ -5,7 +5,6 @@
 #include "src/metadata/get_metadata.h"
 #include "tests/portable/integers.h"
 
-#include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -141,16 +140,6 @@ inline std::string metadata_of(std::string_view switches, files::File& file) {
 inline std::string metadata_of(std::string_view switches, std::string bytes) {
     const auto file = files::memory_file(std::move(bytes));
     return metadata_of(switches, *file);
-}
-
-struct MetadataCase {
-    const char* switches;
-    std::string file;
-    std::string expected;
-};
-inline void expect_metadata(const std::vector<MetadataCase>& cases) {
-    for (const auto& [switches, file, expected] : cases)
-        EXPECT_EQ(metadata_of(switches, file), expected) << switches << ": " << file.substr(0, 200);
 }
 
 // A file that begins with `start` and goes on with one pattern again and again. It counts the bytes

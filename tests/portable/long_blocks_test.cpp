@@ -14,6 +14,7 @@
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_system.h"
 #include "tests/portable/held_memory.h"
+#include "tests/portable/metadata_cases.h"
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>

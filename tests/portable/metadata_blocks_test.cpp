@@ -5,6 +5,7 @@
 #include "src/metadata/reading/tag_reader.h"
 #include "tests/portable/camera_builder.h"
 #include "tests/portable/container_builder.h"
+#include "tests/portable/metadata_cases.h"
 #include "tests/portable/picture_files.h"
 #include "tests/portable/tiff_builder.h"
 

@@ -2,6 +2,7 @@
 #include "src/base/inflate.h"
 #include "src/metadata/reading/iptc_text.h"
 #include "tests/portable/container_builder.h"
+#include "tests/portable/metadata_cases.h"
 #include "tests/portable/tiff_builder.h"
 
 #include <gtest/gtest.h>
