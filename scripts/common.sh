@@ -67,7 +67,9 @@ build() {
     if [ ! -f "$root/build/$preset/build.ninja" ]; then
         say "Building ($preset; a few minutes the first time)"
         # The longest part need not wait for the configuring. The build waits for it, and tells what fails.
-        [ "$preset" = sanitizers ] || "$root/scripts/poppler.sh" >/dev/null 2>&1 &
+        case $preset in
+        release | windows) "$root/scripts/poppler.sh" >/dev/null 2>&1 & ;;
+        esac
         (cd "$root" && cmake --preset "$preset" "$@") </dev/null >"$log" 2>&1 || {
             tail -30 "$log" >&2
             die "Configuring failed; the whole output is in build/$preset.log"

@@ -85,6 +85,12 @@ Failure<ErrorCode> PathGuard::refuse(std::string_view reason, std::u16string_vie
     return {ErrorCode::RefusedByPolicy};
 }
 
+Result<std::u16string> PathGuard::absolute(const NativePath& path) const {
+    std::u16string full = VELL_TRY(system_.tree().absolute_path(path.wide));
+    std::ranges::replace(full, u'/', u'\\');
+    return full;
+}
+
 // The path from its root on, if it is one of an item and lies in a root.
 Result<std::u16string> PathGuard::spelled(const NativePath& path, Access access) {
     std::u16string given = path.wide;
@@ -92,8 +98,7 @@ Result<std::u16string> PathGuard::spelled(const NativePath& path, Access access)
     for (const std::u16string_view prefix : {u"\\\\?\\", u"\\\\.\\", u"\\??\\"})
         if (given.starts_with(prefix))
             return refuse("device", path.wide);
-    std::u16string full = VELL_TRY(system_.tree().absolute_path(path.wide));
-    std::ranges::replace(full, u'/', u'\\');
+    const std::u16string full = VELL_TRY(absolute(path));
     const bool is_share = full.starts_with(share_start);
     if (!files::begins_with_drive(full) && (!is_share || full.starts_with(u"\\\\.\\")))
         return refuse("device", path.wide);
@@ -121,29 +126,28 @@ Result<void> PathGuard::check_open(files::File& file, const Place& place, Access
     return final ? check_final(*final, access) : Result<void>(refuse("path", place.path.wide));
 }
 
+bool PathGuard::any_root(const std::function<bool(const Root&)>& holds) const {
+    return (read_roots_ && std::ranges::any_of(*read_roots_, holds)) ||
+           (write_roots_ && std::ranges::any_of(*write_roots_, holds));
+}
+
 bool PathGuard::is_root(std::u16string_view path) const {
-    const auto holds = [&](const GuardedRoots& roots) {
-        return roots && std::ranges::any_of(*roots, [&](const Root& root) {
-                   return system_.tree().equal_ignoring_case(path, root.spelled) ||
-                          system_.tree().equal_ignoring_case(path, root.final);
-               });
-    };
-    return files::root_length(path) >= path.size() || holds(read_roots_) || holds(write_roots_);
+    return files::root_length(path) >= path.size() || any_root([&](const Root& root) {
+               return system_.tree().equal_ignoring_case(path, root.spelled) ||
+                      system_.tree().equal_ignoring_case(path, root.final);
+           });
 }
 
 bool PathGuard::leads_to_root(const NativePath& path) const {
-    const auto full = system_.tree().absolute_path(path.wide);
+    if (!read_roots_ && !write_roots_)
+        return false;
+    const auto full = absolute(path);
     if (!full)
         return false;
-    std::u16string folder = *full;
-    std::ranges::replace(folder, u'/', u'\\');
-    folder = files::without_trailing_separator(folder);
-    const auto holds = [&](const GuardedRoots& roots) {
-        return roots && std::ranges::any_of(*roots, [&](const Root& root) {
-                   return is_within(root.spelled, folder) || is_within(root.final, folder);
-               });
-    };
-    return holds(read_roots_) || holds(write_roots_);
+    const std::u16string_view folder = files::without_trailing_separator(*full);
+    return any_root([&](const Root& root) {
+        return is_within(root.spelled, folder) || is_within(root.final, folder);
+    });
 }
 
 // The folder that holds a root is none of ours to look at.
@@ -221,12 +225,10 @@ Result<void> PathGuard::check(const NativePath& path, Access access, LastLink la
 bool PathGuard::allows_disk(std::u16string_view root) {
     if (!read_roots_ && files::begins_with_drive(root))
         return true;
-    const auto lies_there = [&](const Root& of_policy) {
+    return any_root([&](const Root& of_policy) {
         return is_within(of_policy.spelled, root) || is_within(of_policy.final, root) ||
                is_within(root, of_policy.final);
-    };
-    return (read_roots_ && std::ranges::any_of(*read_roots_, lies_there)) ||
-           (write_roots_ && std::ranges::any_of(*write_roots_, lies_there));
+    });
 }
 
 bool PathGuard::allows_share(std::u16string_view share) {

@@ -6,6 +6,7 @@
 #include "src/system/system.h"
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -65,10 +66,13 @@ class PathGuard {
     bool allows(std::u16string_view path, Access access, std::u16string Root::*as) const;
     bool allows_spelled(std::u16string_view path, Access access) const;
     bool is_own(const files::NativePath& path);
+    // From its root on, with one kind of separator.
+    Result<std::u16string> absolute(const files::NativePath& path) const;
     Result<std::u16string> spelled(const files::NativePath& path, Access access);
     Result<Place> pin(std::u16string_view path, Access access);
     Result<Place> pin_root(std::u16string_view path, Access access);
     Result<void> check_above(std::u16string_view folder, Access access);
+    bool any_root(const std::function<bool(const Root&)>& holds) const;
     bool is_root(std::u16string_view path) const;
 
     System& system_;
