@@ -72,7 +72,7 @@ inline std::string tiff_value(ByteOrder order, const TiffField& field) {
     return value;
 }
 
-inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {
+inline std::string build_tiff(ByteOrder order, const TiffDirectories& directories) {
     std::string bytes;
     std::map<std::uint16_t, std::size_t> offsets; // where those of values stand, by tag
     // Writes a directory with its values behind it.
@@ -109,7 +109,7 @@ inline std::string build_tiff(ByteOrder order, TiffDirectories directories) {
         bytes.replace(offsets[tag], here.size(), here);
         add(fields);
     };
-    auto& [first, exif, gps, interoperability] = directories;
+    auto [first, exif, gps, interoperability] = directories; // with the pointers among them
     point(exif, tiff::tag::interoperability_directory, interoperability);
     point(first, tiff::tag::exif_directory, exif);
     point(first, tiff::tag::gps_directory, gps);
