@@ -25,6 +25,11 @@ inline auto in_no_system(params::Body body) {
         return body(call, system);
     };
 }
+inline std::string answer_of(params::Body body, System& system,
+                             std::vector<std::u16string> parameters) {
+    FakeCall call(std::move(parameters));
+    return answer_of(call, body(call, system));
+}
 template <typename Function>
 std::string answer_of(std::vector<std::u16string> parameters, const Function& function) {
     FakeCall call(std::move(parameters));

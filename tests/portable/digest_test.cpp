@@ -7,13 +7,11 @@
 namespace vell::files {
 namespace {
 
-using test::FakeCall;
 using test::FakeItem;
 
 // What a digest was asked for, and when it fails.
 struct DigestLog {
-    bool keeps_bytes = true;
-    std::string added;
+    std::string added; // the first of them
     std::uint64_t count = 0;
     std::optional<DigestAlgorithm> algorithm;
     int operations = 0;
@@ -33,7 +31,7 @@ class LoggingDigest : public Digest {
     Result<void> add(std::span<const char> bytes) override {
         VELL_TRY(log_.count_operation());
         log_.count += bytes.size();
-        if (log_.keeps_bytes)
+        if (log_.count <= 1'000'000)
             log_.added.append(bytes.data(), bytes.size());
         return {};
     }
@@ -49,17 +47,17 @@ class LoggingDigest : public Digest {
 class WithDigests : public test::FakeSystem {
   public:
     Result<std::unique_ptr<Digest>> new_digest(DigestAlgorithm algorithm) override {
-        log->algorithm = algorithm;
-        VELL_TRY(log->count_operation());
-        return std::unique_ptr<Digest>(std::make_unique<LoggingDigest>(*log));
+        log.algorithm = algorithm;
+        VELL_TRY(log.count_operation());
+        return std::unique_ptr<Digest>(std::make_unique<LoggingDigest>(log));
     }
-    DigestLog* log = nullptr;
+    DigestLog log; // of the last function
 };
 
-std::string hash(WithDigests& files, DigestLog& log, std::vector<std::u16string> parameters) {
-    FakeCall call(std::move(parameters));
-    files.log = &log;
-    const std::string answer = answer_of(call, get_file_hash(call, files));
+std::string hash(WithDigests& files, std::vector<std::u16string> parameters,
+                 int failing_operation = 0) {
+    files.log = {.failing_operation = failing_operation};
+    const std::string answer = answer_of(get_file_hash, files, std::move(parameters));
     EXPECT_EQ(files.open_files(), 0);
     return answer;
 }
@@ -71,9 +69,8 @@ TEST(FileHash, TakesEveryByteInOrderWhateverTheReadsBring) {
     for (const std::size_t longest_read : {bytes.size(), std::size_t{65'534}, std::size_t{1'001}}) {
         WithDigests files;
         files.add(u"file", FakeItem::device(bytes, longest_read));
-        DigestLog log;
-        EXPECT_EQ(hash(files, log, {u"", u"file"}), "000fa0ff");
-        EXPECT_EQ(log.added, bytes);
+        EXPECT_EQ(hash(files, {u"", u"file"}), "000fa0ff");
+        EXPECT_EQ(files.log.added, bytes);
         EXPECT_EQ(files.longest_request(), 65'535U);
     }
 }
@@ -96,11 +93,10 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
     };
     WithDigests files;
     files.add(u"file", "x");
-    for (const auto& c : cases) {
-        DigestLog log;
-        EXPECT_EQ(hash(files, log, {c.switches, u"file"}), c.expected)
-            << utf8_from_utf16(c.switches);
-        EXPECT_EQ(log.algorithm, c.algorithm) << utf8_from_utf16(c.switches);
+    for (const auto& [switches, algorithm, expected] : cases) {
+        SCOPED_TRACE(utf8_from_utf16(switches));
+        EXPECT_EQ(hash(files, {switches, u"file"}), expected);
+        EXPECT_EQ(files.log.algorithm, algorithm);
     }
 }
 
@@ -108,37 +104,29 @@ TEST(FileHash, SwitchesChooseAlgorithmAndForm) {
 TEST(FileHash, NoFailureIsTakenForTheEnd) {
     WithDigests files;
     files.add(u"file", std::string(150'000, 'x'));
-    DigestLog unhurt;
-    ASSERT_EQ(hash(files, unhurt, {u"", u"file"}), "000fa0ff");
-    const int file_operations = files.operations();
-    EXPECT_EQ(file_operations, 5); // opening, three reads and the one that finds the end
-    for (const ErrorCode code : {ErrorCode::Busy, static_cast<ErrorCode>(23)})
-        for (int i = 1; i <= file_operations; ++i) {
-            files.fail(i, code);
-            DigestLog log;
-            EXPECT_EQ(hash(files, log, {u"", u"file"}), "$$" + std::to_string(number(code))) << i;
-        }
-    files.fail(0, ErrorCode::Ok);
-    EXPECT_EQ(unhurt.operations, 5); // making, three additions, finishing
-    for (int i = 1; i <= unhurt.operations; ++i) {
-        DigestLog log;
-        log.failing_operation = i;
-        EXPECT_EQ(hash(files, log, {u"", u"file"}), "$$-108") << i;
+    ASSERT_EQ(hash(files, {u"", u"file"}), "000fa0ff");
+    EXPECT_EQ(files.operations(), 5);   // opening, three reads and the one that finds the end
+    EXPECT_EQ(files.log.operations, 5); // making, three additions, finishing
+    for (int failing = 1; failing <= 5; ++failing) {
+        SCOPED_TRACE(failing);
+        files.fail(failing, ErrorCode::Busy);
+        EXPECT_EQ(hash(files, {u"", u"file"}), "$$-47");
+        files.fail(failing, static_cast<ErrorCode>(23));
+        EXPECT_EQ(hash(files, {u"", u"file"}), "$$23");
+        files.fail(0, ErrorCode::Ok);
+        EXPECT_EQ(hash(files, {u"", u"file"}, failing), "$$-108");
     }
-    DigestLog log;
-    EXPECT_EQ(hash(files, log, {u"-SHA1"}), "$$-50");
-    EXPECT_EQ(hash(files, log, {u"", u"$$-43"}), "$$-4299");
-    EXPECT_EQ(hash(files, log, {u"", u"none"}), "$$-43");
+    EXPECT_EQ(hash(files, {u"-SHA1"}), "$$-50");
+    EXPECT_EQ(hash(files, {u"", u"$$-43"}), "$$-4299");
+    EXPECT_EQ(hash(files, {u"", u"none"}), "$$-43");
 }
 
 TEST(FileHash, FilesBeyondFourGibibytesAreTakenToTheirEnd) {
     constexpr std::uint64_t length = (4ULL << 30) + 200'000;
     WithDigests files;
     files.add(u"long", FakeItem{.length = length});
-    DigestLog log;
-    log.keeps_bytes = false;
-    EXPECT_EQ(hash(files, log, {u"", u"long"}), "000fa0ff");
-    EXPECT_EQ(log.count, length);
+    EXPECT_EQ(hash(files, {u"", u"long"}), "000fa0ff");
+    EXPECT_EQ(files.log.count, length);
 }
 
 } // namespace

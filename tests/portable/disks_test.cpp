@@ -3,7 +3,6 @@
 #include "src/files/disks/disks.h"
 #include "src/files/paths/special_folders.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_system.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -171,9 +170,7 @@ class NotedPlaces : public test::FakeSystem {
 TEST(FindFolder, TakesTheLongestWord) {
     NotedPlaces system;
     const auto found = [&](std::u16string switches) {
-        const std::vector<std::u16string> parameters{std::move(switches)};
-        return test::answer_of(parameters,
-                               [&](params::Call& call) { return find_folder(call, system); });
+        return test::answer_of(find_folder, system, {std::move(switches)});
     };
     for (const auto& [word, folder] : special_folder_words()) {
         EXPECT_EQ(found(u"-" + utf16_from_utf8(word) + u"Folder -CreateFolder"), "C:\\x\\");

@@ -3,7 +3,6 @@
 #include "src/files/listing/folder_size.h"
 #include "src/files/listing/listing.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_system.h"
 
 #include <gtest/gtest.h>
 
@@ -177,10 +176,9 @@ TEST(ListFolder, TellsAllOfItsItemsAsJson) {
     system.add_folder(u"C:\\top\\loop").link = u"elsewhere";
     const std::string rest = R"("Accessed":"2024-02-29T12:34:56","Hidden":)";
     const std::string times = R"("Created":"2024-02-29T12:34:56","Modified":)";
-    EXPECT_EQ(test::answer_of(
-                  {u"files folders -recursive showinvisibles -Format=JSON -FileMakerPathFormat",
-                   u"C:\\top"},
-                  [&](params::Call& call) { return list_folder(call, system); }),
+    const auto* switches =
+        u"files folders -recursive showinvisibles -Format=JSON -FileMakerPathFormat";
+    EXPECT_EQ(test::answer_of(list_folder, system, {switches, u"C:\\top"}),
               R"([{"Name":"sub","Path":"filewin:/C:/top/sub","Type":"folder",)" + times +
                   R"("1999-12-31T23:59:58",)" + rest + R"(false,"ReadOnly":false},)" +
                   R"({"Name":"ä\"b.txt","Path":"filewin:/C:/top/sub/ä\"b.txt",)" +
@@ -189,18 +187,16 @@ TEST(ListFolder, TellsAllOfItsItemsAsJson) {
                   R"({"Name":"loop","Path":"filewin:/C:/top/loop","Type":"folder","Link":true,)" +
                   times + R"("2024-02-29T12:34:56",)" + rest + R"(false,"ReadOnly":false}])");
     system.add_folder(u"C:\\empty");
-    EXPECT_EQ(test::answer_of({u"files showpointdirs folders -Format=JSON", u"C:\\empty"},
-                              [&](params::Call& call) { return list_folder(call, system); }),
-              "[]");
+    switches = u"files showpointdirs folders -Format=JSON";
+    EXPECT_EQ(test::answer_of(list_folder, system, {switches, u"C:\\empty"}), "[]");
 }
 
 TEST(ListFolder, GivesTheSystemsNumberAndFolderSizeItsCode) {
     FakeSystem folders;
     folders.fill(u"C:\\top\\", {file(u"a.txt"), folder(u"sub")});
     folders.refuse(u"C:\\top\\sub\\", 5);
-    test::FakeCall call({u"files -recursive", u"C:\\top"});
-    EXPECT_EQ(number(list_folder(call, folders).error()), 5);
-    EXPECT_EQ(get_folder_size(call, folders).error(), ErrorCode::Busy);
+    EXPECT_EQ(test::answer_of(list_folder, folders, {u"files -recursive", u"C:\\top"}), "$$5");
+    EXPECT_EQ(test::answer_of(get_folder_size, folders, {u"", u"C:\\top"}), "$$-47");
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "src/files/information/information.h"
 #include "src/files/paths/path_to.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_system.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +10,6 @@
 namespace vell::files {
 namespace {
 
-using params::Call;
 using test::answer_of;
 using test::FakeCall;
 using test::in_no_system;
@@ -19,29 +17,25 @@ using test::in_no_system;
 // One item, "item"; every operation can be made to fail.
 class OneItem : public test::FakeSystem {
   public:
-    explicit OneItem(std::uint32_t attributes) : value(attributes) {}
+    explicit OneItem(std::uint32_t attributes) { add(u"item").attributes = attributes; }
+    std::uint32_t value() { return find(u"item")->attributes; }
 
-    std::uint32_t value;
     int changes = 0;
     ErrorCode reading = ErrorCode::Ok;
     ErrorCode writing = ErrorCode::Ok;
     Result<bool> unused = true;
 
     Result<std::uint32_t> attributes(const NativePath& path) override {
-        if (path.wide != u"item" && !path.wide.starts_with(u"item."))
-            return Failure{ErrorCode::NotFound};
         if (reading != ErrorCode::Ok)
             return Failure{reading};
-        return value;
+        return FakeSystem::attributes(path);
     }
-    Result<void> set_attributes(const NativePath&, std::uint32_t attributes) override {
+    Result<void> set_attributes(const NativePath& path, std::uint32_t attributes) override {
         if (writing != ErrorCode::Ok)
             return Failure{writing};
-        value = attributes;
         ++changes;
-        return {};
+        return FakeSystem::set_attributes(path, attributes);
     }
-    Result<std::uint64_t> size(const NativePath&) override { return (std::uint64_t{1} << 53) + 1; }
     Result<bool> is_unused(const NativePath& path, Permission) override {
         if (path.wide != u"item")
             return Failure{ErrorCode::FolderNotFound};
@@ -50,13 +44,11 @@ class OneItem : public test::FakeSystem {
 };
 
 std::string get(OneItem& item, std::vector<std::u16string> parameters) {
-    return answer_of(std::move(parameters),
-                     [&](Call& call) { return get_file_attribute(call, item); });
+    return answer_of(get_file_attribute, item, std::move(parameters));
 }
 
 std::string set(OneItem& item, std::vector<std::u16string> parameters) {
-    return answer_of(std::move(parameters),
-                     [&](Call& call) { return set_file_attribute(call, item); });
+    return answer_of(set_file_attribute, item, std::move(parameters));
 }
 
 constexpr std::uint32_t other_bits = 0x2010; // a folder that is not indexed
@@ -76,7 +68,7 @@ TEST(FileAttribute, ExactlyOneSwitchAsks) {
 TEST(FileAttribute, OnlyBeingInUseMakesAFileNotFree) {
     OneItem item(0);
     const auto can_be_changed = [&] {
-        return answer_of({u"", u"item"}, [&](Call& call) { return is_free(call, item); });
+        return answer_of(is_free, item, {u"", u"item"});
     };
     EXPECT_EQ(get(item, {u"-IsFree", u"item"}), "1");
     EXPECT_EQ(get(item, {u"-IsFree", u"none"}), "$$-43"); // its folder is missing, too
@@ -104,7 +96,7 @@ TEST(SetFileAttribute, SwitchesSetAndClearBitsAndLeaveTheOthers) {
              {std::pair(bits(""), bits(row[1])), {bits("rha"), bits(row[2])}}) {
             OneItem item(before);
             EXPECT_EQ(set(item, {utf16_from_utf8(row[0]), u"item", u"TEXT", u"a comment"}), "0");
-            EXPECT_EQ(item.value, after) << row[0];
+            EXPECT_EQ(item.value(), after) << row[0];
             EXPECT_EQ(item.changes, before != after) << row[0];
         }
 }
@@ -116,7 +108,7 @@ TEST(SetFileAttribute, ReportsFailures) {
     EXPECT_EQ(set(item, {u"-unlock", u"item"}), "0"); // nothing to write
     item.reading = static_cast<ErrorCode>(21);
     EXPECT_EQ(set(item, {u"-unlock", u"item"}), "$$21");
-    EXPECT_EQ(item.value, 0u);
+    EXPECT_EQ(item.value(), 0u);
 }
 
 TEST(SetFileAttribute, AStepSaysItByItsLists) {
@@ -126,7 +118,7 @@ TEST(SetFileAttribute, AStepSaysItByItsLists) {
         for (std::size_t i = 0; i < lists.size(); ++i)
             call.set_step_option(i + 2, lists[i]);
         const std::string answer = answer_of(call, set_file_attribute(call, item));
-        return answer + " " + std::to_string(item.value);
+        return answer + " " + std::to_string(item.value());
     };
     EXPECT_EQ(step(0x23, {0, 0, 0, 0}), "0 35");
     EXPECT_EQ(step(0x22, {2, 1, 0, 3}), "0 33"); // locked, shown, archive bit as it was
@@ -138,9 +130,10 @@ TEST(SetFileAttribute, AStepSaysItByItsLists) {
 }
 
 TEST(Information, SizesAreExact) {
-    OneItem item(0);
-    EXPECT_EQ(answer_of({u"", u"item"}, [&](Call& call) { return get_file_size(call, item); }),
-              "9007199254740993"); // no binary fraction of double length has it
+    test::FakeSystem system;
+    system.add(u"item", test::FakeItem{.length = (std::uint64_t{1} << 53) + 1});
+    // No binary fraction of double length has it.
+    EXPECT_EQ(answer_of(get_file_size, system, {u"", u"item"}), "9007199254740993");
 }
 
 TEST(Information, NamesAndExtensionsAreThoseOfTheLastComponent) {

@@ -11,7 +11,7 @@ namespace vell::files::item_facts_test {
 namespace {
 
 using params::CalendarTime;
-using params::Call;
+using test::answer_of;
 using test::FakeCall;
 
 constexpr CalendarTime created{2020, 1, 2, 3, 4, 5};
@@ -50,10 +50,6 @@ class OneItem : public test::FakeSystem {
     }
 };
 
-std::string answer(params::Body body, OneItem& item, std::vector<std::u16string> parameters) {
-    return test::answer_of(std::move(parameters), [&](Call& call) { return body(call, item); });
-}
-
 // Gives a time, and tells as which kind of value one is set.
 class TimedCall : public FakeCall {
   public:
@@ -89,8 +85,8 @@ TEST(FileTimes, EachFunctionGivesItsPartOfItsTime) {
     OneItem item;
     for (const auto& [body, value] : cases) {
         TimedCall call({u"", u"item"});
-        EXPECT_EQ(test::answer_of(call, body(call, item)), value);
-        EXPECT_EQ(answer(body, item, {u"", u"none"}), "$$-43");
+        EXPECT_EQ(answer_of(call, body(call, item)), value);
+        EXPECT_EQ(answer_of(body, item, {u"", u"none"}), "$$-43");
     }
 }
 
@@ -100,7 +96,7 @@ TEST(FileTimes, OnlyTheOneThatIsNamedIsChanged) {
                          const std::optional<CalendarTime>& time) {
         TimedCall call({u"", std::move(path), u"time"});
         call.given = time;
-        return test::answer_of(call, body(call, item));
+        return answer_of(call, body(call, item));
     };
     const auto years = [&] {
         const test::FakeItem& changed = *item.find(u"item");
@@ -121,28 +117,28 @@ TEST(FileKind, IsAskedForByNameWhereTheShellTakesNoPath) {
     for (const std::u16string& path :
          {std::u16string(u"C:\\a\\b.txt"), longest, longest + u"x", ending})
         item.add(path);
-    EXPECT_EQ(answer(get_file_kind, item, {u"", u"C:/a/b.txt"}), "by item");
+    EXPECT_EQ(answer_of(get_file_kind, item, {u"", u"C:/a/b.txt"}), "by item");
     EXPECT_EQ(item.asked_type, u"C:\\a\\b.txt");
-    EXPECT_EQ(answer(get_file_kind, item, {u"", longest}), "by item");
-    EXPECT_EQ(answer(get_file_kind, item, {u"", longest + u"x"}), "by name");
+    EXPECT_EQ(answer_of(get_file_kind, item, {u"", longest}), "by item");
+    EXPECT_EQ(answer_of(get_file_kind, item, {u"", longest + u"x"}), "by name");
     EXPECT_EQ(item.asked_type, u"x.txtx");
-    EXPECT_EQ(answer(get_file_kind, item, {u"", ending}), "by name");
+    EXPECT_EQ(answer_of(get_file_kind, item, {u"", ending}), "by name");
     EXPECT_EQ(item.asked_type, u"x." + std::u16string(130, u'e'));
-    EXPECT_EQ(answer(get_file_kind, item, {u"", u"none"}), "$$-43");
+    EXPECT_EQ(answer_of(get_file_kind, item, {u"", u"none"}), "$$-43");
 }
 
 TEST(PreferredLanguages, AreListedOrTheFirstOfThemIs) {
     OneItem item;
-    EXPECT_EQ(answer(get_preferred_languages, item, {u""}), "");
+    EXPECT_EQ(answer_of(get_preferred_languages, item, {u""}), "");
     item.languages = {u"en-GB", u"de"};
-    EXPECT_EQ(answer(get_preferred_languages, item, {u""}), "en-GB\rde");
-    EXPECT_EQ(answer(get_preferred_languages, item, {u"-GetFirstLanguage"}), "en-GB");
+    EXPECT_EQ(answer_of(get_preferred_languages, item, {u""}), "en-GB\rde");
+    EXPECT_EQ(answer_of(get_preferred_languages, item, {u"-GetFirstLanguage"}), "en-GB");
 }
 
 TEST(CodeSignature, IsToldInLinesAsFarAsItIsKnown) {
     OneItem item;
     const auto told = [&] {
-        return answer(get_code_sign_info, item, {u"", u"item"});
+        return answer_of(get_code_sign_info, item, {u"", u"item"});
     };
     item.signature = {.is_signed = false, .verdict = 0x800B0100};
     EXPECT_EQ(told(), "Signed: 0\rValid: 0");
@@ -158,13 +154,13 @@ TEST(CodeSignature, IsToldInLinesAsFarAsItIsKnown) {
 TEST(ContentsDialog, GivesTheContentsOfWhatTheUserSelects) {
     OneItem item;
     item.add(u"C:\\a", "text");
-    EXPECT_EQ(answer(contents_dialog, item, {u"", u"Which"}), "$$-128");
+    EXPECT_EQ(answer_of(contents_dialog, item, {u"", u"Which"}), "$$-128");
     EXPECT_EQ(item.title, u"Which");
     item.selected = u"C:\\a";
-    EXPECT_EQ(answer(contents_dialog, item, {u""}), "text");
+    EXPECT_EQ(answer_of(contents_dialog, item, {u""}), "text");
     EXPECT_EQ(item.title, u"Select a file.");
     item.selected = u"C:\\gone";
-    EXPECT_EQ(answer(contents_dialog, item, {u""}), "$$-43");
+    EXPECT_EQ(answer_of(contents_dialog, item, {u""}), "$$-43");
 }
 
 } // namespace

@@ -32,9 +32,7 @@ class NewNames : public ::testing::Test {
         std::vector<std::u16string> parameters = maker.before;
         parameters.push_back(path);
         parameters.insert(parameters.end(), maker.behind.begin(), maker.behind.end());
-        EXPECT_EQ(test::answer_of(parameters,
-                                  [&](params::Call& call) { return maker.body(call, system); }),
-                  code)
+        EXPECT_EQ(test::answer_of(maker.body, system, parameters), code)
             << maker.name << ' ' << utf8_from_utf16(path.substr(0, 99));
         EXPECT_EQ(system.all(), before);
     }
