@@ -123,10 +123,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         const auto found = items_.find(key_of(path));
         return found == items_.end() ? nullptr : &found->second;
     }
-    std::string at(std::u16string_view path) {
-        const FakeItem* item = find(path);
-        return item ? item->bytes : "<none>";
-    }
+    std::string at(std::u16string_view path) { return find(path) ? find(path)->bytes : "<none>"; }
     void erase(std::u16string_view path) { items_.erase(key_of(path)); }
     // The bytes of files by their paths, and with folders, whose paths end with a backslash.
     Contents contents() const {
@@ -197,10 +194,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
                                               files::Permission permission) override {
         VELL_TRY(count_operation());
         const std::u16string key = followed(key_of(path.wide), files::FollowLink::Yes);
-        const FakeItem* item = find(key);
-        if (!item)
-            return Failure{ErrorCode::NotFound};
-        if (item->is_watched)
+        if (VELL_TRY(existing(key))->is_watched)
             return Failure{ErrorCode::Busy};
         return VELL_TRY(open_free(key, permission));
     }
@@ -260,16 +254,13 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
             return counted;
         }
         VELL_TRY(check_transfer(source, target, files::Replace::Yes));
-        if (!find(target.wide))
-            return Failure{ErrorCode::NotFound};
-        find(target.wide)->bytes = find(source.wide)->bytes;
+        VELL_TRY(existing(target.wide))->bytes = find(source.wide)->bytes;
         erase(source.wide);
         return {};
     }
     Result<void> remove(const NativePath& path) override {
         VELL_TRY(count_operation());
-        if (!find(path.wide))
-            return Failure{ErrorCode::NotFound};
+        VELL_TRY(existing(path.wide));
         if (open_.contains(key_of(path.wide)) || is_folder(key_of(path.wide)))
             return Failure{ErrorCode::Busy};
         erase(path.wide);
@@ -297,6 +288,10 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     }
 
   protected:
+    Result<FakeItem*> existing(std::u16string_view path) {
+        FakeItem* item = find(path);
+        return item ? Result<FakeItem*>(item) : Failure{ErrorCode::NotFound};
+    }
     // Where a path leads.
     std::u16string followed(const std::u16string& key, files::FollowLink last) {
         for (std::size_t end = 0; end < key.size();) {
@@ -385,8 +380,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     }
     Result<void> check_transfer(const NativePath& source, const NativePath& target,
                                 files::Replace replace) {
-        if (!find(source.wide))
-            return Failure{ErrorCode::NotFound};
+        VELL_TRY(existing(source.wide));
         if (open_.contains(key_of(source.wide)) || open_.contains(key_of(target.wide)))
             return Failure{ErrorCode::Busy};
         return replace == files::Replace::Yes ? Result<void>() : check_free(target);

@@ -111,27 +111,21 @@ class FakeSystem : public System,
 
     // ItemProperties
     Result<std::uint32_t> attributes(const NativePath& path) override {
-        const FakeItem* item = find(path.wide);
-        return item ? Result<std::uint32_t>(item->attributes) : not_found;
+        return VELL_TRY(existing(path.wide))->attributes;
     }
     Result<void> set_attributes(const NativePath& path, std::uint32_t attributes) override {
-        FakeItem* item = find(path.wide);
-        if (!item)
-            return not_found;
-        item->attributes = attributes;
+        VELL_TRY(existing(path.wide))->attributes = attributes;
         return {};
     }
     Result<std::uint64_t> size(const NativePath& path) override {
-        const FakeItem* item = find(path.wide);
-        return item ? Result<std::uint64_t>(item->end()) : not_found;
+        return VELL_TRY(existing(path.wide))->end();
     }
     Result<bool> is_unused(const NativePath& path, files::Permission) override {
-        return find(path.wide) ? Result<bool>(!open_.contains(key_of(path.wide))) : not_found;
+        VELL_TRY(existing(path.wide));
+        return !open_.contains(key_of(path.wide));
     }
     Result<params::CalendarTime> time(const NativePath& path, files::ItemTime which) override {
-        const FakeItem* item = find(path.wide);
-        if (!item)
-            return not_found;
+        const FakeItem* item = VELL_TRY(existing(path.wide));
         return which == files::ItemTime::Created    ? item->created
                : which == files::ItemTime::Accessed ? item->accessed
                                                     : item->modified;
@@ -151,10 +145,7 @@ class FakeSystem : public System,
                                     static_cast<int>(clock.seconds().count())};
     }
     Result<void> set_times(const NativePath& path, const files::NewTimes& times) override {
-        FakeItem* item = find(path.wide);
-        if (!item)
-            return not_found;
-        set_item_times(*item, times);
+        set_item_times(*VELL_TRY(existing(path.wide)), times);
         return {};
     }
     Result<std::u16string> type_name(const std::u16string&, std::uint32_t, files::TypeBy) override {

@@ -1,8 +1,7 @@
 // Commands that exist only here: their output, their times and their settings.
 #include "src/files/commands/running_command.h"
 #include "src/files/commands/shell.h"
-#include "tests/portable/fake_call.h"
-#include "tests/portable/fake_system.h"
+#include "tests/portable/answer_of.h"
 
 #include <gtest/gtest.h>
 
@@ -63,14 +62,13 @@ class FakeCommand : public RunningCommand, public Clock {
     std::size_t taken_ = 0;
 };
 
-std::u16string output_of(FakeCommand& command, const CommandSettings& settings) {
+std::string output_of(FakeCommand& command, const CommandSettings& settings) {
     CommandOutput output(settings.encoding);
-    const Result<void> collected = collect_output(command, command, settings, output);
-    if (!collected)
-        return utf16_from_utf8(std::to_string(number(collected.error())));
     test::FakeCall call({});
-    output.hand_over(call);
-    return *call.result();
+    const Result<void> collected = collect_output(command, command, settings, output);
+    if (collected)
+        output.hand_over(call);
+    return answer_of(call, collected);
 }
 
 // 60 ticks of the clock take two seconds.
@@ -78,14 +76,14 @@ constexpr CommandSettings short_limit{.time_limit = 60};
 
 TEST(RunningCommand, IsGivenUpWhenItsTimeHasPassed) {
     FakeCommand in_time(2050);
-    EXPECT_EQ(output_of(in_time, short_limit), u"");
+    EXPECT_EQ(output_of(in_time, short_limit), "");
     FakeCommand silent(FakeCommand::never);
-    EXPECT_EQ(output_of(silent, short_limit), u"-4230");
+    EXPECT_EQ(output_of(silent, short_limit), "$$-4230");
     EXPECT_GE(silent.now, 2100u);
     EXPECT_LT(silent.now, 2120u);
     // Looks are ten milliseconds apart at most, and the end is seen at once.
     FakeCommand quick(25);
-    EXPECT_EQ(output_of(quick, short_limit), u"");
+    EXPECT_EQ(output_of(quick, short_limit), "");
     EXPECT_EQ(quick.now, 25u);
 }
 
@@ -100,13 +98,13 @@ TEST(RunningCommand, OutputMovesTheLimitOneSecondOn) {
     lines.erase(lines.begin() + 10, lines.end());
     for (const auto& [limit, over] : {std::pair{60, 11'100u}, {30, 11'100u}, {150, 14'100u}}) {
         FakeCommand then_silent(FakeCommand::never, lines);
-        EXPECT_EQ(output_of(then_silent, {.time_limit = limit}), u"-4230");
+        EXPECT_EQ(output_of(then_silent, {.time_limit = limit}), "$$-4230");
         EXPECT_GE(then_silent.now, over);
         EXPECT_LT(then_silent.now, over + 20);
     }
     // What is read without a pause counts once.
     FakeCommand burst(FakeCommand::never, {{3000, std::string(100'000, 'x')}, {3001, "y"}});
-    EXPECT_EQ(output_of(burst, {.time_limit = 150}), u"-4230");
+    EXPECT_EQ(output_of(burst, {.time_limit = 150}), "$$-4230");
     EXPECT_GE(burst.now, 7100u);
     EXPECT_LT(burst.now, 7120u);
 }
@@ -122,15 +120,15 @@ TEST(RunningCommand, OthersMayWriteToItsOutputForAWhile) {
     const std::deque<FakeCommand::Writing> writings{{100, "own "}, {100, "left "}, {900, "late"}};
     // The last writer ends it, the wait after the exit, or the exit itself.
     FakeCommand closed(100, writings, 1000);
-    EXPECT_EQ(output_of(closed, {}), u"own left late");
+    EXPECT_EQ(output_of(closed, {}), "own left late");
     EXPECT_LE(closed.now, 1010u);
     FakeCommand held(100, writings, FakeCommand::never);
-    EXPECT_EQ(output_of(held, {}), u"own left late");
+    EXPECT_EQ(output_of(held, {}), "own left late");
     EXPECT_GE(held.now, 8100u); // 240 ticks
     EXPECT_LT(held.now, 8120u);
     for (const Ticks wait : {Ticks{0}, Ticks{-60}}) {
         FakeCommand not_waited_for(100, writings, FakeCommand::never);
-        EXPECT_EQ(output_of(not_waited_for, {.wait_after_exit = wait}), u"own left ");
+        EXPECT_EQ(output_of(not_waited_for, {.wait_after_exit = wait}), "own left ");
         EXPECT_EQ(not_waited_for.now, 100u);
     }
 }
@@ -138,16 +136,16 @@ TEST(RunningCommand, OthersMayWriteToItsOutputForAWhile) {
 TEST(RunningCommand, ReportsTheSystemsFailures) {
     FakeCommand unknown_state(FakeCommand::never);
     unknown_state.fail_end_query = 3;
-    EXPECT_EQ(output_of(unknown_state, {}), u"-47");
+    EXPECT_EQ(output_of(unknown_state, {}), "$$-47");
     for (const std::uint64_t at : {50, 200}) { // before its end and after
         FakeCommand unreadable(100, {{at, "x"}}, 300);
         unreadable.fail_read = 1;
-        EXPECT_EQ(output_of(unreadable, {}), u"-108") << at;
+        EXPECT_EQ(output_of(unreadable, {}), "$$-108") << at;
     }
 }
 
 struct ShellRun {
-    std::u16string result; // or the code
+    std::string answer;
     std::u16string command;
     CommandSettings settings;
 };
@@ -172,39 +170,33 @@ class NotedCommands : public test::FakeSystem {
 ShellRun run(test::FakeCall& call, const std::string& writes = "") {
     ShellRun run;
     NotedCommands system(run, writes);
-    const Result<void> done = execute_shell(call, system);
-    EXPECT_EQ(done.has_value(), call.result().has_value());
-    run.result = done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
+    run.answer = answer_of(call, execute_shell(call, system));
     return run;
 }
 
-ShellRun run_function(std::u16string switches, const std::string& writes = "") {
-    test::FakeCall call({std::move(switches), u"some command"});
+ShellRun run_function(const std::u16string& switches, const std::string& writes = "") {
+    test::FakeCall call({switches, u"some command"});
     return run(call, writes);
 }
 
 TEST(ExecuteShell, TakesItsTimesFromTheSwitches) {
     EXPECT_EQ(run_function(u"").settings.time_limit, 1200);
     EXPECT_EQ(run_function(u"").settings.wait_after_exit, 240);
-    const struct {
-        const char16_t* switches;
-        Ticks limit; // or the code
-    } cases[] = {
-        {u"-TimeoutSecs=86400", 5'184'000},
-        {u"-TimeoutSecs=86401", -4239},
-        {u"-timeoutsecs 30 -ShowCommandWindow", 1800},
-        {u"-TimeoutSecs=0", 0},
-        {u"-TimeoutSecs=18446744073709551617", -4239},
-        {u"-TimeoutSecs=soon", -4239},
-        {u"-TimeoutTicks=5184000", 5'184'000},
-        {u"-TimeoutTicks=5184001", -4239},
-        {u"-TimeoutTicks=5184001 -TimeoutSecs=2", 120},
+    const std::pair<const char16_t*, const char*> limits[] = {
+        {u"-TimeoutSecs=86400", "5184000"},
+        {u"-TimeoutSecs=86401", "$$-4239"},
+        {u"-timeoutsecs 30 -ShowCommandWindow", "1800"},
+        {u"-TimeoutSecs=0", "0"},
+        {u"-TimeoutSecs=18446744073709551617", "$$-4239"},
+        {u"-TimeoutSecs=soon", "$$-4239"},
+        {u"-TimeoutTicks=5184000", "5184000"},
+        {u"-TimeoutTicks=5184001", "$$-4239"},
+        {u"-TimeoutTicks=5184001 -TimeoutSecs=2", "120"},
     };
-    for (const auto& [switches, limit] : cases) {
+    for (const auto& [switches, limit] : limits) {
         const ShellRun done = run_function(switches);
-        const Ticks outcome = done.command.empty() ? std::stoll(utf8_from_utf16(done.result))
-                                                   : done.settings.time_limit;
-        EXPECT_EQ(outcome, limit) << utf8_from_utf16(switches);
+        const std::string taken = std::to_string(done.settings.time_limit);
+        EXPECT_EQ(done.command.empty() ? done.answer : taken, limit) << utf8_from_utf16(switches);
     }
     EXPECT_EQ(run_function(u"-WaitAfterExitTicks=7").settings.wait_after_exit, 7);
     // Only the first 1000 characters count.
@@ -215,26 +207,24 @@ TEST(ExecuteShell, TakesItsTimesFromTheSwitches) {
 
 TEST(ExecuteShell, GivesTheOutputDecoded) {
     const std::string bytes = "caf\xC3\xA9\n\xFF\r\nend\r";
-    EXPECT_EQ(run_function(u"", bytes).result, u"caf\u00E9\r\n<INVALID UTF8>\rend\r");
-    EXPECT_EQ(run_function(u"-Encoding=BytesOnly", bytes).result,
-              u"caf\u00C3\u00A9\r\n\u00FF\rend\r");
+    EXPECT_EQ(run_function(u"", bytes).answer, "café\r\n<INVALID UTF8>\rend\r");
+    EXPECT_EQ(run_function(u"-Encoding=BytesOnly", bytes).answer, "cafÃ©\r\nÿ\rend\r");
     const ShellRun started = run_function(u"-DontWaitOnResult -ShowCommandWindow", "unread");
-    EXPECT_EQ(started.result, u"0");
+    EXPECT_EQ(started.answer, "0");
     EXPECT_EQ(started.command, u"some command");
     EXPECT_TRUE(started.settings.show_window);
 }
 
 TEST(ExecuteShell, RefusesWhatItCannotRun) {
     test::FakeCall cut({u"", std::u16string(u"echo a\0b", 8)});
-    EXPECT_EQ(run(cut).result, u"-50");
+    EXPECT_EQ(run(cut).answer, "$$-50");
     // "cmd /c " counts, too.
-    for (const auto& [length, result] : {std::pair(8184, u"0"), {8185, u"-50"}}) {
+    for (const auto& [length, answer] : {std::pair(8184, "0"), {8185, "$$-50"}}) {
         test::FakeCall call({u"-DontWaitOnResult", std::u16string(length, u'x')});
-        EXPECT_EQ(run(call).result, result) << length;
+        EXPECT_EQ(run(call).answer, answer) << length;
     }
-    test::FakeCall refused({u"", u"x"});
     test::FakeSystem without_commands;
-    EXPECT_EQ(execute_shell(refused, without_commands).error(), ErrorCode::NotAvailable);
+    EXPECT_EQ(test::answer_of(execute_shell, without_commands, {u"", u"x"}), "$$-4221");
 }
 
 TEST(ExecuteShell, AStepsOptionsStandInThePlaceOfSwitches) {
@@ -246,12 +236,12 @@ TEST(ExecuteShell, AStepsOptionsStandInThePlaceOfSwitches) {
         return run(call, "\xFF");
     };
     EXPECT_EQ(step({}).settings.time_limit, 1200);
-    EXPECT_EQ(step({}).result, u"<INVALID UTF8>");
+    EXPECT_EQ(step({}).answer, "<INVALID UTF8>");
     EXPECT_EQ(step({{2, 86'400}}).settings.time_limit, 5'184'000);
-    EXPECT_EQ(step({{2, 0}}).result, u"-4239");
-    EXPECT_EQ(step({{2, 86'401}}).result, u"-4239");
-    EXPECT_EQ(step({{3, 0}}).result, u"0");
-    EXPECT_EQ(step({{3, 1}, {4, 4200}}).result, u"\u00FF");
+    EXPECT_EQ(step({{2, 0}}).answer, "$$-4239");
+    EXPECT_EQ(step({{2, 86'401}}).answer, "$$-4239");
+    EXPECT_EQ(step({{3, 0}}).answer, "0");
+    EXPECT_EQ(step({{3, 1}, {4, 4200}}).answer, "ÿ");
     EXPECT_EQ(step({{5, 2}}).settings.wait_after_exit, 120);
     EXPECT_EQ(step({{5, 0}}).settings.wait_after_exit, 0);
     EXPECT_FALSE(step({}).settings.show_window);

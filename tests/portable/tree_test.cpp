@@ -4,8 +4,7 @@
 #include "src/files/tree/folder_operations.h"
 #include "src/files/tree/item_names.h"
 #include "src/files/tree/tree.h"
-#include "tests/portable/fake_call.h"
-#include "tests/portable/fake_system.h"
+#include "tests/portable/answer_of.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +12,7 @@
 namespace vell::files {
 namespace {
 
+using test::answer_of;
 using test::FakeCall;
 
 using Items = test::FakeItems::Contents; // folders end with a backslash
@@ -84,17 +84,6 @@ class FakeTree : public test::FakeSystem {
 constexpr auto all_contents = u"-deleteAllSubFoldersAndAllContents";
 constexpr auto without_asking = u"-deleteAllSubFoldersAndAllContents noWarning";
 
-// The code of a call.
-int run(params::Body body, FakeTree& tree, FakeCall& call) {
-    const Result<void> done = body(call, tree);
-    EXPECT_EQ(call.result().has_value(), done.has_value());
-    return done ? 0 : number(done.error());
-}
-int run(params::Body body, FakeTree& tree, std::vector<std::u16string> parameters) {
-    FakeCall call(std::move(parameters));
-    return run(body, tree, call);
-}
-
 TEST(PathParts, SplitEveryFormOfAPath) {
     for (const auto& row : test::wide_table("path_parts.txt", 4)) {
         SCOPED_TRACE(utf8_from_utf16(row[0]));
@@ -126,16 +115,16 @@ TEST(ItemNames, TellWhereWindowsMakesAndChangesThings) {
 TEST(MakeFolders, GoesUpToWhatIsThereAndNoFurther) {
     FakeTree tree;
     const auto make = [&](const std::u16string& path) {
-        return run(create_folder, tree, {u"", path});
+        return answer_of(create_folder, tree, {u"", path});
     };
-    EXPECT_EQ(make(u"C:\\a\\b\\c"), 0);
+    EXPECT_EQ(make(u"C:\\a\\b\\c"), "0");
     EXPECT_EQ(tree.all(), (Items{{u"C:\\a\\", ""}, {u"C:\\a\\b\\", ""}, {u"C:\\a\\b\\c\\", ""}}));
-    EXPECT_EQ(make(u"C:\\a\\b"), -48);
-    EXPECT_EQ(make(u"Q:\\a\\b"), -120);
-    EXPECT_EQ(make(u"C:\\x\\y \\z"), -37);
+    EXPECT_EQ(make(u"C:\\a\\b"), "$$-48");
+    EXPECT_EQ(make(u"Q:\\a\\b"), "$$-120");
+    EXPECT_EQ(make(u"C:\\x\\y \\z"), "$$-37");
     for (const auto* path : {u"C:\\a\\cannot be", u"C:\\a\\cannot be\\d", u"cannot be"})
-        EXPECT_EQ(make(path), -120);
-    EXPECT_EQ(make(u"C:\\new\\cannot be"), 0);
+        EXPECT_EQ(make(path), "$$-120");
+    EXPECT_EQ(make(u"C:\\new\\cannot be"), "0");
     EXPECT_EQ(tree.all().size(), 4u);
 }
 
@@ -144,32 +133,32 @@ TEST(MakeFolders, TakesFewStepsForALongPathThatLeadsNowhere) {
     const auto make = [&](std::u16string path, int levels, const std::u16string& end = u"") {
         while (levels-- > 0)
             path += u"\\a";
-        return run(create_folder, tree, {u"", path + end});
+        return answer_of(create_folder, tree, {u"", path + end});
     };
-    EXPECT_EQ(make(u"Q:", 16'000), -120);
+    EXPECT_EQ(make(u"Q:", 16'000), "$$-120");
     EXPECT_LT(tree.looks, 40);
-    EXPECT_EQ(make(u"Q:", 16'384), 206);
+    EXPECT_EQ(make(u"Q:", 16'384), "$$206");
     EXPECT_LT(tree.looks, 40);
     tree.looks = 0;
-    EXPECT_EQ(make(u"C:", 300), 0);
-    EXPECT_EQ(make(u"C:", 300, u"\\b\\c\\d"), 0);
+    EXPECT_EQ(make(u"C:", 300), "0");
+    EXPECT_EQ(make(u"C:", 300, u"\\b\\c\\d"), "0");
     EXPECT_LT(tree.looks, 350);
     EXPECT_EQ(tree.all().size(), 303u);
 }
 
 TEST(FileFunctions, NoteWhatTheyDo) {
-    FakeTree tree(Items{{u"f", ""}});
-    FakeCall copy({u"", u"f", u"g"});
-    EXPECT_TRUE(copy_file(copy, tree));
     using Notes = std::vector<std::string>;
-    EXPECT_EQ(copy.notes(), (Notes{"IN CopyMoveFile", "CopyMoveFile sourceFileTxt NOERR "}));
-    FakeCall lost({u"", u"none", u"g"});
-    EXPECT_FALSE(move_file(lost, tree));
-    EXPECT_EQ(lost.notes(),
+    const auto notes = [](params::Body body, const std::u16string& source) {
+        FakeTree tree(Items{{u"f", ""}});
+        FakeCall call({u"", source, u"g"});
+        EXPECT_EQ(body(call, tree).has_value(), body == copy_file);
+        return call.notes();
+    };
+    EXPECT_EQ(notes(copy_file, u"f"),
+              (Notes{"IN CopyMoveFile", "CopyMoveFile sourceFileTxt NOERR "}));
+    EXPECT_EQ(notes(move_file, u"none"),
               (Notes{"IN CopyMoveFile", "CopyMoveFile Error in TxtToParentFSSpecAndFileName "}));
-    FakeCall no_folder({u"", u"f", u"g"});
-    EXPECT_FALSE(move_folder(no_folder, tree));
-    EXPECT_EQ(no_folder.notes(), Notes{"DoCopyFolder001A errFSNotAFolder "});
+    EXPECT_EQ(notes(move_folder, u"f"), Notes{"DoCopyFolder001A errFSNotAFolder "});
 }
 
 TEST(CreateFile, LeavesNoFolderBehindWithoutItsFile) {
@@ -177,7 +166,7 @@ TEST(CreateFile, LeavesNoFolderBehindWithoutItsFile) {
     for (int failing = 1; failing < 20; ++failing) {
         FakeTree tree(before);
         tree.fail(failing, ErrorCode::Busy);
-        if (run(create_file, tree, {u"-CreateFolders", u"C:\\a\\b.\\Co.\\d.txt"}) == 0) {
+        if (answer_of(create_file, tree, {u"-CreateFolders", u"C:\\a\\b.\\Co.\\d.txt"}) == "0") {
             EXPECT_EQ(tree.contents(), (Items{{u"C:\\a\\b\\Co\\d.txt", ""}}));
             EXPECT_GT(failing, 4); // three tries to make folders, and the file
             break;
@@ -221,23 +210,21 @@ TEST(ExchangeFiles, FindsRoomForTheNameInBetween) {
     for (const auto& [name, between] : cases) {
         FakeTree tree(Items{{u"C:\\a", "1"}, {u"C:\\d.x\\" + name, "2"}});
         tree.fail(2, ErrorCode::Busy);
-        EXPECT_EQ(run(exchange_files, tree, {u"", u"C:\\a", u"C:\\d.x\\" + name}), -47);
+        EXPECT_EQ(answer_of(exchange_files, tree, {u"", u"C:\\a", u"C:\\d.x\\" + name}), "$$-47");
         EXPECT_TRUE(tree.find(u"C:\\d.x\\" + between)) << utf8_from_utf16(name);
     }
 }
 
 TEST(FolderOperations, TellWhatTheShellAnswers) {
-    const std::pair<ShellOutcome, int> cases[] = {{{ErrorCode::Ok, false}, 0},
-                                                  {{ErrorCode::Busy, false}, -47},
-                                                  {{static_cast<ErrorCode>(124), false}, 124},
-                                                  {{ErrorCode::Ok, true}, 299},
-                                                  {{static_cast<ErrorCode>(1223), true}, 299}};
-    for (const auto& [outcome, code] : cases) {
-        SCOPED_TRACE(number(outcome.code));
+    for (const auto& [outcome, answer] : {std::pair{ShellOutcome{ErrorCode::Ok, false}, "0"},
+                                          {{ErrorCode::Busy, false}, "$$-47"},
+                                          {{static_cast<ErrorCode>(124), false}, "$$124"},
+                                          {{ErrorCode::Ok, true}, "$$299"},
+                                          {{static_cast<ErrorCode>(1223), true}, "$$299"}}) {
         FakeTree tree(Items{{u"C:\\a\\", ""}});
         tree.outcome = outcome;
-        EXPECT_EQ(run(copy_folder, tree, {u"", u"C:\\a\\", u"C:\\b\\"}), code);
-        EXPECT_EQ(run(delete_folder, tree, {without_asking, u"C:\\a"}), code);
+        EXPECT_EQ(answer_of(copy_folder, tree, {u"", u"C:\\a\\", u"C:\\b\\"}), answer);
+        EXPECT_EQ(answer_of(delete_folder, tree, {without_asking, u"C:\\a"}), answer);
         EXPECT_TRUE(tree.questions.empty());
     }
 }
@@ -245,26 +232,26 @@ TEST(FolderOperations, TellWhatTheShellAnswers) {
 TEST(FolderOperations, DoNothingWithoutAShellOrBeyondItsReach) {
     FakeTree tree(Items{{u"C:\\a\\", ""}});
     const auto copied = [&] {
-        return run(copy_folder, tree, {u"", u"C:\\a", u"C:\\longer"});
+        return answer_of(copy_folder, tree, {u"", u"C:\\a", u"C:\\longer"});
     };
     const auto removed = [&] {
-        return run(delete_folder, tree, {without_asking, u"C:\\a"});
+        return answer_of(delete_folder, tree, {without_asking, u"C:\\a"});
     };
     tree.has_shell = false;
-    EXPECT_EQ(copied(), -4221);
-    EXPECT_EQ(removed(), -4221);
+    EXPECT_EQ(copied(), "$$-4221");
+    EXPECT_EQ(removed(), "$$-4221");
     tree.has_shell = true;
     tree.add_folder(u"C:\\a\\link").link = u"D:";
     const std::u16string longest = u"C:\\a\\" + std::u16string(254, u'n');
     tree.add(longest + u"n");
-    EXPECT_EQ(copied(), 206);
-    EXPECT_EQ(removed(), 206);
+    EXPECT_EQ(copied(), "$$206");
+    EXPECT_EQ(removed(), "$$206");
     EXPECT_TRUE(tree.removed_folders.empty());
     tree.erase(longest + u"n");
     tree.add(longest);
-    EXPECT_EQ(copied(), 206); // the copy's are longer
+    EXPECT_EQ(copied(), "$$206"); // the copy's are longer
     EXPECT_EQ(tree.shell_calls, 0);
-    EXPECT_EQ(removed(), 0);
+    EXPECT_EQ(removed(), "0");
     EXPECT_EQ(tree.removed_folders, std::vector<std::u16string>{u"C:\\a\\link"});
     EXPECT_EQ(tree.shell_calls, 1);
 }
@@ -274,17 +261,17 @@ TEST(FolderOperations, RefuseWholeVolumes) {
     for (const auto* volume : {u"C:", u"filewin:/C:", u"C:/", u"C:\\", u"\\\\?\\C:\\", u"//s/t"}) {
         SCOPED_TRACE(utf8_from_utf16(volume));
         FakeTree tree(Items{{u"C:\\a", ""}});
-        EXPECT_EQ(run(delete_folder, tree, {u"", volume}), -47);
-        EXPECT_EQ(run(delete_folder, tree, {without_asking, volume}), -47);
-        EXPECT_EQ(run(copy_folder, tree, {u"", volume, u"D:\\copy"}), -47);
-        EXPECT_EQ(run(move_folder, tree, {u"", volume, u"D:\\moved"}), -47);
+        for (const params::Body body : {delete_folder, copy_folder, move_folder})
+            EXPECT_EQ(answer_of(body, tree, {u"", volume, u"D:\\new"}), "$$-47");
+        EXPECT_EQ(answer_of(delete_folder, tree, {without_asking, volume}), "$$-47");
         EXPECT_EQ(tree.shell_calls + tree.operations(), 0);
     }
 }
 
 TEST(CopyFolder, LooksAtLengthsBeforeItWalks) {
     FakeTree tree(Items{{u"C:\\a\\b\\", ""}});
-    EXPECT_EQ(run(copy_folder, tree, {u"", u"C:\\a", u"C:\\" + std::u16string(300, u'n')}), 206);
+    EXPECT_EQ(answer_of(copy_folder, tree, {u"", u"C:\\a", u"C:\\" + std::u16string(300, u'n')}),
+              "$$206");
     EXPECT_EQ(tree.walks, 0);
     EXPECT_LT(tree.looks, 5);
 }
@@ -292,26 +279,21 @@ TEST(CopyFolder, LooksAtLengthsBeforeItWalks) {
 TEST(CopyFolder, LeavesNoNewEmptyFolderWhenItFails) {
     const Items before{{u"C:\\a\\b\\c\\", ""}, {u"C:\\a\\d\\f", "1"}, {u"D:\\e\\a\\b\\", ""}};
     struct Case {
-        std::u16string target, copied;
-        Items more;
+        std::u16string target, copied, left;
     };
     for (const Case& c : {
-             Case{u"D:\\new\\copy", u"", {}},
-             Case{u"D:\\new\\copy",
-                  u"C:\\a\\d\\f",
-                  {{u"D:\\new\\", ""},
-                   {u"D:\\new\\copy\\", ""},
-                   {u"D:\\new\\copy\\d\\", ""},
-                   {u"D:\\new\\copy\\d\\f", "1"}}},
-             Case{u"D:\\e", u"", {}},
+             Case{u"D:\\new\\copy", u"", u""},
+             Case{u"D:\\e", u"", u""},
+             Case{u"D:\\new\\copy", u"C:\\a\\d\\f", u"D:\\new\\copy\\d\\f"},
          }) {
         FakeTree tree(before);
-        Items after = tree.all();
-        after.insert(c.more.begin(), c.more.end());
+        FakeTree expected(before);
+        if (!c.copied.empty())
+            expected.add(c.left, "1");
         tree.outcome = {static_cast<ErrorCode>(5), false};
         tree.copied = c.copied;
-        EXPECT_EQ(run(copy_folder, tree, {u"", u"C:\\a", c.target}), 5);
-        EXPECT_EQ(tree.all(), after);
+        EXPECT_EQ(answer_of(copy_folder, tree, {u"", u"C:\\a", c.target}), "$$5");
+        EXPECT_EQ(tree.all(), expected.all());
         EXPECT_EQ(tree.shell_calls, 1);
     }
 }
@@ -321,26 +303,26 @@ TEST(CopyFolder, GivesNothingThatHoldsItselfOrIsIncomplete) {
         std::u16string target;
         std::u16string link, behind; // a link in the source; what it leads to
         std::u16string passed_over;
-        int code;
+        const char* answer;
         int shell_calls;
     };
     for (const Case& c : {
-             Case{u"C:\\b", u"C:\\a\\sub\\link", u"D:\\else", u"", 0, 1},
-             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\a\\sub", u"", 125, 0},
-             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\a", u"", 125, 0},
-             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:", u"", 125, 0},
-             Case{u"D:\\b", u"C:\\a\\sub\\link", u"D:", u"", 125, 0},
-             Case{u"D:\\link\\b", u"D:\\link", u"C:\\a", u"", 125, 0},
-             Case{u"C:\\file", u"C:\\l", u"", u"", -48, 0},
-             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\sub\\file", -47, 1},
-             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\empty\\", -47, 1},
-             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a", -47, 1},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"D:\\else", u"", "0", 1},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\a\\sub", u"", "$$125", 0},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:\\a", u"", "$$125", 0},
+             Case{u"C:\\b", u"C:\\a\\sub\\link", u"C:", u"", "$$125", 0},
+             Case{u"D:\\b", u"C:\\a\\sub\\link", u"D:", u"", "$$125", 0},
+             Case{u"D:\\link\\b", u"D:\\link", u"C:\\a", u"", "$$125", 0},
+             Case{u"C:\\file", u"C:\\l", u"", u"", "$$-48", 0},
+             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\sub\\file", "$$-47", 1},
+             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a\\empty\\", "$$-47", 1},
+             Case{u"C:\\b", u"C:\\l", u"", u"C:\\a", "$$-47", 1},
          }) {
         SCOPED_TRACE(utf8_from_utf16(c.target + u" " + c.link + u" " + c.behind + c.passed_over));
         FakeTree tree(Items{{u"C:\\a\\empty\\", ""}, {u"C:\\a\\sub\\file", ""}, {u"C:\\file", ""}});
         tree.add_folder(c.link).link = c.behind;
         tree.passed_over = c.passed_over;
-        EXPECT_EQ(run(copy_folder, tree, {u"", u"C:\\a", c.target}), c.code);
+        EXPECT_EQ(answer_of(copy_folder, tree, {u"", u"C:\\a", c.target}), c.answer);
         EXPECT_EQ(tree.shell_calls, c.shell_calls);
     }
 }
@@ -348,10 +330,10 @@ TEST(CopyFolder, GivesNothingThatHoldsItselfOrIsIncomplete) {
 TEST(DeleteFolder, AsksWithTheNameCutAtAWholeCharacter) {
     const std::u16string name = u"123456789012345678901234\xD83D\xDE00";
     FakeTree tree(Items{{u"C:\\" + name + u"\\", ""}, {u"C:\\short\\", ""}});
-    EXPECT_EQ(run(delete_folder, tree, {all_contents, u"C:\\" + name}), -1);
+    EXPECT_EQ(answer_of(delete_folder, tree, {all_contents, u"C:\\" + name}), "$$-1");
     EXPECT_EQ(tree.shell_calls, 0);
     tree.agrees = true;
-    EXPECT_EQ(run(delete_folder, tree, {all_contents, u"C:\\short\\"}), 0);
+    EXPECT_EQ(answer_of(delete_folder, tree, {all_contents, u"C:\\short\\"}), "0");
     ASSERT_EQ(tree.questions.size(), 2u);
     EXPECT_TRUE(tree.questions[0].find(u"\"123456789012345678901234\" and") != std::string::npos);
     EXPECT_TRUE(tree.questions[1].find(u"folder \"short\" and its") != std::string::npos);

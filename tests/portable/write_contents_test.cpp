@@ -47,17 +47,15 @@ class ContainerCall : public FakeCall {
     }
 };
 
-std::string run(Function function, FakeSystem& files, params::Call& call) {
-    const Result<void> done = function(call, files);
+std::string run(Function function, FakeSystem& files, FakeCall& call) {
+    const std::string answer = answer_of(call, function(call, files));
     EXPECT_EQ(files.open_files(), 0);
-    return done ? "0" : std::to_string(number(done.error()));
+    return answer;
 }
 
 std::string run(Function function, FakeSystem& files, std::vector<std::u16string> parameters) {
     FakeCall call(std::move(parameters));
-    const std::string result = run(function, files, call);
-    EXPECT_EQ(call.result().has_value(), result == "0");
-    return result;
+    return run(function, files, call);
 }
 
 // What `function` makes of a file "f" that holds `contents`.
@@ -73,22 +71,23 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     FakeSystem files;
     files.add(u"f", "old");
     const auto set_default = [](std::u16string path) {
-        return test::answer_of({u"", std::move(path)}, test::in_no_system(set_default_file));
+        FakeSystem none;
+        return run(set_default_file, none, {u"", std::move(path)});
     };
     defaults().release_file();
-    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
+    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "$$-50");
     EXPECT_EQ(set_default(u"filewin:/f"), "0");
     EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "0");
     EXPECT_EQ(run(append_contents, files, {u"-CRtoCRLF", u"\r"}), "0");
     EXPECT_EQ(files.at(u"f"), "text\r\n");
     EXPECT_EQ(set_default(u"missing"), "0");
-    EXPECT_EQ(run(append_contents, files, {u"", u"text"}), "-43");
+    EXPECT_EQ(run(append_contents, files, {u"", u"text"}), "$$-43");
     // A path that is refused leaves no default at all.
     EXPECT_EQ(set_default(u"$$-43"), "$$-4299");
-    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "-50");
+    EXPECT_EQ(run(set_contents, files, {u"", u"text"}), "$$-50");
 
     FakeCall type({u"", std::u16string(2'001, u'x')});
-    EXPECT_TRUE(test::in_no_system(set_default_type)(type));
+    EXPECT_EQ(run(set_default_type, files, type), "0");
     EXPECT_EQ(default_file_types().size(), 2'000U);
     defaults().set_type(u"");
 }
@@ -125,7 +124,7 @@ TEST(InsertContents, FilesBeyondFourGibibytesAreCopiedWhole) {
     EXPECT_EQ(run(insert, files, {u"", u"f", u"n", u"!", u"2147483647"}), "0");
     EXPECT_EQ(written, length + 1);
     // A number that the host does not tell exactly might mean any place in so long a file.
-    EXPECT_EQ(run(insert, files, {u"", u"f", u"m", u"!", u"4294967296"}), "-4241");
+    EXPECT_EQ(run(insert, files, {u"", u"f", u"m", u"!", u"4294967296"}), "$$-4241");
 }
 
 TEST(ExportToFile, WritesContainers) {
@@ -135,17 +134,16 @@ TEST(ExportToFile, WritesContainers) {
         call.end = end;
         return run(export_file, files, call);
     };
-    EXPECT_EQ(export_container(u"", ErrorCode::CompressedDataDamaged), "-4296");
+    EXPECT_EQ(export_container(u"", ErrorCode::CompressedDataDamaged), "$$-4296");
     EXPECT_TRUE(files.contents().empty());
     EXPECT_EQ(export_container(u"", ErrorCode::Ok), "0");
     EXPECT_EQ(files.at(u"C:\\f"), container);
-    EXPECT_EQ(export_container(u"-OverwriteExisting", ErrorCode::NotFound), "-43");
-    EXPECT_EQ(files.at(u"C:\\f"), container);
+    EXPECT_EQ(export_container(u"-OverwriteExisting", ErrorCode::NotFound), "$$-43");
     ContainerCall failing({u"-OverwriteExisting", u"", u"C:\\f"});
     failing.throws = true;
     EXPECT_THROW(run(export_file, files, failing), std::bad_alloc);
     EXPECT_EQ(files.open_files(), 0);
-    EXPECT_EQ(files.contents().size(), 1U);
+    EXPECT_EQ(files.contents(), (FakeSystem::Contents{{u"C:\\f", std::string(container)}}));
 }
 
 TEST(WriteTurn, OneWriterAtATime) {
@@ -160,7 +158,7 @@ TEST(WriteTurn, OneWriterAtATime) {
               {insert, {u"", u"C:\\f", u"", u"x"}},
               {replace, {u"", u"C:\\f", u"", u"o", u"x"}},
               {export_file, {u"-OverwriteExisting", u"x", u"C:\\f"}}})
-            EXPECT_EQ(run(function, files, parameters), "-47");
+            EXPECT_EQ(run(function, files, parameters), "$$-47");
         EXPECT_EQ(files.at(u"C:\\f"), "old");
     }
     EXPECT_EQ(run(set_file, files, {u"", u"C:\\f", u"x"}), "0");
@@ -186,7 +184,6 @@ int fail_everywhere(const Scene& scene, const std::u16string& target,
         files.fail(failing, disk_full);
         FakeCall call(scene.parameters);
         const std::string result = run(scene.function, files, call);
-        EXPECT_EQ(files.open_files(), 0);
         if (files.operations() < failing) {
             EXPECT_EQ(result, "0");
             EXPECT_EQ(files.at(target), scene.new_contents);
@@ -194,8 +191,7 @@ int fail_everywhere(const Scene& scene, const std::u16string& target,
             EXPECT_TRUE(call.notes().empty());
             return failing - 1;
         }
-        EXPECT_EQ(result, "112");
-        EXPECT_FALSE(call.result());
+        EXPECT_EQ(result, "$$112");
         check(scene, files, call);
     }
 }
@@ -262,7 +258,7 @@ TEST(WriteContents, AFailureShowsBeforeOldContentsAreReplaced) {
                 const auto failing = static_cast<int>(i) + 1;
                 expected == &once ? files.fail(failing, disk_full) : files.die(failing, disk_full);
                 const bool done = i == expected->size();
-                EXPECT_EQ(run(function, files, {u"", u"f", text}), done ? "0" : "112");
+                EXPECT_EQ(run(function, files, {u"", u"f", text}), done ? "0" : "$$112");
                 if (!done) {
                     EXPECT_EQ(files.at(u"f"), (*expected)[i]);
                 }
@@ -312,7 +308,7 @@ TEST(ExportToFile, ReplacesContentsAndNothingElse) {
     EXPECT_EQ(files.at(u"f"), "new");
     EXPECT_EQ(files.find(u"f")->property, "for few");
     files.find(u"f")->attributes |= bit(Attribute::ReadOnly);
-    EXPECT_EQ(export_new(files), "-47");
+    EXPECT_EQ(export_new(files), "$$-47");
     EXPECT_EQ(files.at(u"f"), "new");
     EXPECT_EQ(files.contents().size(), 1U);
     // A system that removes the old file and then fails leaves at least the new one.
@@ -320,7 +316,7 @@ TEST(ExportToFile, ReplacesContentsAndNothingElse) {
     losing.add(u"f", "old");
     losing.replacing_loses_target = true;
     losing.fail(8, disk_full);
-    EXPECT_EQ(export_new(losing), "112 The new contents are left at VELLTEMP{0}.tmp");
+    EXPECT_EQ(export_new(losing), "$$112 The new contents are left at VELLTEMP{0}.tmp");
     EXPECT_EQ(losing.at(u"VELLTEMP{0}.tmp"), "new");
 }
 
