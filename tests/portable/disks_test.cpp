@@ -85,25 +85,17 @@ class FakeDisks : public test::FakeSystem {
 
 class Disks : public ::testing::Test {
   protected:
-    using Function = params::Body;
-
     // ";" for the ends of lines.
-    std::u16string result(Function function, test::FakeCall& call) {
+    std::string result(params::Body function, std::vector<std::u16string> parameters) {
         system.done.clear();
-        const Result<void> done = function(call, system);
-        std::u16string text =
-            done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
-        std::ranges::replace(text, u'\r', u';');
+        std::string text = test::answer_of(function, system, std::move(parameters));
+        std::ranges::replace(text, '\r', ';');
         return text;
     }
-    std::u16string result(Function function, std::vector<std::u16string> parameters) {
-        test::FakeCall call(std::move(parameters));
-        return result(function, call);
-    }
-    std::u16string mounted(std::u16string switches, std::u16string server, std::u16string disk) {
-        const std::u16string text =
+    std::string mounted(std::u16string switches, std::u16string server, std::u16string disk) {
+        const std::string text =
             result(mount_disk, {std::move(switches), u"zone", std::move(server), std::move(disk)});
-        return system.done.empty() ? text : text + u" " + system.done;
+        return system.done.empty() ? text : text + " " + utf8_from_utf16(system.done);
     }
 
     FakeDisks system;
@@ -111,49 +103,51 @@ class Disks : public ::testing::Test {
 
 TEST_F(Disks, AreListedByType) {
     for (const auto& row : test::wide_table("disk_lists.txt", 2))
-        EXPECT_EQ(result(list_disks, {row[0]}), row[1]) << utf8_from_utf16(row[0]);
+        EXPECT_EQ(result(list_disks, {row[0]}), utf8_from_utf16(row[1])) << utf8_from_utf16(row[0]);
 }
 
 TEST_F(Disks, TellOfThemselvesByAnyName) {
     for (const auto& row : test::wide_table("disk_information.txt", 3))
-        EXPECT_EQ(result(disk_info, {row[0], row[1]}), row[2]) << utf8_from_utf16(row[1]);
+        EXPECT_EQ(result(disk_info, {row[0], row[1]}), utf8_from_utf16(row[2]))
+            << utf8_from_utf16(row[1]);
     system.disks[u'Z'] = {DiskType::Fixed, u"Last"};
-    EXPECT_EQ(result(disk_info, {u"-DiskPath", u"last"}), u"Z:\\");
+    EXPECT_EQ(result(disk_info, {u"-DiskPath", u"last"}), "Z:\\");
 }
 
 TEST_F(Disks, AreMountedOnFreeLetters) {
     for (const auto& row : test::wide_table("disk_mounts.txt", 4))
-        EXPECT_EQ(mounted(row[0], row[1], row[2]), row[3])
+        EXPECT_EQ(mounted(row[0], row[1], row[2]), utf8_from_utf16(row[3]))
             << utf8_from_utf16(row[0] + u" | " + row[1] + u" | " + row[2]);
     system.remembered = {u'Z', u'X'};
-    EXPECT_EQ(mounted(u"", u"srv", u"pub"), u"0 connect W: \\\\srv\\pub  ");
+    EXPECT_EQ(mounted(u"", u"srv", u"pub"), "0 connect W: \\\\srv\\pub  ");
     for (char16_t letter = u'D'; letter <= u'W'; ++letter)
         system.disks.try_emplace(letter);
-    EXPECT_EQ(mounted(u"", u"srv", u"pub"), u"1248");
+    EXPECT_EQ(mounted(u"", u"srv", u"pub"), "$$1248");
 }
 
 TEST_F(Disks, ReuseALetterWhenTheStepSaysSo) {
     test::FakeCall step({u"", u"", u"server", u"sales", u"me", u"secret", u"1"});
     step.set_step_option(6, 1);
-    EXPECT_EQ(result(mount_disk, step), u"0");
+    EXPECT_TRUE(mount_disk(step, system));
     step.set_step_option(6, 0);
-    EXPECT_EQ(result(mount_disk, step), u"-55");
+    EXPECT_EQ(number(mount_disk(step, system).error()), -55);
     system.disks.erase(u'Y');
-    EXPECT_EQ(result(mount_disk, step), u"0");
+    EXPECT_TRUE(mount_disk(step, system));
     EXPECT_EQ(system.done, u"connect Z: \\\\server\\sales me secret");
     system.failure = static_cast<ErrorCode>(1326);
-    EXPECT_EQ(result(mount_disk, step), u"1326");
+    EXPECT_EQ(number(mount_disk(step, system).error()), 1326);
 }
 
 TEST_F(Disks, AreUnmountedByTheirKind) {
     for (const auto& row : test::wide_table("disk_unmounts.txt", 3)) {
-        EXPECT_EQ(result(unmount_disk, {u"", row[0]}), row[1]) << utf8_from_utf16(row[0]);
+        EXPECT_EQ(result(unmount_disk, {u"", row[0]}), utf8_from_utf16(row[1]))
+            << utf8_from_utf16(row[0]);
         EXPECT_EQ(system.done, row[2]) << utf8_from_utf16(row[0]);
     }
-    EXPECT_EQ(result(unmount_disk, {u"-Force", u"F"}), u"0");
+    EXPECT_EQ(result(unmount_disk, {u"-Force", u"F"}), "0");
     EXPECT_EQ(system.done, u"eject F forced");
     system.failure = ErrorCode::Busy;
-    EXPECT_EQ(result(unmount_disk, {u"", u"Y"}), u"-47");
+    EXPECT_EQ(result(unmount_disk, {u"", u"Y"}), "$$-47");
 }
 
 class NotedPlaces : public test::FakeSystem {

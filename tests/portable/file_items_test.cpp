@@ -42,6 +42,10 @@ std::string file_with(std::string_view boxes) {
     return file_type + box("mdat", "0123456789") + full_box("meta", boxes);
 }
 
+std::string damage(Damage damage) {
+    return "damage " + to_text(static_cast<std::int64_t>(damage));
+}
+
 class Asked {
   public:
     explicit Asked(std::string_view boxes) : bytes_(file_with(boxes)), source_(bytes_) {}
@@ -51,14 +55,13 @@ class Asked {
         if (!items)
             return "no items";
         const auto value = items->value_of(id, limit);
-        return value ? *value
-                     : "damage " + to_text(static_cast<std::int64_t>(value.error().damage));
+        return value ? *value : damage(value.error().damage);
     }
     std::string image(ItemId id) {
         const auto items = Items::read(Window(source_));
         const auto image = items->image(id);
         if (!image)
-            return "damage " + to_text(static_cast<std::int64_t>(image.error().damage));
+            return damage(image.error().damage);
         return to_text(image->width) + "x" + to_text(image->height) + " " +
                to_text(std::uint64_t{image->depth}) + " " +
                to_text(std::uint64_t{image->rotation}) + " " + text_of(image->codec);
@@ -68,9 +71,6 @@ class Asked {
     std::string bytes_;
     BytesInMemory source_;
 };
-std::string damage(Damage damage) {
-    return "damage " + to_text(static_cast<std::int64_t>(damage));
-}
 
 TEST(FileItems, AreTakenFromTheFileItsOwnBoxAndOtherItems) {
     Asked read(places({{1, 0, {{0, 32, 3}, {0, 38, 2}}},

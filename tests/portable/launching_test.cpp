@@ -1,10 +1,8 @@
 // What the desktop is asked for, and what the dialogs are.
-#include "src/files/commands/shell.h"
 #include "src/files/desktop/file_patterns.h"
 #include "src/files/desktop/launching.h"
 #include "src/files/desktop/select_dialogs.h"
 #include "tests/portable/answer_of.h"
-#include "tests/portable/fake_system.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -64,31 +62,6 @@ TEST(Launching, AsksTheDesktop) {
         EXPECT_EQ(answer_of(alone, body(alone, untouched)), "$$-4251");
         EXPECT_EQ(untouched.asked, u"");
     }
-}
-
-class NotedCommands : public test::FakeSystem {
-  public:
-    bool shown = false;
-    Result<std::unique_ptr<RunningCommand>> start(const std::u16string&,
-                                                  const CommandSettings& settings) override {
-        shown = settings.show_window;
-        return Failure{ErrorCode::NotFound};
-    }
-};
-
-TEST(ExecuteShell, HasNoWindowWhereNobodySeesIt) {
-    const auto shows_window = [](FakeCall& call) {
-        NotedCommands system;
-        EXPECT_EQ(answer_of(call, execute_shell(call, system)), "$$-43");
-        return system.shown;
-    };
-    const std::vector<std::u16string> parameters{u"-ShowCommandWindow", u"dir"};
-    FakeCall call(parameters);
-    EXPECT_TRUE(shows_window(call));
-    CallWithoutUser alone(parameters);
-    EXPECT_FALSE(shows_window(alone));
-    alone.set_step_option(6, 1);
-    EXPECT_FALSE(shows_window(alone));
 }
 
 // The options of a dialog in one line.

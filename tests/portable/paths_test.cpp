@@ -28,9 +28,12 @@ std::string stripped(std::uint32_t flags, std::u16string path) {
     return std::to_string(number(done.error()));
 }
 
+std::string told(const Result<NativePath>& path) {
+    return path ? narrow(path->wide) : std::to_string(number(path.error()));
+}
+
 std::string resolved(std::uint32_t flags, const std::u16string& path, const PathUse& use = {}) {
-    const auto native = resolve(flags_of(flags), path, use);
-    return native ? narrow(native->wide) : std::to_string(number(native.error()));
+    return told(resolve(flags_of(flags), path, use));
 }
 
 TEST(Paths, TheKindIsToldByThePrefixAtTheStart) {
@@ -104,11 +107,10 @@ TEST(Paths, TheNarrowPathIsMadeOnRequestFromTheFinishedWideOne) {
 
 TEST(Paths, ANewItemMustNotExist) {
     const auto resolved_new = [](const std::u16string& path) {
-        const auto native = resolve_new(Accept::Paths, path, {}, [](const NativePath& candidate) {
+        return told(resolve_new(Accept::Paths, path, {}, [](const NativePath& candidate) {
             EXPECT_FALSE(candidate.wide.empty() || candidate.wide.starts_with(u"$$"));
             return candidate.wide == u"C:/taken";
-        });
-        return native ? narrow(native->wide) : std::to_string(number(native.error()));
+        }));
     };
     EXPECT_EQ(resolved_new(u"filewin:/C:/free"), "C:/free");
     EXPECT_EQ(resolved_new(u"filewin:/C:/taken"), "-48");

@@ -2,8 +2,7 @@
 #include "src/archive/zip_writer.h"
 #include "src/documents/encoding_data.h"
 #include "src/documents/plain_text.h"
-#include "tests/portable/fake_call.h"
-#include "tests/portable/fake_system.h"
+#include "tests/portable/answer_of.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +13,9 @@ using test::FakeCall;
 using test::FakeSystem;
 using test::native;
 
-// The result for a file that reads as these bytes, whatever the pieces; "$$code" for a failure.
-std::u16string plain_text(std::vector<std::u16string> parameters, std::string_view bytes,
-                          std::size_t piece_size, Result<void> outcome = {}) {
+// The answer for a file that reads as these bytes, whatever the pieces.
+std::string plain_text(std::vector<std::u16string> parameters, std::string_view bytes,
+                       std::size_t piece_size, Result<void> outcome = {}) {
     FakeCall call(std::move(parameters));
     const auto result =
         get_as_plain_text(call,
@@ -28,23 +27,20 @@ std::u16string plain_text(std::vector<std::u16string> parameters, std::string_vi
                               return outcome;
                           });
     EXPECT_TRUE(call.notes().empty() || call.notes() == std::vector<std::string>{"a note"});
-    if (result)
-        return call.result().value_or(u"<none>");
-    EXPECT_FALSE(call.result());
-    return u"$$" + utf16_from_utf8(std::to_string(number(result.error())));
+    return answer_of(call, result);
 }
 
 TEST(PlainText, SeparatesPagesAndLines) {
     const struct {
         std::string_view bytes;
-        std::u16string_view text;
+        std::string_view text;
     } cases[] = {
-        {"\f", u""},
-        {"one\n\ftwo\f\fthree\n\f", u"one\r\r<---------->\rtwo\r<---------->\r"
-                                    u"\r<---------->\rthree\r"},
-        {"no form feed at the end\r\n", u"no form feed at the end\r\r"},
-        {"a\xED\xA0\x80\xFF z\xF0\x9F\x98\x80\f\xE2\x82", u"a<INVALID UTF8> z\xD83D\xDE00"
-                                                          u"\r<---------->\r<INVALID UTF8>"},
+        {"\f", ""},
+        {"one\n\ftwo\f\fthree\n\f", "one\r\r<---------->\rtwo\r<---------->\r"
+                                    "\r<---------->\rthree\r"},
+        {"no form feed at the end\r\n", "no form feed at the end\r\r"},
+        {"a\xED\xA0\x80\xFF z\xF0\x9F\x98\x80\f\xE2\x82", "a<INVALID UTF8> z\xF0\x9F\x98\x80"
+                                                          "\r<---------->\r<INVALID UTF8>"},
     };
     for (const auto& [bytes, text] : cases)
         for (const std::size_t piece_size : {1, 3, 100})
@@ -70,11 +66,11 @@ TEST(PlainText, ReadsContainersThatHoldPdfFiles) {
 
 TEST(PlainText, TellsWhatKeepsItFromATextOfItsOwn) {
     const Result<void> refused = Failure{ErrorCode::PdfCopyForbidden};
-    EXPECT_EQ(plain_text({u"", u"C:\\a.pdf"}, "part", 9, refused), u"$$8");
-    EXPECT_EQ(plain_text({u"", u"C:\\a.txt"}, "part", 9, refused), u"");
-    EXPECT_EQ(plain_text({u"", u"C:\\pdf"}, "part", 9, refused), u"");
-    EXPECT_EQ(plain_text({u""}, "", 1), u"$$-50");
-    EXPECT_EQ(plain_text({u"", u""}, "", 1), u"$$-50");
+    EXPECT_EQ(plain_text({u"", u"C:\\a.pdf"}, "part", 9, refused), "$$8");
+    EXPECT_EQ(plain_text({u"", u"C:\\a.txt"}, "part", 9, refused), "");
+    EXPECT_EQ(plain_text({u"", u"C:\\pdf"}, "part", 9, refused), "");
+    EXPECT_EQ(plain_text({u""}, "", 1), "$$-50");
+    EXPECT_EQ(plain_text({u"", u""}, "", 1), "$$-50");
     std::u16string text = u"a\fb";
     EXPECT_TRUE(separate_pages(text, 16));
     text = u"a\fb";

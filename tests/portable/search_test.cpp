@@ -1,8 +1,7 @@
 // Searching folders that exist only here.
 #include "src/files/listing/name_pattern.h"
 #include "src/files/listing/search.h"
-#include "tests/portable/fake_call.h"
-#include "tests/portable/fake_system.h"
+#include "tests/portable/answer_of.h"
 #include "tests/portable/table_text.h"
 
 #include <gtest/gtest.h>
@@ -59,15 +58,12 @@ class Search : public ::testing::Test {
     }
 
     // ";" for the ends of lines.
-    std::u16string result(std::u16string switches, std::u16string where, std::u16string name) {
+    std::string result(std::u16string switches, std::u16string where, std::u16string name) {
         test::FakeCall call({std::move(switches), std::move(where), std::move(name)});
-        const Result<void> done = search(call, folders);
-        EXPECT_EQ(done.has_value(), call.result().has_value());
+        std::string text = answer_of(call, search(call, folders));
         EXPECT_EQ(folders.open_folders(), 0);
         notes = call.notes();
-        std::u16string text =
-            done ? *call.result() : utf16_from_utf8(std::to_string(number(done.error())));
-        std::ranges::replace(text, u'\r', u';');
+        std::ranges::replace(text, '\r', ';');
         return text;
     }
 
@@ -77,12 +73,12 @@ class Search : public ::testing::Test {
 
 TEST_F(Search, FindsNamesAtEveryDepth) {
     for (const auto& row : test::wide_table("searches.txt", 4))
-        EXPECT_EQ(result(row[0], row[1], row[2]), row[3])
+        EXPECT_EQ(result(row[0], row[1], row[2]), utf8_from_utf16(row[3]))
             << utf8_from_utf16(row[0] + u" | " + row[1] + u" | " + row[2]);
     result(u"", u"C:\\top", u"x");
     EXPECT_EQ(notes, std::vector<std::string>{"Search: folders left out: 1"});
     folders.refuse(u"C:\\top\\", 5);
-    EXPECT_EQ(result(u"", u"C:\\top", u"b"), u"5");
+    EXPECT_EQ(result(u"", u"C:\\top", u"b"), "$$5");
 }
 
 TEST_F(Search, GoesOnBehindAFolderThatBreaksOff) {
@@ -91,7 +87,7 @@ TEST_F(Search, GoesOnBehindAFolderThatBreaksOff) {
                                     : test::Entries(60, file(u"f"));
     };
     folders.fail_read(4, 1234); // the third one of sub
-    EXPECT_EQ(result(u"", u"C:\\top", u"l"), u"C:\\top\\last");
+    EXPECT_EQ(result(u"", u"C:\\top", u"l"), "C:\\top\\last");
     EXPECT_EQ(notes.size(), 1u);
 }
 
@@ -100,8 +96,8 @@ TEST_F(Search, HasNoLimitOfDepth) {
     folders.generate = [](const std::u16string& path) {
         return test::Entries{path.size() < 2 * depth ? folder(u"d") : file(u"end")};
     };
-    const std::u16string found = result(u"-files", u"C:\\top", u"end");
-    EXPECT_TRUE(found.ends_with(u"\\d\\end")) << found.size();
+    const std::string found = result(u"-files", u"C:\\top", u"end");
+    EXPECT_TRUE(found.ends_with("\\d\\end")) << found.size();
     EXPECT_GT(found.size(), 2 * depth);
 }
 

@@ -248,5 +248,16 @@ TEST(ExecuteShell, AStepsOptionsStandInThePlaceOfSwitches) {
     EXPECT_TRUE(step({{6, 1}}).settings.show_window);
 }
 
+TEST(ExecuteShell, HasNoWindowWhereNobodySeesIt) {
+    struct CallWithoutUser : test::FakeCall {
+        using FakeCall::FakeCall;
+        bool can_ask_user() const override { return false; }
+    };
+    CallWithoutUser alone({u"-ShowCommandWindow", u"some command"});
+    EXPECT_FALSE(run(alone).settings.show_window);
+    alone.set_step_option(6, 1);
+    EXPECT_FALSE(run(alone).settings.show_window);
+}
+
 } // namespace
 } // namespace vell::files

@@ -58,15 +58,6 @@ std::string run(Function function, FakeSystem& files, std::vector<std::u16string
     return run(function, files, call);
 }
 
-// What `function` makes of a file "f" that holds `contents`.
-std::string outcome(Function function, std::string contents,
-                    std::vector<std::u16string> parameters) {
-    FakeSystem files;
-    files.add(u"f", std::move(contents));
-    EXPECT_EQ(run(function, files, std::move(parameters)), "0");
-    return files.at(u"f");
-}
-
 TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     FakeSystem files;
     files.add(u"f", "old");
@@ -92,22 +83,22 @@ TEST(WriteContents, TheDefaultFileServesUntilItIsReplaced) {
     defaults().set_type(u"");
 }
 
-TEST(InsertContents, BlocksOfTheFileDoNotShow) {
-    const std::string contents(380'000, 'x');
-    EXPECT_EQ(outcome(insert, contents, {u"", u"f", u"", u"<>", u"300000"}),
-              std::string(300'000, 'x') + "<>" + std::string(80'000, 'x'));
-}
-
 // Matches on both sides of block ends, and more output than fits a block.
 TEST(SubstituteInFile, BlocksOfTheFileDoNotShow) {
+    const auto substituted = [](const std::string& contents, const std::u16string& search,
+                                const std::u16string& replacement) {
+        FakeSystem files;
+        files.add(u"f", contents);
+        EXPECT_EQ(run(replace, files, {u"", u"f", u"", search, replacement}), "0");
+        return files.at(u"f");
+    };
     std::string contents;
     while (contents.size() < 700'000)
         contents += "needle" + std::string(contents.size() % 97, 'e') + "needl";
     for (const char16_t* replacement : {u"", u"N", u"a longer text than the one it replaces"})
-        EXPECT_EQ(outcome(replace, contents, {u"", u"f", u"", u"needle", replacement}),
+        EXPECT_EQ(substituted(contents, u"needle", replacement),
                   reference::substitute(contents, "needle", utf8_from_utf16(replacement), false));
-    const std::u16string long_text(300'000, u'r');
-    EXPECT_EQ(outcome(replace, "a-b-c", {u"", u"f", u"", u"-", long_text}),
+    EXPECT_EQ(substituted("a-b-c", u"-", std::u16string(300'000, u'r')),
               'a' + std::string(300'000, 'r') + 'b' + std::string(300'000, 'r') + 'c');
 }
 
