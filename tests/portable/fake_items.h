@@ -63,6 +63,9 @@ inline files::FileTime file_time(const params::CalendarTime& time) {
     return files::FileTime{static_cast<std::uint64_t>(seconds * units_per_second)};
 }
 
+template <typename T>
+using Made = Result<std::unique_ptr<T>>;
+
 // What a folder holds.
 using Entries = std::vector<files::FolderEntry>;
 
@@ -190,24 +193,23 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
     std::size_t largest_batch() const { return largest_batch_; }
     int looks = 0; // at an item
 
-    Result<std::unique_ptr<files::File>> open(const NativePath& path,
-                                              files::Permission permission) override {
+    Made<files::File> open(const NativePath& path, files::Permission permission) override {
         VELL_TRY(count_operation());
         const std::u16string key = followed(key_of(path.wide), files::FollowLink::Yes);
         if (VELL_TRY(existing(key))->is_watched)
             return Failure{ErrorCode::Busy};
         return VELL_TRY(open_free(key, permission));
     }
-    Result<std::unique_ptr<files::File>> open_shared(const NativePath& path) override {
+    Made<files::File> open_shared(const NativePath& path) override {
         return open(path, files::Permission::Read);
     }
-    Result<std::unique_ptr<files::File>> open_new(const NativePath& path) override {
+    Made<files::File> open_new(const NativePath& path) override {
         return VELL_TRY(open_new_at(followed(key_of(path.wide), files::FollowLink::No)));
     }
-    Result<std::unique_ptr<files::File>> open_to_write(const NativePath& path) override {
+    Made<files::File> open_to_write(const NativePath& path) override {
         return open(path, files::Permission::Write);
     }
-    Result<std::unique_ptr<files::File>> open_emptied(const NativePath& path) override {
+    Made<files::File> open_emptied(const NativePath& path) override {
         if (!find(path.wide))
             VELL_TRY(create_new(path));
         auto file = VELL_TRY(open(path, files::Permission::Write));
@@ -266,11 +268,10 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         erase(path.wide);
         return {};
     }
-    Result<std::unique_ptr<files::File>> open_private(const NativePath& path,
-                                                      const NativePath&) override {
+    Made<files::File> open_private(const NativePath& path, const NativePath&) override {
         return open_new(path);
     }
-    Result<std::unique_ptr<files::File>> open_temporary() override { return files::memory_file(); }
+    Made<files::File> open_temporary() override { return files::memory_file(); }
     Result<NativePath> temporary_name(std::u16string_view) override {
         VELL_TRY(count_operation());
         const auto digit = static_cast<char16_t>(u'0' + temporary_names_++ % 10);
@@ -320,7 +321,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         add(key).is_watched = watch_new_files;
         return {};
     }
-    Result<std::unique_ptr<files::HeldFile>> open_new_at(const std::u16string& key) {
+    Made<files::HeldFile> open_new_at(const std::u16string& key) {
         VELL_TRY(create_at(key));
         const Result<void> counted = count_operation();
         if (!counted) { // all in one step: nothing is there then
@@ -330,7 +331,7 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
         return open_free(key, files::Permission::Write);
     }
     // In the place of a link, be it there.
-    Result<std::unique_ptr<files::HeldFile>> open_emptied_at(const std::u16string& key) {
+    Made<files::HeldFile> open_emptied_at(const std::u16string& key) {
         if (!find(key))
             VELL_TRY(create_at(key));
         VELL_TRY(count_operation());
@@ -427,9 +428,9 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
                 return Failure{ErrorCode::Busy};
             items_.longest_request_ = std::max(items_.longest_request_, buffer.size());
             const FakeItem& read = item();
-            const auto done = static_cast<std::size_t>(
-                std::min<std::uint64_t>(std::min(buffer.size(), read.longest_read),
-                                        read.end() - std::min(position_, read.end())));
+            const std::uint64_t left = read.end() - std::min(position_, read.end());
+            const std::size_t most = std::min(buffer.size(), read.longest_read);
+            const auto done = static_cast<std::size_t>(std::min<std::uint64_t>(most, left));
             if (read.byte_at)
                 for (std::size_t i = 0; i < done; ++i)
                     buffer[i] = read.byte_at(position_ + i);
@@ -512,13 +513,12 @@ class FakeItems : public files::FileSystem, public files::FolderSource {
                                     : static_cast<ErrorCode>(error)};
     }
     // Nobody else has a file open here.
-    Result<std::unique_ptr<files::HeldFile>> open_free(const std::u16string& key,
-                                                       files::Permission permission) {
+    Made<files::HeldFile> open_free(const std::u16string& key, files::Permission permission) {
         const bool writing = permission == files::Permission::Write;
         if (is_folder(key) || open_.contains(key) ||
             (writing && items_.at(key).has(files::Attribute::ReadOnly)))
             return Failure{ErrorCode::Busy};
-        return std::unique_ptr<files::HeldFile>(std::make_unique<OpenFile>(*this, key, writing));
+        return Made<files::HeldFile>(std::make_unique<OpenFile>(*this, key, writing));
     }
     std::u16string behind(const NativePath& path) {
         const FakeItem* item = find(path.wide);

@@ -38,9 +38,7 @@ class FakeSystem : public System,
     files::Clock& clock() override { return *this; }
     pictures::PictureSystem& pictures() override { return *this; }
     files::Logs& logs() override { return *this; }
-    Result<std::unique_ptr<files::Digest>> new_digest(files::DigestAlgorithm) override {
-        return nothing;
-    }
+    Made<files::Digest> new_digest(files::DigestAlgorithm) override { return nothing; }
     Result<void> read_pdf_text(ByteSource&, const params::ByteSink&,
                                std::vector<std::string>&) override {
         return nothing;
@@ -96,8 +94,7 @@ class FakeSystem : public System,
         const FakeItem* item = find(path.wide);
         return item && item->link;
     }
-    Result<std::unique_ptr<files::HeldItem>> hold(const NativePath& path,
-                                                  files::FollowLink follow) override {
+    Made<files::HeldItem> hold(const NativePath& path, files::FollowLink follow) override {
         return hold_at(followed(key_of(path.wide), follow), follow);
     }
     std::size_t most_held = 0; // at a time
@@ -209,8 +206,8 @@ class FakeSystem : public System,
     }
 
     // Commands
-    Result<std::unique_ptr<files::RunningCommand>> start(const std::u16string&,
-                                                         const files::CommandSettings&) override {
+    Made<files::RunningCommand> start(const std::u16string&,
+                                      const files::CommandSettings&) override {
         return nothing;
     }
 
@@ -219,9 +216,7 @@ class FakeSystem : public System,
     std::unique_ptr<files::OverflowFile> new_overflow_file() override { return nullptr; }
 
     // PictureSystem
-    Result<std::unique_ptr<pictures::PictureRows>> decode(ByteSource&, std::uint32_t) override {
-        return nothing;
-    }
+    Made<pictures::PictureRows> decode(ByteSource&, std::uint32_t) override { return nothing; }
     Result<pictures::Picture> pdf_page(ByteSource&, const pictures::PdfPageRequest&,
                                        std::vector<std::string>&) override {
         return nothing;
@@ -253,17 +248,17 @@ class FakeSystem : public System,
             return is_folder_ ? files::ItemKind::Folder : files::ItemKind::File;
         }
         bool is_link() const override { return is_link_; }
-        Result<std::unique_ptr<files::HeldItem>> hold(std::u16string_view name) override {
+        Made<files::HeldItem> hold(std::u16string_view name) override {
             return system_.hold_at(at(name), files::FollowLink::No);
         }
-        Result<std::unique_ptr<files::HeldItem>> make_folder(std::u16string_view name) override {
+        Made<files::HeldItem> make_folder(std::u16string_view name) override {
             VELL_TRY(system_.make_folder_at(at(name)));
             return system_.held(at(name), files::FollowLink::No);
         }
-        Result<std::unique_ptr<files::HeldFile>> open_new(std::u16string_view name) override {
+        Made<files::HeldFile> open_new(std::u16string_view name) override {
             return system_.open_new_at(at(name));
         }
-        Result<std::unique_ptr<files::HeldFile>> open_emptied(std::u16string_view name) override {
+        Made<files::HeldFile> open_emptied(std::u16string_view name) override {
             return system_.open_emptied_at(at(name));
         }
 
@@ -281,8 +276,7 @@ class FakeSystem : public System,
     std::unique_ptr<files::HeldItem> held(const std::u16string& key, files::FollowLink follow) {
         return std::make_unique<Held>(*this, key, follow);
     }
-    Result<std::unique_ptr<files::HeldItem>> hold_at(const std::u16string& key,
-                                                     files::FollowLink follow) {
+    Made<files::HeldItem> hold_at(const std::u16string& key, files::FollowLink follow) {
         step();
         ++looks;
         if (!find(key) && !is_folder(key))
