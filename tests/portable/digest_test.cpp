@@ -11,7 +11,7 @@ using test::FakeItem;
 
 // What a digest was asked for, and when it fails.
 struct DigestLog {
-    std::string added; // the first of them
+    std::string added; // the beginning
     std::uint64_t count = 0;
     std::optional<DigestAlgorithm> algorithm;
     int operations = 0;
@@ -56,7 +56,8 @@ class WithDigests : public test::FakeSystem {
 
 std::string hash(WithDigests& files, std::vector<std::u16string> parameters,
                  int failing_operation = 0) {
-    files.log = {.failing_operation = failing_operation};
+    files.log = {};
+    files.log.failing_operation = failing_operation;
     const std::string answer = answer_of(get_file_hash, files, std::move(parameters));
     EXPECT_EQ(files.open_files(), 0);
     return answer;
