@@ -36,7 +36,7 @@ Row picture_row(const wchar_t* name, const std::string& what, int size, double g
             native_ns(variable.c_str()), goal, memory_note(before)};
 }
 
-Row photographs_row() {
+Row thumbnails_row() {
     std::vector<std::wstring> paths = sample_files(L"photographs", L"*");
     const std::vector<std::wstring> more = sample_files(L"more_photographs", L"*");
     paths.insert(paths.end(), more.begin(), more.end());
@@ -65,7 +65,7 @@ std::vector<Row> picture_rows() {
     rows.push_back(picture_row(L"png.png", "a PNG of 6 megapixels", 256, 0.8));
     rows.push_back(picture_row(L"big.png", "a PNG of 24 megapixels", 256, 0));
     rows.push_back(picture_row(L"lac.png", "an interlaced PNG of 24 megapixels", 1024, 0));
-    rows.push_back(photographs_row());
+    rows.push_back(thumbnails_row());
     return rows;
 }
 

@@ -13,7 +13,9 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
 cd "$root" || exit 2
 
-database=build/tidy # of its own, without precompiled headers: all of one is looked at with each source
+# Of its own, each source for itself and without precompiled headers: all of one is looked at with each
+# source.
+database=build/tidy
 checked=$database/checked
 
 default_branch() {
@@ -52,7 +54,8 @@ configure_database() {
     mkdir -p build
     [ $database/build.ninja -nt CMakePresets.json ] &&
         cmake --build $database --target build.ninja >build/tidy.log 2>&1 && return
-    cmake --preset sanitizers -B $database -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >build/tidy.log 2>&1 &&
+    cmake --preset sanitizers -B $database -DCMAKE_UNITY_BUILD=OFF \
+        -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >build/tidy.log 2>&1 &&
         cmake --build $database --target vell_libraries >>build/tidy.log 2>&1 ||
         die "Configuring failed; the whole output is in build/tidy.log"
 }

@@ -11,17 +11,17 @@ namespace {
 // Deeper documents are refused; a tree of elements is taken apart recursively.
 constexpr std::size_t max_depth = 100;
 
-bool is_blank(char16_t unit) {
+bool is_white_space(char16_t unit) {
     return unit == u' ' || unit == u'\t' || unit == u'\r' || unit == u'\n';
 }
 
-bool begins_name(char16_t unit) {
+bool begins_xml_name(char16_t unit) {
     return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') || unit == u'_' ||
            unit == u':' || unit >= 0xC0;
 }
 
-bool continues_name(char16_t unit) {
-    return begins_name(unit) || (unit >= u'0' && unit <= u'9') || unit == u'-' || unit == u'.';
+bool continues_xml_name(char16_t unit) {
+    return begins_xml_name(unit) || (unit >= u'0' && unit <= u'9') || unit == u'-' || unit == u'.';
 }
 
 bool is_allowed(char32_t code) {
@@ -42,7 +42,7 @@ class XmlReader {
         return document_.substr(position_).starts_with(text);
     }
     void skip_blanks() {
-        while (is_blank(current()))
+        while (is_white_space(current()))
             ++position_;
     }
     Failure<CalcError> error(std::string message) const {
@@ -81,9 +81,9 @@ CalcResult<void> XmlReader::skip_outside() {
 
 CalcResult<std::u16string> XmlReader::name() {
     const std::size_t start = position_;
-    if (at_end() || !begins_name(current()))
+    if (at_end() || !begins_xml_name(current()))
         return error("a name is expected here");
-    while (continues_name(current()))
+    while (continues_xml_name(current()))
         ++position_;
     return std::u16string(document_.substr(start, position_ - start));
 }
@@ -176,7 +176,7 @@ CalcResult<bool> XmlReader::open_tag(XmlElement& element) {
     element.position = position_++;
     element.name = VELL_TRY(name());
     for (;;) {
-        const bool separated = is_blank(current());
+        const bool separated = is_white_space(current());
         skip_blanks();
         if (current() == u'>') {
             ++position_;

@@ -8,6 +8,7 @@
 #include "src/files/paths/item_paths.h"
 #include "src/files/paths/path_parts.h"
 #include "src/files/tree/item_names.h"
+#include "src/params/line_endings.h"
 #include "src/system/system.h"
 
 #include <algorithm>
@@ -20,7 +21,6 @@ using files::ItemKind;
 using params::Call;
 
 constexpr int thorough = 9;
-constexpr char16_t line_end = u'\r';
 
 // Folders without their links, and without "." and "..".
 class OwnItems : public files::FolderSource {
@@ -150,7 +150,7 @@ Result<void> add_contents(ZipWriter& writer, System& system, const FolderContent
                           bool force_utf8) {
     constexpr std::size_t longest_name = 1'999;
     for (std::u16string_view rest = contents.lines; !rest.empty();) {
-        const std::u16string_view line = rest.substr(0, rest.find(line_end));
+        const std::u16string_view line = rest.substr(0, rest.find(params::line_end));
         rest.remove_prefix(line.size() + 1);
         if (line.size() > longest_name)
             return Failure{ErrorCode::AddFailed};

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t history_size = 32 * 1024; // how far back a match may reach
 constexpr std::size_t room_size = 1 << 20;      // for what blocks expand to
-constexpr std::size_t compressed_size = 256 * 1024;
+constexpr std::size_t compressed_piece_size = 256 * 1024;
 constexpr std::size_t bits_of_byte = 8;
 
 const Bytef* bytes_at(const char* place) {
@@ -34,7 +34,7 @@ DeflateDecoder::DeflateDecoder()
     : blocks_(libdeflate_alloc_decompressor()), window_(history_size + room_size) {
     if (!blocks_)
         throw std::bad_alloc();
-    compressed_.reserve(compressed_size);
+    compressed_.reserve(compressed_piece_size);
 }
 
 DeflateDecoder::~DeflateDecoder() = default;
@@ -69,7 +69,7 @@ void DeflateDecoder::begin() {
 
 // What lies beyond the stream's end may be read, too, and then its failure means nothing.
 void DeflateDecoder::fill(const PieceSource& source) {
-    while (!has_ended_ && compressed_.size() < compressed_size) {
+    while (!has_ended_ && compressed_.size() < compressed_piece_size) {
         const Result<std::string_view> piece = source();
         if (!piece)
             source_failure_ = piece.error();

@@ -12,8 +12,8 @@ namespace {
 
 using formats::zip::EntryFlag;
 
-constexpr Failure failed{ErrorCode::ExtractionFailed};
-constexpr std::size_t piece_size = 65'536;
+constexpr Failure extraction_failed{ErrorCode::ExtractionFailed};
+constexpr std::size_t inflated_piece_size = 65'536;
 constexpr std::size_t deflate64_piece_size = 32'768;
 
 bool has_data(const EntryInfo& entry) {
@@ -46,7 +46,7 @@ class CheckedSink {
 
     Result<void> take(std::string_view data) {
         if (data.size() > entry_.uncompressed_size - taken_)
-            return failed;
+            return extraction_failed;
         VELL_TRY(sink_(taken_, data));
         crc_ = crc32_of(data, crc_);
         taken_ += data.size();
@@ -91,11 +91,11 @@ Result<std::uint64_t> ZipReader::find_data(const EntryInfo& entry) {
     VELL_TRY(read_at(entry.local_header_offset, bytes));
     const auto header = formats::read_record<LocalFileHeader>({bytes.data(), bytes.size()});
     if (!header)
-        return failed;
+        return extraction_failed;
     const std::uint64_t start = std::uint64_t{entry.local_header_offset} + LocalFileHeader::size +
                                 header->file_name_length + header->extra_field_length;
     if (start > archive_size_ || entry.compressed_size > archive_size_ - start)
-        return failed;
+        return extraction_failed;
     return start;
 }
 
@@ -149,20 +149,20 @@ Result<void> ZipReader::check_limits(const Limits& limits) const {
 Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
     const auto entry = this->entry(index);
     if (!entry)
-        return failed;
+        return extraction_failed;
     if (!has_data(*entry))
         return {};
     if (!is_readable(*entry))
-        return failed;
+        return extraction_failed;
     Decoder* const decoder = decoder_for(entry->method);
     if (!decoder)
-        return failed;
+        return extraction_failed;
     const auto start = data_of(index, *entry);
     if (!start)
-        return failed;
+        return extraction_failed;
 
     const bool is_deflate64 = static_cast<Method>(entry->method) == Method::Deflate64;
-    piece_.resize(is_deflate64 ? deflate64_piece_size : piece_size);
+    piece_.resize(is_deflate64 ? deflate64_piece_size : inflated_piece_size);
     std::uint64_t left = entry->compressed_size;
     const auto next_piece = [&]() -> Result<std::string_view> {
         const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece_.size()));
@@ -177,7 +177,7 @@ Result<void> ZipReader::extract(std::uint32_t index, const EntrySink& sink) {
         return checked.take(data);
     };
     if (!decoder->decode(next_piece, take) || !checked.is_complete())
-        return failed;
+        return extraction_failed;
     return {};
 }
 

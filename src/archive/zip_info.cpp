@@ -3,6 +3,7 @@
 #include "src/base/json_writer.h"
 #include "src/base/number_text.h"
 #include "src/base/utf8.h"
+#include "src/params/line_endings.h"
 #include "src/system/system.h"
 
 #include <algorithm>
@@ -15,8 +16,6 @@ namespace {
 using files::ItemKind;
 using params::Call;
 using params::SwitchSet;
-
-constexpr char16_t line_end = u'\r';
 
 bool is_ds_store(std::u16string_view name) {
     constexpr std::u16string_view ds_store = u".DS_Store";
@@ -31,11 +30,11 @@ bool is_mac_item(std::u16string_view name) {
 std::u16string kept_lines(std::u16string_view text, bool skip_mac_items, bool skip_ds_store) {
     std::u16string kept;
     while (!text.empty()) {
-        const std::u16string_view line = text.substr(0, text.find(line_end));
+        const std::u16string_view line = text.substr(0, text.find(params::line_end));
         text.remove_prefix(line.size() + 1); // every line has its end
         if ((skip_mac_items && is_mac_item(line)) || (skip_ds_store && is_ds_store(line)))
             continue;
-        kept.append(line) += line_end;
+        kept.append(line) += params::line_end;
     }
     return kept;
 }
@@ -119,7 +118,7 @@ Result<void> get_zip_info(Call& call, System& system) {
     std::u16string text;
     for (std::uint32_t i = 0; i < reader.entry_count(); ++i)
         if (const auto entry = reader.entry(i))
-            text.append(decoded_name(*entry, encoding, decode)) += line_end;
+            text.append(decoded_name(*entry, encoding, decode)) += params::line_end;
     if (skip_mac_items || skip_ds_store)
         text = kept_lines(text, skip_mac_items, skip_ds_store);
     call.set_text(text);

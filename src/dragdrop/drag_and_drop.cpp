@@ -17,7 +17,7 @@ constexpr std::size_t bounds_position = 3;
 // Of the step only.
 constexpr std::size_t cursor_position = 4;
 constexpr std::size_t mail_position = 5;
-constexpr std::size_t scroll_position = 6;
+constexpr std::size_t scrolling_position = 6;
 
 constexpr std::int32_t copy_cursor = 1;
 
@@ -81,7 +81,7 @@ Result<void> DragAndDrop::add(Call& call) {
     handler.host_version = host_.version();
     handler.effect = effect_of(call, switches);
     handler.allows_mail = call.option(mail_position, switches, "-AllowMailDrops");
-    handler.zone.scrolls = call.option(scroll_position, switches, "-ScrollDropZone");
+    handler.zone.scrolls = call.option(scrolling_position, switches, "-ScrollDropZone");
     handler.brings_to_front = switches.has("-BringToFront");
     if (const std::u16string bounds = call.text(bounds_position); !bounds.empty())
         handler.zone.bounds = VELL_TRY(parse_bounds(bounds));

@@ -68,7 +68,7 @@ Read<Canvas> read_extended(Window data, riff::ChunkWalk walk) {
         return canvas;
     canvas.frames = 0;
     while (const auto chunk = VELL_TRY(walk.next()))
-        canvas.frames += chunk->type() == "ANMF" ? 1 : 0;
+        canvas.frames += chunk->type() == chunk_type::frame ? 1 : 0;
     return canvas;
 }
 
@@ -96,7 +96,7 @@ Read<Canvas> read_lossless(Window data) {
 Read<Canvas> read_canvas(const Window& file) {
     riff::ChunkWalk walk(VELL_TRY(riff::find_webp(file)));
     while (const auto chunk = VELL_TRY(walk.next())) {
-        if (chunk->type() == "VP8X")
+        if (chunk->type() == chunk_type::extended)
             return read_extended(chunk->data, walk);
         const auto canvas = frame_canvas(*chunk);
         if (canvas || canvas.error().damage != Damage::Absent)

@@ -13,6 +13,14 @@ namespace vell::formats::webp {
 
 inline constexpr std::string_view form = "WEBP";
 
+namespace chunk_type {
+inline constexpr std::string_view extended = "VP8X";
+inline constexpr std::string_view profile = "ICCP";
+inline constexpr std::string_view frame = "ANMF"; // of an animation
+inline constexpr std::string_view exif = "EXIF";
+inline constexpr std::string_view xmp = "XMP ";
+} // namespace chunk_type
+
 // What VP8X lists.
 enum class Feature : std::uint8_t {
     Animation = 0x02,

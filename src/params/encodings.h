@@ -50,6 +50,9 @@ enum class TextEncoding : std::int32_t {
     BytesOnly = 4200,
 };
 
+// Where none is given.
+inline constexpr TextEncoding no_encoding{-1};
+
 // What a function says in its result before text that turned out not to be UTF-8.
 inline constexpr std::string_view invalid_utf8_trying_native =
     "<INVALID UTF8; trying native encoding>";

@@ -8,6 +8,9 @@ namespace vell::params {
 
 class SwitchSet;
 
+// Of the host's texts: lists of paths and names have one behind or between their lines.
+inline constexpr char16_t line_end = u'\r';
+
 enum class LineEndings : std::int32_t {
     Keep = 0,
     CrToCrLf = 1, // a line feed after every carriage return

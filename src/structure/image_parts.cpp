@@ -7,6 +7,7 @@
 #include "src/formats/png/chunks.h"
 #include "src/formats/riff.h"
 #include "src/formats/tiff/directory.h"
+#include "src/formats/webp.h"
 #include "src/formats/xmp.h"
 #include "src/structure/parts.h"
 
@@ -296,7 +297,7 @@ Read<void> report_riff_chunks(const Window& around, StructureReport& report) {
             report.field("form", beginning_of(VELL_TRY(data.read_bytes(riff::form_size))));
             if (report.depth() < deepest)
                 VELL_TRY(report_riff_chunks(data.from(riff::form_size), report));
-        } else if (chunk->type() == "EXIF") {
+        } else if (chunk->type() == formats::webp::chunk_type::exif) {
             VELL_TRY(report_tiff(data, report));
         }
     }

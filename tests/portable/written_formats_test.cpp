@@ -592,8 +592,8 @@ TEST(WrittenFormats, AllElseInRealFilesStays) {
     EXPECT_GT(writes[formats::Format::Png], 100);
     EXPECT_GT(writes[formats::Format::Riff], 20);
     EXPECT_GT(writes[formats::Format::Tiff], 20);
-    const auto raw = real_files({"raw", "raw2"});
-    for (const auto& path : raw) {
+    const auto of_cameras = real_files({"raw", "raw2"});
+    for (const auto& path : of_cameras) {
         const std::string file = bytes_of(path);
         if (path.extension() == ".dng" || formats::format_of(file) == formats::Format::Jpeg)
             continue;

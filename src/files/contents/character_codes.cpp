@@ -18,8 +18,6 @@ using params::EncodedText;
 using params::LineEndings;
 using params::TextEncoding;
 
-constexpr TextEncoding no_encoding{-1}; // code points then
-
 // The numbers of a text; one that is too large for any use stays so.
 std::vector<std::uint64_t> numbers_in(std::u16string_view text) {
     constexpr std::uint64_t most = std::numeric_limits<std::uint32_t>::max() + std::uint64_t{1};
@@ -94,13 +92,14 @@ Result<void> give_encoded(Call& call, const std::vector<std::uint64_t>& numbers,
 } // namespace
 
 Result<void> ascii_value_to_text(Call& call, System&) {
-    const TextEncoding encoding = params::contents_encoding_of(call.switches(), no_encoding);
+    const TextEncoding encoding =
+        params::contents_encoding_of(call.switches(), params::no_encoding);
     const std::vector<std::uint64_t> numbers = numbers_in(call.text(1));
     const std::u16string separator = call.text(2);
     constexpr std::size_t longest_result = 1 << 28; // of separators, in characters
     if (numbers.size() * separator.size() > longest_result)
         return Failure{ErrorCode::ResourceTooLarge};
-    if (encoding != no_encoding)
+    if (encoding != params::no_encoding)
         return give_encoded(call, numbers, separator, encoding);
     std::u16string text;
     for (const std::uint64_t number : numbers) {

@@ -18,7 +18,6 @@ using params::TextEncoding;
 using params::Unencodable;
 
 // A text stays text unless an encoding is named.
-constexpr TextEncoding no_encoding{-1};
 
 template <typename Char>
 void convert_line_ends(std::basic_string<Char>& text, const SwitchSet& switches,
@@ -36,10 +35,10 @@ void convert_line_ends(std::basic_string<Char>& text, const SwitchSet& switches,
 
 Result<void> convert_from_host_text(Call& call, System&) {
     const SwitchSet switches = call.switches();
-    const TextEncoding encoding = params::contents_encoding_of(switches, no_encoding);
+    const TextEncoding encoding = params::contents_encoding_of(switches, params::no_encoding);
     std::u16string text = call.text(1);
     convert_line_ends(text, switches, LineEndings::CrToCrLf);
-    if (encoding == no_encoding) {
+    if (encoding == params::no_encoding) {
         call.set_text(text);
         return {};
     }
@@ -51,11 +50,11 @@ Result<void> convert_from_host_text(Call& call, System&) {
 
 Result<void> convert_to_host_text(Call& call, System&) {
     const SwitchSet switches = call.switches();
-    const TextEncoding encoding = params::contents_encoding_of(switches, no_encoding);
+    const TextEncoding encoding = params::contents_encoding_of(switches, params::no_encoding);
     std::u16string text = call.text(1);
     // Bytes of line ends are characters of their own in every encoding.
     convert_line_ends(text, switches, LineEndings::Keep);
-    if (encoding == no_encoding) {
+    if (encoding == params::no_encoding) {
         call.set_text(text);
         return {};
     }

@@ -1,4 +1,5 @@
 #include "src/formats/riff.h"
+#include "src/formats/webp.h"
 #include "src/metadata/containers/block_collector.h"
 
 namespace vell::metadata {
@@ -7,11 +8,11 @@ namespace {
 using namespace formats;
 
 Read<void> note(const riff::Chunk& chunk, BlockCollector& found) {
-    if (chunk.type() == "EXIF" && found.wants_tags())
+    if (chunk.type() == webp::chunk_type::exif && found.wants_tags())
         return found.add_tags(chunk.data);
-    if (chunk.type() == "XMP " && found.wants_xmp())
+    if (chunk.type() == webp::chunk_type::xmp && found.wants_xmp())
         found.set_xmp(VELL_TRY(found.read(chunk.data)));
-    else if (chunk.type() == "ICCP" && found.wants_icc())
+    else if (chunk.type() == webp::chunk_type::profile && found.wants_icc())
         found.set_icc(VELL_TRY(found.read(chunk.data)));
     return {};
 }

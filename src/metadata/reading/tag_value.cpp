@@ -3,6 +3,7 @@
 #include "src/base/number_text.h"
 #include "src/base/utf16.h"
 #include "src/base/utf8.h"
+#include "src/formats/tiff/exif.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/reading/gps_decimal.h"
 
@@ -20,10 +21,6 @@ namespace {
 constexpr std::uint64_t all = std::numeric_limits<std::uint64_t>::max();
 constexpr std::size_t rational_size = 8;
 constexpr std::string_view corrupt_tag = "<CORRUPT EXIF TAG>";
-
-// Tags of the GPS directory whose bytes are numbers.
-constexpr std::uint16_t gps_version = 0;
-constexpr std::uint16_t gps_altitude_reference = 5;
 
 template <typename Integer>
 using Widest = std::conditional_t<std::is_signed_v<Integer>, std::int64_t, std::uint64_t>;
@@ -143,9 +140,9 @@ Result<void> ValueReader::check(const Value& value) const {
 
 Result<void> ValueReader::append_bytes(const tiff::Entry& entry, TagFamily family) {
     const bool is_gps = family == TagFamily::Gps;
-    if (is_gps && entry.tag == gps_altitude_reference)
+    if (is_gps && entry.tag == formats::tiff::gps_tag::altitude_reference)
         return append_first<std::uint8_t>(entry);
-    const bool is_version = is_gps && entry.tag == gps_version;
+    const bool is_version = is_gps && entry.tag == formats::tiff::gps_tag::version;
     const bool is_utf16 = !is_gps && tiff::tag::is_utf16_text(entry.tag) && options_.want_exif;
     if (is_utf16)
         return append_utf16(entry);
@@ -159,21 +156,21 @@ Result<void> ValueReader::append_bytes(const tiff::Entry& entry, TagFamily famil
 // Part by part, since in UTF-8 a text may be half as long again.
 Result<void> ValueReader::append_utf16(const tiff::Entry& entry) {
     constexpr std::uint64_t part_size = 0x8000;
-    constexpr std::size_t unit = sizeof(char16_t);
+    constexpr std::size_t unit_size = sizeof(char16_t);
     if (entry.is_inline()) {
         text_.append_utf16(VELL_TRY(value(entry, all)).bytes, order_);
         return {};
     }
     formats::Window place = VELL_TRY(place_of(entry, entry.value_size()));
-    for (bool has_ended = false; !has_ended && place.remaining() >= unit;) {
+    for (bool has_ended = false; !has_ended && place.remaining() >= unit_size;) {
         std::string part = VELL_TRY(coded(place.read_bytes(part_size)));
         for (std::size_t at = 0; const auto code = load<std::uint16_t>(part, at, order_);
-             at += unit)
+             at += unit_size)
             has_ended = has_ended || *code == 0;
-        const auto last = load<std::uint16_t>(part, part.size() - unit, order_);
-        if (part.size() > unit && place.remaining() >= unit && is_high_surrogate(*last)) {
-            part.resize(part.size() - unit); // its other half comes with the next part
-            place.seek(place.position() - unit);
+        const auto last = load<std::uint16_t>(part, part.size() - unit_size, order_);
+        if (part.size() > unit_size && place.remaining() >= unit_size && is_high_surrogate(*last)) {
+            part.resize(part.size() - unit_size); // its other half comes with the next part
+            place.seek(place.position() - unit_size);
         }
         text_.append_utf16(part, order_);
     }

@@ -3,6 +3,7 @@
 #include "src/base/ascii.h"
 #include "src/base/utf16.h"
 #include "src/base/utf8.h"
+#include "src/formats/tiff/exif.h"
 
 #include <algorithm>
 #include <bitset>
@@ -10,11 +11,7 @@
 namespace vell::metadata {
 namespace {
 
-constexpr std::size_t code_size = 8;
-constexpr std::string_view ascii_code{"ASCII\0\0\0", code_size};
-constexpr std::string_view jis_code{"JIS\0\0\0\0\0", code_size};
-constexpr std::string_view unicode_code{"UNICODE\0", code_size};
-constexpr std::string_view no_code{"\0\0\0\0\0\0\0\0", code_size};
+namespace character_code = formats::tiff::character_code;
 
 constexpr char16_t byte_order_mark = 0xFEFF;
 
@@ -126,19 +123,20 @@ FoundText utf16_text(std::string_view bytes, ByteOrder expected) {
 
 std::optional<FoundText> coded_text(std::string_view value, ByteOrder expected,
                                     TextEncoding otherwise) {
-    const std::string_view code = value.substr(0, code_size);
-    const std::string_view text = value.substr(std::min(code_size, value.size()));
+    const std::string_view code = value.substr(0, character_code::size);
+    const std::string_view text = value.substr(std::min(character_code::size, value.size()));
     const std::string_view trimmed = without_filling(text);
     if (without_filling(value).empty())
         return FoundText{};
-    if (code == unicode_code && !is_ascii_after_all(trimmed)) {
+    if (code == character_code::unicode && !is_ascii_after_all(trimmed)) {
         FoundText found = utf16_text(text, expected);
         found.bytes.resize(without_filling(found.bytes).size());
         return found;
     }
-    if (code == jis_code)
+    if (code == character_code::jis)
         return jis_text(trimmed);
-    if (code == ascii_code || code == unicode_code || (code == no_code && looks_like_text(trimmed)))
+    if (code == character_code::ascii || code == character_code::unicode ||
+        (code == character_code::none && looks_like_text(trimmed)))
         return recognised(trimmed.substr(0, trimmed.find('\0')), otherwise);
     return std::nullopt;
 }

@@ -14,7 +14,7 @@ namespace {
 
 namespace iptc = formats::iptc;
 
-constexpr std::size_t most_bytes = 1024; // of what is no text
+constexpr std::size_t most_bytes_shown = 1024; // of what is no text
 
 std::vector<iptc::Dataset> datasets_of(std::string_view block) {
     std::vector<iptc::Dataset> found;
@@ -52,7 +52,7 @@ Value number_of(std::string_view bytes) {
 }
 
 Value bytes_value(std::string_view bytes) {
-    if (bytes.size() > most_bytes)
+    if (bytes.size() > most_bytes_shown)
         return '(' + to_text(std::uint64_t{bytes.size()}) + " bytes)";
     return hexadecimal(bytes);
 }

@@ -1,6 +1,7 @@
 #include "src/metadata/values/tag_set.h"
 
 #include "src/base/number_text.h"
+#include "src/formats/tiff/exif.h"
 #include "src/metadata/faults.h"
 #include "src/metadata/reading/gps_decimal.h"
 #include "src/metadata/values/dates.h"
@@ -22,16 +23,7 @@ constexpr std::uint64_t most_text = 0x10000;
 constexpr std::uint64_t most_of_all = 0x4000000;
 constexpr std::size_t most_tags = 20'000;
 
-constexpr std::uint16_t exposure_time = 33434;
-constexpr std::uint16_t user_comment = 37510;
-constexpr std::uint16_t gps_latitude = 2;
-constexpr std::uint16_t gps_longitude = 4;
-constexpr std::uint16_t gps_altitude_reference = 5;
-constexpr std::uint16_t gps_altitude = 6;
-constexpr std::uint16_t gps_time = 7;
-constexpr std::uint16_t gps_processing_method = 27;
-constexpr std::uint16_t gps_area_information = 28;
-constexpr std::uint16_t gps_date = 29;
+namespace gps_tag = tiff::gps_tag;
 
 struct DateTags {
     std::uint16_t date;
@@ -51,14 +43,12 @@ constexpr std::array<std::uint16_t, 3> byte_numbers{37121, 41728, 41729};
 constexpr bool is_position(const FoundTag& tag) {
     const std::uint16_t number = tag.entry.tag;
     return tag.directory == TagDirectory::Gps && tag.entry.type == FieldType::Rational &&
-           (number == gps_latitude || number == gps_longitude || number == 20 || number == 22);
+           (number == gps_tag::latitude || number == gps_tag::longitude ||
+            number == gps_tag::destination_latitude || number == gps_tag::destination_longitude);
 }
 
 constexpr bool is_coded_text(const FoundTag& tag) {
-    const std::uint16_t number = tag.entry.tag;
-    return tag.directory == TagDirectory::Gps
-               ? number == gps_processing_method || number == gps_area_information
-               : number == user_comment;
+    return tiff::has_character_code(tag.directory == TagDirectory::Gps, tag.entry.tag);
 }
 
 constexpr TagDirectory directory_of(TagRoot root) {
@@ -292,11 +282,11 @@ std::optional<FoundText> TagSet::readable_text(const FoundTag& tag) const {
     }
     if (is_position(tag))
         return plain(position_text(tag));
-    if (is_gps && tag.entry.tag == gps_time)
+    if (is_gps && tag.entry.tag == gps_tag::time)
         return plain(gps_time_text(tag));
-    if (is_gps && tag.entry.tag == gps_date)
-        return plain(exif_date(text_of(TagDirectory::Gps, gps_date)));
-    if (!is_gps && tag.entry.tag == exposure_time) {
+    if (is_gps && tag.entry.tag == gps_tag::date)
+        return plain(exif_date(text_of(TagDirectory::Gps, gps_tag::date)));
+    if (!is_gps && tag.entry.tag == tiff::tag::exposure_time) {
         const auto parts = rationals_of(tag, 1);
         if (!parts.empty())
             return plain(exposure_text(static_cast<std::uint32_t>(parts[0].numerator),
@@ -360,7 +350,7 @@ std::optional<Value> TagSet::value(const FoundTag& tag, const TextDecoder& decod
     if (!readable)
         return plain_value(tag, decoder);
     std::string text = decoder(readable->bytes, readable->encoding);
-    if (is_position(tag) || (!is_gps && tag.entry.tag == exposure_time))
+    if (is_position(tag) || (!is_gps && tag.entry.tag == tiff::tag::exposure_time))
         return plain_value(tag, decoder).shown_as(std::move(text));
     return text;
 }
@@ -374,11 +364,11 @@ void TagSet::add_position(Members& gps) const {
         if (const auto text = found == nullptr ? std::nullopt : position_text(*found))
             gps.add(name, Value(number_in(*text)).shown_as(*text));
     };
-    add_degrees("Latitude", gps_latitude);
-    add_degrees("Longitude", gps_longitude);
-    if (const FoundTag* const altitude = find_in_gps(gps_altitude)) {
+    add_degrees("Latitude", gps_tag::latitude);
+    add_degrees("Longitude", gps_tag::longitude);
+    if (const FoundTag* const altitude = find_in_gps(gps_tag::altitude)) {
         const auto parts = rationals_of(*altitude, 1);
-        const FoundTag* const reference = find_in_gps(gps_altitude_reference);
+        const FoundTag* const reference = find_in_gps(gps_tag::altitude_reference);
         const std::string below = reference == nullptr ? "" : bytes_of(*reference, 1);
         // Below the sea, or below the ellipsoid (Exif 3.0).
         const bool is_below = !below.empty() && (below[0] == 1 || below[0] == 3);
@@ -387,8 +377,8 @@ void TagSet::add_position(Members& gps) const {
                     Value((is_below ? -1.0 : 1.0) * static_cast<double>(parts[0].numerator) /
                           static_cast<double>(parts[0].denominator)));
     }
-    const auto date = exif_date(text_of(TagDirectory::Gps, gps_date));
-    const FoundTag* const time = find_in_gps(gps_time);
+    const auto date = exif_date(text_of(TagDirectory::Gps, gps_tag::date));
+    const FoundTag* const time = find_in_gps(gps_tag::time);
     const auto time_text = time == nullptr ? std::nullopt : gps_time_text(*time);
     if (date && time_text && date->find('T') == std::string::npos)
         gps.add("DateTime", Value(*date + 'T' + *time_text));

@@ -24,12 +24,8 @@ bool is_property(const XmlName& name) {
     return name.uri != rdf && name.uri != xml && !name.uri.empty();
 }
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t start = text.find_first_not_of(blanks);
-    if (start == std::string_view::npos)
-        return {};
-    return text.substr(start, text.find_last_not_of(blanks) - start + 1);
+bool is_white_space(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
 Kind array_kind(const XmlName& name) {
@@ -100,7 +96,7 @@ void take_empty(XmpNode& node, XmlElement& element) {
     if (value != nullptr) {
         node.text = std::move(*value);
         node.qualifiers = std::move(fields);
-    } else if (!fields.empty() && trimmed(element.text).empty()) {
+    } else if (!fields.empty() && is_white_space(element.text)) {
         node.kind = Kind::Structure;
         node.children = std::move(fields);
     } else {

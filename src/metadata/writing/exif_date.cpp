@@ -16,7 +16,7 @@ bool is_blank(std::string_view text) {
     return text.find_first_not_of(' ') == std::string_view::npos;
 }
 
-bool has_form(std::string_view text, std::string_view form) {
+bool is_made_like(std::string_view text, std::string_view form) {
     return std::ranges::equal(text, form, [](char c, char wanted) {
         return is_letter(wanted) ? is_digit(c) || c == ' ' : c == wanted;
     });
@@ -45,7 +45,7 @@ bool is_day(std::string_view text) {
         .ok();
 }
 
-bool is_time(std::string_view text) {
+bool is_time_of_day(std::string_view text) {
     const auto is_below = [&](std::size_t at, int end) {
         const int number = part(text, at, 2);
         return number >= 0 && number < end;
@@ -59,8 +59,8 @@ bool is_exif_date(std::string_view text, bool has_time) {
     const std::string_view form = has_time ? date_and_time_form : date_form;
     if (text.size() == form.size() && is_blank(text))
         return true;
-    return has_form(text, form) && is_day(text) &&
-           (!has_time || is_time(text.substr(date_form.size() + 1)));
+    return is_made_like(text, form) && is_day(text) &&
+           (!has_time || is_time_of_day(text.substr(date_form.size() + 1)));
 }
 
 } // namespace vell::metadata

@@ -2,6 +2,7 @@
 
 #include "src/base/ascii.h"
 #include "src/base/utf8.h"
+#include "src/formats/tiff/exif.h"
 #include "src/metadata/writing/exif_date.h"
 #include "src/metadata/writing/rational_text.h"
 
@@ -13,19 +14,9 @@
 namespace vell::metadata {
 namespace {
 
-constexpr std::uint16_t gps_version = 0;
-constexpr std::uint16_t gps_altitude_reference = 5;
-constexpr std::uint16_t gps_processing_method = 27;
-constexpr std::uint16_t gps_area_information = 28;
-constexpr std::uint16_t user_comment = 37510;
-
-// Where a text may follow: an identifier of its character code comes first (Exif 2.3, section
-// 4.6.5).
-constexpr std::size_t character_code_size = 8;
-constexpr std::string_view ascii_code{"ASCII\0\0\0", character_code_size};
-constexpr std::string_view unicode_code{"UNICODE\0", character_code_size};
-constexpr std::string_view character_codes[] = {
-    ascii_code, unicode_code, {"JIS\0\0\0\0\0", 8}, {"\0\0\0\0\0\0\0\0", 8}};
+namespace tiff = formats::tiff;
+namespace character_code = tiff::character_code;
+namespace gps_tag = tiff::gps_tag;
 
 // How people write a number with its unit.
 struct UnitOf {
@@ -140,9 +131,9 @@ Result<std::string> version_bytes(std::string_view text) {
 
 Result<std::string> byte_values(std::string_view text, const TagTarget& target,
                                 const TextStore& store) {
-    if (target.family == TagFamily::Gps && target.tag == gps_version)
+    if (target.family == TagFamily::Gps && target.tag == gps_tag::version)
         return version_bytes(text);
-    if (target.family == TagFamily::Gps && target.tag == gps_altitude_reference)
+    if (target.family == TagFamily::Gps && target.tag == gps_tag::altitude_reference)
         return integers<std::uint8_t>(text, target.order);
     if (target.family == TagFamily::General && tiff::tag::is_utf16_text(target.tag))
         return utf16_bytes(text, ByteOrder::Little) + std::string(2, '\0');
@@ -163,18 +154,15 @@ Result<std::string> text_value(std::string_view text, TextEncoding encoding,
 
 Result<std::string> undefined_value(std::string_view text, const TagTarget& target,
                                     const TextStore& store) {
-    const bool is_gps = target.family == TagFamily::Gps;
-    const bool has_code =
-        is_gps ? target.tag == gps_processing_method || target.tag == gps_area_information
-               : target.tag == user_comment;
+    const bool has_code = tiff::has_character_code(target.family == TagFamily::Gps, target.tag);
     const auto begins_with = [&](std::string_view code) {
         return text.starts_with(code);
     };
-    if (!has_code || std::ranges::any_of(character_codes, begins_with))
+    if (!has_code || std::ranges::any_of(character_code::all, begins_with))
         return store.store(text);
     if (is_ascii(text))
-        return std::string(ascii_code).append(text);
-    return std::string(unicode_code) + utf16_bytes(text, target.order);
+        return std::string(character_code::ascii).append(text);
+    return std::string(character_code::unicode) + utf16_bytes(text, target.order);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "src/metadata/writing/exif_writer.h"
 
+#include "src/formats/tiff/exif.h"
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/tag_table.h"
 #include "src/metadata/writing/exif_block.h"
@@ -289,9 +290,8 @@ void ExifWriter::complete_new_directories(bool had_exif, bool had_gps) {
     if (!had_exif && !exif.entries.empty() && exif.find(exif_version) == nullptr)
         exif.add(exif_version, FieldType::Undefined, "0230");
     ChangeableDirectory& gps = block_.directory(DirectoryKind::Gps);
-    constexpr std::uint16_t gps_version = 0;
-    if (!had_gps && !gps.entries.empty() && gps.find(gps_version) == nullptr)
-        gps.add(gps_version, FieldType::Byte, {2, 3, 0, 0});
+    if (!had_gps && !gps.entries.empty() && gps.find(formats::tiff::gps_tag::version) == nullptr)
+        gps.add(formats::tiff::gps_tag::version, FieldType::Byte, {2, 3, 0, 0});
 }
 
 Result<void> ExifWriter::write() {

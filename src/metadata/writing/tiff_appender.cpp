@@ -10,7 +10,7 @@ namespace vell::metadata {
 namespace {
 
 constexpr std::size_t most_entries = std::numeric_limits<std::uint16_t>::max();
-constexpr std::uint64_t most_bytes = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t longest_file = std::numeric_limits<std::uint32_t>::max();
 
 class Appender {
   public:
@@ -36,7 +36,7 @@ class Appender {
             edits.put(file_size_, file_size_, std::string(1, '\0'));
             ++end_;
         }
-        if (end_ + size > most_bytes)
+        if (end_ + size > longest_file)
             return Failure{ErrorCode::ResourceTooLarge};
         return std::exchange(end_, end_ + size);
     }

@@ -17,15 +17,13 @@ namespace {
 
 namespace riff = formats::riff;
 namespace webp = formats::webp;
+namespace chunk_type = webp::chunk_type;
 using formats::Window;
 using webp::Feature;
 
-constexpr std::string_view exif_chunk = "EXIF";
-constexpr std::string_view xmp_chunk = "XMP ";
-constexpr std::string_view extended_chunk = "VP8X";
 // What stands before the metadata.
-constexpr std::string_view image_chunks[] = {extended_chunk, "ICCP", "ANIM", "ANMF",
-                                             "ALPH",         "VP8 ", "VP8L"};
+constexpr std::string_view image_chunks[] = {
+    chunk_type::extended, chunk_type::profile, "ANIM", chunk_type::frame, "ALPH", "VP8 ", "VP8L"};
 constexpr std::uint64_t chunks_start = riff::ChunkHeader::size + riff::form_size;
 
 std::string new_chunk(std::string_view id, std::string_view data) {
@@ -100,13 +98,13 @@ Result<void> WebpPlace::note(const riff::Chunk& chunk, Range place) {
         images_end_ = place.end;
         return note_image(chunk);
     }
-    if (type == exif_chunk)
+    if (type == chunk_type::exif)
         tags_end_ = place.end;
-    if (!extended_ && type == exif_chunk)
+    if (!extended_ && type == chunk_type::exif)
         features_ |= bit(Feature::Exif);
-    else if (!extended_ && type == xmp_chunk)
+    else if (!extended_ && type == chunk_type::xmp)
         features_ |= bit(Feature::Xmp);
-    if (type == (is_exif_ ? exif_chunk : xmp_chunk))
+    if (type == (is_exif_ ? chunk_type::exif : chunk_type::xmp))
         return note_block(chunk, place);
     return {};
 }
@@ -130,13 +128,13 @@ Result<void> WebpPlace::note_image(const riff::Chunk& chunk) {
     const std::string_view type = chunk.type();
     Window data = chunk.data;
     const std::string start = VELL_TRY(coded(data.read_bytes(webp::extended_header_size)));
-    if (type == extended_chunk) {
+    if (type == chunk_type::extended) {
         if (start.size() < webp::extended_header_size)
             return Failure{ErrorCode::CorruptStructure};
         extended_ = chunk.start + riff::ChunkHeader::size;
         features_ = static_cast<std::uint8_t>(start[0]);
     } else if (!extended_) {
-        if (type == "ICCP")
+        if (type == chunk_type::profile)
             features_ |= bit(Feature::Profile);
         else if (type == "ALPH")
             features_ |= bit(Feature::Alpha);
@@ -157,7 +155,7 @@ Result<void> WebpPlace::edit_features(bool is_there) {
         if (canvas_->has_alpha)
             features |= bit(Feature::Alpha);
         edits_.put(chunks_start, chunks_start,
-                   new_chunk(extended_chunk, webp::extended_header(*canvas_, features)));
+                   new_chunk(chunk_type::extended, webp::extended_header(*canvas_, features)));
     }
     return {};
 }
@@ -171,7 +169,7 @@ void WebpPlace::edit_chunks(std::string_view block) {
     // The last chunk of a file may lack the byte that pads it.
     if (place % 2 != 0)
         edits_.put(place, place, std::string(1, '\0'));
-    edits_.put(place, place, new_chunk(is_exif_ ? exif_chunk : xmp_chunk, block));
+    edits_.put(place, place, new_chunk(is_exif_ ? chunk_type::exif : chunk_type::xmp, block));
 }
 
 Result<void> WebpPlace::edit(std::string block) {

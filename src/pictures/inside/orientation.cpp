@@ -5,6 +5,7 @@
 #include "src/formats/recognition.h"
 #include "src/formats/riff.h"
 #include "src/formats/tiff/numbers.h"
+#include "src/formats/webp.h"
 #include "src/pictures/inside/camera_orientation.h"
 #include "src/pictures/inside/faults.h"
 
@@ -51,14 +52,14 @@ Read<Said> in_webp(const Window& file) {
     if (!form)
         return Said();
     Window content = form->data;
-    if (VELL_TRY(content.read_bytes(riff::form_size)) != "WEBP")
+    if (VELL_TRY(content.read_bytes(riff::form_size)) != formats::webp::form)
         return Said();
     riff::ChunkWalk walk(content.from(riff::form_size));
     for (;;) {
         const auto chunk = VELL_TRY(walk.next());
         if (!chunk)
             return Said();
-        if (chunk->type() == "EXIF")
+        if (chunk->type() == formats::webp::chunk_type::exif)
             return in_block(chunk->data);
     }
 }

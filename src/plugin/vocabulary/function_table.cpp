@@ -52,7 +52,7 @@ constexpr LeastParameters least(std::int16_t by_host, std::int16_t by_body) {
 }
 
 // ID, least and most parameters, dialogs, prototype, description, body
-constexpr FunctionRow rows[] = {
+constexpr FunctionRow all_functions[] = {
     {9000, 0, 0, all_dialogs, "VlFile_Version",
      "Use this function to see which version of the plug-in is loaded.", version, Served::Always},
     {9001, least(1, 0), 1, all_dialogs, "VlFile_Version( switches )",
@@ -291,38 +291,39 @@ constexpr FunctionRow rows[] = {
      RegistrationGroup::Second},
 };
 
-constexpr std::size_t not_found = std::size(rows);
+constexpr std::size_t not_found = std::size(all_functions);
 
-// Positions of the rows by ID less the lowest one; a call is dispatched in constant time.
+// Positions in it by ID less the lowest one; a call is dispatched in constant time.
 constexpr std::int16_t lowest_id = 4200;
 constexpr std::int16_t highest_id = 4329;
 constexpr auto positions = [] {
     std::array<std::uint8_t, highest_id - lowest_id + 1> result{};
     result.fill(not_found);
-    for (std::size_t i = 0; i < std::size(rows); ++i)
-        if (rows[i].id >= lowest_id && rows[i].id <= highest_id)
-            result[static_cast<std::size_t>(rows[i].id - lowest_id)] = static_cast<std::uint8_t>(i);
+    for (std::size_t i = 0; i < std::size(all_functions); ++i)
+        if (all_functions[i].id >= lowest_id && all_functions[i].id <= highest_id)
+            result[static_cast<std::size_t>(all_functions[i].id - lowest_id)] =
+                static_cast<std::uint8_t>(i);
     return result;
 }();
 
 } // namespace
 
 std::span<const FunctionRow> function_rows() {
-    return rows;
+    return all_functions;
 }
 
 const FunctionRow* find_function(std::int16_t registered_id) {
     if (registered_id >= lowest_id && registered_id <= highest_id) {
         const std::size_t position = positions[static_cast<std::size_t>(registered_id - lowest_id)];
-        return position == not_found ? nullptr : &rows[position];
+        return position == not_found ? nullptr : &all_functions[position];
     }
-    const auto row = std::ranges::find(rows, registered_id, &FunctionRow::registered_id);
-    return row == std::end(rows) ? nullptr : row;
+    const auto row = std::ranges::find(all_functions, registered_id, &FunctionRow::registered_id);
+    return row == std::end(all_functions) ? nullptr : row;
 }
 
 std::string_view function_prototype(std::int16_t id) {
-    const auto row = std::ranges::find(rows, id, &FunctionRow::id);
-    return row == std::end(rows) ? "VlFile__FUNCTION_NAME_NOT_SET" : row->prototype;
+    const auto row = std::ranges::find(all_functions, id, &FunctionRow::id);
+    return row == std::end(all_functions) ? "VlFile__FUNCTION_NAME_NOT_SET" : row->prototype;
 }
 
 } // namespace vell::plugin

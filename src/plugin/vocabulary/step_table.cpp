@@ -178,7 +178,7 @@ constexpr StepParameter set_movie_metadata[] = {
 constexpr StepParameter bring_to_front[] = {result_error};
 
 // ID, name, description, how many parameters the body needs, parameters, body
-constexpr StepRow rows[] = {
+constexpr StepRow all_steps[] = {
     {7308, "Append to File", "Appends text to the contents of a file.", 3, append_to_file,
      files::append_to_file},
     {7202, "Get File Contents with Dialog",
@@ -259,12 +259,12 @@ constexpr StepRow rows[] = {
 } // namespace
 
 std::span<const StepRow> step_rows() {
-    return rows;
+    return all_steps;
 }
 
 const StepRow* find_step(std::int16_t id) {
-    const auto row = std::ranges::find(rows, id, &StepRow::id);
-    return row == std::end(rows) ? nullptr : row;
+    const auto row = std::ranges::find(all_steps, id, &StepRow::id);
+    return row == std::end(all_steps) ? nullptr : row;
 }
 
 std::string_view step_name(std::int16_t id) {

@@ -319,9 +319,9 @@ class Win32FileSystem : public FileSystem {
         const std::wstring folder = VELL_TRY(temporary_folder());
         std::wstring name = folder + L"VELLTEMP{" + VELL_TRY(random_uuid()) + L"}.tmp";
         if (!extension.empty()) {
-            constexpr std::size_t longest_extension = 100;
+            constexpr std::size_t longest_kept = 100;
             name.resize(name.size() - 3); // "tmp"
-            name += to_wide(extension.substr(0, longest_extension));
+            name += to_wide(extension.substr(0, longest_kept));
         }
         return NativePath{to_utf16(name), std::nullopt};
     }
