@@ -182,11 +182,7 @@ bool Sweep::ask(const CallLine& line, const Names& names, const std::string& pla
 
 bool soak_damaged(const Work& work) {
     const auto scenarios = read_scenarios(work.texts / "reading_calls.txt");
-    if (!scenarios) {
-        std::printf("%s\n", scenarios.error().c_str());
-        return false;
-    }
-    return Sweep(work, scenarios.value().front()).run();
+    return Sweep(work, scenarios.front()).run();
 }
 
 } // namespace vell::soak

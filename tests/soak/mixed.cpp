@@ -32,7 +32,6 @@ class Mixed {
                       Random& random);
     void call_at_random(const std::filesystem::path& folder, Random& random);
     std::vector<Figures> watch();
-    Figures look(std::size_t& calls);
     void complain(const std::string& text, const std::filesystem::path& folder = {});
 
     const Work& work_;
@@ -89,7 +88,7 @@ void Mixed::run_scenario(const std::filesystem::path& examples, const std::files
     for (const CallLine& line : scenarios_[below(scenarios_.size(), random)]) {
         if (done_)
             return;
-        const Gate::Pass pass(gate_);
+        const auto pass = gate_.pass();
         const std::u16string calculation = filled_in(line.calculation, names);
         const std::u16string result = result_of(work_.session, calculation);
         if (line.expected && !is_expected(result, filled_in(*line.expected, names)))
@@ -103,16 +102,10 @@ void Mixed::run_scenario(const std::filesystem::path& examples, const std::files
 void Mixed::call_at_random(const std::filesystem::path& folder, Random& random) {
     RandomCalls::prepare(work_.workplace, folder, random);
     for (std::size_t i = 0; i < random_calls_at_once && !done_; ++i) {
-        const Gate::Pass pass(gate_);
+        const auto pass = gate_.pass();
         if (const auto result = random_calls_.call(folder, random); !result)
             complain("a call with random parameters: " + result.error());
     }
-}
-
-Figures Mixed::look(std::size_t& calls) {
-    const Gate::Closed closed(gate_);
-    calls = gate_.calls();
-    return current_figures();
 }
 
 std::vector<Figures> Mixed::watch() {
@@ -124,8 +117,10 @@ std::vector<Figures> Mixed::watch() {
     std::vector<Figures> samples;
     for (auto past = milliseconds(0); past < length;) {
         std::this_thread::sleep_for(pause);
-        std::size_t calls = 0;
-        samples.push_back(look(calls));
+        const std::size_t calls = gate_.closed([&](std::size_t until_now) {
+            samples.push_back(current_figures());
+            return until_now;
+        });
         past = std::chrono::duration_cast<milliseconds>(Clock::now() - start);
         if (past < next_told && samples.size() > 1)
             continue;
@@ -174,12 +169,8 @@ bool all_are_called(const console::PluginHost& host, const std::vector<Scenario>
 } // namespace
 
 bool soak_mixed(const Work& work) {
-    auto scenarios = read_scenarios(work.texts / "calls.txt");
-    if (!scenarios) {
-        std::printf("%s\n", scenarios.error().c_str());
-        return false;
-    }
-    return all_are_called(work.host, *scenarios) && Mixed(work, std::move(scenarios).value()).run();
+    const auto scenarios = read_scenarios(work.texts / "calls.txt");
+    return all_are_called(work.host, scenarios) && Mixed(work, scenarios).run();
 }
 
 } // namespace vell::soak

@@ -3,6 +3,7 @@
 #include "console/model/unicode.h"
 
 #include <sstream>
+#include <stdexcept>
 
 namespace vell::soak {
 namespace {
@@ -19,7 +20,7 @@ CallLine read_line(std::size_t number, std::string_view text) {
 
 } // namespace
 
-Result<std::vector<Scenario>, std::string> read_scenarios(const std::filesystem::path& file) {
+std::vector<Scenario> read_scenarios(const std::filesystem::path& file) {
     std::istringstream lines(read_bytes(file));
     std::vector<Scenario> scenarios;
     bool is_new = true;
@@ -40,7 +41,7 @@ Result<std::vector<Scenario>, std::string> read_scenarios(const std::filesystem:
         scenarios.back().push_back(read_line(number, line));
     }
     if (scenarios.empty())
-        return Failure{"there are no calls in " + file.string()};
+        throw std::runtime_error("there are no calls in " + file.string());
     return scenarios;
 }
 

@@ -18,8 +18,8 @@ struct CallLine {
 };
 using Scenario = std::vector<CallLine>;
 
-// The error is a message.
-Result<std::vector<Scenario>, std::string> read_scenarios(const std::filesystem::path& file);
+// Throws where there are none.
+std::vector<Scenario> read_scenarios(const std::filesystem::path& file);
 
 // What stands for the words in braces.
 struct Names {
