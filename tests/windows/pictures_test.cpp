@@ -23,13 +23,19 @@ PictureSystem& system_pictures() {
     return windows::system().pictures();
 }
 
-// All rows; fewer where one cannot be read.
-std::vector<std::byte> all_rows(PictureRows& rows) {
+std::string text_of(const PictureLayout& layout) {
+    EXPECT_TRUE(layout.model == ColourModel::Gray || layout.model == ColourModel::Rgb);
+    return std::string(layout.model == ColourModel::Gray ? "gray " : "rgb ") +
+           (layout.has_alpha ? "1 " : "0 ") + std::to_string(layout.component_size);
+}
+
+// The bytes of all rows; fewer where one cannot be read.
+std::string all_rows(PictureRows& rows) {
     const PictureLayout& layout = rows.layout();
-    std::vector<std::byte> all;
+    std::string all;
     std::vector<std::byte> row(layout.row_size());
     for (std::uint32_t y = 0; y < layout.height && rows.read_row(row); ++y)
-        all.insert(all.end(), row.begin(), row.end());
+        all.append(reinterpret_cast<const char*>(row.data()), row.size());
     return all;
 }
 
@@ -99,43 +105,35 @@ TEST(SystemPictures, FramesOfEveryFormatKeepTheirNumbers) {
     const std::vector<WICColor> palette = {0xFF010203, 0xFF040506};
     const std::vector<std::uint16_t> words = {1, 2, 3, 40000, 50000, 60000};
     const std::vector<std::uint16_t> with_alpha = {1, 2, 3, 65535, 50000, 60000, 7, 30000};
-    const std::vector<Frame> frames = {
-        {&GUID_WICPixelFormat8bppGray, 3, std::string("\x00\x80\xFF", 3)},
-        {&GUID_WICPixelFormat24bppBGR, 2, "\x01\x02\x03\x04\x05\x06"},
-        {&GUID_WICPixelFormat32bppBGRA, 1, "\x01\x02\x03\x80"},
-        {&GUID_WICPixelFormat48bppRGB, 2, as_bytes(words)},
-        {&GUID_WICPixelFormat64bppRGBA, 2, as_bytes(with_alpha)},
-        {&GUID_WICPixelFormat8bppIndexed, 3, std::string("\x01\x00\x01", 3), palette},
-        {&GUID_WICPixelFormatBlackWhite, 3, "\xA0"},
-    };
+    const std::string grays("\x00\x80\xFF", 3);
     const struct {
-        ColourModel model;
-        bool has_alpha;
-        int component_size;
+        Frame frame;
+        std::string layout; // model, whether with alpha, bytes of a component
         std::string row;
-    } expected[] = {
-        {ColourModel::Gray, false, 1, std::string("\x00\x80\xFF", 3)},
-        {ColourModel::Rgb, false, 1, "\x03\x02\x01\x06\x05\x04"},
-        {ColourModel::Rgb, true, 1, "\x03\x02\x01\x80"},
-        {ColourModel::Rgb, false, 2, as_bytes(words)},
-        {ColourModel::Rgb, true, 2, as_bytes(with_alpha)},
-        {ColourModel::Rgb, false, 1, "\x04\x05\x06\x01\x02\x03\x04\x05\x06"},
-        {ColourModel::Gray, false, 1, std::string("\xFF\x00\xFF", 3)},
+    } cases[] = {
+        {{&GUID_WICPixelFormat8bppGray, 3, grays}, "gray 0 1", grays},
+        {{&GUID_WICPixelFormat24bppBGR, 2, "\x01\x02\x03\x04\x05\x06"},
+         "rgb 0 1",
+         "\x03\x02\x01\x06\x05\x04"},
+        {{&GUID_WICPixelFormat32bppBGRA, 1, "\x01\x02\x03\x80"}, "rgb 1 1", "\x03\x02\x01\x80"},
+        {{&GUID_WICPixelFormat48bppRGB, 2, as_bytes(words)}, "rgb 0 2", as_bytes(words)},
+        {{&GUID_WICPixelFormat64bppRGBA, 2, as_bytes(with_alpha)}, "rgb 1 2", as_bytes(with_alpha)},
+        {{&GUID_WICPixelFormat8bppIndexed, 3, std::string("\x01\x00\x01", 3), palette},
+         "rgb 0 1",
+         "\x04\x05\x06\x01\x02\x03\x04\x05\x06"},
+        {{&GUID_WICPixelFormatBlackWhite, 3, "\xA0"}, "gray 0 1", std::string("\xFF\x00\xFF", 3)},
     };
+    std::vector<Frame> frames;
+    for (const auto& c : cases)
+        frames.push_back(c.frame);
     const std::string file = tiff_of(frames);
     ASSERT_FALSE(file.empty());
     BytesInMemory bytes(file);
-    for (std::uint32_t i = 0; i < std::size(expected); ++i) {
+    for (std::uint32_t i = 0; i < std::size(cases); ++i) {
         const auto rows = system_pictures().decode(bytes, i);
         ASSERT_TRUE(rows) << i << ' ' << number(rows.error());
-        const PictureLayout& layout = (*rows)->layout();
-        EXPECT_EQ(layout.model, expected[i].model) << i;
-        EXPECT_EQ(layout.has_alpha, expected[i].has_alpha) << i;
-        EXPECT_EQ(layout.component_size, expected[i].component_size) << i;
-        const auto all = all_rows(**rows);
-        EXPECT_EQ(std::string(reinterpret_cast<const char*>(all.data()), all.size()),
-                  expected[i].row)
-            << i;
+        EXPECT_EQ(text_of((*rows)->layout()), cases[i].layout) << i;
+        EXPECT_EQ(all_rows(**rows), cases[i].row) << i;
     }
     EXPECT_EQ(system_pictures().decode(bytes, 7).error(), ErrorCode::BadParameter);
     BytesInMemory text("this is a text and no picture");
@@ -308,8 +306,7 @@ TEST_F(Icons, AreContainersOnServersToo) {
     const auto rows = system_pictures().decode(bytes, 0); // by another decoder than wrote it
     ASSERT_TRUE(rows);
     EXPECT_EQ((*rows)->layout().width, 48u);
-    const auto all = all_rows(**rows);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(all.data()), 3), "\x0C\x0B\x0A");
+    EXPECT_TRUE(all_rows(**rows).starts_with("\x0C\x0B\x0A"));
 }
 
 TEST_F(Icons, NothingIsLeftBehind) {
@@ -354,37 +351,40 @@ TEST_F(Icons, ThreadsDoNotMeet) {
 
 // Handles of icons, which Windows gives for what its shell draws itself.
 TEST(IconHandles, AlphaAndMasksAreKept) {
-    const auto make = [](const std::vector<std::uint8_t>& colours, const BYTE* mask, int height) {
+    using Bytes = std::vector<std::uint8_t>;
+    const struct {
+        const char* what;
+        Bytes colours; // none for an icon that is its mask
+        Bytes mask;    // rows of 16 bits
+        Bytes pixels;
+    } cases[] = {
+        {"alpha",
+         {1, 2, 3, 128, 4, 5, 6, 255, 7, 8, 9, 255, 10, 11, 12, 64},
+         {0x80, 0, 0, 0},
+         {3, 2, 1, 128, 6, 5, 4, 255, 9, 8, 7, 255, 12, 11, 10, 64}},
+        {"mask",
+         {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 0},
+         {0x80, 0, 0, 0},
+         {0, 0, 0, 0, 6, 5, 4, 255, 9, 8, 7, 255, 12, 11, 10, 255}},
+        {"mask above, and below it white on the right",
+         {},
+         {0x80, 0, 0, 0, 0x40, 0, 0x40, 0},
+         {0, 0, 0, 0, 255, 255, 255, 255, 0, 0, 0, 255, 255, 255, 255, 255}},
+    };
+    for (const auto& [what, colours, mask, pixels] : cases) {
         ICONINFO info{};
         info.fIcon = TRUE;
         info.hbmColor = colours.empty() ? nullptr : CreateBitmap(2, 2, 1, 32, colours.data());
-        info.hbmMask = CreateBitmap(2, height, 1, 1, mask);
-        const HICON icon = CreateIconIndirect(&info);
+        info.hbmMask = CreateBitmap(2, static_cast<int>(mask.size() / 2), 1, 1, mask.data());
+        const windows::UniqueIcon icon(CreateIconIndirect(&info));
         DeleteObject(info.hbmColor);
         DeleteObject(info.hbmMask);
-        return windows::UniqueIcon(icon);
-    };
-    const BYTE mask[] = {0x80, 0, 0, 0}; // rows of 16 bits
-    const auto with_alpha =
-        make({1, 2, 3, 128, 4, 5, 6, 255, 7, 8, 9, 255, 10, 11, 12, 64}, mask, 2);
-    if (!with_alpha)
-        GTEST_SKIP() << "no icons without a display";
-    const auto first = windows::picture_of(with_alpha.get());
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->pixels, (std::vector<std::uint8_t>{3, 2, 1, 128, 6, 5, 4, 255, 9, 8, 7, 255,
-                                                        12, 11, 10, 64}));
-    const auto masked = make({1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 0}, mask, 2);
-    const auto second = windows::picture_of(masked.get());
-    ASSERT_TRUE(second);
-    EXPECT_EQ(second->pixels,
-              (std::vector<std::uint8_t>{0, 0, 0, 0, 6, 5, 4, 255, 9, 8, 7, 255, 12, 11, 10, 255}));
-    // The mask above, and below it white on the right.
-    const BYTE both[] = {0x80, 0, 0, 0, 0x40, 0, 0x40, 0};
-    const auto monochrome = make({}, both, 4);
-    const auto third = windows::picture_of(monochrome.get());
-    ASSERT_TRUE(third);
-    EXPECT_EQ(third->pixels, (std::vector<std::uint8_t>{0, 0, 0, 0, 255, 255, 255, 255, 0, 0, 0,
-                                                        255, 255, 255, 255, 255}));
+        if (!icon)
+            GTEST_SKIP() << "no icons without a display";
+        const auto picture = windows::picture_of(icon.get());
+        ASSERT_TRUE(picture) << what;
+        EXPECT_EQ(picture->pixels, pixels) << what;
+    }
 }
 
 } // namespace

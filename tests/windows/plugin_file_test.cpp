@@ -109,22 +109,5 @@ TEST(PluginFile, CarriesItsVersion) {
     EXPECT_EQ(plugin::build_number, 508);
 }
 
-// The file itself, not the objects linked into this program.
-TEST_F(Plugin, TheFileLoadsInAHost) {
-    PluginHost loaded({.api_version = 67});
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring file(path);
-    file.replace(file.rfind(L'\\') + 1, std::wstring::npos, L"VellFile.fmx64");
-    const auto result = loaded.load(file);
-    ASSERT_TRUE(result) << result.error();
-    EXPECT_EQ(loaded.start_up(), 59);
-    const auto* function = loaded.find_function(u"VlFile_Control");
-    ASSERT_TRUE(function);
-    const auto answer = loaded.call(*function, std::vector<Value>{u"CurrentEnabledStatus"});
-    ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->as_text(), u"1");
-}
-
 } // namespace
 } // namespace vell::test

@@ -31,8 +31,6 @@ inline constexpr auto delete_all = u"-deleteAllSubFoldersAndAllContents noWarnin
 inline constexpr std::uint8_t pro = 1;
 inline constexpr std::uint8_t server = 3;
 inline constexpr std::uint8_t web_server = 4;
-inline constexpr std::uint8_t server_sase = 7;
-inline constexpr std::uint8_t web_server_fmse = 8;
 
 // What a test file holds, and its end with the test.
 class TemporaryFolder {
