@@ -50,48 +50,55 @@ TEST(SetMetadata, WritesComments) {
     EXPECT_EQ(added("JPEGComment", most + "abc" + std::string(1'000'000, 'y')), com(most + "a"));
 }
 
+std::string even_resource(std::uint16_t id, const std::string& data) {
+    const std::string bytes = resource(id, data);
+    return bytes + std::string(bytes.size() % 2, '\0');
+}
+std::string iptc(std::initializer_list<std::string> datasets) {
+    std::string bytes;
+    for (const std::string& each : datasets)
+        bytes += each;
+    return even_resource(0x0404, bytes);
+}
+std::string iptc_segment(std::initializer_list<std::string> datasets) {
+    return photoshop(iptc(datasets));
+}
+const std::string version = dataset(2, 0, std::string("\0\4", 2));
+const std::string old_version = dataset(2, 0, std::string("\0\2", 2));
+const std::string utf8 = dataset(1, 90, "\x1B%G");
+
 TEST(SetMetadata, WritesIptcBesideTheOtherResources) {
-    const auto even = [](std::string bytes) {
-        bytes.append(bytes.size() % 2, '\0');
-        return bytes;
+    const std::pair<std::string, std::string> cases[] = {
+        {"\r##IPTC 25\rone\r##END 25\r##IPTC 25\rtwo\r##END 25",
+         iptc({version, dataset(2, 25, "one"), dataset(2, 25, "two")})},
+        {"##IPTC 5\n1234\n##END 5\n##IPTC 7\r\n\r\n##END 7",
+         iptc({version, dataset(2, 5, "1234"), dataset(2, 7, "")})},
+        {"##IPTC 0\n2\n##END 0", iptc({old_version})},
+        {"##IPTC 5\n\xE6\x97\xA5\n##END 5", iptc({utf8, version, dataset(2, 5, "\xE6\x97\xA5")})},
     };
-    const auto iptc = [&](const std::string& datasets) {
-        return even(resource(0x0404, datasets));
-    };
-    const std::string version = dataset(2, 0, std::string("\0\4", 2));
-    const std::string utf8 = dataset(1, 90, "\x1B%G");
-    EXPECT_EQ(added("-SetIPTC", "\r##IPTC 25\rone\r##END 25\r##IPTC 25\rtwo\r##END 25"),
-              photoshop(iptc(version + dataset(2, 25, "one") + dataset(2, 25, "two"))));
-    const std::string odd = added("-SetIPTC", "##IPTC 5\n1234\n##END 5\n##IPTC 7\r\n\r\n##END 7");
-    EXPECT_EQ(odd, photoshop(iptc(version + dataset(2, 5, "1234") + dataset(2, 7, ""))));
+    for (const auto& [text, resources] : cases)
+        EXPECT_EQ(added("-SetIPTC", text), photoshop(resources)) << text;
     EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n123\n##END 5").substr(2, 2), big16(7 + 8 + 28 + 1));
-    EXPECT_EQ(added("-SetIPTC", "##IPTC 0\n2\n##END 0"),
-              photoshop(iptc(dataset(2, 0, std::string("\0\2", 2)))));
 
     const std::string name = "##IPTC 5\n\xC3\xA9\n##END 5";
-    EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n\xE6\x97\xA5\n##END 5"),
-              photoshop(iptc(utf8 + version + dataset(2, 5, "\xE6\x97\xA5"))));
-
     // Other resources, records and segments stay; a resource that goes on elsewhere comes last.
     const std::string before = resource(0x03ED, "resolution", "name");
     const std::string behind = resource(0x0425, "digest!!") + resource(0x0404, "goes on", "", 1000);
     const std::string envelope = dataset(1, 5, "to");
-    const std::string old_version = dataset(2, 0, std::string("\0\2", 2));
     const std::string pictures = dataset(3, 10, "ppp");
-    const auto file = [&](const std::string& datasets) {
-        return photoshop(before + iptc(datasets) + behind) + photoshop(iptc(version));
+    const auto file = [&](const std::string& title, const std::string& declared) {
+        const std::string datasets = iptc({envelope, declared, old_version, title, pictures});
+        return photoshop(before + datasets + behind) + iptc_segment({version});
     };
-    const std::string old = file(envelope + utf8 + old_version + dataset(2, 5, "o") + pictures);
-    EXPECT_EQ(added("-SetIPTC", name, old),
-              file(envelope + utf8 + old_version + dataset(2, 5, "\xC3\xA9") + pictures));
+    const std::string old = file(dataset(2, 5, "o"), utf8);
+    EXPECT_EQ(added("-SetIPTC", name, old), file(dataset(2, 5, "\xC3\xA9"), utf8));
     EXPECT_EQ(added("-SetIPTC -DontUseAutoUTF8Detection -WinCharset", name, old),
-              file(envelope + utf8 + old_version + dataset(2, 5, "\xE9") + pictures));
-    EXPECT_EQ(added("-SetIPTC -WinCharset", name, old),
-              file(envelope + old_version + dataset(2, 5, "\xE9") + pictures));
-    EXPECT_EQ(added("-SetIPTC", "", photoshop(iptc(version))), "");
+              file(dataset(2, 5, "\xE9"), utf8));
+    EXPECT_EQ(added("-SetIPTC -WinCharset", name, old), file(dataset(2, 5, "\xE9"), ""));
+    EXPECT_EQ(added("-SetIPTC", "", iptc_segment({version})), "");
 
     EXPECT_EQ(added("-SetImageURL", "http://x/", photoshop(before)),
-              photoshop(before + even(resource(0x040B, "http://x/"))));
+              photoshop(before + even_resource(0x040B, "http://x/")));
     EXPECT_EQ(added("-SetIPTC", "##IPTC 5\n" + std::string(32'768, 'x') + "\n##END 5"), "!-207");
     // What is written can be read: 16,384 bytes from the resource's signature on.
     const auto caption = [](std::size_t size) {
@@ -108,62 +115,56 @@ TEST(SetMetadata, WritesIptcBesideTheOtherResources) {
 }
 
 TEST(SetMetadata, MergesIptcByTheNumbersOfItsDatasets) {
-    const auto iptc = [](std::initializer_list<std::string> datasets) {
-        std::string bytes;
-        for (const std::string& each : datasets)
-            bytes += each;
-        bytes = resource(0x0404, bytes);
-        return photoshop(bytes.append(bytes.size() % 2, '\0'));
-    };
-    const std::string version = dataset(2, 0, std::string("\0\2", 2));
-    const std::string new_version = dataset(2, 0, std::string("\0\4", 2));
-    const std::string utf8 = dataset(1, 90, "\x1B%G");
     const auto one = [](const std::string& value) {
         return dataset(2, 25, value);
     };
     const std::string rights = dataset(2, 116, "me");
-    const std::string umlaut = dataset(2, 5, "\xFC");
-    const std::string old = iptc({version, umlaut, one("a"), rights, one("b"), one("c")});
+    const std::string title = dataset(2, 5, "\xFC");
+    const std::string old =
+        iptc_segment({old_version, title, one("a"), rights, one("b"), one("c")});
     const auto merged = [](std::string_view text, const std::string& existing,
                            const std::string& switches = "") {
         return added("-SetIPTC -keepotherdatasets " + switches, text, existing);
     };
-    EXPECT_EQ(
-        merged("##IPTC 120\nText\n##END 120", old),
-        iptc({version, umlaut, one("a"), rights, one("b"), one("c"), dataset(2, 120, "Text")}));
+    EXPECT_EQ(merged("##IPTC 120\nText\n##END 120", old),
+              iptc_segment({old_version, title, one("a"), rights, one("b"), one("c"),
+                            dataset(2, 120, "Text")}));
     EXPECT_EQ(merged("##IPTC 25\nx\n##END 25\n##IPTC 116\n\n##END 116", old),
-              iptc({version, umlaut, one("x")}));
+              iptc_segment({old_version, title, one("x")}));
     const std::string keywords = "##IPTC 25\nx\n##END 25\n##IPTC 25\ny\n##END 25";
-    EXPECT_EQ(merged(keywords, iptc({rights, one("a")})),
-              iptc({new_version, rights, one("x"), one("y")}));
-    EXPECT_EQ(merged(keywords, ""), iptc({new_version, one("x"), one("y")}));
-    EXPECT_EQ(merged("##IPTC 25\n\n##END 25", iptc({version, one("a"), rights}), "-UTF8Charset"),
-              iptc({utf8, version, rights}));
+    EXPECT_EQ(merged(keywords, iptc_segment({rights, one("a")})),
+              iptc_segment({version, rights, one("x"), one("y")}));
+    EXPECT_EQ(merged(keywords, ""), iptc_segment({version, one("x"), one("y")}));
+    EXPECT_EQ(merged("##IPTC 25\n\n##END 25", iptc_segment({old_version, one("a"), rights}),
+                     "-UTF8Charset"),
+              iptc_segment({utf8, old_version, rights}));
     // What stays is not made unreadable.
     const std::string foreign = "##IPTC 120\n\xE6\x97\xA5\n##END 120";
-    const std::string declared = iptc({utf8, version, dataset(2, 5, "\xC3\xBC")});
+    const std::string umlaut = dataset(2, 5, "\xC3\xBC");
+    const std::string declared = iptc_segment({utf8, old_version, umlaut});
     EXPECT_EQ(merged(foreign, declared),
-              iptc({utf8, version, dataset(2, 5, "\xC3\xBC"), dataset(2, 120, "\xE6\x97\xA5")}));
+              iptc_segment({utf8, old_version, umlaut, dataset(2, 120, "\xE6\x97\xA5")}));
     EXPECT_EQ(merged(foreign, old), "!-50");
     EXPECT_EQ(merged("##IPTC 120\nx\n##END 120", declared, "-WinCharset"), "!-50");
 }
 
+const std::string identifier("http://ns.adobe.com/xap/1.0/\0", 29);
+std::string xmp_segment(const std::string& packet) {
+    return segment(SegmentMarker::App1, identifier + packet);
+}
+
 TEST(SetMetadata, WritesPacketsWithTheirPadding) {
-    const std::string identifier("http://ns.adobe.com/xap/1.0/\0", 29);
-    const std::string begin =
-        "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n";
-    const std::string end = "<?xpacket end=\"w\"?>";
     const std::string body = "<x:xmpmeta>\xC3\xA9</x:xmpmeta>";
     const std::string packet = added("-SetXMP", "<?xml version=\"1.0\"?>\r" + body);
-    ASSERT_TRUE(packet.ends_with(end));
-    const std::string start = identifier + begin + body + "\n";
+    ASSERT_TRUE(packet.ends_with(packet_end));
+    const std::string start = identifier + packet_begin + body + "\n";
     ASSERT_EQ(packet.substr(4, start.size()), start);
     const std::string room =
-        packet.substr(4 + start.size(), packet.size() - 4 - start.size() - end.size());
+        packet.substr(4 + start.size(), packet.size() - 4 - start.size() - packet_end.size());
     EXPECT_EQ(room.size(), 2048U);
     EXPECT_EQ(room.find_first_not_of(" \n"), std::string::npos);
     // A packet as it was read, in each encoding, goes back.
-    const std::string old = segment(SegmentMarker::App1, identifier + begin + body + end);
+    const std::string old = xmp_segment(packet_begin + body + packet_end);
     const std::string exif = exif_segment({"II*\0", 4});
     for (const auto& [get, set_switches] :
          {std::pair{"GetXMP", "-SetXMP"}, {"GetXMP -SourceUTF8Charset", "-SetXMP -UTF8Charset"}}) {
@@ -177,7 +178,7 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
         EXPECT_EQ(added(set_switches, text), old);
     }
     // The one behind the frame header is found, too. An empty text removes all XMP.
-    const std::string other = segment(SegmentMarker::App1, identifier + "other");
+    const std::string other = xmp_segment("other");
     const std::string scan = frame.substr(4 + 5);
     const std::string head = plain.substr(0, plain.size() - scan.size());
     EXPECT_EQ(written(head + other + scan, "-SetXMP", body), head + packet + scan);
@@ -187,7 +188,8 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
         written(soi + exif + extension + old + head.substr(2) + other + scan, "-SetXMP", " \n"),
         soi + exif + head.substr(2) + scan);
     // The padding gives way to what must fit.
-    const std::size_t most = 65'533 - identifier.size() - begin.size() - 1 - end.size();
+    const std::size_t most =
+        65'533 - identifier.size() - packet_begin.size() - 1 - packet_end.size();
     EXPECT_EQ(added("-SetXMP", std::string(most, 'x')).size(), 2 + 65'535U);
     EXPECT_EQ(added("-SetXMP", std::string(most + 1, 'x')), "!-207");
 }
@@ -199,8 +201,7 @@ TEST(SetMetadata, SaysWhenThereIsNothingToRemove) {
         std::string there; // what the text removes
         std::string left = {};
     } cases[] = {
-        {"-SetXMP", "",
-         segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0", 29))},
+        {"-SetXMP", "", xmp_segment("")},
         {"JPEGComment", "", segment(SegmentMarker::Com, "x")},
         {"-SetIPTC", "##EXIF 271\nVell\n##END 271", photoshop(resource(0x0404, "\x1C\2"))},
         {"-SetIPTC -KeepOtherDatasets", "##IPTC 5\n\n##END 5",
@@ -272,8 +273,7 @@ TEST(SetMetadata, PicturesBehindTheFirstAreFoundAfterEveryWrite) {
                                segment(SegmentMarker::Com, "two") +
                                photoshop(resource(0x0404, dataset(2, 5, "x")));
     const std::string head = segment(SegmentMarker::Sof0, "frame");
-    const std::string late =
-        segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xap/1.0/\0packet", 35));
+    const std::string late = xmp_segment("packet");
     const std::string long_text(500, 'x');
     const std::pair<const char*, std::string> writes[] = {
         {"JPEGComment", "a new comment"},
@@ -346,7 +346,6 @@ TEST(SetMetadata, StepsNameTheTargetAndTheEncoding) {
         EXPECT_EQ(result(refused, 0), "!-50") << refused;
 }
 
-// Whatever fails: the old contents, the new ones or the temporary copy are there.
 TEST(SetMetadata, NoFailureLosesTheFile) {
     const std::string file =
         soi + exif_segment(build_tiff(ByteOrder::Big, {.first = {ascii(271, "Vell")}})) +
@@ -355,29 +354,8 @@ TEST(SetMetadata, NoFailureLosesTheFile) {
          {std::pair{"-SetExif", "##EXIF 272\rOne\r##END 272"}, {"JPEGComment", "new"}}) {
         const std::string expected = written(file, switches, text);
         ASSERT_TRUE(expected.ends_with("yyy"));
-        for (const std::u16string& target : {std::u16string(), source, destination}) {
-            const bool in_place = target != destination;
-            int operations = 1;
-            for (int operation = 1; operation <= operations; ++operation) {
-                FakeSystem files;
-                files.add(source, file);
-                EXPECT_EQ(set(files, target, switches, text), 0);
-                EXPECT_EQ(files.at(in_place ? source : destination), expected);
-                EXPECT_EQ(files.contents().size(), in_place ? 1U : 2U);
-                operations = files.operations();
-
-                FakeSystem failing;
-                failing.add(source, file);
-                failing.fail(operation, ErrorCode::DiskError);
-                EXPECT_EQ(set(failing, target, switches, text), -80) << operation;
-                EXPECT_EQ(failing.open_files(), 0);
-                EXPECT_TRUE(failing.has_contents(file) || failing.has_contents(expected));
-                if (!in_place) {
-                    EXPECT_EQ(failing.at(source), file);
-                }
-            }
-            EXPECT_GT(operations, 10);
-        }
+        for (const std::u16string& target : {std::u16string(), source, destination})
+            EXPECT_EQ(written_whatever_fails({{source, file}}, target, switches, text), expected);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,17 @@ namespace vell::test {
 
 inline const std::u16string source = u"C:\\a.bin";
 inline const std::u16string destination = u"C:\\b.bin";
+
+// What stands around a packet of XMP that is written.
+inline const std::string packet_begin =
+    "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n";
+inline const std::string packet_end = "<?xpacket end=\"w\"?>";
+
+// A value of a tagged text.
+inline std::string section(const std::string& word, int number, const std::string& value) {
+    const std::string digits = std::to_string(number);
+    return "\r##" + word + " " + digits + "\r" + value + "\r##END " + digits;
+}
 
 // The code of a write, as from `source` to `target`.
 inline std::int32_t set(FakeSystem& files, const std::u16string& target, std::string_view switches,
@@ -33,6 +45,36 @@ inline std::string written(const std::string& file, std::string_view switches,
     EXPECT_EQ(files.at(source), file);
     EXPECT_EQ(files.contents().size(), code == 0 ? 2U : 1U);
     return code == 0 ? files.at(destination) : "!" + std::to_string(code);
+}
+
+// Whatever fails: the old contents of what is written, the new ones or the temporary copy are
+// there, and all other files. The answer is the new contents.
+inline std::string written_whatever_fails(const std::map<std::u16string, std::string>& files_before,
+                                          const std::u16string& target, std::string_view switches,
+                                          std::string_view text) {
+    const std::u16string path = target.empty() ? source : target;
+    FakeSystem files;
+    for (const auto& [name, bytes] : files_before)
+        files.add(name, bytes);
+    EXPECT_EQ(set(files, target, switches, text), 0);
+    EXPECT_EQ(files.contents().size(), files_before.size() + !files_before.contains(path));
+    EXPECT_GT(files.operations(), 10);
+    const std::string expected = files.at(path);
+    for (int operation = 1; operation <= files.operations(); ++operation) {
+        SCOPED_TRACE(operation);
+        FakeSystem failing;
+        for (const auto& [name, bytes] : files_before)
+            failing.add(name, bytes);
+        failing.fail(operation, ErrorCode::DiskError);
+        EXPECT_EQ(set(failing, target, switches, text), -80);
+        EXPECT_EQ(failing.open_files(), 0);
+        for (const auto& [name, bytes] : files_before)
+            if (name == path)
+                EXPECT_TRUE(failing.has_contents(bytes) || failing.has_contents(expected));
+            else
+                EXPECT_EQ(failing.at(name), bytes);
+    }
+    return expected;
 }
 
 } // namespace vell::test
