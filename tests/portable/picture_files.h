@@ -5,6 +5,8 @@
 #include "movie_builder.h"
 #include "tiff_builder.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <string>
 #include <utility>
@@ -29,6 +31,34 @@ class CountedBytes final : public ByteSource {
     BytesInMemory memory_;
 };
 
+inline std::uint32_t length_of(const std::string& bytes) {
+    return static_cast<std::uint32_t>(bytes.size());
+}
+// The bytes behind their number.
+inline std::string big_sized(const std::string& bytes) {
+    return big32(length_of(bytes)) + bytes;
+}
+inline std::string little_sized(const std::string& bytes) {
+    return little32(length_of(bytes)) + bytes;
+}
+inline std::string riff_chunk(const std::string& type, const std::string& data) {
+    return type + little_sized(data) + std::string(data.size() % 2, '\0');
+}
+
+// Each read that fails is told: read(source), which gives a Result, as often as it reads.
+template <typename Read>
+void expect_that_failing_reads_are_told(const std::string& file, Read read) {
+    WatchedSource watched(file);
+    ASSERT_TRUE(read(watched));
+    for (std::uint64_t failing = 0; failing < watched.reads; ++failing) {
+        WatchedSource source(file);
+        source.failing_read = failing;
+        const auto found = read(source);
+        ASSERT_FALSE(found) << failing;
+        EXPECT_EQ(found.error(), WatchedSource::failure);
+    }
+}
+
 // A JPEG file with tables and a frame, as far as it is looked at.
 inline std::string small_jpeg(std::uint16_t width, std::uint16_t height,
                               SegmentMarker frame = SegmentMarker::Sof0, char precision = 8,
@@ -48,6 +78,11 @@ inline std::string small_png(std::uint32_t width, std::uint32_t height) {
            png_chunk("IDAT", "data") + png_chunk("IEND", "");
 }
 
+inline TiffFields operator+(TiffFields fields, const TiffFields& more) {
+    fields.insert(fields.end(), more.begin(), more.end());
+    return fields;
+}
+
 // A block of tags, laid down piece by piece; directories come behind what they refer to.
 class TagFile {
   public:
@@ -62,44 +97,30 @@ class TagFile {
     std::uint32_t add(const std::string& data) {
         bytes.append(bytes.size() % 2, '\0');
         bytes += data;
-        return static_cast<std::uint32_t>(bytes.size() - data.size());
+        return length_of(bytes) - length_of(data);
     }
     std::uint32_t directory(const TiffFields& fields, std::uint32_t next = 0) {
         return add(directory_bytes(fields, next));
     }
     // Without values that do not fit into entries, but for those whose offset is given.
     std::string directory_bytes(const TiffFields& fields, std::uint32_t next = 0) const {
-        std::string table;
-        append_integer<std::uint16_t>(table, static_cast<std::uint16_t>(fields.size()), order_);
+        std::string table = integer<std::uint16_t>(fields.size());
         for (const TiffField& field : fields) {
-            const std::size_t one = formats::tiff::size_of(field.type);
             std::string value;
             for (const std::uint32_t number : field.numbers)
-                if (one == 2)
-                    append_integer<std::uint16_t>(value, static_cast<std::uint16_t>(number),
-                                                  order_);
-                else
-                    append_integer<std::uint32_t>(value, number, order_);
-            if (field.offset) {
-                value.clear();
-                append_integer<std::uint32_t>(value, *field.offset, order_);
-            }
+                value += formats::tiff::size_of(field.type) == 2 ? integer<std::uint16_t>(number)
+                                                                 : integer<std::uint32_t>(number);
+            if (field.offset)
+                value = integer<std::uint32_t>(*field.offset);
             value.resize(4);
-            append_integer<std::uint16_t>(table, field.tag, order_);
-            append_integer<std::uint16_t>(table, static_cast<std::uint16_t>(field.type), order_);
-            append_integer<std::uint32_t>(
-                table, field.count.value_or(static_cast<std::uint32_t>(field.numbers.size())),
-                order_);
-            table += value;
+            table += integer<std::uint16_t>(field.tag) +
+                     integer<std::uint16_t>(static_cast<std::size_t>(field.type)) +
+                     integer<std::uint32_t>(field.count.value_or(field.numbers.size())) + value;
         }
-        append_integer<std::uint32_t>(table, next, order_);
-        return table;
+        return table + integer<std::uint32_t>(next);
     }
     std::string finish(std::uint32_t first_directory) {
-        std::string offset;
-        append_integer<std::uint32_t>(offset, first_directory, order_);
-        bytes.replace(4, 4, offset);
-        return bytes;
+        return bytes.replace(4, 4, integer<std::uint32_t>(first_directory));
     }
 
     static TiffField number(std::uint16_t tag, std::uint32_t value) {
@@ -108,27 +129,28 @@ class TagFile {
     static TiffField data(std::uint16_t tag, std::uint32_t offset, std::size_t size) {
         return {tag, FieldType::Undefined, {}, {}, static_cast<std::uint32_t>(size), offset};
     }
-    // The fields of a picture kept apart, and of one that is a strip.
+    // Where a picture is that is kept apart: its offset and its size.
+    TiffFields place(std::uint16_t offset_tag, std::uint16_t size_tag, const std::string& picture) {
+        return {number(offset_tag, add(picture)), number(size_tag, length_of(picture))};
+    }
     TiffFields jpeg_fields(const std::string& picture) {
-        return {number(259, 6), number(513, add(picture)),
-                number(514, static_cast<std::uint32_t>(picture.size()))};
+        return TiffFields{number(259, 6)} + place(513, 514, picture);
     }
     TiffFields strip(std::uint32_t compression, const std::string& picture,
                      const TiffFields& more = {}) {
-        TiffFields fields{number(259, compression), number(273, add(picture)),
-                          number(279, static_cast<std::uint32_t>(picture.size()))};
-        fields.insert(fields.end(), more.begin(), more.end());
-        return fields;
+        return TiffFields{number(259, compression)} + place(273, 279, picture) + more;
     }
 
   private:
+    template <typename Integer>
+    std::string integer(std::size_t value) const {
+        std::string stored;
+        append_integer<Integer>(stored, static_cast<Integer>(value), order_);
+        return stored;
+    }
+
     ByteOrder order_;
 };
-
-inline TiffFields operator+(TiffFields fields, const TiffFields& more) {
-    fields.insert(fields.end(), more.begin(), more.end());
-    return fields;
-}
 
 // Two strips of one size: a table has offset and length for each, and is no picture in one piece.
 inline std::string canon_cr2() {
@@ -165,10 +187,9 @@ inline std::string dng() {
     const auto samples =
         file.directory(file.strip(7, small_jpeg(5000, 3000), {TagFile::number(262, 34892)}));
     const auto strip = file.directory(file.strip(7, small_jpeg(256, 171)));
-    const std::string picture = small_jpeg(1024, 683, SegmentMarker::Sof2);
-    const auto tile = file.directory(
-        {TagFile::number(254, 1), TagFile::number(259, 7), TagFile::number(324, file.add(picture)),
-         TagFile::number(325, static_cast<std::uint32_t>(picture.size()))});
+    const auto tile =
+        file.directory(TiffFields{TagFile::number(254, 1), TagFile::number(259, 7)} +
+                       file.place(324, 325, small_jpeg(1024, 683, SegmentMarker::Sof2)));
     const auto inner = file.add(little32(samples) + little32(strip) + little32(tile));
     return file.finish(file.directory({{330, formats::tiff::ifd_offset, {}, {}, 3, inner},
                                        {50706, FieldType::Byte, {}, {}, 4, 0x00000401}}));
@@ -187,57 +208,49 @@ inline std::string olympus_orf() {
     const std::string start = std::string("OLYMPUS\0II\3\0", 12);
     note.bytes.clear();
     const std::string picture = small_jpeg(1600, 1200);
-    const auto length = static_cast<std::uint32_t>(picture.size());
     // The directory, that of the settings, the picture: each where its offset from the note says.
-    const auto settings = static_cast<std::uint32_t>(start.size()) + 2 + 12 + 4;
+    const auto settings = length_of(start) + 2 + 12 + 4;
     const std::uint32_t picture_at = settings + 2 + 2 * 12 + 4;
     const std::string all =
         start + note.directory_bytes({{0x2020, formats::tiff::ifd_offset, {settings}}}) +
-        note.directory_bytes({TagFile::number(0x101, picture_at), TagFile::number(0x102, length)}) +
+        note.directory_bytes(
+            {TagFile::number(0x101, picture_at), TagFile::number(0x102, length_of(picture))}) +
         picture;
     const auto exif = file.directory({TagFile::data(37500, file.add(all), all.size())});
     return file.finish(file.directory({TagFile::number(34665, exif)}));
 }
 
+inline std::string minolta_blocks(const std::string& tags) {
+    return std::string("\0MRM", 4) + big_sized(std::string("\0PRD", 4) + big_sized("abc") +
+                                               std::string("\0TTW", 4) + big_sized(tags));
+}
 inline std::string minolta_mrw() {
     TagFile file(ByteOrder::Big);
-    const std::string picture = small_jpeg(640, 480);
-    const auto at = file.add(picture);
-    const std::string note =
-        file.directory_bytes({TagFile::number(0x88, at),
-                              TagFile::number(0x89, static_cast<std::uint32_t>(picture.size()))});
+    const std::string note = file.directory_bytes(file.place(0x88, 0x89, small_jpeg(640, 480)));
     const auto exif = file.directory({TagFile::data(37500, file.add(note), note.size())});
-    file.finish(file.directory({{274, FieldType::Short, {6}}, TagFile::number(34665, exif)}));
-    const std::string blocks = std::string("\0PRD", 4) + big32(3) + "abc" +
-                               std::string("\0TTW", 4) +
-                               big32(static_cast<std::uint32_t>(file.bytes.size())) + file.bytes;
-    return std::string("\0MRM", 4) + big32(static_cast<std::uint32_t>(blocks.size())) + blocks;
+    return minolta_blocks(
+        file.finish(file.directory({{274, FieldType::Short, {6}}, TagFile::number(34665, exif)})));
 }
 
-inline std::string fujifilm_raf() {
-    const std::string picture = turned_jpeg(1920, 1280, 6);
-    return "FUJIFILMCCD-RAW 0201FF000000" + std::string(56, ' ') + big32(92) +
-           big32(static_cast<std::uint32_t>(picture.size())) + picture;
+inline std::string fujifilm_raf(const std::string& picture) {
+    return "FUJIFILMCCD-RAW 0201FF000000" + std::string(56, ' ') + big32(92) + big_sized(picture);
 }
 
 inline std::string canon_crw() {
     const std::string picture = small_jpeg(2048, 1536);
     const std::string thumb = small_jpeg(160, 120);
-    const auto entry = [](const std::string& type, std::size_t size, std::size_t offset) {
-        return type + little32(static_cast<std::uint32_t>(size)) +
-               little32(static_cast<std::uint32_t>(offset));
+    const auto entry = [](const std::string& type, const std::string& data, std::size_t offset) {
+        return type + little32(length_of(data)) + little32(static_cast<std::uint32_t>(offset));
     };
     const std::string information =
         little32(2048) + little32(1536) + little32(0) + little32(270) + std::string(12, '\0');
     const std::string inner = information + std::string("\1\0", 2) +
-                              entry("\x10\x18", information.size(), 0) +
-                              little32(static_cast<std::uint32_t>(information.size()));
+                              entry("\x10\x18", information, 0) + little32(length_of(information));
     const std::string data = picture + thumb + inner;
     return std::string("II\x1A\0\0\0HEAPCCDR", 14) + std::string(12, '\0') + data +
-           std::string("\3\0", 2) + entry("\x07\x20", picture.size(), 0) +
-           entry("\x08\x20", thumb.size(), picture.size()) +
-           entry("\x0A\x30", inner.size(), picture.size() + thumb.size()) +
-           little32(static_cast<std::uint32_t>(data.size()));
+           std::string("\3\0", 2) + entry("\x07\x20", picture, 0) +
+           entry("\x08\x20", thumb, picture.size()) +
+           entry("\x0A\x30", inner, picture.size() + thumb.size()) + little32(length_of(data));
 }
 
 inline std::string sigma_x3f() {
@@ -248,41 +261,41 @@ inline std::string sigma_x3f() {
     const std::string raw = section(1, 18, small_jpeg(9, 9));
     const std::string preview = section(2, 18, small_jpeg(2000, 1300));
     std::string file = "FOVb" + little32(0x20002) + std::string(28, '\0') + little32(180);
-    const auto start = static_cast<std::uint32_t>(file.size());
+    const auto start = length_of(file);
     const auto entry = [](std::uint32_t offset, const std::string& data) {
-        return little32(offset) + little32(static_cast<std::uint32_t>(data.size())) + "IMA2";
+        return little32(offset) + little32(length_of(data)) + "IMA2";
     };
-    const auto second = start + static_cast<std::uint32_t>(raw.size());
+    const auto second = start + length_of(raw);
     file += raw + preview;
     return file + "SECd" + little32(0x20000) + little32(2) + entry(start, raw) +
-           entry(second, preview) + little32(second + static_cast<std::uint32_t>(preview.size()));
+           entry(second, preview) + little32(second + length_of(preview));
 }
 
+inline std::string canon_box(const std::string& content) {
+    return box("uuid",
+               "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48" + content);
+}
 inline std::string canon_cr3() {
     const std::string thumb = small_jpeg(160, 120);
     const std::string preview = small_jpeg(1620, 1080);
     const std::string full = small_jpeg(6000, 4000);
-    const auto size = [](const std::string& picture) {
-        return big32(static_cast<std::uint32_t>(picture.size()));
-    };
     const std::string tags =
         build_tiff(ByteOrder::Little, {.first = {{274, FieldType::Short, {8}}}});
     const std::string of_canon =
-        box("uuid", "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48" +
-                        box("CNCV", "CanonCR3_001/00.09.00/00.00.00") + box("CMT1", tags) +
-                        box("THMB", big32(0) + big16(160) + big16(120) + size(thumb) + big16(1) +
-                                        big16(0) + thumb));
+        canon_box(box("CNCV", "CanonCR3_001/00.09.00/00.00.00") + box("CMT1", tags) +
+                  box("THMB", big32(0) + big16(160) + big16(120) + big32(length_of(thumb)) +
+                                  big16(1) + big16(0) + thumb));
     const std::string of_preview =
         box("uuid", "\xEA\xF4\x2B\x5E\x1C\x98\x4B\x88\xB9\xFB\xB7\xDC\x40\x6E\x4D\x16" + big32(0) +
                         big32(1) +
                         box("PRVW", big32(0) + big16(1) + big16(1620) + big16(1080) + big16(1) +
-                                        size(preview) + preview));
+                                        big_sized(preview)));
     const auto with = [&](std::size_t chunk) {
         TrackMade made;
         made.entry = picture_entry("CRAW", box("JPEG", big32(0)));
         made.tables = full_box("stts", big32(1) + big32(1) + big32(1)) +
                       full_box("stsc", big32(1) + big32(1) + big32(1) + big32(1)) +
-                      full_box("stsz", big32(static_cast<std::uint32_t>(full.size())) + big32(1)) +
+                      full_box("stsz", big32(length_of(full)) + big32(1)) +
                       full_box("co64", big32(1) + big64(chunk));
         return box("ftyp", "crx " + big32(1) + "crx isom") +
                box("moov", of_canon + movie_header() + track(made)) + of_preview;
@@ -337,14 +350,13 @@ inline std::string heif() {
 
 inline std::string photoshop_file() {
     const std::string picture = small_jpeg(160, 107);
-    const auto size = static_cast<std::uint32_t>(picture.size());
     const std::string thumbnail = big32(1) + big32(160) + big32(107) + big32(480) +
-                                  big32(480 * 107) + big32(size) + big16(24) + big16(1) + picture;
+                                  big32(480 * 107) + big32(length_of(picture)) + big16(24) +
+                                  big16(1) + picture;
     const std::string resources = resource(1005, std::string(16, 'r'), "even") +
                                   resource(1036, thumbnail, "odd") + resource(1060, "xmp.");
     return "8BPS" + big16(1) + std::string(6, '\0') + big16(3) + big32(107) + big32(160) +
-           big16(8) + big16(3) + big32(2) + "cc" +
-           big32(static_cast<std::uint32_t>(resources.size())) + resources + "layers";
+           big16(8) + big16(3) + big32(2) + "cc" + big_sized(resources) + "layers";
 }
 
 // Tags of ID3 and what stands in them.
@@ -353,13 +365,12 @@ inline std::string seven_bits(std::uint32_t value) {
                  (value << 3 & 0x7F000000));
 }
 inline std::string id3_tag(char version, const std::string& body, char flags = 0) {
-    return std::string("ID3") + version + '\0' + flags +
-           seven_bits(static_cast<std::uint32_t>(body.size())) + body;
+    return std::string("ID3") + version + '\0' + flags + seven_bits(length_of(body)) + body;
 }
 inline std::string id3_frame(const std::string& id, const std::string& data,
                              std::uint16_t flags = 0, bool has_seven_bits = false) {
-    const auto size = static_cast<std::uint32_t>(data.size());
-    return id + (has_seven_bits ? seven_bits(size) : big32(size)) + big16(flags) + data;
+    return id + (has_seven_bits ? seven_bits(length_of(data)) : big32(length_of(data))) +
+           big16(flags) + data;
 }
 inline std::string attached(const std::string& picture, char type = 3,
                             const std::string& description = "Cover") {
@@ -377,13 +388,11 @@ inline std::string unsynchronised(const std::string& bytes) {
 }
 
 inline std::string flac_block(unsigned type, const std::string& data, bool is_last = false) {
-    return big32((is_last ? 0x80000000U : 0U) | type << 24U |
-                 static_cast<std::uint32_t>(data.size())) +
-           data;
+    return big32((is_last ? 0x80000000U : 0U) | type << 24U | length_of(data)) + data;
 }
 inline std::string flac_picture(const std::string& picture, std::uint32_t type = 3) {
-    return big32(type) + big32(10) + "image/jpeg" + big32(5) + "K\xC3\xA4se" +
-           std::string(16, '\0') + big32(static_cast<std::uint32_t>(picture.size())) + picture;
+    return big32(type) + big_sized("image/jpeg") + big_sized("K\xC3\xA4se") +
+           std::string(16, '\0') + big_sized(picture);
 }
 inline std::string flac_file() {
     return "fLaC" + flac_block(0, std::string(34, 's')) +
@@ -424,9 +433,9 @@ inline std::string ogg_file(const std::vector<std::string>& packets) {
     return file;
 }
 inline std::string vorbis_comments(const std::vector<std::string>& comments) {
-    std::string all = little32(5) + "maker" + little32(static_cast<std::uint32_t>(comments.size()));
+    std::string all = little_sized("maker") + little32(static_cast<std::uint32_t>(comments.size()));
     for (const std::string& comment : comments)
-        all += little32(static_cast<std::uint32_t>(comment.size())) + comment;
+        all += little_sized(comment);
     return all;
 }
 
