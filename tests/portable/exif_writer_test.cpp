@@ -5,9 +5,10 @@
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/writing/exif_value.h"
 #include "src/metadata/writing/rational_text.h"
-#include "tests/portable/fake_call.h"
+#include "tests/portable/integers.h"
 #include "tests/portable/table_text.h"
 #include "tests/portable/tiff_builder.h"
+#include "tests/portable/written_file.h"
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,9 @@ using test::ascii;
 using test::build_tiff;
 using test::bytes;
 using test::FakeCall;
+using test::has;
+using test::little32;
+using test::section;
 using test::undefined;
 
 constexpr std::size_t room = 65'527;
@@ -43,12 +47,6 @@ Result<std::string> write(std::string_view existing, std::string_view text,
     FakeCall call({});
     const auto sections = VELL_TRY(parse_tagged_text(text));
     return write_exif(existing, sections, maker_note, TextStore(call, encoding), most);
-}
-
-std::string section(std::string_view word, int tag, std::string_view value) {
-    const std::string number = std::to_string(tag);
-    return "\r##" + std::string(word) + " " + number + "\r" + std::string(value) + "\r##END " +
-           number;
 }
 
 // A block with every kind of value, a maker note and a thumbnail directory.
@@ -90,8 +88,8 @@ TEST(ExifWriter, WhatWasReadLeavesEveryByteAsItIs) {
                         << raw << decimal;
         const std::string removed = *write(block, read(block));
         EXPECT_EQ(read(removed), read(block));
-        EXPECT_EQ(removed.find("mmm"), std::string::npos);
-        EXPECT_NE(block.find("mmm"), std::string::npos);
+        EXPECT_FALSE(has(removed, "mmm"));
+        EXPECT_TRUE(has(block, "mmm"));
     }
 }
 
@@ -105,18 +103,14 @@ TEST(ExifWriter, ValuesTakeTheTypesOfTheirTags) {
                 const std::string shown =
                     block ? read(*block, TextEncoding::Native, true) : "refused";
                 const std::string raw = block ? section(row[0], tag, row[3]) : row[3];
-                EXPECT_NE(shown.find(raw), shown.npos) << tag << ' ' << row[2] << '\n' << shown;
+                EXPECT_TRUE(has(shown, raw)) << tag << ' ' << row[2] << '\n' << shown;
             }
         }
     }
 }
 
 TEST(ExifWriter, DecimalDegreesBecomeAPositionWithItsReference) {
-    const struct {
-        std::string text;
-        const char* decimal;
-        const char* reference;
-    } cases[] = {
+    const std::tuple<std::string, const char*, const char*> cases[] = {
         {section("GPS", 2, "-33.85678900"), "-33.85678900", "S"},
         {section("GPS", 2, "59.99999999"), "59.99999999", "N"},
         {section("GPS", 2, "-33,5"), "-33.50000000", "S"},
@@ -125,27 +119,25 @@ TEST(ExifWriter, DecimalDegreesBecomeAPositionWithItsReference) {
     };
     for (const std::string& existing :
          {std::string(), full_block(ByteOrder::Big)}) // a southern one
-        for (const auto& c : cases) {
+        for (const auto& [text, decimal, reference] : cases) {
             const std::string shown =
-                read(*write(existing, c.text), TextEncoding::Native, false, true);
-            EXPECT_NE(shown.find(section("GPS", 2, c.decimal)), std::string::npos) << shown;
-            EXPECT_NE(shown.find(section("GPS", 1, c.reference)), std::string::npos) << shown;
+                read(*write(existing, text), TextEncoding::Native, false, true);
+            EXPECT_TRUE(has(shown, section("GPS", 2, decimal))) << shown;
+            EXPECT_TRUE(has(shown, section("GPS", 1, reference))) << shown;
         }
 }
 
 TEST(ExifWriter, TextsTakeTheEncodingThatIsAskedFor) {
     const std::string text = section("EXIF", 270, "\xC3\xA9");
     const std::string foreign = section("EXIF", 270, "\xE6\x97\xA5");
-    EXPECT_NE(write("", text, TextEncoding::Native)->find(std::string("\xE9\0", 2)),
-              std::string::npos);
+    EXPECT_TRUE(has(*write("", text, TextEncoding::Native), std::string("\xE9\0", 2)));
     EXPECT_EQ(*write("", text, TextEncoding::Utf8), *write("", text));
     EXPECT_EQ(write("", foreign, TextEncoding::AsciiMac).error(), ErrorCode::ParameterUnreadable);
     // What was read behind the remark goes back as it was.
     const std::string native = build_tiff(ByteOrder::Little, {.first = {ascii(270, "caf\xE9")}});
     const std::string shown = read(native, TextEncoding::Utf8);
     EXPECT_EQ(*write(native, shown, TextEncoding::Utf8), native);
-    EXPECT_NE(write("", shown, TextEncoding::Utf8)->find(std::string("caf\xE9\0", 5)),
-              std::string::npos);
+    EXPECT_TRUE(has(*write("", shown, TextEncoding::Utf8), std::string("caf\xE9\0", 5)));
 }
 
 // One reading, as UTF-8, has all texts of a write; bytes that are no text stay bytes.
@@ -154,8 +146,8 @@ TEST(ExifWriter, WithoutANamedEncodingAllNewTextsAreUtf8) {
                               section("EXIF", 315, "\xE6\x97\xA5");
     const std::string binary = section("EXIF", 41730, "\xC3\xBF\1");
     const std::string block = *write("", texts + binary);
-    EXPECT_NE(read(block, TextEncoding::Utf8).find(texts), std::string::npos);
-    EXPECT_NE(block.find("\xFF\1"), std::string::npos);
+    EXPECT_TRUE(has(read(block, TextEncoding::Utf8), texts));
+    EXPECT_TRUE(has(block, "\xFF\1"));
     // Whoever reads it in either way may give it back, and what stays has its old bytes.
     for (const TextEncoding reading : {TextEncoding::Native, TextEncoding::Utf8})
         EXPECT_EQ(*write(block, read(block, reading)), block);
@@ -163,8 +155,8 @@ TEST(ExifWriter, WithoutANamedEncodingAllNewTextsAreUtf8) {
         ByteOrder::Big, {.first = {ascii(270, "here"), ascii(272, "M\xFCller, or longer")}});
     const std::string mixed = *write(old, section("EXIF", 270, "\xC3\xA9") +
                                               section("EXIF", 272, "M\xC3\xBCller, or longer"));
-    EXPECT_NE(mixed.find("M\xFCller, or longer"), std::string::npos);
-    EXPECT_NE(mixed.find("\xC3\xA9"), std::string::npos);
+    EXPECT_TRUE(has(mixed, "M\xFCller, or longer"));
+    EXPECT_TRUE(has(mixed, "\xC3\xA9"));
     for (const TextEncoding reading : {TextEncoding::Native, TextEncoding::Utf8})
         EXPECT_EQ(*write(mixed, read(mixed, reading)), mixed);
 }
@@ -175,7 +167,7 @@ TEST(ExifWriter, TitlesAreLittleEndianInEveryBlock) {
         const std::string existing = full_block(order);
         const std::string written = *write(
             existing, section("EXIF", 40091, "\xE6\x97\xA5 \xF0\x9F\x98\x80"), {}, MakerNote::Keep);
-        EXPECT_NE(written.find(stored), std::string::npos);
+        EXPECT_TRUE(has(written, stored));
         // A big-endian block reads with its bytes swapped, lone surrogates and all; given back,
         // they stay.
         EXPECT_EQ(*write(written, read(written), {}, MakerNote::Keep), written);
@@ -185,25 +177,20 @@ TEST(ExifWriter, TitlesAreLittleEndianInEveryBlock) {
 TEST(ExifWriter, KnowsTheTextsOfExif3) {
     const std::string art = "\xE6\x97\xA5\xE6\x9C\xAC";
     const auto has_type = [](const std::string& block, std::uint16_t tag, FieldType type) {
-        std::string entry;
-        append_integer<std::uint16_t>(entry, tag, ByteOrder::Little);
-        append_integer<std::uint16_t>(entry, static_cast<std::uint16_t>(type), ByteOrder::Little);
-        return block.find(entry) != std::string::npos;
+        return has(block, little32(static_cast<std::uint32_t>(type) << 16U | tag));
     };
     const std::string block = build_tiff(
         ByteOrder::Little,
         {.first = {ascii(271, "Vell"), {315, FieldType::Utf8, {}, art + std::string(1, '\0')}}});
     for (const TextEncoding encoding : {TextEncoding::Native, TextEncoding::Utf8}) {
         const std::string more = *write(block, section("EXIF", 270, "a new one"), encoding);
-        EXPECT_NE(read(more, encoding).find(section("EXIF", 315, art)), std::string::npos);
+        EXPECT_TRUE(has(read(more, encoding), section("EXIF", 315, art)));
         EXPECT_EQ(*write(more, read(more, encoding), encoding), more);
         // It keeps its type and encoding; where there was none, other programs know ASCII.
-        const std::string umlaut = section("EXIF", 315,
-                                           "\xC3\xBC"
-                                           "ber");
+        const std::string umlaut = section("EXIF", 315, "\xC3\xBCppig");
         const std::string changed = *write(block, umlaut, encoding);
         EXPECT_TRUE(has_type(changed, 315, FieldType::Utf8));
-        EXPECT_NE(read(changed, TextEncoding::Native).find(umlaut), std::string::npos);
+        EXPECT_TRUE(has(read(changed, TextEncoding::Native), umlaut));
         EXPECT_TRUE(has_type(*write("", umlaut, encoding), 315, FieldType::Ascii));
     }
 }
@@ -261,12 +248,11 @@ TEST(ExifWriter, KeepsWhatTheTextDoesNotName) {
         };
         EXPECT_EQ(without_pointers(read(written)), without_pointers(expected));
         // Removed again, the room is used again, and a directory without entries goes.
-        EXPECT_EQ(read(*write(written, section("EXIF", 315, ""))).find("##EXIF 315"),
-                  std::string::npos);
+        EXPECT_FALSE(has(read(*write(written, section("EXIF", 315, ""))), "##EXIF 315"));
         const std::string no_gps =
             *write(written, section("GPS", 0, "") + section("GPS", 1, "") + section("GPS", 2, "") +
                                 section("GPS", 5, ""));
-        EXPECT_EQ(read(no_gps).find("34853"), std::string::npos);
+        EXPECT_FALSE(has(read(no_gps), "34853"));
         EXPECT_LE(no_gps.size(), written.size());
     }
 }

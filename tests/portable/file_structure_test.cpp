@@ -31,10 +31,9 @@ std::string structure_of(std::string bytes, std::u16string switches = u"") {
     return answer;
 }
 
-std::string little32(std::uint32_t number) {
-    std::string bytes;
-    append_integer<std::uint32_t>(bytes, number, ByteOrder::Little);
-    return bytes;
+void expect_lines(const std::string& told, std::initializer_list<std::string_view> lines) {
+    for (const std::string_view line : lines)
+        EXPECT_NE(told.find(line), told.npos) << line << " in " << told;
 }
 
 TEST(FileStructure, TellsBoxesWithTheirFields) {
@@ -60,11 +59,10 @@ TEST(FileStructure, TellsWhichItemsAFileHas) {
                               big16(1) + full_box("infe", big16(7) + big16(0) + "hvc1" + '\0', 2)) +
                      full_box("iref", box("cdsc", big16(8) + big16(1) + big16(7))) +
                      full_box("iref", box("cdsc", big32(70'000) + big16(1) + big32(7)), 1));
-    const std::string told = structure_of(image);
-    for (const std::string_view line :
-         {"pitm: offset 32, size 14, item 7", "size 21, item 7, type hvc1",
-          "cdsc: offset 93, size 14, from 8, to 7", "cdsc: offset 119, size 18, from 70000, to 7"})
-        EXPECT_NE(told.find(line), told.npos) << line << " in " << told;
+    expect_lines(structure_of(image),
+                 {"pitm: offset 32, size 14, item 7", "size 21, item 7, type hvc1",
+                  "cdsc: offset 93, size 14, from 8, to 7",
+                  "cdsc: offset 119, size 18, from 70000, to 7"});
 }
 
 TEST(FileStructure, TellsImagesAndWhatIsInTheirParts) {
@@ -79,15 +77,13 @@ TEST(FileStructure, TellsImagesAndWhatIsInTheirParts) {
         << tiff;
 
     const std::string frame = segment(SegmentMarker::Sof0, "\x08" + big16(20) + big16(30) + "\1");
-    const std::string photograph =
-        structure_of(jpeg({exif_segment(tags), photoshop(resource(1028, "caption")), frame}));
-    for (const std::string_view line :
-         {"|  APP1: offset 2, size 77, identifier Exif|    IFD: offset 20, size 30, entries 2",
-          "|  APP13: offset 79, size 37, identifier Photoshop 3.0|    1028: offset 97, size 19, "
-          "data size 7",
-          "|  SOF0: offset 116, size 10, width 30, height 20, bits 8, components 1|  SOS: ",
-          "|  (scan): offset 140, size 6"})
-        EXPECT_NE(photograph.find(line), photograph.npos) << line << " in " << photograph;
+    expect_lines(
+        structure_of(jpeg({exif_segment(tags), photoshop(resource(1028, "caption")), frame})),
+        {"|  APP1: offset 2, size 77, identifier Exif|    IFD: offset 20, size 30, entries 2",
+         "|  APP13: offset 79, size 37, identifier Photoshop 3.0|    1028: offset 97, size 19, "
+         "data size 7",
+         "|  SOF0: offset 116, size 10, width 30, height 20, bits 8, components 1|  SOS: ",
+         "|  (scan): offset 140, size 6"});
 
     EXPECT_EQ(structure_of(png({png_chunk("tEXt", std::string("Title\0x", 7))})),
               "PNG: size 64|  IHDR: offset 8, size 25, width 16843009, height 16843009, bits 1, "
@@ -107,18 +103,15 @@ TEST(FileStructure, TellsImagesAndWhatIsInTheirParts) {
 TEST(FileStructure, TellsDocumentsAndArchives) {
     Pdf pdf;
     pdf.object(1, "<< /Title (x) >>").finish("/Size 2 /Info 1 0 R");
-    const std::string document = structure_of(pdf.bytes);
-    for (const std::string_view line :
-         {"PDF: size ", "|  header: offset 0, size 8, version 1.4",
-          ", information 1 0, information at ", "|  startxref: offset ", ", table at "})
-        EXPECT_NE(document.find(line), document.npos) << line << " in " << document;
+    expect_lines(structure_of(pdf.bytes),
+                 {"PDF: size ", "|  header: offset 0, size 8, version 1.4",
+                  ", information 1 0, information at ", "|  startxref: offset ", ", table at "});
 
-    const std::string archive = structure_of(zip_of({"a folder/", "a.txt"}));
-    for (const std::string_view line :
-         {"zip: size ", "|  folder: offset 0, size 0, path a folder/, method 0, expanded size 0",
-          ", path a.txt, method 0, expanded size 5", "|  central directory: offset ",
-          ", entries 2|  end of central directory: offset "})
-        EXPECT_NE(archive.find(line), archive.npos) << line << " in " << archive;
+    expect_lines(structure_of(zip_of({"a folder/", "a.txt"})),
+                 {"zip: size ",
+                  "|  folder: offset 0, size 0, path a folder/, method 0, expanded size 0",
+                  ", path a.txt, method 0, expanded size 5", "|  central directory: offset ",
+                  ", entries 2|  end of central directory: offset "});
 }
 
 TEST(FileStructure, GivesElementsAsXml) {

@@ -21,12 +21,7 @@ class SystemWithIcons : public FakeSystem {
 };
 
 TEST(GetIcon, GivesAPngOfTheSizeUnderTheRightName) {
-    const struct {
-        const char16_t* switches;
-        const char16_t* path;
-        const char16_t* name;
-        const char* result;
-    } calls[] = {
+    const std::tuple<const char16_t*, const char16_t*, const char16_t*, const char*> calls[] = {
         {u"", u"C:\\d\\letter.txt", u"", "PNGf letter.png 32x32"},
         {u"-MaxSize=16", u"C:/d/letter.txt", u"small", "PNGf small.png 16x16"},
         {u"-maxsize=256", u"filewin:/C:/d/letter.txt", u"a.b", "PNGf a.b 256x256"},
@@ -36,12 +31,12 @@ TEST(GetIcon, GivesAPngOfTheSizeUnderTheRightName) {
         {u"-MaxSize=15", u"C:\\d\\letter.txt", u"", "$$-4241"},
         {u"-MaxSize=257", u"C:\\d\\letter.txt", u"", "$$-4241"},
     };
-    for (const auto& row : calls) {
+    for (const auto& [switches, path, name, result] : calls) {
         SystemWithIcons system;
         const auto ask = [&](params::Call& call) {
             return get_icon(call, system);
         };
-        EXPECT_EQ(answer_of({row.switches, row.path, row.name}, ask), row.result);
+        EXPECT_EQ(answer_of({switches, path, name}, ask), result);
     }
 }
 
@@ -55,10 +50,7 @@ TEST(IconFile, PixelsComeFromAlphaOrFromTheMask) {
     for (std::size_t i = 3; i < 16; i += 4)
         without_alpha[i] = '\0';
     const std::string palette("\0\0\0\0\xFF\xFE\xFD\0", 8);
-    const struct {
-        std::string bitmap;
-        Pixels expected;
-    } icons[] = {
+    const std::pair<std::string, Pixels> icons[] = {
         {icon_bitmap(2, 2, 32, {}, colours + mask),
          {9, 8, 7, 255, 12, 11, 10, 64, 3, 2, 1, 128, 6, 5, 4, 255}},
         {icon_bitmap(2, 2, 32, {}, without_alpha + mask),
@@ -69,15 +61,15 @@ TEST(IconFile, PixelsComeFromAlphaOrFromTheMask) {
         {icon_bitmap(2, 2, 1, palette, std::string("\x40\0\0\0\x80\0\0\0", 8)),
          {253, 254, 255, 255, 0, 0, 0, 255, 0, 0, 0, 255, 253, 254, 255, 255}},
     };
-    for (const auto& icon : icons) {
-        const std::string file = icon_file({icon.bitmap});
+    for (const auto& [bitmap, pixels] : icons) {
+        const std::string file = icon_file({bitmap});
         BytesInMemory bytes(file);
         const auto images = read_icon_directory(bytes);
         ASSERT_TRUE(images);
         ASSERT_EQ(images->size(), 1u);
         const auto picture = read_icon_bitmap(bytes, images->front());
         ASSERT_TRUE(picture);
-        EXPECT_EQ(picture->pixels, icon.expected) << images->front().depth;
+        EXPECT_EQ(picture->pixels, pixels) << images->front().depth;
     }
     const std::string cut = icon_file({icon_bitmap(2, 2, 32, {}, colours.substr(0, 9))});
     BytesInMemory bytes(cut);
@@ -91,21 +83,18 @@ TEST(IconFile, TheBestPictureIsTheSmallestThatIsLargeEnough) {
     };
     const std::vector<IconImage> images = {image(32, 4), image(16, 8), image(32, 32), image(48, 8),
                                            image(256, 32)};
-    const struct {
-        std::uint32_t wanted;
-        std::vector<std::uint32_t> sizes;
-    } orders[] = {
+    const std::pair<std::uint32_t, std::vector<std::uint32_t>> orders[] = {
         {0, {256, 48, 32, 32, 16}},
         {16, {16, 32, 32, 48, 256}},
         {33, {48, 256, 32, 32, 16}},
         {300, {256, 48, 32, 32, 16}},
     };
-    for (const auto& order : orders) {
-        const auto sorted = by_fitness(images, order.wanted);
+    for (const auto& [wanted, expected] : orders) {
+        const auto sorted = by_fitness(images, wanted);
         std::vector<std::uint32_t> sizes;
         for (const IconImage& each : sorted)
             sizes.push_back(each.width);
-        EXPECT_EQ(sizes, order.sizes) << order.wanted;
+        EXPECT_EQ(sizes, expected) << wanted;
         const auto first = std::ranges::find(sorted, 32u, &IconImage::width);
         EXPECT_EQ(first->depth, 32u); // before the shallower one of its size
     }

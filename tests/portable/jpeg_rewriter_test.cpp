@@ -44,11 +44,8 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
     const std::string packed = segment(SegmentMarker::App1, "ID\1new");
     const std::string another = segment(SegmentMarker::App1, "IDx");
     const std::string garbage = std::string("gar\0bage", 8);
-    struct Case {
-        std::string file;
-        std::string with_comment;
-        std::string with_packet;
-    } const cases[] = {
+    // A file, and it with a comment and with a packet.
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {soi + app0 + frame + rest, soi + app0 + added + frame + scan,
          soi + app0 + packed + frame + rest},
         {soi + comment + app0 + comment + garbage + comment + frame + rest,
@@ -81,9 +78,9 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
         {soi + app0.substr(0, 6) + "cut", "!-39", "!-39"},
         {soi + segment(SegmentMarker::App0, "", 1) + frame, "!-92", "!-92"},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(rewritten(c.file, comments, "new"), c.with_comment);
-        EXPECT_EQ(rewritten(c.file, packets, "new"), c.with_packet);
+    for (const auto& [file, with_comment, with_packet] : cases) {
+        EXPECT_EQ(rewritten(file, comments, "new"), with_comment);
+        EXPECT_EQ(rewritten(file, packets, "new"), with_packet);
     }
     EXPECT_EQ(rewritten(soi + comment + frame + rest, comments, {}), soi + frame + scan);
     EXPECT_EQ(rewritten(soi + packet + frame + rest, packets, {}), soi + frame + rest);

@@ -32,58 +32,33 @@ void expect_some(int found) {
     EXPECT_LE(found, 8);
 }
 
-// Each kind of file, and where its picture's data are.
-struct Kind {
-    const char* name;
-    std::string (*file)(const std::string& block);
-};
-const Kind kinds[] = {
-    {"JPEG",
-     [](const std::string& block) {
-         return jpeg({segment(SegmentMarker::App0, "JFIF\0"s), segment(SegmentMarker::App1, "http"),
-                      exif_segment(block), segment(SegmentMarker::App2, std::string(9000, 'p'))});
-     }},
-    {"PNG",
-     [](const std::string& block) {
-         return png({png_chunk("IDAT", std::string(9000, 'p')), png_chunk("eXIf", block)});
-     }},
-    {"TIFF",
-     [](const std::string& block) {
-         return block + std::string(9000, 'p');
-     }},
-    {"raw photograph with another number",
-     [](const std::string& block) {
-         std::string raw = block;
-         (raw[0] == 'I' ? raw[2] : raw[3]) = 0x55;
-         return raw;
-     }},
-    {"WebP", webp},
-    {"WebP, with an identifier",
-     [](const std::string& block) {
-         return webp("Exif\0\0"s + block);
-     }},
-    {"CR3",
-     [](const std::string& block) {
-         return file_type + box("moov", canon_box(box("CNCV", "x") + box("CMT1", block)));
-     }},
-    {"MRW", minolta_blocks},
-    {"RAF",
-     [](const std::string& block) {
-         return fujifilm_raf(jpeg({exif_segment(block)}));
-     }},
-};
+// Files of each kind with that block of tags.
+std::vector<std::pair<const char*, std::string>> files_with(const std::string& block) {
+    const std::string picture(9000, 'p');
+    std::string raw = block;
+    (raw[0] == 'I' ? raw[2] : raw[3]) = 0x55;
+    return {
+        {"JPEG",
+         jpeg({segment(SegmentMarker::App0, "JFIF\0"s), segment(SegmentMarker::App1, "http"),
+               exif_segment(block), segment(SegmentMarker::App2, picture)})},
+        {"PNG", png({png_chunk("IDAT", picture), png_chunk("eXIf", block)})},
+        {"TIFF", block + picture},
+        {"raw photograph with another number", raw},
+        {"WebP", webp(block)},
+        {"WebP, with an identifier", webp("Exif\0\0"s + block)},
+        {"CR3", file_type + box("moov", canon_box(box("CNCV", "x") + box("CMT1", block)))},
+        {"MRW", minolta_blocks(block)},
+        {"RAF", fujifilm_raf(jpeg({exif_segment(block)}))},
+    };
+}
 
 } // namespace
 
 TEST(Orientation, IsWhatTheTagsSay) {
-    for (const Kind& kind : kinds)
-        for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
-            for (const std::uint32_t number : {1U, 2U, 5U, 6U, 8U})
-                EXPECT_EQ(orientation(kind.file(tags(number, order))), static_cast<int>(number))
-                    << kind.name;
-            for (const std::uint32_t number : {0U, 9U, 0x106U})
-                EXPECT_EQ(orientation(kind.file(tags(number, order))), 1) << kind.name;
-        }
+    for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big})
+        for (const std::uint32_t number : {1U, 2U, 5U, 6U, 8U, 0U, 9U, 0x106U})
+            for (const auto& [kind, file] : files_with(tags(number, order)))
+                EXPECT_EQ(orientation(file), number == 0 || number > 8 ? 1 : int(number)) << kind;
 }
 
 TEST(Orientation, OfOldRawPhotographsIsTheirRotation) {
@@ -125,8 +100,7 @@ TEST(Orientation, IsTopLeftWhereNothingIsSaid) {
 
 // Wherever a file ends, and whichever of its bytes are others, there is an orientation.
 TEST(Orientation, IsFoundDespiteDamage) {
-    for (const Kind& kind : kinds) {
-        const std::string whole = kind.file(tags(6));
+    for (const auto& [kind, whole] : files_with(tags(6))) {
         for (std::size_t end = 0; end < whole.size(); end += end < 400 ? 1 : 499)
             expect_some(orientation(whole.substr(0, end)));
         for (std::size_t at = 0; at < std::min<std::size_t>(whole.size(), 400); ++at) {
@@ -139,12 +113,11 @@ TEST(Orientation, IsFoundDespiteDamage) {
 
 // None of the picture: a few hundred bytes, and a failing device is told.
 TEST(Orientation, ReadsOnlyTheTags) {
-    for (const Kind& kind : kinds) {
-        const std::string whole = kind.file(tags(6));
+    for (const auto& [kind, whole] : files_with(tags(6))) {
+        SCOPED_TRACE(kind);
         CountedBytes counted(whole);
-        ASSERT_TRUE(orientation_of(counted)) << kind.name;
-        EXPECT_LT(counted.bytes_read, 260U) << kind.name;
-        SCOPED_TRACE(kind.name);
+        ASSERT_TRUE(orientation_of(counted));
+        EXPECT_LT(counted.bytes_read, 260U);
         expect_that_failing_reads_are_told(
             whole, [](ByteSource& source) { return orientation_of(source); });
     }

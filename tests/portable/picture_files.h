@@ -122,6 +122,9 @@ class TagFile {
     std::string finish(std::uint32_t first_directory) {
         return bytes.replace(4, 4, integer<std::uint32_t>(first_directory));
     }
+    std::string finish(const TiffFields& fields, std::uint32_t next = 0) {
+        return finish(directory(fields, next));
+    }
 
     static TiffField number(std::uint16_t tag, std::uint32_t value) {
         return {tag, FieldType::Long, {value}};
@@ -159,15 +162,15 @@ inline std::string canon_cr2() {
         file.strip(6, small_jpeg(4000, 3000, SegmentMarker::Sof3, 14))); // lossless samples
     const auto rgb = file.directory(file.strip(1, std::string(60, 'r')), raw);
     const auto thumb = file.directory(file.jpeg_fields(small_jpeg(160, 120)), rgb);
-    return file.finish(file.directory(
-        file.strip(6, small_jpeg(1620, 1080), {{274, FieldType::Short, {6}}}), thumb));
+    return file.finish(file.strip(6, small_jpeg(1620, 1080), {{274, FieldType::Short, {6}}}),
+                       thumb);
 }
 
 inline std::string nikon_nef() {
     TagFile file(ByteOrder::Big);
     TagFile note(ByteOrder::Big);
     const auto preview = note.directory(note.jpeg_fields(small_jpeg(570, 375)));
-    note.finish(note.directory({TagFile::number(17, preview)}));
+    note.finish({TagFile::number(17, preview)});
     const std::string all = std::string("Nikon\0\2\x10\0\0", 10) + note.bytes;
     const auto exif =
         file.directory({TagFile::data(37500, file.add(all), all.size()), TagFile::number(1, 1)});
@@ -175,10 +178,10 @@ inline std::string nikon_nef() {
                                      TiffFields{{274, FieldType::Short, {1}}});
     const auto raw = file.directory({TagFile::number(259, 34713), TagFile::number(262, 32803)});
     const auto inner = file.add(big32(full) + big32(raw));
-    return file.finish(file.directory(file.strip(1, std::string(60, 'r'),
-                                                 {{274, FieldType::Short, {8}},
-                                                  {330, FieldType::Long, {}, {}, 2, inner},
-                                                  TagFile::number(34665, exif)})));
+    return file.finish(file.strip(1, std::string(60, 'r'),
+                                  {{274, FieldType::Short, {8}},
+                                   {330, FieldType::Long, {}, {}, 2, inner},
+                                   TagFile::number(34665, exif)}));
 }
 
 // Previews as strip and as tile; samples that are JPEG, too, but no picture.
@@ -191,15 +194,15 @@ inline std::string dng() {
         file.directory(TiffFields{TagFile::number(254, 1), TagFile::number(259, 7)} +
                        file.place(324, 325, small_jpeg(1024, 683, SegmentMarker::Sof2)));
     const auto inner = file.add(little32(samples) + little32(strip) + little32(tile));
-    return file.finish(file.directory({{330, formats::tiff::ifd_offset, {}, {}, 3, inner},
-                                       {50706, FieldType::Byte, {}, {}, 4, 0x00000401}}));
+    return file.finish({{330, formats::tiff::ifd_offset, {}, {}, 3, inner},
+                        {50706, FieldType::Byte, {}, {}, 4, 0x00000401}});
 }
 
 inline std::string panasonic_rw2() {
     TagFile file(ByteOrder::Little, 85);
     const std::string picture = turned_jpeg(1920, 1440, 3);
-    return file.finish(file.directory(
-        {TagFile::data(46, file.add(picture), picture.size()), {274, FieldType::Short, {1}}}));
+    return file.finish(
+        {TagFile::data(46, file.add(picture), picture.size()), {274, FieldType::Short, {1}}});
 }
 
 inline std::string olympus_orf() {
@@ -217,7 +220,7 @@ inline std::string olympus_orf() {
             {TagFile::number(0x101, picture_at), TagFile::number(0x102, length_of(picture))}) +
         picture;
     const auto exif = file.directory({TagFile::data(37500, file.add(all), all.size())});
-    return file.finish(file.directory({TagFile::number(34665, exif)}));
+    return file.finish({TagFile::number(34665, exif)});
 }
 
 inline std::string minolta_blocks(const std::string& tags) {
@@ -229,7 +232,7 @@ inline std::string minolta_mrw() {
     const std::string note = file.directory_bytes(file.place(0x88, 0x89, small_jpeg(640, 480)));
     const auto exif = file.directory({TagFile::data(37500, file.add(note), note.size())});
     return minolta_blocks(
-        file.finish(file.directory({{274, FieldType::Short, {6}}, TagFile::number(34665, exif)})));
+        file.finish({{274, FieldType::Short, {6}}, TagFile::number(34665, exif)}));
 }
 
 inline std::string fujifilm_raf(const std::string& picture) {

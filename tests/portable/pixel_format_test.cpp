@@ -3,120 +3,96 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
-#include <cstring>
 #include <limits>
+#include <span>
+#include <vector>
 
 namespace vell::pictures {
 namespace {
 
-template <typename T>
-std::vector<std::byte> bytes_of(std::initializer_list<T> values) {
-    std::vector<std::byte> bytes(values.size() * sizeof(T));
-    std::memcpy(bytes.data(), std::data(values), bytes.size());
-    return bytes;
-}
-
-// The components of a converted row.
-template <typename T>
-std::vector<T> converted(const PixelFormat& format, std::uint32_t width,
-                         const std::vector<std::byte>& source, std::vector<Colour> palette = {},
-                         Curve curve = Curve::Linear) {
-    EXPECT_EQ(source.size(), format.row_size(width));
-    const RowConverter converter(format, std::move(palette), curve);
-    const PictureLayout layout = converter.layout(width, 1);
-    EXPECT_EQ(layout.component_size, sizeof(T));
-    std::vector<T> row(layout.row_size() / sizeof(T));
-    converter.convert(width, source, std::as_writable_bytes(std::span(row)));
-    return row;
-}
+using enum Coding;
+using enum ColourModel;
 
 using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint16_t>;
 
+// The components of a converted row.
+template <typename Row = Bytes, typename Source>
+Row converted(const PixelFormat& format, std::uint32_t width, const Source& source,
+              std::vector<Colour> palette = {}, Curve curve = Curve::Linear) {
+    const auto bytes = std::as_bytes(std::span(source));
+    EXPECT_EQ(bytes.size(), format.row_size(width));
+    const RowConverter converter(format, std::move(palette), curve);
+    const PictureLayout layout = converter.layout(width, 1);
+    EXPECT_EQ(layout.component_size, sizeof(typename Row::value_type));
+    Row row(layout.row_size() / layout.component_size);
+    converter.convert(width, bytes, std::as_writable_bytes(std::span(row)));
+    return row;
+}
+
+// A row in the colours of a profile.
+template <typename Source>
+Words with_profile(const PixelFormat& format, std::uint32_t width, const Source& source) {
+    return converted<Words>(format, width, source, {}, Curve::OfProfile);
+}
+
 TEST(PixelFormat, IndexesAndShadesAreOfAFewBits) {
     const std::vector<Colour> palette = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
-    const PixelFormat two{Coding::Index, 2};
-    EXPECT_EQ(
-        converted<std::uint8_t>(two, 5, bytes_of<std::uint8_t>({0b00011011, 0b01000000}), palette),
-        (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 4, 5, 6})); // the fourth has no colour
+    EXPECT_EQ(converted({Index, 2}, 5, Bytes{0b00011011, 0b01000000}, palette),
+              (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 4, 5, 6})); // the fourth has no colour
     const std::vector<Colour> transparent = {{1, 2, 3, 0}, {4, 5, 6}};
-    EXPECT_EQ(
-        converted<std::uint8_t>({Coding::Index, 1}, 2, bytes_of<std::uint8_t>({0x40}), transparent),
-        (Bytes{1, 2, 3, 0, 4, 5, 6, 255}));
-    EXPECT_EQ(converted<std::uint8_t>({Coding::Index, 8}, 1, bytes_of<std::uint8_t>({1}), palette),
-              (Bytes{4, 5, 6}));
-    EXPECT_EQ(converted<std::uint8_t>({Coding::Shade, 4, ColourModel::Gray}, 3,
-                                      bytes_of<std::uint8_t>({0x0F, 0x80})),
-              (Bytes{0, 255, 136}));
-    EXPECT_EQ(converted<std::uint8_t>({Coding::Shade, 1, ColourModel::Gray}, 2,
-                                      bytes_of<std::uint8_t>({0x40})),
-              (Bytes{0, 255}));
+    EXPECT_EQ(converted({Index, 1}, 2, Bytes{0x40}, transparent),
+              (Bytes{1, 2, 3, 0, 4, 5, 6, 255}));
+    EXPECT_EQ(converted({Index, 8}, 1, Bytes{1}, palette), (Bytes{4, 5, 6}));
+    EXPECT_EQ(converted({Shade, 4, Gray}, 3, Bytes{0x0F, 0x80}), (Bytes{0, 255, 136}));
+    EXPECT_EQ(converted({Shade, 1, Gray}, 2, Bytes{0x40}), (Bytes{0, 255}));
 }
 
 TEST(PixelFormat, MaskedPartsFillTheirRange) {
-    PixelFormat format{Coding::Masked, 16, ColourModel::Rgb};
+    PixelFormat format{Masked, 16, Rgb};
     format.masks = {0xF800, 0x7E0, 0x1F, 0};
-    EXPECT_EQ(converted<std::uint8_t>(format, 2, bytes_of<std::uint16_t>({0xFFFF, 0x8410})),
-              (Bytes{255, 255, 255, 132, 130, 132}));
+    EXPECT_EQ(converted(format, 2, Words{0xFFFF, 0x8410}), (Bytes{255, 255, 255, 132, 130, 132}));
     format.masks = {0x7C00, 0x3E0, 0x1F, 0x8000};
     format.alpha = Alpha::Straight;
-    EXPECT_EQ(converted<std::uint8_t>(format, 2, bytes_of<std::uint16_t>({0x801F, 0x7C00})),
-              (Bytes{0, 0, 255, 255, 255, 0, 0, 0}));
-    PixelFormat deep{Coding::Masked, 32, ColourModel::Rgb};
+    EXPECT_EQ(converted(format, 2, Words{0x801F, 0x7C00}), (Bytes{0, 0, 255, 255, 255, 0, 0, 0}));
+    PixelFormat deep{Masked, 32, Rgb};
     deep.masks = {0x3FF00000, 0xFFC00, 0x3FF, 0};
-    EXPECT_EQ(converted<std::uint16_t>(deep, 1, bytes_of<std::uint32_t>({0x3FF00200})),
-              (Words{65535, 0, 32800}));
+    EXPECT_EQ(converted<Words>(deep, 1, std::vector{0x3FF00200U}), (Words{65535, 0, 32800}));
 }
 
 TEST(PixelFormat, ComponentsAreOrderedAndStraight) {
-    EXPECT_EQ(converted<std::uint8_t>({Coding::Byte, 24, ColourModel::Rgb, Alpha::None, true}, 2,
-                                      bytes_of<std::uint8_t>({1, 2, 3, 4, 5, 6})),
+    EXPECT_EQ(converted({Byte, 24, Rgb, Alpha::None, true}, 2, Bytes{1, 2, 3, 4, 5, 6}),
               (Bytes{3, 2, 1, 6, 5, 4}));
-    EXPECT_EQ(converted<std::uint8_t>({Coding::Byte, 32, ColourModel::Rgb, Alpha::None, true}, 1,
-                                      bytes_of<std::uint8_t>({1, 2, 3, 99})),
+    EXPECT_EQ(converted({Byte, 32, Rgb, Alpha::None, true}, 1, Bytes{1, 2, 3, 99}),
               (Bytes{3, 2, 1}));
-    EXPECT_EQ(converted<std::uint8_t>(
-                  {Coding::Byte, 32, ColourModel::Rgb, Alpha::Premultiplied, true}, 3,
-                  bytes_of<std::uint8_t>({64, 0, 128, 128, 9, 9, 9, 0, 200, 100, 0, 100})),
+    EXPECT_EQ(converted({Byte, 32, Rgb, Alpha::Premultiplied, true}, 3,
+                        Bytes{64, 0, 128, 128, 9, 9, 9, 0, 200, 100, 0, 100}),
               (Bytes{255, 0, 128, 128, 0, 0, 0, 0, 0, 255, 255, 100}));
-    EXPECT_EQ(converted<std::uint8_t>({Coding::Byte, 40, ColourModel::Cmyk, Alpha::Straight}, 1,
-                                      bytes_of<std::uint8_t>({1, 2, 3, 4, 5})),
+    EXPECT_EQ(converted({Byte, 40, Cmyk, Alpha::Straight}, 1, Bytes{1, 2, 3, 4, 5}),
               (Bytes{1, 2, 3, 4, 5}));
-    EXPECT_EQ(converted<std::uint16_t>({Coding::Word, 64, ColourModel::Rgb, Alpha::Straight, true},
-                                       1, bytes_of<std::uint16_t>({1, 2, 3, 40000})),
+    EXPECT_EQ(converted<Words>({Word, 64, Rgb, Alpha::Straight, true}, 1, Words{1, 2, 3, 40000}),
               (Words{3, 2, 1, 40000}));
-    EXPECT_EQ(converted<std::uint16_t>({Coding::Word, 64, ColourModel::Rgb, Alpha::Premultiplied},
-                                       1, bytes_of<std::uint16_t>({10000, 20000, 0, 20000})),
-              (Words{32768, 65535, 0, 20000}));
+    EXPECT_EQ(
+        converted<Words>({Word, 64, Rgb, Alpha::Premultiplied}, 1, Words{10000, 20000, 0, 20000}),
+        (Words{32768, 65535, 0, 20000}));
 }
 
 TEST(PixelFormat, LinearLightIsCodedAsSrgb) {
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     // 0.2140411 of the light is half of the code.
-    EXPECT_EQ(converted<std::uint16_t>({Coding::Float, 96, ColourModel::Rgb}, 2,
-                                       bytes_of<float>({0.2140411F, 1, 2, -1, nan, 0})),
-              (Words{32767, 65535, 65535, 0, 0, 0}));
-    EXPECT_EQ(converted<std::uint16_t>({Coding::Float, 128, ColourModel::Rgb, Alpha::Premultiplied},
-                                       1, bytes_of<float>({0.25F, 0, 0.5F, 0.5F}), {},
-                                       Curve::OfProfile),
+    EXPECT_EQ(
+        converted<Words>({Float, 96, Rgb}, 2, std::vector<float>{0.2140411F, 1, 2, -1, nan, 0}),
+        (Words{32767, 65535, 65535, 0, 0, 0}));
+    EXPECT_EQ(with_profile({Float, 128, Rgb, Alpha::Premultiplied}, 1,
+                           std::vector<float>{0.25F, 0, 0.5F, 0.5F}),
               (Words{32768, 0, 65535, 32768}));
     // 0.5, 1, infinite, the smallest number, and -1.
-    EXPECT_EQ(
-        converted<std::uint16_t>({Coding::Half, 16, ColourModel::Gray}, 5,
-                                 bytes_of<std::uint16_t>({0x3800, 0x3C00, 0x7C00, 0x0001, 0xBC00}),
-                                 {}, Curve::OfProfile),
-        (Words{32768, 65535, 65535, 0, 0}));
-    EXPECT_EQ(converted<std::uint16_t>({Coding::Fixed16, 64, ColourModel::Rgb}, 1,
-                                       bytes_of<std::int16_t>({8192, 4096, -8192, 77}), {},
-                                       Curve::OfProfile),
+    EXPECT_EQ(with_profile({Half, 16, Gray}, 5, Words{0x3800, 0x3C00, 0x7C00, 0x0001, 0xBC00}),
+              (Words{32768, 65535, 65535, 0, 0}));
+    EXPECT_EQ(with_profile({Fixed16, 64, Rgb}, 1, std::vector<std::int16_t>{8192, 4096, -8192, 77}),
               (Words{65535, 32768, 0}));
-    EXPECT_EQ(converted<std::uint16_t>({Coding::Fixed32, 32, ColourModel::Gray}, 1,
-                                       bytes_of<std::int32_t>({1 << 23}), {}, Curve::OfProfile),
-              (Words{32768}));
-    EXPECT_EQ(converted<std::uint16_t>({Coding::SharedExponent, 32, ColourModel::Rgb}, 1,
-                                       bytes_of<std::uint8_t>({128, 64, 0, 128}), {},
-                                       Curve::OfProfile),
+    EXPECT_EQ(with_profile({Fixed32, 32, Gray}, 1, std::vector{1 << 23}), (Words{32768}));
+    EXPECT_EQ(with_profile({SharedExponent, 32, Rgb}, 1, Bytes{128, 64, 0, 128}),
               (Words{32768, 16384, 0}));
 }
 

@@ -17,10 +17,14 @@ std::string sides(const EmbeddedPicture& picture) {
     return to_text(std::uint64_t{picture.width}) + "x" + to_text(std::uint64_t{picture.height});
 }
 
+Result<std::vector<EmbeddedPicture>> pictures_in(const std::string& file) {
+    BytesInMemory source(file);
+    return find_pictures(source);
+}
+
 // "cover 300x200 turned 6 copied", one for each; and each is the whole of a picture.
 std::string found_in(const std::string& file) {
-    BytesInMemory source(file);
-    const auto pictures = find_pictures(source);
+    const auto pictures = pictures_in(file);
     if (!pictures)
         return to_text(std::int64_t{static_cast<std::int32_t>(pictures.error())});
     std::string all;
@@ -157,8 +161,7 @@ std::vector<Sample> all_samples() {
 
 // What holds for any file, sound or not.
 void expect_sound(const std::string& file, const char* name, std::size_t at) {
-    BytesInMemory source(file);
-    const auto pictures = find_pictures(source);
+    const auto pictures = pictures_in(file);
     ASSERT_TRUE(pictures) << name << at;
     for (const EmbeddedPicture& each : *pictures) {
         EXPECT_TRUE(each.bytes.empty() ? each.offset + each.size <= file.size() && each.offset > 0
@@ -183,10 +186,10 @@ TEST(Previews, CoversOfMusicAndMovies) {
 TEST(Previews, AreNoneWherePicturesAreSomethingElse) {
     TagFile pages(ByteOrder::Little);
     const auto second = pages.directory(pages.strip(7, small_jpeg(800, 600)));
-    pages.finish(pages.directory(pages.jpeg_fields(small_jpeg(160, 120)), second));
+    pages.finish(pages.jpeg_fields(small_jpeg(160, 120)), second);
     const auto raw = [](const TiffFields& more, const std::string& picture) {
         TagFile file(ByteOrder::Big, 42, "CR\2\0"s);
-        return file.finish(file.directory(file.strip(7, picture, more)));
+        return file.finish(file.strip(7, picture, more));
     };
     const auto cover = [](const std::string& picture) {
         return id3_tag(3, id3_frame("APIC", attached(picture)));
@@ -206,8 +209,7 @@ TEST(Previews, AreNoneWherePicturesAreSomethingElse) {
 
 TEST(Previews, ChoiceIsTheSmallestThatIsLargeEnough) {
     const auto chosen = [](const std::string& file, std::uint32_t wanted) {
-        BytesInMemory source(file);
-        const auto pictures = find_pictures(source);
+        const auto pictures = pictures_in(file);
         const EmbeddedPicture* const choice = choose(*pictures, wanted);
         return choice == nullptr ? "none" : sides(*choice);
     };
@@ -318,9 +320,7 @@ TEST(Previews, OfRealFiles) {
         GTEST_SKIP() << no_real_files;
     std::size_t seen = 0;
     for (const auto& path : paths) {
-        const std::string file = test::bytes_of(path);
-        BytesInMemory source(file);
-        const auto pictures = find_pictures(source);
+        const auto pictures = pictures_in(bytes_of(path));
         ASSERT_TRUE(pictures) << path;
         const auto row = expected.find(path.filename().string());
         if (row == expected.end()) {

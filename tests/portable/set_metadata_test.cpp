@@ -106,8 +106,7 @@ TEST(SetMetadata, WritesIptcBesideTheOtherResources) {
     };
     const std::size_t most = 16'384 - 12 - version.size() - 5;
     const std::string longest = written(plain, "-SetIPTC", caption(most));
-    EXPECT_NE(metadata_of("GetIPTC", longest).find(std::string(most, 'x') + "|##END 120"),
-              std::string::npos);
+    EXPECT_TRUE(has(metadata_of("GetIPTC", longest), std::string(most, 'x') + "|##END 120"));
     EXPECT_EQ(written(plain, "-SetIPTC", caption(most + 1)), "!-207");
     const std::string url(16'384 - 12, 'u');
     EXPECT_EQ(metadata_of("GetImageURL", written(plain, "-SetImageURL", url)), url);
@@ -173,7 +172,7 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
         FakeCall call({utf16_from_utf8(get), source});
         ASSERT_TRUE(get_metadata(call, files));
         const std::string text = utf8_from_utf16(*call.result());
-        EXPECT_NE(text.find("0xEFBBBF"), std::string::npos);
+        EXPECT_TRUE(has(text, "0xEFBBBF"));
         EXPECT_EQ(added(set_switches, text, exif + old + old), exif + old + old);
         EXPECT_EQ(added(set_switches, text), old);
     }
@@ -340,8 +339,8 @@ TEST(SetMetadata, StepsNameTheTargetAndTheEncoding) {
     };
     EXPECT_EQ(result(4, 0), comment("caf\xE9"));
     EXPECT_EQ(result(4, 1), comment("caf\xC3\xA9"));
-    EXPECT_NE(result(2, 0).find("<?xpacket"), std::string::npos);
-    EXPECT_NE(result(3, 0).find("8BIM\4\v"), std::string::npos);
+    EXPECT_TRUE(has(result(2, 0), "<?xpacket"));
+    EXPECT_TRUE(has(result(3, 0), "8BIM\4\v"));
     for (const std::int32_t refused : {0, 1, 5, -1, params::Call::not_given}) // no tagged text
         EXPECT_EQ(result(refused, 0), "!-50") << refused;
 }

@@ -21,6 +21,10 @@ inline const std::string packet_begin =
     "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n";
 inline const std::string packet_end = "<?xpacket end=\"w\"?>";
 
+inline bool has(std::string_view text, std::string_view part) {
+    return text.find(part) != text.npos;
+}
+
 // A value of a tagged text.
 inline std::string section(const std::string& word, int number, const std::string& value) {
     const std::string digits = std::to_string(number);

@@ -20,8 +20,6 @@ const std::string exif_text = title + section("EXIF", 33434, "1/250") + section(
 const std::string packet_text = "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\xC3\xBC</x:xmpmeta>";
 const std::string iptc_text = section("IPTC", 25, "one") + section("IPTC", 25, "two");
 
-// The files of a format in parts: of each its name, and its bytes.
-using Parts = std::vector<std::pair<std::string, std::string>>;
 using Chunks = std::vector<std::string>;
 
 std::string chunk(const std::string& type, const std::string& data) {
@@ -142,9 +140,8 @@ TEST(WrittenPng, IptcAndUrlStandInAProfileOfOtherPrograms) {
                                 "3842494d04250000000000086469676573742121\n"));
     std::string url = put_before_data("-SetImageURL", "u", raw_profile("iptc", resources));
     std::erase(url, '\n');
-    EXPECT_TRUE(url.find("3842494d040b0000000000017500") != std::string::npos &&
-                url.find("3842494d04040000000000021c02") != std::string::npos)
-        << url;
+    EXPECT_TRUE(has(url, "3842494d040b0000000000017500")) << url;
+    EXPECT_TRUE(has(url, "3842494d04040000000000021c02")) << url;
     // Datasets that stand in a profile alone count as well.
     EXPECT_EQ(put_before_data("-SetIPTC", section("IPTC", 5, "x"),
                               raw_profile("iptc", dataset(2, 5, "a title"))),
@@ -186,10 +183,14 @@ TEST(WrittenPng, DamageBehindTheImageDataStays) {
     EXPECT_EQ(written(cut, "JPEGComment", "c"),
               png_of({header, chunk("tEXt", std::string("Comment\0c", 9)), data}) + big32(100) +
                   "IDATimage");
-    EXPECT_EQ(written(png_of({header, packet}), "-SetXMP", "x"), "!-39");
-    EXPECT_EQ(written(png_of({header, packet}) + big32(100) + "IDATimage", "-SetXMP", "x"), "!-39");
-    EXPECT_EQ(written(png_of({data, header, end}), "-SetXMP", "x"), "!-4247");
-    EXPECT_EQ(written(png_of({}), "-SetXMP", "x"), "!-4247");
+    const std::pair<std::string, const char*> damaged[] = {
+        {png_of({header, packet}), "!-39"},
+        {png_of({header, packet}) + big32(100) + "IDATimage", "!-39"},
+        {png_of({data, header, end}), "!-4247"},
+        {png_of({}), "!-4247"},
+    };
+    for (const auto& [file, code] : damaged)
+        EXPECT_EQ(written(file, "-SetXMP", "x"), code) << file;
     // No more is allocated than a file has.
     EXPECT_EQ(written(png_of({header}) + big32(0x7FFFFFFF) + "eXIf", "-SetExif", exif_text),
               "!-39");
@@ -254,9 +255,9 @@ TEST(WrittenWebp, RefusesWhatIsNoWholeWebp) {
     const std::string whole = webp_of({lossy});
     for (const char* switches : {"-SetIPTC", "-SetImageURL", "JPEGComment"})
         EXPECT_EQ(written(whole, switches, ""), "!-4243") << switches;
-    EXPECT_EQ(written("RIFF" + little32(12) + "WAVEfmt " + little32(0), "-SetExif", exif_text),
-              "!-71");
-    EXPECT_EQ(written("RIFF\4", "-SetExif", exif_text), "!-39");
+    const std::string sound = "RIFF" + little32(12) + "WAVEfmt " + little32(0);
+    EXPECT_EQ(written(sound, "-SetExif", title), "!-71");
+    EXPECT_EQ(written("RIFF\4", "-SetExif", title), "!-39");
     for (const std::string& damaged :
          {riff_chunk("ANIM", "loops!"), riff_chunk("VP8 ", "no picture"),
           riff_chunk("VP8X", "short") + lossy})
@@ -309,29 +310,27 @@ std::vector<std::vector<tiff::Entry>> chain_of(const std::string& file) {
     return chain;
 }
 
-// A write, and what a reading tells afterwards.
-struct Write {
-    const char* switches;
-    std::string text;
-    const char* reading;
-    std::string read;
-};
-
 TEST(WrittenTiff, NewDirectoriesStandBehindTheFile) {
+    const struct {
+        const char* switches;
+        std::string text;
+        const char* reading;
+        std::string read;
+    } writes[] = {
+        {"-SetExif -AddExifMakerNote", exif_text, "GetExif GetGPS -Format=Decimal",
+         "##EXIF 270|A title|##END 270"},
+        {"-SetXMP", packet_text, "GetXMP -SourceUTF8Charset", packet_text},
+        {"-SetIPTC", iptc_text, "GetIPTC", "##IPTC 25|two|##END 25"},
+        {"-SetImageURL", "http://x", "GetImageURL", "http://x"},
+    };
     for (const ByteOrder order : {ByteOrder::Little, ByteOrder::Big}) {
         const std::string file = pages(order);
-        for (const auto& [switches, text, reading, read] : std::initializer_list<Write>{
-                 {"-SetExif -AddExifMakerNote", exif_text, "GetExif GetGPS -Format=Decimal",
-                  "##EXIF 270|A title|##END 270"},
-                 {"-SetXMP", packet_text, "GetXMP -SourceUTF8Charset", packet_text},
-                 {"-SetIPTC", iptc_text, "GetIPTC", "##IPTC 25|two|##END 25"},
-                 {"-SetImageURL", "http://x", "GetImageURL", "http://x"}}) {
+        for (const auto& [switches, text, reading, read] : writes) {
             const std::string after = written(file, switches, text);
             ASSERT_FALSE(after.starts_with('!')) << switches << after;
             EXPECT_EQ(after.substr(0, 4), file.substr(0, 4));
             EXPECT_EQ(after.substr(8, file.size() - 8), file.substr(8));
-            EXPECT_NE(metadata_of(reading, after).find(read), std::string::npos)
-                << metadata_of(reading, after);
+            EXPECT_TRUE(has(metadata_of(reading, after), read)) << metadata_of(reading, after);
             const auto old_chain = chain_of(file);
             const auto chain = chain_of(after);
             ASSERT_EQ(chain.size(), old_chain.size());
@@ -424,17 +423,17 @@ TEST(Sidecar, IsAllThatIsWrittenBesideAPhotograph) {
     EXPECT_EQ(set(files, sidecar, "-SetXMP", packet_text), 0);
     const std::string first = files.at(sidecar);
     EXPECT_EQ(first, packet_begin + packet_text + "\n" + packet_end);
-    EXPECT_NE(metadata_of("GetXMP -SourceUTF8Charset", first).find(packet_text), std::string::npos);
+    EXPECT_TRUE(has(metadata_of("GetXMP -SourceUTF8Charset", first), packet_text));
     EXPECT_EQ(set(files, sidecar, "-SetXMP", metadata_of("GetXMP -SourceUTF8Charset", first)), 0);
     EXPECT_EQ(files.at(sidecar), first);
     EXPECT_EQ(set(files, sidecar, "-SetXMP", "<other/>"), 0);
-    EXPECT_NE(files.at(sidecar).find("<other/>"), std::string::npos);
+    EXPECT_TRUE(has(files.at(sidecar), "<other/>"));
     for (const char* switches : {"-SetExif", "-SetIPTC", "-SetImageURL", "JPEGComment"})
         EXPECT_EQ(set(files, sidecar, switches, exif_text), -4243) << switches;
     EXPECT_EQ(set(files, sidecar, "-SetXMP", "http://ns.adobe.com/xmp/extension/\rx"), -4243);
     FakeCall in_place({u"-SetXMP", sidecar, u"", u"<third/>"});
     EXPECT_TRUE(set_metadata(in_place, files));
-    EXPECT_NE(files.at(sidecar).find("<third/>"), std::string::npos);
+    EXPECT_TRUE(has(files.at(sidecar), "<third/>"));
     EXPECT_EQ(files.contents().size(), 2U);
     EXPECT_EQ(set(files, sidecar, "-SetXMP", " "), 0);
     EXPECT_EQ(files.contents().size(), 1U);
@@ -462,49 +461,31 @@ TEST(WrittenFormats, NoFailureLosesTheFile) {
     written_whatever_fails({{source, "photograph"}, {sidecar, "old"}}, sidecar, "-SetXMP", "<x/>");
 }
 
-// The parts of a file that no write of ours changes.
-Parts png_parts(const std::string& file) {
-    constexpr std::string_view own[] = {"eXIf", "tEXt", "iTXt", "zTXt"};
-    Parts parts;
-    std::size_t at = 8;
-    while (const auto size = load<std::uint32_t>(file, at, ByteOrder::Big)) {
-        const std::string type = file.substr(at + 4, 4);
-        const std::string bytes = file.substr(at, std::size_t{*size} + 12);
-        const bool is_own = std::ranges::count(own, type) > 0;
-        if (!is_own)
-            parts.push_back({type, bytes});
-        at += bytes.size();
-        const uLong sum = crc32(0, reinterpret_cast<const Bytef*>(bytes.data()) + 4,
-                                static_cast<uInt>(bytes.size()) - 8);
-        EXPECT_TRUE(!is_own || bytes.ends_with(big32(static_cast<std::uint32_t>(sum))));
+// The chunks of a PNG or WebP file that no write of ours changes, and what is behind the last one.
+std::string other_chunks(const std::string& file) {
+    constexpr std::string_view own[] = {"eXIf", "tEXt", "iTXt", "zTXt", "EXIF", "XMP ", "VP8X"};
+    const bool is_png = file.starts_with("\x89PNG");
+    const ByteOrder order = is_png ? ByteOrder::Big : ByteOrder::Little;
+    const std::size_t until = is_png ? file.size() : *load<std::uint32_t>(file, 4, order) + 8U;
+    std::string others;
+    std::size_t at = is_png ? 8 : 12;
+    while (at + 8 <= until) {
+        const std::size_t size = *load<std::uint32_t>(file, at + (is_png ? 0 : 4), order);
+        const std::string type = file.substr(at + (is_png ? 4 : 0), 4);
+        if (std::ranges::find(own, type) == std::end(own))
+            others += file.substr(at, size + (is_png ? 12 : 8)) + "\n";
+        at += size + (is_png ? 12 : 8 + size % 2);
     }
-    parts.push_back({"rest", file.substr(std::min(at, file.size()))});
-    return parts;
+    EXPECT_TRUE(is_png || at == until);
+    return others + file.substr(std::min(at, file.size()));
 }
 
-Parts webp_parts(const std::string& file) {
-    Parts parts;
-    const std::uint32_t riff_size = *load<std::uint32_t>(file, 4, ByteOrder::Little);
-    std::size_t at = 12;
-    while (at + 8 <= riff_size + 8) {
-        const std::string type = file.substr(at, 4);
-        const std::uint32_t size = *load<std::uint32_t>(file, at + 4, ByteOrder::Little);
-        if (type != "EXIF" && type != "XMP " && type != "VP8X")
-            parts.push_back({type, file.substr(at, std::size_t{size} + 8)});
-        at += std::size_t{size} + size % 2 + 8;
-    }
-    EXPECT_EQ(at, riff_size + 8);
-    parts.push_back({"rest", file.substr(std::min(at, file.size()))});
-    return parts;
-}
-
-const Write real_writes[] = {
-    {"-SetExif -AddExifMakerNote", title + section("GPS", 29, "2020:12:31"), "GetExif",
-     "##EXIF 270|A title|##END 270"},
-    {"-SetXMP", packet_text, "GetXMP -SourceUTF8Charset", packet_text},
-    {"-SetIPTC", iptc_text, "", ""},
-    {"-SetImageURL", "http://vellfile.example", "", ""},
-    {"JPEGComment", "A comment", "", ""},
+const std::pair<const char*, std::string> real_writes[] = {
+    {"-SetExif -AddExifMakerNote", title + section("GPS", 29, "2020:12:31")},
+    {"-SetXMP", packet_text},
+    {"-SetIPTC", iptc_text},
+    {"-SetImageURL", "http://vellfile.example"},
+    {"JPEGComment", "A comment"},
 };
 
 TEST(WrittenFormats, AllElseInRealFilesStays) {
@@ -519,32 +500,25 @@ TEST(WrittenFormats, AllElseInRealFilesStays) {
             (format != formats::Format::Png && format != formats::Format::Riff &&
              format != formats::Format::Tiff))
             continue;
-        for (const Write& write : real_writes) {
-            SCOPED_TRACE(path.string() + " " + write.switches);
-            const std::string after = written(file, write.switches, write.text);
+        for (const auto& [switches, text] : real_writes) {
+            SCOPED_TRACE(path.string() + " " + switches);
+            const std::string after = written(file, switches, text);
             if (after.starts_with('!'))
                 continue;
             ++writes[format];
-            EXPECT_TRUE(written(after, write.switches, write.text) == after);
-            if (format == formats::Format::Png) {
-                EXPECT_TRUE(png_parts(after) == png_parts(file));
-            } else if (format == formats::Format::Riff) {
-                EXPECT_TRUE(webp_parts(after) == webp_parts(file));
-            } else {
+            EXPECT_TRUE(written(after, switches, text) == after);
+            if (format == formats::Format::Tiff) {
                 EXPECT_TRUE(after.starts_with(file.substr(0, 4)) &&
                             after.substr(8, file.size() - 8) == file.substr(8));
-            }
-            if (*write.reading != '\0' && format != formats::Format::Riff) {
-                EXPECT_NE(metadata_of(write.reading, after).find(write.read), std::string::npos)
-                    << metadata_of(write.reading, after).substr(0, 500);
+            } else {
+                EXPECT_TRUE(other_chunks(after) == other_chunks(file));
             }
         }
     }
     EXPECT_GT(writes[formats::Format::Png], 100);
     EXPECT_GT(writes[formats::Format::Riff], 20);
     EXPECT_GT(writes[formats::Format::Tiff], 20);
-    const auto of_cameras = real_files({"raw", "raw2"});
-    for (const auto& path : of_cameras) {
+    for (const auto& path : real_files({"raw", "raw2"})) {
         const std::string file = bytes_of(path);
         if (path.extension() == ".dng" || formats::format_of(file) == formats::Format::Jpeg)
             continue;
