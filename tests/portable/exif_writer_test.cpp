@@ -18,6 +18,7 @@ namespace vell::metadata {
 namespace {
 
 using test::ascii;
+using test::big32;
 using test::build_tiff;
 using test::bytes;
 using test::FakeCall;
@@ -222,9 +223,8 @@ TEST(ExifWriter, KeepsWhatTheTextDoesNotName) {
         const std::uint32_t image_at = directory_at + 2 + 24 + 4;
         const std::string thumbnail = build_tiff(
             order, {.first = {{513, FieldType::Long, {image_at}}, {514, FieldType::Long, {9}}}});
-        std::string next;
-        append_integer<std::uint32_t>(next, directory_at, order);
-        block.replace(10 + std::size_t{*load<std::uint16_t>(block, 8, order)} * 12, 4, next);
+        block.replace(10 + std::size_t{*load<std::uint16_t>(block, 8, order)} * 12, 4,
+                      order == ByteOrder::Big ? big32(directory_at) : little32(directory_at));
         block += thumbnail.substr(8) + "THUMBNAIL";
 
         const std::size_t note = block.find("mmm");

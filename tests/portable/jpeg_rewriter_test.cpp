@@ -8,17 +8,18 @@ namespace vell::metadata::jpeg_rewriter_test {
 namespace {
 
 using namespace vell::test;
+using enum SegmentMarker;
 
 const std::string soi = "\xFF\xD8";
-const std::string app0 = segment(SegmentMarker::App0, "JFIF");
-const std::string comment = segment(SegmentMarker::Com, "old");
-const std::string frame = segment(SegmentMarker::Sof0, "frame");
+const std::string app0 = segment(App0, "JFIF");
+const std::string comment = segment(Com, "old");
+const std::string frame = segment(Sof0, "frame");
 const std::string scan = "\xFF\xDAscan\xFF\xD9trailer";
-const std::string rest = segment(SegmentMarker::Com, "late") + scan;
-const std::string packet = segment(SegmentMarker::App1, "ID\1packet");
+const std::string rest = segment(Com, "late") + scan;
+const std::string packet = segment(App1, "ID\1packet");
 
-const SegmentKind comments{SegmentMarker::Com, "", false};
-const SegmentKind packets{SegmentMarker::App1, "ID\1", true};
+const SegmentKind comments{Com, "", false};
+const SegmentKind packets{App1, "ID\1", true};
 
 // The file with the segment of that content written; "!" and the code of a failure.
 std::string rewritten(const std::string& bytes, const SegmentKind& kind,
@@ -40,9 +41,10 @@ std::string rewritten(const std::string& bytes, const SegmentKind& kind,
 }
 
 TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
-    const std::string added = segment(SegmentMarker::Com, "new");
-    const std::string packed = segment(SegmentMarker::App1, "ID\1new");
-    const std::string another = segment(SegmentMarker::App1, "IDx");
+    const std::string added = segment(Com, "new");
+    const std::string packed = segment(App1, "ID\1new");
+    const std::string another = segment(App1, "IDx");
+    const std::string damaged = segment(App0, "", 1);
     const std::string garbage = std::string("gar\0bage", 8);
     // A file, and it with a comment and with a packet.
     const std::tuple<std::string, std::string, std::string> cases[] = {
@@ -58,9 +60,9 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
         {soi + app0 + frame + packet + packet + rest,
          soi + app0 + added + frame + packet + packet + scan,
          soi + app0 + frame + packed + packet + rest},
-        {soi + app0 + frame + segment(SegmentMarker::App0, "", 1) + packet + rest,
-         soi + app0 + added + frame + segment(SegmentMarker::App0, "", 1) + packet + rest,
-         soi + app0 + packed + frame + segment(SegmentMarker::App0, "", 1) + packet + rest},
+        {soi + app0 + frame + damaged + packet + rest,
+         soi + app0 + added + frame + damaged + packet + rest,
+         soi + app0 + packed + frame + damaged + packet + rest},
         // Fill bytes belong to the marker behind them; RST stands alone; a frame may be cut off.
         {soi + app0 + "\xFF\xFF" + frame, soi + app0 + added + "\xFF\xFF" + frame,
          soi + app0 + packed + "\xFF\xFF" + frame},
@@ -76,7 +78,7 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
         {"\xFF\xD9" + frame, "!-71", "!-71"},
         {soi + app0, "!-39", "!-39"},
         {soi + app0.substr(0, 6) + "cut", "!-39", "!-39"},
-        {soi + segment(SegmentMarker::App0, "", 1) + frame, "!-92", "!-92"},
+        {soi + damaged + frame, "!-92", "!-92"},
     };
     for (const auto& [file, with_comment, with_packet] : cases) {
         EXPECT_EQ(rewritten(file, comments, "new"), with_comment);
@@ -85,15 +87,13 @@ TEST(JpegRewriter, ReplacesOrAddsOneSegmentAndCopiesTheRest) {
     EXPECT_EQ(rewritten(soi + comment + frame + rest, comments, {}), soi + frame + scan);
     EXPECT_EQ(rewritten(soi + packet + frame + rest, packets, {}), soi + frame + rest);
     const std::string longest(formats::jpeg::longest_payload, 'x');
-    EXPECT_EQ(rewritten(soi + frame, comments, longest),
-              soi + segment(SegmentMarker::Com, longest) + frame);
+    EXPECT_EQ(rewritten(soi + frame, comments, longest), soi + segment(Com, longest) + frame);
 }
 
 // Files that go on for long: one without a marker, one of nothing but tiny gaps and segments.
 TEST(JpegRewriter, LongFilesTakeLittleMemoryAndNoMoreThanTwoReadings) {
     constexpr std::uint64_t size = 20'000'000;
-    for (const std::string& pattern :
-         {std::string("nothing "), ".." + segment(SegmentMarker::App2, "")}) {
+    for (const std::string& pattern : {std::string("nothing "), ".." + segment(App2, "")}) {
         EndlessFile file(soi, pattern, size);
         auto reader = files::BufferedReader::over(file);
         EXPECT_EQ(find_segment_place(*reader, comments).error(), ErrorCode::EndOfFile);

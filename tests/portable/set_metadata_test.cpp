@@ -9,10 +9,14 @@ namespace vell::metadata::set_metadata_test {
 namespace {
 
 using namespace vell::test;
+using enum SegmentMarker;
 
-const std::string frame = segment(SegmentMarker::Sof0, "frame") + "\xFF\xDAscan\xFF\xD9";
+std::string com(const std::string& text) {
+    return segment(Com, text);
+}
+const std::string frame = segment(Sof0, "frame") + "\xFF\xDAscan\xFF\xD9";
 const std::string soi = "\xFF\xD8";
-const std::string plain = soi + segment(SegmentMarker::App0, "JFIF") + frame;
+const std::string plain = soi + segment(App0, "JFIF") + frame;
 // What stands between JFIF and the frame.
 std::string added(std::string_view switches, std::string_view text, const std::string& old = "") {
     const std::string start = plain.substr(0, plain.size() - frame.size());
@@ -20,6 +24,13 @@ std::string added(std::string_view switches, std::string_view text, const std::s
     if (!file.starts_with(start) || !file.ends_with(frame))
         return file;
     return file.substr(start.size(), file.size() - start.size() - frame.size());
+}
+
+// What the switches read of a file; nothing after a failure.
+std::string metadata_text(FakeSystem& files, std::string_view switches,
+                          const std::u16string& path) {
+    FakeCall call({utf16_from_utf8(switches), path});
+    return get_metadata(call, files) ? utf8_from_utf16(*call.result()) : "";
 }
 
 TEST(SetMetadata, TakesOneTargetAndAnyComment) {
@@ -36,9 +47,6 @@ TEST(SetMetadata, TakesOneTargetAndAnyComment) {
 }
 
 TEST(SetMetadata, WritesComments) {
-    const auto com = [](const std::string& text) {
-        return segment(SegmentMarker::Com, text);
-    };
     const std::string old = com("one") + com("two");
     EXPECT_EQ(added("JPEGComment", "caf\xC3\xA9", old), com("caf\xE9"));
     EXPECT_EQ(added("JPEGComment", "", old), "");
@@ -149,7 +157,7 @@ TEST(SetMetadata, MergesIptcByTheNumbersOfItsDatasets) {
 
 const std::string identifier("http://ns.adobe.com/xap/1.0/\0", 29);
 std::string xmp_segment(const std::string& packet) {
-    return segment(SegmentMarker::App1, identifier + packet);
+    return segment(App1, identifier + packet);
 }
 
 TEST(SetMetadata, WritesPacketsWithTheirPadding) {
@@ -169,9 +177,7 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
          {std::pair{"GetXMP", "-SetXMP"}, {"GetXMP -SourceUTF8Charset", "-SetXMP -UTF8Charset"}}) {
         FakeSystem files;
         files.add(source, soi + exif + old + old + frame);
-        FakeCall call({utf16_from_utf8(get), source});
-        ASSERT_TRUE(get_metadata(call, files));
-        const std::string text = utf8_from_utf16(*call.result());
+        const std::string text = metadata_text(files, get, source);
         EXPECT_TRUE(has(text, "0xEFBBBF"));
         EXPECT_EQ(added(set_switches, text, exif + old + old), exif + old + old);
         EXPECT_EQ(added(set_switches, text), old);
@@ -182,7 +188,7 @@ TEST(SetMetadata, WritesPacketsWithTheirPadding) {
     const std::string head = plain.substr(0, plain.size() - scan.size());
     EXPECT_EQ(written(head + other + scan, "-SetXMP", body), head + packet + scan);
     const std::string extension =
-        segment(SegmentMarker::App1, std::string("http://ns.adobe.com/xmp/extension/\0", 35) + "x");
+        segment(App1, std::string("http://ns.adobe.com/xmp/extension/\0", 35) + "x");
     EXPECT_EQ(
         written(soi + exif + extension + old + head.substr(2) + other + scan, "-SetXMP", " \n"),
         soi + exif + head.substr(2) + scan);
@@ -201,7 +207,7 @@ TEST(SetMetadata, SaysWhenThereIsNothingToRemove) {
         std::string left = {};
     } cases[] = {
         {"-SetXMP", "", xmp_segment("")},
-        {"JPEGComment", "", segment(SegmentMarker::Com, "x")},
+        {"JPEGComment", "", com("x")},
         {"-SetIPTC", "##EXIF 271\nVell\n##END 271", photoshop(resource(0x0404, "\x1C\2"))},
         {"-SetIPTC -KeepOtherDatasets", "##IPTC 5\n\n##END 5",
          photoshop(resource(0x0404, dataset(2, 5, "x")))},
@@ -246,8 +252,8 @@ struct Pictures {
     std::string with_list(const std::string& list) const {
         const std::string block =
             build_tiff(order, {.first = {{0xB001, FieldType::Long, {3}}, undefined(0xB002, list)}});
-        return soi + before + segment(SegmentMarker::App2, std::string("MPF\0", 4) + block) +
-               behind + "\xFF\xDAscan\xFF\xD9";
+        return soi + before + segment(App2, std::string("MPF\0", 4) + block) + behind +
+               "\xFF\xDAscan\xFF\xD9";
     }
     // Each picture as the index of a file tells it.
     std::vector<std::string> in(const std::string& file) const {
@@ -268,10 +274,9 @@ TEST(SetMetadata, PicturesBehindTheFirstAreFoundAfterEveryWrite) {
     const std::string exif =
         exif_segment(build_tiff(ByteOrder::Little, {.first = {ascii(270, "a description")},
                                                     .exif = {undefined(37500, "mm")}}));
-    const std::string others = segment(SegmentMarker::Com, "one") + exif +
-                               segment(SegmentMarker::Com, "two") +
-                               photoshop(resource(0x0404, dataset(2, 5, "x")));
-    const std::string head = segment(SegmentMarker::Sof0, "frame");
+    const std::string others =
+        com("one") + exif + com("two") + photoshop(resource(0x0404, dataset(2, 5, "x")));
+    const std::string head = segment(Sof0, "frame");
     const std::string late = xmp_segment("packet");
     const std::string long_text(500, 'x');
     const std::pair<const char*, std::string> writes[] = {
@@ -334,8 +339,7 @@ TEST(SetMetadata, StepsNameTheTargetAndTheEncoding) {
         return done ? files.at(source) : "!" + std::to_string(number(done.error()));
     };
     const auto comment = [](const std::string& text) {
-        return std::string(plain).insert(plain.size() - frame.size(),
-                                         segment(SegmentMarker::Com, text));
+        return std::string(plain).insert(plain.size() - frame.size(), com(text));
     };
     EXPECT_EQ(result(4, 0), comment("caf\xE9"));
     EXPECT_EQ(result(4, 1), comment("caf\xC3\xA9"));
@@ -348,7 +352,7 @@ TEST(SetMetadata, StepsNameTheTargetAndTheEncoding) {
 TEST(SetMetadata, NoFailureLosesTheFile) {
     const std::string file =
         soi + exif_segment(build_tiff(ByteOrder::Big, {.first = {ascii(271, "Vell")}})) +
-        segment(SegmentMarker::Com, "old") + frame + std::string(200'000, 'y');
+        com("old") + frame + std::string(200'000, 'y');
     for (const auto& [switches, text] :
          {std::pair{"-SetExif", "##EXIF 272\rOne\r##END 272"}, {"JPEGComment", "new"}}) {
         const std::string expected = written(file, switches, text);
@@ -382,15 +386,11 @@ TEST(SetMetadata, WhatWasReadFromRealFilesReadsTheSameAgain) {
             SCOPED_TRACE(real_path.string() + " " + getting);
             FakeSystem files;
             files.add(source, bytes);
-            const auto read = [&, get = utf16_from_utf8(getting)](const std::u16string& path) {
-                FakeCall call({get, path});
-                return get_metadata(call, files) ? utf8_from_utf16(*call.result()) : "";
-            };
-            const std::string text = read(source);
+            const std::string text = metadata_text(files, getting, source);
             if (text.empty())
                 continue;
             ASSERT_EQ(set(files, destination, setting, text), 0);
-            ASSERT_EQ(read(destination), text);
+            ASSERT_EQ(metadata_text(files, getting, destination), text);
             const std::string result = files.at(destination);
             const auto [differs, at] = std::ranges::mismatch(bytes, result);
             const auto same_start = static_cast<std::size_t>(differs - bytes.begin());
