@@ -5,10 +5,11 @@
 #include "src/metadata/reading/tag_reader.h"
 #include "src/metadata/writing/exif_value.h"
 #include "src/metadata/writing/rational_text.h"
+#include "tests/portable/fake_call.h"
 #include "tests/portable/integers.h"
 #include "tests/portable/table_text.h"
+#include "tests/portable/tagged_value.h"
 #include "tests/portable/tiff_builder.h"
-#include "tests/portable/written_file.h"
 
 #include <gtest/gtest.h>
 

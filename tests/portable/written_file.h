@@ -4,6 +4,7 @@
 #include "src/metadata/set_metadata.h"
 #include "tests/portable/fake_call.h"
 #include "tests/portable/fake_system.h"
+#include "tests/portable/tagged_value.h"
 
 #include <gtest/gtest.h>
 
@@ -20,16 +21,6 @@ inline const std::u16string destination = u"C:\\b.bin";
 inline const std::string packet_begin =
     "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n";
 inline const std::string packet_end = "<?xpacket end=\"w\"?>";
-
-inline bool has(std::string_view text, std::string_view part) {
-    return text.find(part) != text.npos;
-}
-
-// A value of a tagged text.
-inline std::string section(const std::string& word, int number, const std::string& value) {
-    const std::string digits = std::to_string(number);
-    return "\r##" + word + " " + digits + "\r" + value + "\r##END " + digits;
-}
 
 // The code of a write, as from `source` to `target`.
 inline std::int32_t set(FakeSystem& files, const std::u16string& target, std::string_view switches,
