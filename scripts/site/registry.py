@@ -84,12 +84,12 @@ def initializer(stream):
 
 
 def rows_of(source, kind):
-    """The rows of "constexpr KIND rows[] = { … };"."""
+    """The rows of "constexpr KIND name[] = { … };"."""
     stream = tokens(source)
     seen = []
     for _, text in stream:
         seen = [*seen[-5:], text]
-        if seen == [kind, "rows", "[", "]", "=", "{"]:
+        if seen[:1] == [kind] and seen[2:] == ["[", "]", "=", "{"]:
             return initializer(stream)
     raise RegistryError(f"there is no table of {kind}")
 

@@ -1,6 +1,7 @@
 // Files with pictures in them, made for tests: raw photographs of many makers, music, movies.
 #pragma once
 
+#include "container_builder.h"
 #include "image_builder.h"
 #include "movie_builder.h"
 #include "tiff_builder.h"
@@ -40,9 +41,6 @@ inline std::string big_sized(const std::string& bytes) {
 }
 inline std::string little_sized(const std::string& bytes) {
     return little32(length_of(bytes)) + bytes;
-}
-inline std::string riff_chunk(const std::string& type, const std::string& data) {
-    return type + little_sized(data) + std::string(data.size() % 2, '\0');
 }
 
 // Each read that fails is told: read(source), which gives a Result, as often as it reads.

@@ -473,12 +473,14 @@ std::string other_chunks(const std::string& file) {
     return others + file.substr(std::min(at, file.size()));
 }
 
-const std::pair<const char*, std::string> real_writes[] = {
-    {"-SetExif -AddExifMakerNote", title + section("GPS", 29, "2020:12:31")},
-    {"-SetXMP", packet_text},
-    {"-SetIPTC", iptc_text},
-    {"-SetImageURL", "http://vellfile.example"},
-    {"JPEGComment", "A comment"},
+// What is written, and how a part of it is read again.
+const std::tuple<const char*, std::string, const char*, std::string> real_writes[] = {
+    {"-SetExif -AddExifMakerNote", title + section("GPS", 29, "2020:12:31"), "GetExif",
+     "##EXIF 270|A title|##END 270"},
+    {"-SetXMP", packet_text, "GetXMP -SourceUTF8Charset", packet_text},
+    {"-SetIPTC", iptc_text, "", ""},
+    {"-SetImageURL", "http://vellfile.example", "", ""},
+    {"JPEGComment", "A comment", "", ""},
 };
 
 TEST(WrittenFormats, AllElseInRealFilesStays) {
@@ -493,7 +495,7 @@ TEST(WrittenFormats, AllElseInRealFilesStays) {
             (format != formats::Format::Png && format != formats::Format::Riff &&
              format != formats::Format::Tiff))
             continue;
-        for (const auto& [switches, text] : real_writes) {
+        for (const auto& [switches, text, reading, part] : real_writes) {
             SCOPED_TRACE(path.string() + " " + switches);
             const std::string after = written(file, switches, text);
             if (after.starts_with('!'))
@@ -505,6 +507,9 @@ TEST(WrittenFormats, AllElseInRealFilesStays) {
                             after.substr(8, file.size() - 8) == file.substr(8));
             } else {
                 EXPECT_TRUE(other_chunks(after) == other_chunks(file));
+            }
+            if (!part.empty() && format != formats::Format::Riff) {
+                EXPECT_TRUE(has(metadata_of(reading, after), part));
             }
         }
     }

@@ -200,7 +200,7 @@ class RegistryTest(unittest.TestCase):
         self.assertEqual([(row.id, row.name, row.prototype, row.description) for row in functions],
                          [(42, "VlFile_A", 'VlFile_A( s ; "x" )', "One two…."),
                           (43, "VlFile_B", "VlFile_B", "B.")])
-        (step,) = registry.read_steps('constexpr StepRow rows[] = {{7, "S", "Does.", 0, {}, b}};')
+        (step,) = registry.read_steps('constexpr StepRow steps[] = {{7, "S", "Does.", 0, {}, b}};')
         self.assertEqual((step.id, step.name, step.description), (7, "S", "Does."))
 
     def test_unknown_forms_are_told(self):

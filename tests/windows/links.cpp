@@ -22,8 +22,9 @@ std::wstring unix_path(const std::wstring& path) {
 
 bool make_link(const std::wstring& link, const std::wstring& target) {
     std::wstring command = L"cmd.exe /c mklink /J \"" + link + L"\" \"" + target + L"\"";
+    // What Wine gives for a program of the system below are no handles of it.
     if (runs_in_wine())
-        command = L"Z:\\bin\\ln -s \"" + unix_path(target) + L"\" \"" +
+        command = L"start.exe /unix /bin/ln -s \"" + unix_path(target) + L"\" \"" +
                   unix_path(link.substr(0, link.rfind(L'\\'))) + L"/" +
                   link.substr(link.rfind(L'\\') + 1) + L"\"";
     exit_code(start_program(command));
