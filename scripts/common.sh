@@ -64,7 +64,8 @@ build() {
     done
     [ $# -gt 0 ] && shift
     mkdir -p "$root/build"
-    if [ ! -f "$root/build/$preset/build.ninja" ]; then
+    # What a preset says is kept where it was configured.
+    if [ ! "$root/build/$preset/build.ninja" -nt "$root/CMakePresets.json" ]; then
         say "Building ($preset; a few minutes the first time)"
         # The longest part need not wait for the configuring. The build waits for it, and tells what fails.
         case $preset in

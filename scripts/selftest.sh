@@ -6,7 +6,6 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
 
 need_packages "${build_packages[@]}" python3
-build release VellFile
 build windows selftest
 command -v zip >/dev/null || exit 0
 rm -f "$root/build/selftest.zip"
