@@ -14,18 +14,20 @@ struct Plugin::Entry {
     Served served;
     bool is_step;
     std::int16_t needed_parameters;
-    std::string_view function; // the one that a step mirrors
+    const FunctionRow* function; // the one that a step mirrors; null for a step that mirrors none
+    std::string_view step_name;
+
+    // What policies and their logs call it.
+    std::string_view name() const { return function ? function->name() : step_name; }
 };
 
 namespace {
 
 constexpr std::string_view unreadable_parameter = "VellParamErr: XP7_GetBytesImproved failed";
 
-std::string_view function_of(const StepRow& step) {
+const FunctionRow* function_of(const StepRow& step) {
     constexpr std::int16_t steps_from = 3000;
-    const FunctionRow* const function =
-        find_function(static_cast<std::int16_t>(step.id - steps_from));
-    return function ? function->name() : step.name;
+    return find_function(static_cast<std::int16_t>(step.id - steps_from));
 }
 
 // A body that failed may not have come to ask for all of its switches.
@@ -57,10 +59,12 @@ std::int16_t report(HostCall& call, ErrorCode code) {
 
 std::optional<Plugin::Entry> Plugin::find_entry(std::int16_t id) {
     if (const FunctionRow* function = find_function(id))
-        return Entry{function->body, function->served, false, function->least_parameters.needed,
-                     function->name()};
+        return Entry{function->body, function->served,
+                     false,          function->least_parameters.needed,
+                     function,       {}};
     if (const StepRow* step = find_step(id))
-        return Entry{step->body, step->served, true, step->needed_parameters, function_of(*step)};
+        return Entry{step->body,         step->served, true, step->needed_parameters,
+                     function_of(*step), step->name};
     return std::nullopt;
 }
 
@@ -86,8 +90,8 @@ ErrorCode Plugin::outcome_of(const Entry& entry, HostCall& given) {
 
 // Whatever a body makes of a refusal, the call ends with it.
 ErrorCode Plugin::guarded_outcome_of(const Entry& entry, HostCall& call, policy::CallScope& scope) {
-    const bool is_denied = entry.served == Served::Always ? guard->denies_always(entry.function)
-                                                          : guard->denies(entry.function);
+    const bool is_denied = entry.served == Served::Always ? guard->denies_always(entry.name())
+                                                          : guard->denies(entry.name());
     if (is_denied)
         scope.refuse(guard->policy().allows_nothing ? "policy" : "function");
     const ErrorCode code = is_denied ? ErrorCode::RefusedByPolicy : outcome_of(entry, call);
@@ -104,7 +108,7 @@ std::int16_t Plugin::answer(const Entry& entry, HostCall& call) {
     policy::CallScope scope(system.clock(), guard->policy().limits);
     const ErrorCode code = guarded_outcome_of(entry, call, scope);
     const std::int16_t answer = report(call, code);
-    guard->write(origin, entry.function, code, scope);
+    guard->write(origin, entry.name(), code, scope);
     return answer;
 }
 

@@ -290,6 +290,12 @@ TEST(Fractions, ReadAsTheTextsThatTheyComeFrom) {
     }
     for (const char* text : {"", "x", "1e99", "inf", "1/2/3", "/", "1.5/2", "0x10", "1 2"})
         EXPECT_FALSE(parse_fraction(text, 0xFFFFFFFF)) << text;
+    // The sign is the numerator's, which has room for it or not.
+    const auto negative = parse_fraction("1/-2", 0x7FFFFFFF);
+    ASSERT_TRUE(negative);
+    EXPECT_EQ(negative->numerator, -1);
+    EXPECT_EQ(negative->denominator, 2U);
+    EXPECT_FALSE(parse_fraction("-2147483648/-1", 0x7FFFFFFF));
 }
 
 } // namespace

@@ -313,6 +313,14 @@ TEST(MetadataBlocks, RecordsOfCanonBecomeTags) {
                      "EXIF 37380=-1/2; EXIF 42032=Somebody"));
     EXPECT_EQ(metadata_of("-GetImageDescription", file).substr(0, 47),
               "Height: 2048|Width: 3072|Depth: 24|Horizontal R");
+    const std::string size = little32(3072) + little32(2048) + little32(0);
+    for (const auto& [degrees, orientation] :
+         {std::pair(0, "1"), {90, "6"}, {180, "3"}, {-90, "8"}, {450, "6"}, {45, "1"}}) {
+        const std::string turned = little32(static_cast<std::uint32_t>(degrees));
+        const std::string tags =
+            metadata_of("GetExif", crw({{0x1810, size + turned + std::string(12, '\0')}}));
+        EXPECT_TRUE(tags.ends_with(tagged("EXIF 274="s + orientation))) << degrees << tags;
+    }
     // A file that says nothing has no tags.
     EXPECT_EQ(found_in(crw({{0x2007, "picture"}})), "");
     EXPECT_EQ(metadata_of("GetExif", crw({{0x2007, "picture"}})), "!-39");

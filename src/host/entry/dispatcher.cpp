@@ -20,19 +20,20 @@ class DispatchedCall : public plugin::HostCall {
 
     policy::CallOrigin origin() override { return origin_of(environment_); }
     params::Call& open(bool is_step) override {
-        return call_.emplace(the_plugin(), environment_, parameters_, result_, is_step);
+        return call_.emplace(plugin_, environment_, parameters_, result_, is_step);
     }
     void set_result(std::string_view text) override { store_text(result_, Text(text)); }
 
     void serve() {
         std::optional<NoErrorWindows> quiet;
-        if (!the_plugin().state.can_ask_user)
+        if (!plugin_.state.can_ask_user)
             quiet.emplace();
-        errcode_ = the_plugin().serve(id_, *this);
+        errcode_ = plugin_.serve(id_, *this);
     }
     fm::Errcode errcode() const { return errcode_; }
 
   private:
+    plugin::Plugin& plugin_ = the_plugin();
     std::int16_t id_;
     const fm::ExprEnv* environment_;
     const fm::DataVect* parameters_;
