@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     json.begin_object();
     values->write_members(json);
     json.end_object();
-    FUZZ_CHECK(test::StrictJson::accepts(json.take()));
+    FUZZ_CHECK(test::is_strict_json(json.take()));
 
     std::vector<TagQuery> queries;
     for (const char* name : {"Latitude", "ExposureTime", "UserComment", "Keywords", "dc:title"})

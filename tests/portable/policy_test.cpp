@@ -319,7 +319,7 @@ TEST(AuditLine, CannotBeForged) {
     const std::string line = line_of(
         {morning, {.session = 7, .file = {}, .account = u"a\nb"}, "VlFile_Exists", -4225}, scope);
     EXPECT_EQ(line.find('\n'), line.size() - 1);
-    EXPECT_TRUE(test::StrictJson::accepts(line.substr(0, line.size() - 1))) << line;
+    EXPECT_TRUE(test::is_strict_json(line.substr(0, line.size() - 1))) << line;
     EXPECT_EQ(
         line,
         "{\"time\":\"2026-03-01T09:05:00.007-03:30\",\"session\":7,"
