@@ -214,6 +214,8 @@ std::optional<EntryInfo> ZipReader::entry(std::uint32_t index) const {
     info.compressed_size = header->compressed_size;
     info.uncompressed_size = header->uncompressed_size;
     info.local_header_offset = header->local_header_offset;
+    info.extra_field = record.substr(CentralDirectoryHeader::size + header->file_name_length,
+                                     header->extra_field_length);
     return info;
 }
 

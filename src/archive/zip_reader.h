@@ -35,6 +35,7 @@ struct EntryInfo {
     std::uint32_t compressed_size = 0;
     std::uint32_t uncompressed_size = 0;
     std::uint32_t local_header_offset = 0;
+    std::string_view extra_field = {}; // in the reader's memory
 };
 
 // Takes an entry's data with its place in the entry; its failure ends the extraction. Must not

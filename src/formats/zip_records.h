@@ -182,4 +182,14 @@ struct Zip64EndOfCentralDirectory {
 // field; nullopt when there is none.
 std::optional<std::uint64_t> zip64_compressed_size(std::string_view extra_field);
 
+// How large an entry is, and where its local header stands.
+struct EntryExtent {
+    std::uint64_t uncompressed_size = 0;
+    std::uint64_t compressed_size = 0;
+    std::uint64_t local_header_offset = 0;
+};
+// With the numbers of the Zip64 extended information in an extra field (4.5.3), which has, in this
+// order, those that the entry's record gives as 0xFFFFFFFF. What it lacks stays as it is.
+EntryExtent with_zip64(EntryExtent extent, std::string_view extra_field);
+
 } // namespace vell::formats::zip

@@ -7,12 +7,15 @@ using archive::EntryInfo;
 
 void report_entry(const EntryInfo& entry, StructureReport& report) {
     const bool is_utf8 = formats::zip::has(entry.flags, formats::zip::EntryFlag::Utf8);
-    const Part part(report, "entry", entry.is_folder ? "folder" : "file", entry.local_header_offset,
-                    entry.compressed_size);
+    const formats::zip::EntryExtent extent = formats::zip::with_zip64(
+        {entry.uncompressed_size, entry.compressed_size, entry.local_header_offset},
+        entry.extra_field);
+    const Part part(report, "entry", entry.is_folder ? "folder" : "file",
+                    extent.local_header_offset, extent.compressed_size);
     report.field("path", entry.name,
                  is_utf8 ? params::TextEncoding::Utf8 : params::TextEncoding::AsciiDos);
     report.field("method", std::uint64_t{entry.method});
-    report.field("expanded size", std::uint64_t{entry.uncompressed_size});
+    report.field("expanded size", extent.uncompressed_size);
     if (report.verbose()) {
         report.field("flags", std::uint64_t{entry.flags});
         report.field("checksum", std::uint64_t{entry.crc32});

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <array>
 #include <cstring>
 
 namespace vell::archive {
@@ -165,6 +166,28 @@ TEST(ZipReader, ReadsZip64Directories) {
         archive.before_end = end;
         EXPECT_FALSE(opens(archive));
     }
+}
+
+TEST(ZipReader, KnowsWhereZip64HasTheNumbersOfAnEntry) {
+    using Numbers = std::array<std::uint64_t, 3>;
+    constexpr std::uint64_t see = 0xFFFF'FFFF, first = 0x1'0000'0005, second = 0x2'0000'0007;
+    const auto told = [](const Numbers& numbers, const std::string& extra_field) {
+        const auto [uncompressed, compressed, offset] =
+            formats::zip::with_zip64({numbers[0], numbers[1], numbers[2]}, extra_field);
+        return Numbers{uncompressed, compressed, offset};
+    };
+    const std::string other("UT\1\0x", 5);
+    const std::string two("\1\0\x10\0\5\0\0\0\1\0\0\0\7\0\0\0\2\0\0\0", 20);
+    EXPECT_EQ(told({see, see, see}, other + two + other), (Numbers{first, second, see}));
+    EXPECT_EQ(told({5, see, see}, two), (Numbers{5, first, second}));
+    EXPECT_EQ(told({see, 5, see}, two), (Numbers{first, 5, second}));
+    EXPECT_EQ(told({5, 6, 7}, two), (Numbers{5, 6, 7}));
+    for (const std::string& cut : {std::string(), other, two.substr(0, 3), two.substr(0, 11)})
+        EXPECT_EQ(told({see, see, 5}, cut), (Numbers{see, see, 5}));
+
+    Archive archive;
+    archive.extra = two;
+    EXPECT_EQ(open(archive.bytes())->entry(0)->extra_field, two);
 }
 
 TEST(ZipReader, CountsEntriesThatTheRecordCannot) {
