@@ -1,4 +1,5 @@
 // The administrator's policy: what its text says, where paths lead, and the log of calls.
+#include "src/base/utf8.h"
 #include "src/policy/audit_file.h"
 #include "src/policy/guard.h"
 #include "tests/portable/strict_json.h"
