@@ -11,6 +11,7 @@ namespace vell::archive {
 namespace {
 
 using formats::zip::EntryFlag;
+using formats::zip::see_zip64;
 
 constexpr Failure extraction_failed{ErrorCode::ExtractionFailed};
 constexpr std::size_t inflated_piece_size = 65'536;
@@ -107,7 +108,6 @@ Result<std::uint64_t> ZipReader::data_of(std::uint32_t index, const EntryInfo& e
 }
 
 Result<void> ZipReader::check_overlaps() {
-    constexpr std::uint32_t see_zip64 = 0xFFFF'FFFF;
     struct Place {
         std::uint32_t offset;
         std::uint32_t index;

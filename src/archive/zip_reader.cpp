@@ -11,6 +11,7 @@ namespace {
 
 using formats::zip::EntryFlag;
 using formats::zip::folder_attribute;
+using formats::zip::see_zip64;
 using formats::zip::zip64_compressed_size;
 using formats::zip::Zip64EndOfCentralDirectory;
 using formats::zip::Zip64Locator;
@@ -112,8 +113,8 @@ Result<ZipReader::Directory> ZipReader::find_directory() {
     if (!end)
         return corrupt;
     // Either a number that stands for "see the Zip64 record", or as many entries as that.
-    constexpr std::uint16_t see_zip64 = 0xFFFF;
-    if (end->entries_on_disk == see_zip64 || end->total_entries == see_zip64)
+    constexpr std::uint16_t see_zip64_record = 0xFFFF;
+    if (end->entries_on_disk == see_zip64_record || end->total_entries == see_zip64_record)
         if (auto directory = zip64_directory(0))
             return directory;
     return classic_directory(*end);
@@ -175,7 +176,6 @@ Result<void> ZipReader::read_directory(const Directory& directory) {
 
 bool ZipReader::is_sound(const CentralDirectoryHeader& header, std::string_view record,
                          std::uint32_t disk, bool with_zip64) const {
-    constexpr std::uint32_t see_zip64 = 0xFFFF'FFFF;
     const auto method = static_cast<Method>(header.method);
     if (method == Method::Stored && header.compressed_size != header.uncompressed_size)
         return false;

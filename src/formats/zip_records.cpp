@@ -29,7 +29,6 @@ std::optional<std::uint64_t> zip64_compressed_size(std::string_view extra_field)
 }
 
 EntryExtent with_zip64(EntryExtent extent, std::string_view extra_field) {
-    constexpr std::uint64_t see_zip64 = 0xFFFF'FFFF;
     std::string_view numbers = extra_data(extra_field, zip64_information);
     for (std::uint64_t* const number :
          {&extent.uncompressed_size, &extent.compressed_size, &extent.local_header_offset}) {

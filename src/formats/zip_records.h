@@ -182,6 +182,9 @@ struct Zip64EndOfCentralDirectory {
 // field; nullopt when there is none.
 std::optional<std::uint64_t> zip64_compressed_size(std::string_view extra_field);
 
+// What a number of an entry's record is that stands in the Zip64 extended information (4.5.3).
+inline constexpr std::uint32_t see_zip64 = 0xFFFF'FFFF;
+
 // How large an entry is, and where its local header stands.
 struct EntryExtent {
     std::uint64_t uncompressed_size = 0;

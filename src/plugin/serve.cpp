@@ -59,12 +59,19 @@ std::int16_t report(HostCall& call, ErrorCode code) {
 
 std::optional<Plugin::Entry> Plugin::find_entry(std::int16_t id) {
     if (const FunctionRow* function = find_function(id))
-        return Entry{function->body, function->served,
-                     false,          function->least_parameters.needed,
-                     function,       {}};
+        return Entry{.body = function->body,
+                     .served = function->served,
+                     .is_step = false,
+                     .needed_parameters = function->least_parameters.needed,
+                     .function = function,
+                     .step_name = {}};
     if (const StepRow* step = find_step(id))
-        return Entry{step->body,         step->served, true, step->needed_parameters,
-                     function_of(*step), step->name};
+        return Entry{.body = step->body,
+                     .served = step->served,
+                     .is_step = true,
+                     .needed_parameters = step->needed_parameters,
+                     .function = function_of(*step),
+                     .step_name = step->name};
     return std::nullopt;
 }
 

@@ -13,13 +13,15 @@ namespace vell::test {
 
 using namespace std::string_literals;
 
+inline std::string canon_box(const std::string& content) {
+    return box("uuid",
+               "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48" + content);
+}
 inline std::string cr3(const std::string& image, const std::string& exif, const std::string& gps,
                        const std::string& packet) {
     return box("ftyp", "crx " + big32(1) + "crx isom") +
-           box("moov", box("uuid", "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A"
-                                   "\x48" +
-                                       box("CMT1", image) + box("CMT2", exif) +
-                                       box("CMT3", "maker") + box("CMT4", gps))) +
+           box("moov", canon_box(box("CMT1", image) + box("CMT2", exif) + box("CMT3", "maker") +
+                                 box("CMT4", gps))) +
            box("uuid", "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC" + packet);
 }
 

@@ -44,7 +44,13 @@ TEST(LineEndings, EachModeDoesWhatItsStepsDo) {
     compare_with_single_steps<char16_t>(8);
 }
 
-TEST(LineEndings, CharactersThatMerelyHaveTheLowByteOfOneStay) {
+TEST(LineEndings, KnownTexts) {
+    const std::string text = "a\rb\nc\r\nd\n\r\r\n\n";
+    EXPECT_EQ(converted(text, LineEndings::CrToCrLf), "a\r\nb\nc\r\n\nd\n\r\n\r\n\n\n");
+    EXPECT_EQ(converted(text, LineEndings::CrLfToCr), "a\rb\nc\rd\n\r\r\n");
+    EXPECT_EQ(converted(text, LineEndings::LfToCrLf), "a\rb\r\nc\r\r\nd\r\n\r\r\r\n\r\n");
+    EXPECT_EQ(converted(text, LineEndings::LogFile), "a\r\nb\r\n\nc\r\nd\r\n\n\r\n\r\n\r\n\n");
+    // Characters that merely have the low byte of one.
     const std::u16string others = u"\u010D\u010A\u0D00\u0A00";
     for (LineEndings mode : all_modes)
         EXPECT_EQ(converted(others, mode), others);

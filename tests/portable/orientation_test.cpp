@@ -47,7 +47,7 @@ std::vector<std::pair<const char*, std::string>> files_with(const std::string& b
         {"WebP", webp(block)},
         {"WebP, with an identifier", webp("Exif\0\0"s + block)},
         {"CR3", file_type + box("moov", canon_box(box("CNCV", "x") + box("CMT1", block)))},
-        {"MRW", minolta_blocks(block)},
+        {"MRW", mrw(block)},
         {"RAF", fujifilm_raf(jpeg({exif_segment(block)}))},
     };
 }

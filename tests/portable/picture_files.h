@@ -1,6 +1,7 @@
 // Files with pictures in them, made for tests: raw photographs of many makers, music, movies.
 #pragma once
 
+#include "camera_builder.h"
 #include "container_builder.h"
 #include "image_builder.h"
 #include "movie_builder.h"
@@ -221,16 +222,11 @@ inline std::string olympus_orf() {
     return file.finish({TagFile::number(34665, exif)});
 }
 
-inline std::string minolta_blocks(const std::string& tags) {
-    return std::string("\0MRM", 4) + big_sized(std::string("\0PRD", 4) + big_sized("abc") +
-                                               std::string("\0TTW", 4) + big_sized(tags));
-}
 inline std::string minolta_mrw() {
     TagFile file(ByteOrder::Big);
     const std::string note = file.directory_bytes(file.place(0x88, 0x89, small_jpeg(640, 480)));
     const auto exif = file.directory({TagFile::data(37500, file.add(note), note.size())});
-    return minolta_blocks(
-        file.finish({{274, FieldType::Short, {6}}, TagFile::number(34665, exif)}));
+    return mrw(file.finish({{274, FieldType::Short, {6}}, TagFile::number(34665, exif)}));
 }
 
 inline std::string fujifilm_raf(const std::string& picture) {
@@ -272,10 +268,6 @@ inline std::string sigma_x3f() {
            entry(second, preview) + little32(second + length_of(preview));
 }
 
-inline std::string canon_box(const std::string& content) {
-    return box("uuid",
-               "\x85\xC0\xB6\x87\x82\x0F\x11\xE0\x81\x11\xF4\xCE\x46\x2B\x6A\x48" + content);
-}
 inline std::string canon_cr3() {
     const std::string thumb = small_jpeg(160, 120);
     const std::string preview = small_jpeg(1620, 1080);

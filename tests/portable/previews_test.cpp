@@ -76,7 +76,7 @@ std::vector<Sample> music() {
     const std::string comment = "metadata_block_picture=" + base64(flac_picture(large));
     const std::string tag = id3_tag(3, id3_frame("APIC", attached(cover)));
     const auto aiff_chunk = [](const std::string& type, const std::string& data) {
-        return type + big_sized(data) + std::string(data.size() % 2, '\0');
+        return type + big_size(data.size()) + even(data);
     };
     return {
         {"MP3 2.2",
