@@ -16,6 +16,7 @@ function(vell_library name script)
     file(MAKE_DIRECTORY ${folder}/include) # CMake wants to see what other presets include
     list(TRANSFORM ARGN PREPEND ${folder}/ OUTPUT_VARIABLE files)
     add_custom_command(OUTPUT ${files} COMMAND ${command} COMMENT "scripts/${script}" VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY VELL_LIBRARY_FILES ${files})
   endif()
   add_custom_target(vell_${name}_files DEPENDS ${files})
   add_dependencies(vell_libraries vell_${name}_files)

@@ -6,9 +6,10 @@ execute_process(COMMAND ${CMAKE_COMMAND} --preset ${VELL_SHIPPED_PRESET}
 file(GLOB_RECURSE lists ${CMAKE_SOURCE_DIR}/src/CMakeLists.txt ${CMAKE_SOURCE_DIR}/cmake/room.cmake)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${lists})
 include(${shipped}/rooms.cmake)
+include(${shipped}/libraries.cmake)
 
 get_property(rooms DIRECTORY PROPERTY IMPORTED_TARGETS)
-set(made "")
+set(made ${libraries}) # without them nothing that links one could be built before they are there
 foreach(room IN LISTS rooms)
   foreach(property IMPORTED_LOCATION_RELEASE IMPORTED_OBJECTS_RELEASE)
     get_target_property(files ${room} ${property})
