@@ -6,7 +6,8 @@
 
 #include <algorithm>
 
-using namespace vell;
+namespace vell::bitmaps_fuzz {
+
 using namespace vell::pictures;
 
 namespace {
@@ -27,7 +28,7 @@ void read(const Result<std::unique_ptr<PictureRows>>& rows) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(bitmaps) {
     BytesInMemory bytes(fuzz::as_text(data, size));
     const std::uint32_t frame = size % 3;
     read(decode_gif(bytes, frame));
@@ -43,3 +44,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::bitmaps_fuzz

@@ -6,9 +6,9 @@
 #include <cmath>
 #include <vector>
 
+namespace vell::boxes_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::formats;
 using namespace vell::formats::isobmff;
 
@@ -50,7 +50,7 @@ void check_entries(const Window& content) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(boxes) {
     const std::vector<char> file(data, data + size);
     BytesInMemory source({file.data(), file.size()});
     const Window all(source);
@@ -70,3 +70,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::boxes_fuzz

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+namespace vell::calculation_fuzz {
 namespace {
 
 using namespace vell::console;
@@ -89,8 +90,8 @@ void check_evaluation(std::u16string_view source, const Node& calculation) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::u16string source = vell::utf16_from_utf8(vell::fuzz::as_text(data, size));
+FUZZ_TARGET(calculation) {
+    const std::u16string source = vell::utf16_from_utf8(fuzz::as_text(data, size));
     Functions functions;
     const auto calculation = parse_calculation(source, functions);
     if (!calculation)
@@ -105,3 +106,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         FUZZ_CHECK(step->name_position + step->name_length <= source.size());
     return 0;
 }
+
+} // namespace vell::calculation_fuzz

@@ -6,9 +6,8 @@
 #include <optional>
 #include <string>
 
+namespace vell::containers_fuzz {
 namespace {
-
-using namespace vell;
 
 std::uint64_t size_of(const std::optional<std::string>& block) {
     return block ? block->size() : 0;
@@ -26,7 +25,7 @@ void read(formats::Window place, std::size_t size_of_file) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(containers) {
     BytesInMemory source(fuzz::as_text(data, size));
     const auto blocks =
         metadata::find_blocks(formats::Window(source), {true, true, true, true, true, true, true});
@@ -44,3 +43,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(none && none->tags.empty() && !none->xmp && none->texts.empty());
     return 0;
 }
+
+} // namespace vell::containers_fuzz

@@ -6,9 +6,8 @@
 
 #include <string>
 
+namespace vell::deflate_fuzz {
 namespace {
-
-using namespace vell;
 
 constexpr std::size_t most = 4 << 20; // bytes of a stream that are looked at
 
@@ -34,7 +33,7 @@ test::Expanded by_decoder(std::string_view compressed, std::size_t piece_size) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(deflate) {
     if (size == 0)
         return 0;
     const std::string_view compressed = fuzz::as_text(data, size).substr(1);
@@ -47,3 +46,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(outcome.bytes == wanted.bytes);
     return 0;
 }
+
+} // namespace vell::deflate_fuzz

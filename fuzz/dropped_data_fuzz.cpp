@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 
+namespace vell::dropped_data_fuzz {
 namespace {
 
 std::u16string byte_by_byte(std::string_view bytes) {
@@ -19,7 +20,7 @@ std::u16string byte_by_byte(std::string_view bytes) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(dropped_data) {
     using namespace vell;
     const std::string_view bytes = fuzz::as_text(data, size);
     for (const std::u16string& path : dragdrop::dropped_paths(bytes, byte_by_byte))
@@ -41,3 +42,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::dropped_data_fuzz

@@ -7,7 +7,9 @@
 #include <set>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::embedded_pictures_fuzz {
+
+FUZZ_TARGET(embedded_pictures) {
     using namespace vell;
     using namespace vell::pictures;
     // Where it ends so does the block: a read beyond it is a finding.
@@ -42,3 +44,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::embedded_pictures_fuzz

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <string>
 
+namespace vell::entry_path_fuzz {
 namespace {
 
 std::u16string byte_by_byte(std::string_view bytes, vell::params::TextEncoding) {
@@ -37,7 +38,7 @@ void check_names(std::u16string_view path) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(entry_path) {
     using namespace vell;
     archive::EntryInfo entry;
     entry.name = fuzz::as_text(data, size);
@@ -63,3 +64,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::entry_path_fuzz

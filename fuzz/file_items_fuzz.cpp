@@ -4,7 +4,9 @@
 
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::file_items_fuzz {
+
+FUZZ_TARGET(file_items) {
     using namespace vell;
     using namespace vell::formats;
     constexpr std::uint64_t limit = 1000;
@@ -31,3 +33,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ask(items->primary());
     return 0;
 }
+
+} // namespace vell::file_items_fuzz

@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::icc_fuzz {
+
+FUZZ_TARGET(icc) {
     using namespace vell::metadata;
     constexpr IccSelector selectors[] = {IccSelector::Description, IccSelector::Description,
                                          IccSelector::Name, IccSelector::LocalizedName};
@@ -33,7 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::string whole;
         for (const MetadataText::Piece& piece : text.pieces())
             whole += piece.bytes;
-        FUZZ_CHECK(vell::fuzz::is_well_formed(whole));
+        FUZZ_CHECK(fuzz::is_well_formed(whole));
     }
     return 0;
 }
+
+} // namespace vell::icc_fuzz

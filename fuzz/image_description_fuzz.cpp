@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::image_description_fuzz {
+
+FUZZ_TARGET(image_description) {
     using namespace vell;
     const auto file = files::memory_file(std::string(fuzz::as_text(data, size)));
     auto reader = files::BufferedReader::over(*file, 64);
@@ -24,3 +26,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::image_description_fuzz

@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::iptc_fuzz {
+
+FUZZ_TARGET(iptc) {
     using namespace vell;
     using namespace vell::metadata;
     if (size == 0)
@@ -29,3 +31,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::iptc_fuzz

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <string>
 
+namespace vell::jpeg_walk_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::metadata;
 
 struct Reading {
@@ -34,7 +34,7 @@ Reading read(std::string_view bytes, const MetadataRequest& request, std::size_t
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(jpeg_walk) {
     std::string_view input = fuzz::as_text(data, size);
     const auto request = metadata_request_of(params::SwitchSet(fuzz::take_line(input)));
     if (!request)
@@ -47,3 +47,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         FUZZ_CHECK(reading.text.size() <= 6 * input.size());
     return 0;
 }
+
+} // namespace vell::jpeg_walk_fuzz

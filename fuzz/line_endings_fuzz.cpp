@@ -5,8 +5,10 @@
 
 #include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(vell::fuzz::as_text(data, size));
+namespace vell::line_endings_fuzz {
+
+FUZZ_TARGET(line_endings) {
+    const std::string text(fuzz::as_text(data, size));
     for (const int mode : {0, 1, 2, 3, 9, 10}) {
         std::string expected = text;
         vell::reference::convert_line_endings(expected, mode);
@@ -20,3 +22,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::line_endings_fuzz

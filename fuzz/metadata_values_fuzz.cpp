@@ -8,9 +8,9 @@
 
 #include <vector>
 
+namespace vell::metadata_values_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::metadata;
 
 // As if all were ISO 8859-1.
@@ -25,7 +25,7 @@ std::string decoded(std::string_view bytes, TextEncoding encoding) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(metadata_values) {
     const auto file = files::memory_file(std::string(fuzz::as_text(data, size)));
     auto reader = *files::BufferedReader::over(*file, 64);
     const auto values = read_values(reader, ValueKinds::all(), TextEncoding::Native, decoded);
@@ -45,3 +45,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                std::ranges::count(*lines, '\r') + 1 == static_cast<std::ptrdiff_t>(queries.size()));
     return 0;
 }
+
+} // namespace vell::metadata_values_fuzz

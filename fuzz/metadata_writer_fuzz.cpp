@@ -13,9 +13,8 @@
 
 #include <string>
 
+namespace vell::metadata_writer_fuzz {
 namespace {
-
-using namespace vell;
 
 // The tags of a block as the host would show them.
 std::string read_block(std::string_view block) {
@@ -68,7 +67,7 @@ void check_written(std::string_view switches, std::string_view text, const std::
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(metadata_writer) {
     std::string_view input = fuzz::as_text(data, size);
     const std::string_view switches = fuzz::take_line(input);
     if (input.empty())
@@ -97,3 +96,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::metadata_writer_fuzz

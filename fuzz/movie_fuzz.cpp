@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+namespace vell::movie_fuzz {
 namespace {
 
-using namespace vell;
 using movies::MovieRequest;
 using movies::MovieSelector;
 
@@ -54,7 +54,7 @@ MovieRequest request_of(std::uint8_t choice) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(movie) {
     if (size == 0)
         return 0;
     const MovieRequest request = request_of(data[0]);
@@ -86,3 +86,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::movie_fuzz

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <string>
 
+namespace vell::paths_fuzz {
 namespace {
 
 using namespace vell::params;
@@ -124,13 +125,15 @@ void check_reference(const std::u16string& reference) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(paths) {
     if (size == 0)
         return 0;
     const Choice choice = choice_of(data[0]);
-    const std::u16string path = vell::utf16_from_utf8(vell::fuzz::as_text(data + 1, size - 1));
+    const std::u16string path = vell::utf16_from_utf8(fuzz::as_text(data + 1, size - 1));
     check_stripping(choice.flags, path);
     check_resolving(choice, path);
     check_reference(path);
     return 0;
 }
+
+} // namespace vell::paths_fuzz

@@ -6,9 +6,8 @@
 
 #include <string>
 
+namespace vell::pdf_information_fuzz {
 namespace {
-
-using namespace vell;
 
 struct Description {
     int code = 0;
@@ -27,7 +26,7 @@ Description describe(std::string_view bytes, std::size_t buffer_size) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(pdf_information) {
     const std::string_view bytes = fuzz::as_text(data, size);
     const Description found = describe(bytes, files::BufferedReader::default_buffer);
     FUZZ_CHECK(found == describe(bytes, 5));
@@ -38,3 +37,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(is_valid_utf8(found.text));
     return 0;
 }
+
+} // namespace vell::pdf_information_fuzz

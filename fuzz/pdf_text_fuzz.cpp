@@ -19,9 +19,8 @@ const std::string& vell::windows::encoding_folder(std::vector<std::string>&) {
     return folder;
 }
 
+namespace vell::pdf_text_fuzz {
 namespace {
-
-using namespace vell;
 
 // Three seconds for small files; the sanitizers take ten times as long.
 constexpr double longest_seconds = 3 * 10;
@@ -88,10 +87,12 @@ Outcome read(std::string_view bytes) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(pdf_text) {
     const std::string_view bytes = fuzz::as_text(data, size);
     const Outcome outcome = read(bytes);
     FUZZ_CHECK(outcome.code >= 0 && outcome.code <= number(ErrorCode::PdfFailed));
     FUZZ_CHECK(outcome == read(bytes));
     return 0;
 }
+
+} // namespace vell::pdf_text_fuzz

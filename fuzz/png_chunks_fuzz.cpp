@@ -6,9 +6,9 @@
 
 #include <string>
 
+namespace vell::png_chunks_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::metadata;
 
 Result<void> read(std::string_view bytes, int choice, std::size_t buffer_size, MetadataText& text) {
@@ -29,7 +29,7 @@ Result<void> read(std::string_view bytes, int choice, std::size_t buffer_size, M
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(png_chunks) {
     if (size == 0)
         return 0;
     const std::string_view bytes = fuzz::as_text(data, size).substr(1);
@@ -46,3 +46,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(text.size() <= 1100 * bytes.size() + 100); // what deflate can expand to
     return 0;
 }
+
+} // namespace vell::png_chunks_fuzz

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+namespace vell::policy_fuzz {
 namespace {
 
 using namespace vell::policy;
@@ -31,7 +32,7 @@ void check_policy(const Policy& policy) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(policy) {
     constexpr std::string_view functions[] = {"VlFile_Launch", "VlFile_Exists"};
     const std::vector<char> text(data, data + size);
     const auto policy = read_policy({text.data(), text.size()}, functions);
@@ -47,3 +48,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(std::ranges::count_if(line, is_control) == 1 && line.ends_with('\n'));
     return 0;
 }
+
+} // namespace vell::policy_fuzz

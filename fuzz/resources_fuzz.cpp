@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
+namespace vell::resources_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::metadata;
 
 // nullopt when there is none or one that does not end where it may.
@@ -44,7 +44,7 @@ std::string all_of(const MetadataText& text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(resources) {
     if (size == 0)
         return 0;
     const std::string_view bytes = fuzz::as_text(data, size).substr(1);
@@ -80,3 +80,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::resources_fuzz

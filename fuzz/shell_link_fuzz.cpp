@@ -2,7 +2,9 @@
 #include "fuzz/input.h"
 #include "src/formats/shell_link_file.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::shell_link_fuzz {
+
+FUZZ_TARGET(shell_link) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const auto link = vell::formats::read_link_file(bytes);
     const auto changed = vell::formats::with_relative_target(bytes, u"..\\file.txt");
@@ -12,3 +14,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(link && read_again && read_again->relative_target == u"..\\file.txt");
     return 0;
 }
+
+} // namespace vell::shell_link_fuzz

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+namespace vell::step_definition_fuzz {
 namespace {
 
 using namespace vell::console;
@@ -52,8 +53,8 @@ void check_definition(const StepDefinition& definition) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::u16string document = vell::utf16_from_utf8(vell::fuzz::as_text(data, size));
+FUZZ_TARGET(step_definition) {
+    const std::u16string document = vell::utf16_from_utf8(fuzz::as_text(data, size));
     const auto root = read_xml(document);
     if (!root) {
         FUZZ_CHECK(root.error().position <= document.size());
@@ -67,3 +68,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         check_definition(*definition);
     return 0;
 }
+
+} // namespace vell::step_definition_fuzz

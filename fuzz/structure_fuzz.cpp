@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <string>
 
+namespace vell::structure_fuzz {
 namespace {
 
-using namespace vell;
 using formats::Format;
 
 void report(Format format, ByteSource& source, structure::StructureReport& report) {
@@ -42,7 +42,7 @@ std::string text_of(const params::ComposedText& text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(structure) {
     const std::string_view bytes = fuzz::as_text(data, size);
     const Format format = formats::format_of(bytes.substr(0, formats::recognizable_size));
     for (const bool as_xml : {false, true}) {
@@ -61,3 +61,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::structure_fuzz

@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::substitute_fuzz {
+
+FUZZ_TARGET(substitute) {
     using namespace vell;
     std::string_view input = fuzz::as_text(data, size);
     const std::string_view options = fuzz::take_line(input);
@@ -39,3 +41,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(result == reference::substitute(input, search, replacement, ignore_case));
     return 0;
 }
+
+} // namespace vell::substitute_fuzz

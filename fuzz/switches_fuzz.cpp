@@ -6,6 +6,7 @@
 
 #include <string>
 
+namespace vell::switches_fuzz {
 namespace {
 
 using vell::params::SwitchSet;
@@ -71,12 +72,14 @@ void check_encoding(const SwitchSet& switches, const std::string& text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::string_view input = vell::fuzz::as_text(data, size);
-    const std::string name(vell::fuzz::take_line(input));
+FUZZ_TARGET(switches) {
+    std::string_view input = fuzz::as_text(data, size);
+    const std::string name(fuzz::take_line(input));
     const SwitchSet switches(input);
     const std::string text(input.substr(0, SwitchSet::max_length));
     check_value(switches, text, name);
     check_encoding(switches, text);
     return 0;
 }
+
+} // namespace vell::switches_fuzz

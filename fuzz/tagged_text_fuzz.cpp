@@ -4,7 +4,9 @@
 
 #include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::tagged_text_fuzz {
+
+FUZZ_TARGET(tagged_text) {
     using namespace vell;
     const std::string_view text = fuzz::as_text(data, size);
     const auto sections = metadata::parse_tagged_text(text);
@@ -33,3 +35,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::tagged_text_fuzz

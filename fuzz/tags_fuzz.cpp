@@ -8,9 +8,9 @@
 
 #include <vector>
 
+namespace vell::tags_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::metadata;
 
 // Four directories may share their entries, values their bytes up to the limit on them all; a value
@@ -22,7 +22,7 @@ void check_size(const MetadataText& text, std::size_t size) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(tags) {
     if (size == 0)
         return 0;
     const std::uint8_t choice = data[0];
@@ -61,3 +61,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::tags_fuzz

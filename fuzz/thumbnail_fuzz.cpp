@@ -7,7 +7,8 @@
 
 #include <algorithm>
 
-using namespace vell;
+namespace vell::thumbnail_fuzz {
+
 using namespace vell::pictures;
 
 namespace {
@@ -35,7 +36,7 @@ void check(Result<std::unique_ptr<PictureRows>> rows, const ThumbnailShape& shap
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(thumbnail) {
     BytesInMemory bytes(fuzz::as_text(data, size));
     const ThumbnailShape shapes[] = {{16}, {64, true}, {100, false, true}};
     const DecodingRequest request{shapes[size % 3]};
@@ -43,3 +44,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check(open_png(bytes, request), request.shape);
     return 0;
 }
+
+} // namespace vell::thumbnail_fuzz

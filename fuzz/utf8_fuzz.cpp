@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+namespace vell::utf8_fuzz {
 namespace {
 
 // Every cut through well-formed text is seen from both sides.
@@ -36,8 +37,8 @@ void check_room(std::u16string_view units, std::string_view encoded) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes = vell::fuzz::as_text(data, size);
+FUZZ_TARGET(utf8) {
+    const std::string_view bytes = fuzz::as_text(data, size);
     const auto expected = vell::reference::decode_utf8(bytes);
     FUZZ_CHECK(vell::is_valid_utf8(bytes) == expected.valid);
 
@@ -63,3 +64,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     check_room(units, encoded);
     return 0;
 }
+
+} // namespace vell::utf8_fuzz

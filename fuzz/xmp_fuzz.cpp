@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+namespace vell::xmp_fuzz {
 namespace {
 
-using namespace vell;
 using namespace vell::metadata;
 
 // Nodes of the model come from elements and attributes, each once; no deeper than these nest.
@@ -27,7 +27,7 @@ std::size_t count(const std::vector<XmpNode>& nodes, std::size_t level) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(xmp) {
     const std::vector<char> exact(data, data + size); // read beyond it: a finding
     XmpModel model = XmpModel::read({exact.data(), exact.size()});
     FUZZ_CHECK(count(model.properties(), 1) <= XmlDocument::most_nodes + XmlDocument::most_levels);
@@ -40,3 +40,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(text.size() <= size * 12 + 1000);
     return 0;
 }
+
+} // namespace vell::xmp_fuzz

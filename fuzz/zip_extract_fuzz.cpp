@@ -10,9 +10,8 @@
 
 #include <string>
 
+namespace vell::zip_extract_fuzz {
 namespace {
-
-using namespace vell;
 
 // The data as far as it came.
 std::string extract(archive::ZipReader& reader, std::uint32_t index, bool& done) {
@@ -37,7 +36,7 @@ std::uint32_t crc_of(const std::string& bytes) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+FUZZ_TARGET(zip_extract) {
     std::string bytes(fuzz::as_text(data, size));
     auto reader = archive::ZipReader::open(files::memory_file(bytes));
     const bool is_sound = reader && reader->check_overlaps();
@@ -71,3 +70,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         static_cast<void>(extract(*fitting, 0, done));
     return 0;
 }
+
+} // namespace vell::zip_extract_fuzz

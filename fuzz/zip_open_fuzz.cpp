@@ -5,7 +5,9 @@
 
 #include <string>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+namespace vell::zip_open_fuzz {
+
+FUZZ_TARGET(zip_open) {
     using namespace vell;
     const std::string bytes(fuzz::as_text(data, size));
     const auto reader = archive::ZipReader::open(files::memory_file(bytes));
@@ -23,3 +25,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     return 0;
 }
+
+} // namespace vell::zip_open_fuzz
