@@ -64,51 +64,6 @@ TEST_F(Host, IsLoggedForThroughItsMessages) {
     EXPECT_EQ(new_log_lines(web_log).back(), source + "Plug-in startup completed.");
 }
 
-// Every host call of a function fails in turn, in both ways. What must come back is the result, or
-// an error code, or a nonzero code of the body where the host refuses even that text.
-TEST_F(Host, MayFailInEveryCall) {
-    start();
-    const TemporaryFolder folder;
-    const std::u16string file = folder.file(L"contents.txt", "one\r\ntwo\nthr\xC3\xA9\xC3");
-    struct Case {
-        std::u16string_view function;
-        std::vector<Value> arguments;
-    };
-    for (const Case& c :
-         {Case{u"VlFile_Version", {}}, Case{u"VlFile_Version", {u"-getversionnumber"}},
-          Case{u"VlFile_Control", {u"CurrentEnabledStatus", u"x"}},
-          Case{u"VlFile_GetContents", {u"-Encoding=UTF8 -ConvertToFMPLinebreaks", file}},
-          Case{u"VlFile_GetContents", {u"-Encoding=BytesOnly", file, number(1), number(3)}},
-          Case{u"VlFile_ReferenceToClip", {u"", u"a"}}}) {
-        const std::u16string expected = call(c.function, c.arguments);
-        for (const auto failure :
-             {console::StandInFailure::Allocation, console::StandInFailure::Unknown}) {
-            const std::u16string code =
-                failure == console::StandInFailure::Allocation ? u"$$-108" : u"$$-4298";
-            int failures = 0;
-            for (std::uint64_t n = 1; n <= 60; ++n) {
-                SCOPED_TRACE(n);
-                const std::int64_t live = StandIn_TotalLiveObjects();
-                host().fail_calls(n, failure);
-                const std::u16string result = call(c.function, c.arguments);
-                EXPECT_EQ(StandIn_TotalLiveObjects(), live);
-                if (host().failure_delivered()) {
-                    ++failures;
-                    // A report that the host refuses is left to the body's own code.
-                    EXPECT_TRUE(result == code ||
-                                (expected.starts_with(u"$$") && result.starts_with(u"ERRCODE: ")))
-                        << std::string(result.begin(), result.end());
-                } else {
-                    EXPECT_EQ(result, expected);
-                }
-            }
-            EXPECT_GE(failures, 5);
-            host().fail_calls(0);
-        }
-    }
-    EXPECT_EQ(call(u"VlFile_Control", {u"CurrentEnabledStatus"}), u"1");
-}
-
 TEST_F(Host, MaySendOddRecords) {
     FMExternCallProc(nullptr);
     start();
