@@ -17,10 +17,10 @@ using namespace vell::console;
 class Functions : public ExternalFunctions {
   public:
     std::span<const ExternalFunction> all() const override { return functions_; }
-    vell::Result<Value, std::string> call(const ExternalFunction& function,
-                                          std::span<const Value> arguments) override {
+    Result<Value, std::string> call(const ExternalFunction& function,
+                                    std::span<const Value> arguments) override {
         if (function.handle == 0)
-            return vell::Failure{std::string("refused")};
+            return Failure{std::string("refused")};
         return arguments.empty() ? Value() : arguments.back();
     }
 
@@ -46,8 +46,8 @@ class Services : public HostServices {
             return u"somewhere";
         }
     }
-    vell::Result<Value, std::string> container_from_file(std::u16string_view) override {
-        return vell::Failure{std::string("no files here")};
+    Result<Value, std::string> container_from_file(std::u16string_view) override {
+        return Failure{std::string("no files here")};
     }
 };
 
@@ -91,7 +91,7 @@ void check_evaluation(std::u16string_view source, const Node& calculation) {
 } // namespace
 
 FUZZ_TARGET(calculation) {
-    const std::u16string source = vell::utf16_from_utf8(fuzz::as_text(data, size));
+    const std::u16string source = utf16_from_utf8(fuzz::as_text(data, size));
     Functions functions;
     const auto calculation = parse_calculation(source, functions);
     if (!calculation)

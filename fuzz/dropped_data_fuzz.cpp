@@ -21,7 +21,6 @@ std::u16string byte_by_byte(std::string_view bytes) {
 } // namespace
 
 FUZZ_TARGET(dropped_data) {
-    using namespace vell;
     const std::string_view bytes = fuzz::as_text(data, size);
     for (const std::u16string& path : dragdrop::dropped_paths(bytes, byte_by_byte))
         FUZZ_CHECK(!path.empty() && path.find(u'\0') == path.npos);

@@ -10,7 +10,6 @@
 namespace vell::embedded_pictures_fuzz {
 
 FUZZ_TARGET(embedded_pictures) {
-    using namespace vell;
     using namespace vell::pictures;
     // Where it ends so does the block: a read beyond it is a finding.
     const std::vector<char> file(data, data + size);

@@ -9,7 +9,7 @@
 namespace vell::entry_path_fuzz {
 namespace {
 
-std::u16string byte_by_byte(std::string_view bytes, vell::params::TextEncoding) {
+std::u16string byte_by_byte(std::string_view bytes, params::TextEncoding) {
     std::u16string text;
     for (const char byte : bytes)
         text += static_cast<char16_t>(static_cast<unsigned char>(byte));
@@ -39,7 +39,6 @@ void check_names(std::u16string_view path) {
 } // namespace
 
 FUZZ_TARGET(entry_path) {
-    using namespace vell;
     archive::EntryInfo entry;
     entry.name = fuzz::as_text(data, size);
     for (const int variant : {0, 1, 2, 3}) {

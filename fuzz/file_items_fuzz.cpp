@@ -7,7 +7,6 @@
 namespace vell::file_items_fuzz {
 
 FUZZ_TARGET(file_items) {
-    using namespace vell;
     using namespace vell::formats;
     constexpr std::uint64_t limit = 1000;
     constexpr std::size_t most_asked = 64; // of items, which need no bytes of their own

@@ -27,8 +27,7 @@ FUZZ_TARGET(icc) {
     const std::vector<char> profile(data + 1, data + size);
 
     MetadataText text;
-    const vell::Result<void> done =
-        describe_icc_profile({profile.data(), profile.size()}, request, text);
+    const Result<void> done = describe_icc_profile({profile.data(), profile.size()}, request, text);
     FUZZ_CHECK(text.size() <= 64 * size + 50'000);
     FUZZ_CHECK(done || text.empty());
     if (done && request.icc == IccSelector::Description && request.icc_as_xml) {

@@ -8,7 +8,6 @@
 namespace vell::image_description_fuzz {
 
 FUZZ_TARGET(image_description) {
-    using namespace vell;
     const auto file = files::memory_file(std::string(fuzz::as_text(data, size)));
     auto reader = files::BufferedReader::over(*file, 64);
     FUZZ_CHECK(reader);

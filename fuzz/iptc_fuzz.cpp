@@ -11,7 +11,6 @@
 namespace vell::iptc_fuzz {
 
 FUZZ_TARGET(iptc) {
-    using namespace vell;
     using namespace vell::metadata;
     if (size == 0)
         return 0;

@@ -87,16 +87,15 @@ void check_resolving(const Choice& choice, const std::u16string& path) {
     std::size_t narrowed = 0;
     const PathUse use{choice.as_folder, [&narrowed](std::u16string_view text) {
                           ++narrowed;
-                          return vell::Result<std::string>(std::string(text.size(), 'n'));
+                          return Result<std::string>(std::string(text.size(), 'n'));
                       }};
     const auto native = resolve(choice.flags, path, use);
     FUZZ_CHECK(narrowed == (native ? 1U : 0U));
     if (!native) {
-        const vell::ErrorCode error = native.error();
-        FUZZ_CHECK(error == vell::ErrorCode::BadParameter ||
-                   error == vell::ErrorCode::SeveralLines ||
-                   error == vell::ErrorCode::ErrorAsPath || error == vell::ErrorCode::BadName ||
-                   (error == vell::ErrorCode::PathTooLong && path.size() > longest_path));
+        const ErrorCode error = native.error();
+        FUZZ_CHECK(error == ErrorCode::BadParameter || error == ErrorCode::SeveralLines ||
+                   error == ErrorCode::ErrorAsPath || error == ErrorCode::BadName ||
+                   (error == ErrorCode::PathTooLong && path.size() > longest_path));
         return;
     }
     const std::u16string& wide = native->wide;
@@ -104,22 +103,22 @@ void check_resolving(const Choice& choice, const std::u16string& path) {
     FUZZ_CHECK(wide.find(u'\0') == std::u16string::npos);
     const bool is_root_of_drive = wide.size() == 3 && wide.ends_with(u":\\");
     FUZZ_CHECK(wide.size() <= path.size() + (choice.as_folder || is_root_of_drive ? 1 : 0));
-    FUZZ_CHECK(wide.size() != 2 || wide[1] != u':' || !vell::is_letter(wide[0]));
+    FUZZ_CHECK(wide.size() != 2 || wide[1] != u':' || !is_letter(wide[0]));
     FUZZ_CHECK(!choice.as_folder || wide.ends_with(u'\\'));
     FUZZ_CHECK(native->narrow.has_value() && native->narrow->size() == wide.size());
 }
 
 // The path of a reference is one line, and reads the same once more in the host's form.
 void check_reference(const std::u16string& reference) {
-    const auto full_path = [](std::u16string path) -> vell::Result<std::u16string> {
+    const auto full_path = [](std::u16string path) -> Result<std::u16string> {
         std::ranges::replace(path, u'/', u'\\');
         return path.starts_with(u"C:\\") ? path : u"C:\\here\\" + path;
     };
-    const auto path = vell::files::path_of_reference(reference, full_path);
+    const auto path = files::path_of_reference(reference, full_path);
     if (!path)
         return;
     FUZZ_CHECK(path->find(u'\r') == std::u16string::npos);
-    const auto again = vell::files::path_of_reference(host_form(*path), full_path);
+    const auto again = files::path_of_reference(host_form(*path), full_path);
     FUZZ_CHECK(again && *again == *path);
 }
 
@@ -129,7 +128,7 @@ FUZZ_TARGET(paths) {
     if (size == 0)
         return 0;
     const Choice choice = choice_of(data[0]);
-    const std::u16string path = vell::utf16_from_utf8(fuzz::as_text(data + 1, size - 1));
+    const std::u16string path = utf16_from_utf8(fuzz::as_text(data + 1, size - 1));
     check_stripping(choice.flags, path);
     check_resolving(choice, path);
     check_reference(path);

@@ -6,11 +6,11 @@ namespace vell::shell_link_fuzz {
 
 FUZZ_TARGET(shell_link) {
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    const auto link = vell::formats::read_link_file(bytes);
-    const auto changed = vell::formats::with_relative_target(bytes, u"..\\file.txt");
+    const auto link = formats::read_link_file(bytes);
+    const auto changed = formats::with_relative_target(bytes, u"..\\file.txt");
     if (!changed)
         return 0;
-    const auto read_again = vell::formats::read_link_file(*changed);
+    const auto read_again = formats::read_link_file(*changed);
     FUZZ_CHECK(link && read_again && read_again->relative_target == u"..\\file.txt");
     return 0;
 }

@@ -54,7 +54,7 @@ void check_definition(const StepDefinition& definition) {
 } // namespace
 
 FUZZ_TARGET(step_definition) {
-    const std::u16string document = vell::utf16_from_utf8(fuzz::as_text(data, size));
+    const std::u16string document = utf16_from_utf8(fuzz::as_text(data, size));
     const auto root = read_xml(document);
     if (!root) {
         FUZZ_CHECK(root.error().position <= document.size());

@@ -13,7 +13,6 @@
 namespace vell::substitute_fuzz {
 
 FUZZ_TARGET(substitute) {
-    using namespace vell;
     std::string_view input = fuzz::as_text(data, size);
     const std::string_view options = fuzz::take_line(input);
     const std::string_view search = fuzz::take_line(input);

@@ -7,7 +7,6 @@
 namespace vell::tagged_text_fuzz {
 
 FUZZ_TARGET(tagged_text) {
-    using namespace vell;
     const std::string_view text = fuzz::as_text(data, size);
     const auto sections = metadata::parse_tagged_text(text);
     if (!sections)

@@ -17,10 +17,10 @@ void check_cuts(std::string_view bytes) {
             cut < bytes.size() && (static_cast<unsigned char>(bytes[cut]) & 0xC0) == 0x80;
         if (!inside)
             border = cut;
-        FUZZ_CHECK(vell::cut_sequence_at_end(bytes.substr(0, cut)) == cut - border);
-        const std::size_t behind = vell::cut_sequence_at_start(bytes.substr(cut));
+        FUZZ_CHECK(cut_sequence_at_end(bytes.substr(0, cut)) == cut - border);
+        const std::size_t behind = cut_sequence_at_start(bytes.substr(cut));
         FUZZ_CHECK((behind > 0) == inside);
-        FUZZ_CHECK(vell::is_valid_utf8(bytes.substr(cut + behind)));
+        FUZZ_CHECK(is_valid_utf8(bytes.substr(cut + behind)));
     }
 }
 
@@ -28,10 +28,10 @@ void check_cuts(std::string_view bytes) {
 void check_room(std::u16string_view units, std::string_view encoded) {
     for (std::size_t room = 0; room <= encoded.size() && room <= 40; ++room) {
         const auto bytes = std::make_unique<char[]>(room);
-        const std::size_t written = vell::encode_utf8(units, bytes.get(), room);
+        const std::size_t written = encode_utf8(units, bytes.get(), room);
         FUZZ_CHECK(written <= room && written + 4 > room);
         FUZZ_CHECK(encoded.substr(0, written) == std::string_view(bytes.get(), written));
-        FUZZ_CHECK(written == room || vell::cut_sequence_at_start(encoded.substr(written)) == 0);
+        FUZZ_CHECK(written == room || cut_sequence_at_start(encoded.substr(written)) == 0);
     }
 }
 
@@ -39,28 +39,28 @@ void check_room(std::u16string_view units, std::string_view encoded) {
 
 FUZZ_TARGET(utf8) {
     const std::string_view bytes = fuzz::as_text(data, size);
-    const auto expected = vell::reference::decode_utf8(bytes);
-    FUZZ_CHECK(vell::is_valid_utf8(bytes) == expected.valid);
+    const auto expected = reference::decode_utf8(bytes);
+    FUZZ_CHECK(is_valid_utf8(bytes) == expected.valid);
 
-    const std::u16string text = vell::utf16_from_utf8(bytes);
+    const std::u16string text = utf16_from_utf8(bytes);
     FUZZ_CHECK(text == expected.text);
-    const std::string back = vell::utf8_from_utf16(text);
+    const std::string back = utf8_from_utf16(text);
     FUZZ_CHECK((back == bytes) == expected.valid);
     if (expected.valid && size <= 200)
         check_cuts(bytes);
 
-    const std::size_t at_start = vell::cut_sequence_at_start(bytes);
-    const std::size_t at_end = vell::cut_sequence_at_end(bytes);
+    const std::size_t at_start = cut_sequence_at_start(bytes);
+    const std::size_t at_end = cut_sequence_at_end(bytes);
     FUZZ_CHECK(at_start <= 3 && at_end <= 3 && at_start + at_end <= size);
-    FUZZ_CHECK(at_end == 0 || vell::reference::is_utf8_beginning(bytes.substr(size - at_end)));
+    FUZZ_CHECK(at_end == 0 || reference::is_utf8_beginning(bytes.substr(size - at_end)));
 
     // Any units at all, surrogates in disorder included.
     std::u16string units;
     for (std::size_t i = 0; i + 1 < size; i += 2)
         units += static_cast<char16_t>(data[i] | data[i + 1] << 8);
-    const std::string encoded = vell::utf8_from_utf16(units);
-    FUZZ_CHECK(vell::is_valid_utf8(encoded));
-    FUZZ_CHECK(vell::utf16_from_utf8(encoded).size() == units.size());
+    const std::string encoded = utf8_from_utf16(units);
+    FUZZ_CHECK(is_valid_utf8(encoded));
+    FUZZ_CHECK(utf16_from_utf8(encoded).size() == units.size());
     check_room(units, encoded);
     return 0;
 }

@@ -8,7 +8,6 @@
 namespace vell::zip_open_fuzz {
 
 FUZZ_TARGET(zip_open) {
-    using namespace vell;
     const std::string bytes(fuzz::as_text(data, size));
     const auto reader = archive::ZipReader::open(files::memory_file(bytes));
     if (!reader) {

@@ -31,6 +31,8 @@ class World : public ExternalFunctions, public HostServices {
         ++calls;
         if (function.name == u"Fail")
             return Failure{std::string("it went wrong")};
+        if (function.name == u"Same")
+            return arguments[0];
         std::string shown = utf8_from_utf16(function.prototype);
         for (const Value& argument : arguments)
             shown += "|" + std::string(type_name(argument.type())) + ":" +
@@ -59,6 +61,7 @@ class World : public ExternalFunctions, public HostServices {
         {u"Version", u"Version( switches )", 1, 1, 2},
         {u"Fail", u"Fail", 0, 0, 4},
         {u"Tick", u"Tick", 0, 0, 5},
+        {u"Same", u"Same( a )", 1, 1, 6},
     };
 };
 
@@ -109,6 +112,14 @@ TEST(Calculation, ConditionsEvaluateOnlyWhatTheyNeed) {
     EXPECT_EQ(world.calls, 0);
     EXPECT_EQ(answer(world, "1 and Tick"), "number:0");
     EXPECT_EQ(world.calls, 1);
+}
+
+TEST(Calculation, VariablesKeepContainersAndLinesMayEndInComments) {
+    World world;
+    const ContainerPtr container = std::make_shared<FileContainer>(u"f");
+    world.variables.emplace(u"$c", Value(container));
+    EXPECT_EQ(evaluate_in(world, u"Same( $C )")->container(), container);
+    EXPECT_EQ(answer(world, "1 /* two * / */ + // three\n 4"), "number:5");
 }
 
 std::string repeated(int count, std::string_view text) {
