@@ -340,10 +340,11 @@ TEST_F(Tree, AsksBeforeContentsAreDeleted) {
         {
             const Watcher user([&] {
                 const HWND question = own_window(L"#32770");
-                if (!question || !seen.empty()) // it may go while it is looked at again
+                // Shown once its parts have their texts; it may go while it is looked at again.
+                if (!question || !IsWindowVisible(question) || !seen.empty())
                     return;
                 seen = longest_text(question);
-                if (!seen.empty()) // its parts are there
+                if (!seen.empty())
                     PostMessageW(question, WM_COMMAND, agree ? IDOK : IDCANCEL, 0);
             });
             EXPECT_EQ(run(u"DeleteFolder", u"-deleteAllSubFoldersAndAllContents", full),
